@@ -2,3 +2,8 @@
 #pragma once
 
 #include "zu/version.h"
+#include "zu/numerics/angle.h"
+#include "zu/numerics/matrix.h"
+#include "zu/numerics/mmatrix.h"
+#include "zu/numerics/solver.h"
+#include "zu/numerics/vector.h"
