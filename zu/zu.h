@@ -2,6 +2,7 @@
 #pragma once
 
 #include "zu/version.h"
+#include "zu/cloud/scan_point3d.h"
 #include "zu/numerics/angle.h"
 #include "zu/numerics/matrix.h"
 #include "zu/numerics/mmatrix.h"
