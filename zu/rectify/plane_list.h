@@ -1,0 +1,30 @@
+// List of planes, which it owns.
+#pragma once
+
+#include "zu/export.h"
+#include "zu/foundation/list.h"
+#include "zu/foundation/string.h"
+#include "zu/rectify/plane.h"
+
+class ZU_API ZuPlaneList : public TZuListHeader<ZuPlane>, public LinkHdl {
+ public:
+  ZuPlaneList() = default;
+  ZuPlaneList(const ZuPlaneList& list) = default;
+  ZuPlaneList& operator=(const ZuPlaneList& list) = default;
+  // Reads a file, see ReadFile.
+  explicit ZuPlaneList(const String& strFileName);
+
+  // Appends the plane that stands at the token in hand; the handler of a plane keyword. A cut
+  // record leaves by the parser's exception and enters no plane.
+  ZuPlane* AddPlane(ZuReaderObject* pObject);
+
+  // The same for a row in a block of its own, { id "name" A B C D }: moves over the brace first.
+  int Read50Plane(ZuReaderObject* pObject);
+
+  // Appends the planes of a file of such blocks. Always 1; what stands before damage is kept.
+  int ReadFile(const String& strFileName);
+
+  // The first active plane, or null.
+  ZuPlane* GetActivePlane() const;
+  int CountActivePlanes() const;
+};
