@@ -1,0 +1,352 @@
+// The 8-bit string of all interfaces, and a view on a stretch of one that can be assigned to.
+//
+//   String str("abcabc");
+//   str.before('c')       // "ab"
+//   str.after("bc") = ""  // str is now "abc"
+//   str.at(1, 1) = "--"   // str is now "a--c"
+//
+// A String owns its text and never shares it; only empty strings stand on one common block. It is
+// two words long, and an empty one takes no heap. Lengths have 16 bits and wrap above 65535.
+//
+// Positions count from 0. A search takes a start position: from 0 upward it runs forward from
+// there, below 0 it runs backward, -1 being the last character. A search that finds nothing gives
+// -1, a range that is not in the string gives the empty view on `_nilString`, to which an
+// assignment does nothing.
+//
+// One thread at a time for one String; different strings are independent.
+#pragma once
+
+#include <compare>
+#include <iosfwd>
+#include <vector>
+
+#include "zu/export.h"
+#include "zu/foundation/str_rep.h"
+
+class String;
+
+// A stretch of a String. It is good while its parent lives and keeps that range; where the parent
+// has become shorter, what is left of the stretch counts.
+class ZU_API SubString {
+ public:
+  SubString(SubString const&) = default;
+
+  // Replaces the stretch in the parent. Nothing happens on the empty view of a failed search.
+  //
+  // Required: position and length of this view stay as they were, whatever the length of the new
+  // text. Callers walk on from the old range.
+  SubString& operator=(SubString const& y);
+  SubString& operator=(String const& y);
+  SubString& operator=(char c);
+  SubString& operator=(char const* y);
+
+  int length() const { return len; }
+  bool empty() const { return len == 0; }
+
+  // Points into the parent; not terminated at the end of the stretch.
+  char const* chars() const;
+
+  bool contains(SubString const& y) const;
+  bool contains(String const& y) const;
+  bool contains(char c) const;
+  bool contains(char const* y) const;
+
+  // Whether the stretch lies in the parent.
+  bool OK() const;
+
+ protected:
+  friend class String;
+
+  SubString(String& x, int first, int l);
+  void assign(StrRep const* ysrc, char const* ys, int ylen = -1);
+
+  String& S;          // the string viewed
+  std::uint16_t pos;  // start
+  std::uint16_t len;  // length
+};
+
+class ZU_API String {
+ public:
+  constexpr String() noexcept : rep(NilRep()) {}
+  String(String const& x);
+  String(String&& x) noexcept : rep(x.rep) { x.rep = NilRep(); }
+  String(SubString const& x);
+  String(char c);
+  String(char const* t);           // null gives the empty string
+  String(char const* t, int len);  // a negative length is that of the terminated text
+  String(int i);                   // "%d"
+  String(double d);                // "%6.3f", whatever the process locale
+  virtual ~String();
+
+  String& operator=(String const& y);
+  String& operator=(SubString const& y);
+  String& operator=(char c);
+  String& operator=(char const* y);
+
+  // The text appended may be this string or a stretch of it.
+  String& operator+=(String const& y);
+  String& operator+=(SubString const& y);
+  String& operator+=(char c);
+  String& operator+=(char const* y);
+
+  void prepend(String const& y);
+  void prepend(SubString const& y);
+  void prepend(char c);
+  void prepend(char const* y);
+
+  int length() const { return rep->len; }
+  int allocation() const { return rep->sz; }  // capacity
+  bool empty() const { return rep->len == 0; }
+  char const* chars() const { return rep->s; }
+  operator char const*() const { return rep->s; }
+
+  // One character. On an index outside the text `error` is called and a 0 byte comes back; what is
+  // written to that one is lost.
+  char firstchar() const { return elem(0); }
+  char lastchar() const { return elem(length() - 1); }
+  char elem(int i) const {
+    if (i >= 0 && i < length()) return rep->s[i];
+    error("invalid index");
+    return '\0';
+  }
+  char operator[](int i) const { return elem(i); }
+  char& operator[](int i) {
+    if (i >= 0 && i < length()) return rep->s[i];
+    return InvalidIndex();
+  }
+
+  // Whether length, capacity and terminator fit together.
+  bool OK() const;
+
+  // Position of the first match from `start` on (below 0: of the last one that ends there), or -1.
+  int index(String const& x, int start = 0) const;
+  int index(SubString const& x, int start = 0) const;
+  int index(char c, int start = 0) const;
+  int index(char const* t, int start = 0) const;
+
+  // Whether it occurs at all.
+  bool contains(String const& x) const { return index(x) >= 0; }
+  bool contains(SubString const& x) const { return index(x) >= 0; }
+  bool contains(char c) const { return index(c) >= 0; }
+  bool contains(char const* t) const { return index(t) >= 0; }
+
+  // Whether it stands at `pos` (below 0: whether it ends there).
+  bool contains(String const& x, int pos) const;
+  bool contains(SubString const& x, int pos) const;
+  bool contains(char c, int pos) const;
+  bool contains(char const* t, int pos) const;
+
+  // Whether the string from `pos` on (below 0: up to there) is exactly that.
+  bool matches(String const& x, int pos = 0) const;
+  bool matches(SubString const& x, int pos = 0) const;
+  bool matches(char c, int pos = 0) const;
+  bool matches(char const* t, int pos = 0) const;
+
+  // Number of positions where it stands; overlapping ones all count.
+  int freq(String const& x) const;
+  int freq(SubString const& x) const;
+  int freq(char c) const;
+  int freq(char const* t) const;
+
+  // `l` characters from `first` on, or the stretch that the pattern matches.
+  SubString at(int first, int l) { return _substr(first, l); }
+  SubString operator()(int first, int l) { return _substr(first, l); }
+  SubString at(String const& x, int start = 0);
+  SubString at(SubString const& x, int start = 0);
+  SubString at(char c, int start = 0);
+  SubString at(char const* t, int start = 0);
+
+  // What stands before a position or match.
+  SubString before(int pos) { return _substr(0, pos); }
+  SubString before(String const& x, int start = 0);
+  SubString before(SubString const& x, int start = 0);
+  SubString before(char c, int start = 0);
+  SubString before(char const* t, int start = 0);
+
+  // What stands before a position or match, that included.
+  SubString through(int pos);
+  SubString through(String const& x, int start = 0);
+  SubString through(SubString const& x, int start = 0);
+  SubString through(char c, int start = 0);
+  SubString through(char const* t, int start = 0);
+
+  // A position or match and what stands behind it.
+  SubString from(int pos);
+  SubString from(String const& x, int start = 0);
+  SubString from(SubString const& x, int start = 0);
+  SubString from(char c, int start = 0);
+  SubString from(char const* t, int start = 0);
+
+  // What stands behind a position or match.
+  SubString after(int pos);
+  SubString after(String const& x, int start = 0);
+  SubString after(SubString const& x, int start = 0);
+  SubString after(char c, int start = 0);
+  SubString after(char const* t, int start = 0);
+
+  // The same stretches of a string that must not change, to read only.
+  const SubString at(int first, int l) const { return Self().at(first, l); }
+  const SubString operator()(int first, int l) const { return Self().at(first, l); }
+  const SubString at(String const& x, int start = 0) const { return Self().at(x, start); }
+  const SubString at(SubString const& x, int start = 0) const { return Self().at(x, start); }
+  const SubString at(char c, int start = 0) const { return Self().at(c, start); }
+  const SubString at(char const* t, int start = 0) const { return Self().at(t, start); }
+  const SubString before(int pos) const { return Self().before(pos); }
+  const SubString before(String const& x, int start = 0) const { return Self().before(x, start); }
+  const SubString before(SubString const& x, int start = 0) const {
+    return Self().before(x, start);
+  }
+  const SubString before(char c, int start = 0) const { return Self().before(c, start); }
+  const SubString before(char const* t, int start = 0) const { return Self().before(t, start); }
+  const SubString through(int pos) const { return Self().through(pos); }
+  const SubString through(String const& x, int start = 0) const { return Self().through(x, start); }
+  const SubString through(SubString const& x, int start = 0) const {
+    return Self().through(x, start);
+  }
+  const SubString through(char c, int start = 0) const { return Self().through(c, start); }
+  const SubString through(char const* t, int start = 0) const { return Self().through(t, start); }
+  const SubString from(int pos) const { return Self().from(pos); }
+  const SubString from(String const& x, int start = 0) const { return Self().from(x, start); }
+  const SubString from(SubString const& x, int start = 0) const { return Self().from(x, start); }
+  const SubString from(char c, int start = 0) const { return Self().from(c, start); }
+  const SubString from(char const* t, int start = 0) const { return Self().from(t, start); }
+  const SubString after(int pos) const { return Self().after(pos); }
+  const SubString after(String const& x, int start = 0) const { return Self().after(x, start); }
+  const SubString after(SubString const& x, int start = 0) const { return Self().after(x, start); }
+  const SubString after(char c, int start = 0) const { return Self().after(c, start); }
+  const SubString after(char const* t, int start = 0) const { return Self().after(t, start); }
+
+  // Takes characters out. False and nothing changed where the range is not in the string, or empty.
+  bool del(int pos, int l);
+  bool del(String const& x, int start = 0);
+  bool del(SubString const& x, int start = 0);
+  bool del(char c, int start = 0);
+  bool del(char const* t, int start = 0);
+
+  // Replaces every match of a pattern, from the left; matches do not overlap, and replaced text is
+  // not searched again. Returns the number of replacements. Time grows linearly with the text.
+  int gsub(String const& pat, String const& repl);
+  int gsub(String const& pat, SubString const& repl);
+  int gsub(String const& pat, char const* repl);
+  int gsub(SubString const& pat, String const& repl);
+  int gsub(SubString const& pat, SubString const& repl);
+  int gsub(SubString const& pat, char const* repl);
+  int gsub(char pat, String const& repl);
+  int gsub(char pat, char repl);
+  int gsub(char pat, char const* repl);
+  int gsub(char const* pat, String const& repl);
+  int gsub(char const* pat, SubString const& repl);
+  int gsub(char const* pat, char const* repl);
+
+  // Letters by the run-time's locale; `capitalize` as Scapitalize.
+  void upcase();
+  void downcase();
+  void capitalize();
+  void reverse();
+
+  // Reserves a capacity of at least n; text and length stay.
+  void alloc(int n);
+
+  // Called on an invalid index. It does nothing.
+  void error(char const* msg) const;
+
+ protected:
+  friend class SubString;
+  friend ZU_API int readline(std::istream& stream, String& x, char terminator, int discard);
+
+  // Finds a character or text among the first `sl` characters. A negative tl is the length of t.
+  int search(int start, int sl, char c) const;
+  int search(int start, int sl, char const* t, int tl = -1) const;
+
+  // Compares t with the string at a position. Returns tl on a full match, else -1.
+  int match(int start, int sl, int exact, char const* t, int tl = -1) const;
+
+  // The range as a view, or the empty view on `_nilString` where it is not in the string, a
+  // negative length included.
+  SubString _substr(int first, int l);
+
+  int _gsub(char const* pat, int pl, char const* r, int rl);
+
+  StrRep* rep;  // never null
+
+ private:
+  static constexpr StrRep* NilRep() noexcept { return const_cast<StrRep*>(&_nilStrRep); }
+  String& Self() const { return const_cast<String&>(*this); }
+  char& InvalidIndex() const;
+};
+
+// The empty string that views of failed searches stand on. Not to be changed.
+extern ZU_API String _nilString;
+
+// Compares bytes as signed characters. Returns the first difference a - b, or 0. Strings are
+// compared up to their terminators; a null text is equal to an empty string and below any other.
+ZU_API int compare(String const& x, String const& y);
+ZU_API int compare(String const& x, char const* y);
+// With a SubString the shorter length is compared, then the difference in length comes back.
+ZU_API int compare(String const& x, SubString const& y);
+ZU_API int compare(SubString const& x, String const& y);
+ZU_API int compare(SubString const& x, SubString const& y);
+ZU_API int compare(SubString const& x, char const* y);
+
+// As compare over the shorter length, the ASCII letters a to z counting as upper case; then the
+// difference in length.
+ZU_API int fcompare(String const& x, String const& y);
+
+inline bool operator==(String const& x, String const& y) { return compare(x, y) == 0; }
+inline bool operator==(String const& x, char const* y) { return compare(x, y) == 0; }
+inline bool operator==(String const& x, SubString const& y) { return compare(x, y) == 0; }
+inline bool operator==(SubString const& x, SubString const& y) { return compare(x, y) == 0; }
+inline bool operator==(SubString const& x, char const* y) { return compare(x, y) == 0; }
+inline std::strong_ordering operator<=>(String const& x, String const& y) {
+  return compare(x, y) <=> 0;
+}
+inline std::strong_ordering operator<=>(String const& x, char const* y) {
+  return compare(x, y) <=> 0;
+}
+
+ZU_API String operator+(String const& x, String const& y);
+ZU_API String operator+(String const& x, SubString const& y);
+ZU_API String operator+(String const& x, char const* y);
+ZU_API String operator+(String const& x, char y);
+ZU_API String operator+(char const* x, String const& y);
+
+// Writes the text, padded to the stream's width.
+ZU_API std::ostream& operator<<(std::ostream& stream, String const& x);
+ZU_API std::ostream& operator<<(std::ostream& stream, SubString const& x);
+
+// The stretch from `start` on in which both are equal.
+ZU_API String common_prefix(String const& x, String const& y, int start = 0);
+
+// The stretch before and with the character `start`, counted from the end of both (-1: the last
+// one), in which both are equal.
+ZU_API String common_suffix(String const& x, String const& y, int start = -1);
+
+// Joins n strings (n at least 1) with sep between them.
+ZU_API String join(String const src[], int n, String const& sep);
+
+// Cuts src at each sep into at most n fields; returns their number. Two separators in a row make an
+// empty field, one at the very end makes none. src may be one of the results.
+ZU_API int split(String const& src, String results[], int n, String const& sep);
+
+// Cuts src at runs of the characters in delims. Stores at most n tokens; returns the tokens stored.
+ZU_API int tokenize(String const& src, String results[], int n, String const& delims);
+// Appends every token; returns the size of the vector, earlier contents included.
+ZU_API int tokenize(String const& src, std::vector<String>& results, String const& delims);
+
+// n copies, one behind the other; empty for n of 0 and below.
+ZU_API String replicate(char c, int n);
+ZU_API String replicate(String const& y, int n);
+
+// Reads a line into x up to the terminator, which is stored only where discard is 0, or to the end
+// of the file, which sets the stream's end-of-file state. Returns the number of characters stored.
+ZU_API int readline(std::istream& stream, String& x, char terminator = '\n', int discard = 1);
+
+// Replaces %1 to %5 in format by the arguments, each wherever it stands; returns the number of
+// replacements. Never give it text from outside as format or argument.
+//
+// Required: after each replacement the search starts again at position 0, so that placeholders of
+// higher numbers inside an argument are replaced too. An argument that holds its own placeholder
+// never finishes.
+ZU_API int Sprintf(String& out, String const& format, String const& a1 = _nilString,
+                   String const& a2 = _nilString, String const& a3 = _nilString,
+                   String const& a4 = _nilString, String const& a5 = _nilString);
