@@ -1,0 +1,47 @@
+// The commands of the program. One source file a command (cmd_<name>.cpp), which defines one
+// function; the function declares the command's options and returns what runs it:
+//
+//   Runner DefinePlane(Options& options) {
+//     struct Values { std::string strPoints; bool bForce = false; };
+//     auto pValues = std::make_shared<Values>();
+//     options.Positional("POINTS", &pValues->strPoints, "coordinate file");
+//     options.Flag("--force", &pValues->bForce, "take every point");
+//     return [pValues](Context& context) {
+//       ...                                     // throw CommandError(kBadInput, text) on a fault
+//       context.Text() << ...;                  // the result as text
+//       context.Root()["status"] = ...;         // the same result as JSON
+//       context.NewOutput(path).Stream() << ...;  // a result file
+//       return kGood;                           // or kNotAcceptable: the result is given all the
+//       same
+//     };
+//   }
+//
+// A new command: its file in apps/CMakeLists.txt, its declaration below, its row in commands.cpp.
+// --json, --quiet and --help are there without being declared. What a runner finds ready:
+//   context.h      result, result files, warnings
+//   point_input.h  coordinate files and --columns        text_table.h   aligned tables
+//   output_file.h  files that are whole or not there     progress_line.h long work
+#pragma once
+
+#include <functional>
+#include <vector>
+
+#include "context.h"
+#include "exit_code.h"
+#include "options.h"
+
+namespace cli {
+
+using Runner = std::function<ExitCode(Context&)>;
+
+struct Command {
+  const char* szName;     // "plane", or "cloud info" for a command of a group
+  const char* szSummary;  // one line of the list of commands
+  const char* szExample;  // one worked example for --help: the call, and what it gives
+  Runner (*pfnDefine)(Options&);
+};
+
+// In the order of the list that `zu --help` prints.
+const std::vector<Command>& Commands();
+
+}  // namespace cli

@@ -1,0 +1,52 @@
+// What a running command writes to. Nothing leaves the program before the command has succeeded:
+// then the result goes to standard output as text or JSON, and only when all of it arrived do the
+// result files get their names.
+#pragma once
+
+#include <memory>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "json_text.h"
+#include "output_file.h"
+
+namespace cli {
+
+class Context {
+ public:
+  // `strCommand` is the name in messages ("zu plane").
+  Context(std::string strCommand, bool bJson, bool bQuiet);
+
+  bool IsJson() const { return m_bJson; }
+  bool IsQuiet() const { return m_bQuiet; }
+
+  // The result as text; not printed under --json.
+  std::ostream& Text() { return m_text; }
+  // The result as JSON object; printed under --json only. Keys keep their order.
+  Json& Root() { return m_root; }
+
+  // A result file, to be filled before the command returns. Throws CommandError if it cannot be
+  // made. The reference holds until the end of the run.
+  OutputFile& NewOutput(const std::string& strPath);
+
+  // One line on standard error, with the command's name in front; nothing under --quiet.
+  void Warn(const std::string& strText) const;
+
+  // Prints the result and renames the result files. Throws CommandError.
+  void Finish();
+
+ private:
+  std::string m_strCommand;
+  bool m_bJson;
+  bool m_bQuiet;
+  std::ostringstream m_text;
+  Json m_root = Json::object();
+  std::vector<std::unique_ptr<OutputFile>> m_outputs;
+};
+
+// Writes to standard output and closes it, so that a full disk or a closed pipe is seen. Once, at
+// the end. Throws CommandError.
+void PrintAndClose(const std::string& strText);
+
+}  // namespace cli

@@ -1,0 +1,60 @@
+#include "json_text.h"
+
+#include <charconv>
+#include <cmath>
+
+namespace cli {
+namespace {
+
+void AppendNumber(double dValue, std::string* pText) {
+  if (!std::isfinite(dValue)) {
+    *pText += "null";
+    return;
+  }
+  char szBuffer[32];
+  const auto result = std::to_chars(szBuffer, szBuffer + sizeof(szBuffer), dValue);
+  pText->append(szBuffer, result.ptr);
+}
+
+std::string Quoted(const std::string& strText) {
+  return Json(strText).dump(-1, ' ', false, Json::error_handler_t::replace);
+}
+
+// iLevel counts the lists and objects around the value; the outermost object is level 0. Results
+// are built by the commands and nest a few levels deep.
+void Append(const Json& json, int iLevel, std::string* pText) {
+  if (json.is_number_float()) return AppendNumber(json.get<double>(), pText);
+  if (json.is_string()) {
+    *pText += Quoted(json.get_ref<const std::string&>());
+    return;
+  }
+  if (!json.is_structured()) {
+    *pText += json.dump();
+    return;
+  }
+  const bool bObject = json.is_object();
+  const bool bLines =
+      (bObject && iLevel == 0) || (!bObject && !json.empty() && json.front().is_structured());
+  const std::string strIndent = bLines ? "\n" + std::string(iLevel + 1, ' ') : "";
+  *pText += bObject ? '{' : '[';
+  bool bFirst = true;
+  for (const auto& item : json.items()) {
+    if (!bFirst) *pText += bLines ? "," : ", ";
+    bFirst = false;
+    *pText += strIndent;
+    if (bObject) *pText += Quoted(item.key()) + ": ";
+    Append(item.value(), iLevel + 1, pText);
+  }
+  if (bLines && !json.empty()) *pText += "\n" + std::string(iLevel, ' ');
+  *pText += bObject ? '}' : ']';
+}
+
+}  // namespace
+
+std::string JsonText(const Json& json) {
+  std::string strText;
+  Append(json, 0, &strText);
+  return strText + "\n";
+}
+
+}  // namespace cli

@@ -1,0 +1,34 @@
+#include "progress_line.h"
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <utility>
+
+#include "output_file.h"
+
+namespace cli {
+
+constexpr std::chrono::milliseconds kPatience(500);
+constexpr std::chrono::milliseconds kPeriod(100);
+
+ProgressLine::ProgressLine(std::string strTitle, bool bQuiet)
+    : m_strTitle(std::move(strTitle)),
+      m_bTerminal(!bQuiet && isatty(STDERR_FILENO) == 1),
+      m_next(Clock::now() + kPatience) {}
+
+ProgressLine::~ProgressLine() {
+  static constexpr char kErase[] = "\r\033[K";
+  if (m_bShown) WriteAll(STDERR_FILENO, kErase, sizeof(kErase) - 1);
+}
+
+void ProgressLine::Update(double dFraction) {
+  if (!m_bTerminal || Clock::now() < m_next) return;
+  m_next = Clock::now() + kPeriod;
+  m_bShown = true;
+  const int iPercent = dFraction > 0.0 ? static_cast<int>(100.0 * std::min(dFraction, 1.0)) : 0;
+  const std::string strLine = "\r" + m_strTitle + " " + std::to_string(iPercent) + " %\033[K";
+  WriteAll(STDERR_FILENO, strLine.data(), strLine.size());
+}
+
+}  // namespace cli
