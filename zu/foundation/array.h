@@ -56,8 +56,8 @@ class ZU_API TZuArray {
   // Index of the first element equal to value in [iFrom, iTo), or -1; iTo of -1 means the count.
   int Search(const T& value, int iFrom = 0, int iTo = -1) const;
 
-  // Index of an element equal to value in an array that ascends or descends, or -1. Of several equal
-  // elements any may be found.
+  // Index of an element equal to value in an array that ascends or descends, or -1. Of several
+  // equal elements any may be found.
   int BinSearchUp(const T& value) const { return BinSearch(value, false); }
   int BinSearchDown(const T& value) const { return BinSearch(value, true); }
 
@@ -97,4 +97,4 @@ class ZU_API TZuArray {
 
 #include "zu/foundation/array_impl.h"
 
-extern template class ZU_API TZuArray<unsigned int>;
+extern template class TZuArray<unsigned int>;

@@ -142,8 +142,8 @@ void TZuArray<T>::HeapSort(int iLow, int iHigh) {
   std::sort_heap(m_ppItems + iLow, m_ppItems + iHigh + 1, &Less);
 }
 
-// Splits [iLow, iHigh] about its middle element, which goes to the place that is returned. Before it
-// nothing is greater; from *piUpper on nothing is less; what lies between equals it.
+// Splits [iLow, iHigh] about its middle element, which goes to the place that is returned. Before
+// it nothing is greater; from *piUpper on nothing is less; what lies between equals it.
 template <class T>
 int TZuArray<T>::Partition(int iLow, int iHigh, int* piUpper) {
   SwapItems(iLow + (iHigh - iLow + 1) / 2, iLow);
@@ -169,8 +169,8 @@ void TZuArray<T>::QuickSort(int iLow, int iHigh) {
   constexpr int kBounds = 2 * sizeof(int) * CHAR_BIT;  // the longer part waits, so they halve
   if (iHigh - iLow < 2) return;
 
-  // The middle element is a poor pivot in some orders (one that rises and falls again). What is left
-  // when the partitions have cost far more than n log n goes to the heap sort.
+  // The middle element is a poor pivot in some orders (one that rises and falls again). What is
+  // left when the partitions have cost far more than n log n goes to the heap sort.
   long long lBudget = 128LL * (iHigh - iLow + 1);
   int aiBounds[kBounds];
   int iTop = 0;

@@ -80,13 +80,13 @@ class ZU_API ZuIdTable2D {
   // { 3 2  11 12 13  21 22 23 }: the sizes in x and y, then the ids row by row, x running fastest.
   //
   // The grid is replaced when its block has ended. Of a block with fewer ids than the sizes tell,
-  // the complete rows are taken; what stands behind the last id is left to the reader. Sizes below 1
-  // give an empty grid. A token that is no integer leaves as the parser's fault, with the complete
-  // rows before it taken. Returns 1.
+  // the complete rows are taken; what stands behind the last id is left to the reader. Sizes below
+  // 1 give an empty grid. A token that is no integer leaves as the parser's fault, with the
+  // complete rows before it taken. Returns 1.
   int Read(ZuReaderObject* pObject);
 
  protected:
   ValArray2DXY<unsigned int> m_aIds;
 };
 
-extern template class ZU_API TZuArray<ZuIdPair>;
+extern template class TZuArray<ZuIdPair>;

@@ -62,8 +62,8 @@ class ZU_API Link {
   };
   using Thunk = long (*)(void* pHdl, const Function& function, void* pArg);
 
-  void* m_pHdl = nullptr;    // the object, as the class that declares the function sees it
-  Function m_pfnCall = {};   // the member function
+  void* m_pHdl = nullptr;      // the object, as the class that declares the function sees it
+  Function m_pfnCall = {};     // the member function
   Thunk m_pfnThunk = nullptr;  // knows the types of both; null: no function
 
  private:

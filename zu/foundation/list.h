@@ -88,8 +88,8 @@ class ZU_API TZuBaseListHeader {
   virtual void MoveTo(TZuBaseListHeader* pDest);
   virtual void Swap(TZuBaseListHeader* pOther);
 
-  // Appends a copy of every node to pDest and returns their number. pDest may be this list: the nodes
-  // that were there at the start are copied.
+  // Appends a copy of every node to pDest and returns their number. pDest may be this list: the
+  // nodes that were there at the start are copied.
   virtual int CopyTo(TZuBaseListHeader* pDest) const;
 
   // Deletes all nodes, or leaves them to their other owners.
@@ -106,7 +106,8 @@ class ZU_API TZuBaseListHeader {
   virtual int Index(T* p) const { return IsPtrInList(p) ? 0 : -1; }
   virtual bool IsEmpty() const { return m_pFirst == nullptr; }
 
-  // Returns the first node that compares unequal to x; null when all are equal or the list is empty.
+  // Returns the first node that compares unequal to x; null when all are equal or the list is
+  // empty.
   //
   // Required: the sense is "unequal": it finds where a run of equals ends. Look for a match with
   // Find(id) or Find(name).
@@ -144,8 +145,8 @@ class ZU_API TZuBaseListHeader {
   void LinkBefore(T* pBefore, T* p);  // null: at the tail
   void Unlink(T* p);
 
-  // Sorts the chain as SortedInsert with this comparison does, without events. Returns the number of
-  // nodes.
+  // Sorts the chain as SortedInsert with this comparison does, without events. Returns the number
+  // of nodes.
   int SortChain(ZuNodeOrder::Compare pfnCompare);
 
   T* m_pFirst = nullptr;
@@ -157,7 +158,8 @@ class ZU_API TZuBaseListHeader {
   static ZuBaseListnode& Links(T* p) { return *p; }
   static const ZuBaseListnode& Links(const T* p) { return *p; }
   static int CompareNodes(const T* p, const T* pOther) {
-    return p->Compare(const_cast<T*>(pOther));  // some records declare it for a pointer to non-const
+    return p->Compare(
+        const_cast<T*>(pOther));  // some records declare it for a pointer to non-const
   }
   static int CompareLinks(const ZuBaseListnode* p, const ZuBaseListnode* pOther) {
     return CompareNodes(static_cast<const T*>(p), static_cast<const T*>(pOther));
@@ -214,8 +216,9 @@ class ZU_API TZuListHeader : public TZuBaseListHeader<T>, public ZuStandardNotif
   // Puts p in the place of the first node with its id, which is deleted; without one, as Add or
   // SortedInsert. Returns p.
   //
-  // Required: Replace sends its events when all is done, a subtraction without node and the addition;
-  // SortedReplace sends the addition, then the subtraction with the node that is deleted next.
+  // Required: Replace sends its events when all is done, a subtraction without node and the
+  // addition; SortedReplace sends the addition, then the subtraction with the node that is deleted
+  // next.
   virtual T* Replace(const T& x);
   virtual T* Replace(T* p);
   virtual T* SortedReplace(const T& x);
@@ -260,9 +263,9 @@ class ZU_API TZuListHeader : public TZuBaseListHeader<T>, public ZuStandardNotif
 #include "zu/foundation/list_impl.h"
 
 // A record's header declares its lists, and one source compiles them: that keeps the library small.
-#define ZU_DECLARE_LIST(T)                           \
-  extern template class ZU_API TZuBaseListHeader<T>; \
-  extern template class ZU_API TZuListHeader<T>
-#define ZU_INSTANTIATE_LIST(T)                \
-  template class ZU_API TZuBaseListHeader<T>; \
-  template class ZU_API TZuListHeader<T>
+#define ZU_DECLARE_LIST(T)                    \
+  extern template class TZuBaseListHeader<T>; \
+  extern template class TZuListHeader<T>
+#define ZU_INSTANTIATE_LIST(T)         \
+  template class TZuBaseListHeader<T>; \
+  template class TZuListHeader<T>

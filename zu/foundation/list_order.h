@@ -13,8 +13,8 @@ class ZU_API ZuNodeOrder {
   // front of the first one whose comparison with it is above 0, or at the tail, by about n log n
   // comparisons, and gives the number of nodes.
   //
-  // False, chain untouched: there is no memory for 16 bytes a node, or the comparison is no order on
-  // these nodes and only the insertion itself can tell the result.
+  // False, chain untouched: there is no memory for 16 bytes a node, or the comparison is no order
+  // on these nodes and only the insertion itself can tell the result.
   static bool Sort(ZuBaseListnode** ppFirst, ZuBaseListnode** ppLast, Compare pfnCompare,
                    int* piCount);
 };

@@ -36,9 +36,9 @@ class ZU_API ZuObject : public LinkHdl {
   const String& GetName() const { return m_strName; }
   void SetName(const String& strName) { m_strName = strName; }
 
-  // Reads an integer token into the id and a string token into the name. It starts with the token in
-  // hand and returns 1 with the first token behind the name in hand. The parser's fault leaves it at
-  // the first token that does not fit, with the earlier value kept.
+  // Reads an integer token into the id and a string token into the name. It starts with the token
+  // in hand and returns 1 with the first token behind the name in hand. The parser's fault leaves
+  // it at the first token that does not fit, with the earlier value kept.
   int Read(ZuReaderObject* pObject);
 
   // Writes ` 12 "name"`: a blank, the id to the right of 4 columns, a blank and the quoted name,

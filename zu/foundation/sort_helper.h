@@ -1,9 +1,9 @@
 // The id index of a list: finds its nodes by id in logarithmic time, in constant time where the ids
 // run without gaps.
 //
-// A plain value that points to the list and does not own it. It shows the list as it was at the last
-// Set or Rebuild: nodes that were added or subtracted since are not followed, and a deleted node must
-// not be looked up. Look-ups change nothing and may run in several threads.
+// A plain value that points to the list and does not own it. It shows the list as it was at the
+// last Set or Rebuild: nodes that were added or subtracted since are not followed, and a deleted
+// node must not be looked up. Look-ups change nothing and may run in several threads.
 #pragma once
 
 #include <algorithm>

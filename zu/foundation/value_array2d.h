@@ -46,4 +46,4 @@ class ZU_API ValArray2DXY : public ValArray2DBase<T> {
   }
 };
 
-extern template class ZU_API ValArray2DBase<unsigned int>;
+extern template class ValArray2DBase<unsigned int>;
