@@ -1,0 +1,26 @@
+# Installs the library: headers, CMake package (find_package(zu), target zu::zu), pkg-config file.
+include(CMakePackageConfigHelpers)
+
+install(TARGETS zu EXPORT zu-targets FILE_SET HEADERS
+        LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR})
+set(_package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/zu)
+install(EXPORT zu-targets NAMESPACE zu:: DESTINATION ${_package_dir})
+configure_package_config_file(cmake/zu-config.cmake.in ${PROJECT_BINARY_DIR}/zu-config.cmake
+                              INSTALL_DESTINATION ${_package_dir})
+write_basic_package_version_file(${PROJECT_BINARY_DIR}/zu-config-version.cmake
+                                 COMPATIBILITY SameMinorVersion)
+install(FILES ${PROJECT_BINARY_DIR}/zu-config.cmake ${PROJECT_BINARY_DIR}/zu-config-version.cmake
+        DESTINATION ${_package_dir})
+
+# The prefix is found from the place of the file, so that an installed tree can be moved.
+file(RELATIVE_PATH ZU_PC_PREFIX ${CMAKE_INSTALL_PREFIX}/${CMAKE_INSTALL_LIBDIR}/pkgconfig
+     ${CMAKE_INSTALL_PREFIX})
+set(ZU_PC_PREFIX "\${pcfiledir}/${ZU_PC_PREFIX}")
+set(ZU_PC_STATIC_LIBS)
+set(ZU_PC_STATIC_CFLAGS)
+if(NOT BUILD_SHARED_LIBS)
+  set(ZU_PC_STATIC_LIBS " ${OpenMP_CXX_FLAGS}")
+  set(ZU_PC_STATIC_CFLAGS " -DZU_STATIC")
+endif()
+configure_file(cmake/zu.pc.in ${PROJECT_BINARY_DIR}/zu.pc @ONLY)
+install(FILES ${PROJECT_BINARY_DIR}/zu.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)

@@ -1,0 +1,29 @@
+# Installs the build tree BUILD_DIR, builds this folder against it, with the compiler and flags of the
+# build, and runs what came out. WORK_DIR is emptied.
+function(step)
+  execute_process(COMMAND ${ARGN} RESULT_VARIABLE _result OUTPUT_VARIABLE _text
+                  ERROR_VARIABLE _text)
+  if(NOT _result EQUAL 0)
+    list(JOIN ARGN " " _command)
+    message(FATAL_ERROR "${_command}\n${_text}")
+  endif()
+endfunction()
+
+file(REMOVE_RECURSE ${WORK_DIR})
+# Moved after the install: nothing in the tree may depend on the prefix it was made for.
+step(${CMAKE_COMMAND} --install ${BUILD_DIR} --prefix ${WORK_DIR}/first)
+file(RENAME ${WORK_DIR}/first ${WORK_DIR}/moved)
+set(ENV{PKG_CONFIG_PATH} ${WORK_DIR}/moved/${LIBDIR}/pkgconfig)
+step(${CMAKE_COMMAND} -S ${CMAKE_CURRENT_LIST_DIR} -B ${WORK_DIR}/build -G Ninja
+     -DCMAKE_BUILD_TYPE=${BUILD_TYPE} -DCMAKE_CXX_COMPILER=${CXX} "-DCMAKE_CXX_FLAGS=${CXX_FLAGS}"
+     -DCMAKE_PREFIX_PATH=${WORK_DIR}/moved -DEXPECTED_VERSION=${VERSION})
+step(${CMAKE_COMMAND} --build ${WORK_DIR}/build)
+foreach(_program by_package by_pkg_config)
+  if(EXISTS ${WORK_DIR}/build/${_program})
+    step(${WORK_DIR}/build/${_program} ${VERSION})
+    message(STATUS "${_program}: good")
+  endif()
+endforeach()
+if(EXISTS ${WORK_DIR}/moved/bin/zu)
+  step(${WORK_DIR}/moved/bin/zu --version)
+endif()

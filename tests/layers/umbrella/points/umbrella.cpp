@@ -1,0 +1,1 @@
+#include "zu/zu.h"

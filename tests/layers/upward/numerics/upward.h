@@ -1,0 +1,3 @@
+#pragma once
+
+#include "zu/cloud/point_cloud.h"
