@@ -20,6 +20,11 @@ std::string Quoted(const std::string& strText) {
   return Json(strText).dump(-1, ' ', false, Json::error_handler_t::replace);
 }
 
+void BreakLine(int iIndent, std::string* pText) {
+  *pText += '\n';
+  pText->append(iIndent, ' ');
+}
+
 // iLevel counts the lists and objects around the value; the outermost object is level 0. Results
 // are built by the commands and nest a few levels deep.
 void Append(const Json& json, int iLevel, std::string* pText) {
@@ -35,17 +40,16 @@ void Append(const Json& json, int iLevel, std::string* pText) {
   const bool bObject = json.is_object();
   const bool bLines =
       (bObject && iLevel == 0) || (!bObject && !json.empty() && json.front().is_structured());
-  const std::string strIndent = bLines ? "\n" + std::string(iLevel + 1, ' ') : "";
   *pText += bObject ? '{' : '[';
   bool bFirst = true;
   for (const auto& item : json.items()) {
     if (!bFirst) *pText += bLines ? "," : ", ";
     bFirst = false;
-    *pText += strIndent;
+    if (bLines) BreakLine(iLevel + 1, pText);
     if (bObject) *pText += Quoted(item.key()) + ": ";
     Append(item.value(), iLevel + 1, pText);
   }
-  if (bLines && !json.empty()) *pText += "\n" + std::string(iLevel, ' ');
+  if (bLines && !json.empty()) BreakLine(iLevel, pText);
   *pText += bObject ? '}' : ']';
 }
 
