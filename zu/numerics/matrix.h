@@ -167,7 +167,7 @@ class ZU_API ZuMatrix {
   std::ostream& Write(std::ostream& os) const;
 
   // Headline (printf format) and rows to the debug output.
-  void DbgPrintf(const char* szFormat, ...) const;
+  [[gnu::format(printf, 2, 3)]] void DbgPrintf(const char* szFormat, ...) const;
 
  protected:
   double* m_pdData;       // into m_adInline or a heap array
@@ -176,6 +176,9 @@ class ZU_API ZuMatrix {
   int m_iSpalten;         // columns
 
  private:
+  struct Unset {};  // for results whose every element is written
+  ZuMatrix(Unset, int iRows, int iCols) { Allocate(iRows, iCols); }
+
   std::ptrdiff_t Offset(int i, int j) const {
     return static_cast<std::ptrdiff_t>(i - 1) * m_iSpalten + (j - 1);
   }
@@ -185,10 +188,10 @@ class ZU_API ZuMatrix {
 };
 
 inline void ZuMatrix::Allocate(int iRows, int iCols) {
+  const std::ptrdiff_t n = static_cast<std::ptrdiff_t>(iRows) * iCols;
+  m_pdData = n <= 16 ? m_adInline : new double[static_cast<std::size_t>(n)];
   m_iZeilen = iRows;
   m_iSpalten = iCols;
-  const std::ptrdiff_t n = Count();
-  m_pdData = n <= 16 ? m_adInline : new double[static_cast<std::size_t>(n)];
 }
 
 inline void ZuMatrix::Release() {

@@ -103,7 +103,7 @@ class ZU_API ZuVector {
   std::ostream& Write(std::ostream& os) const;
 
   // Headline (printf format), elements and length to the debug output.
-  void DbgPrintf(const char* szFormat, ...) const;
+  [[gnu::format(printf, 2, 3)]] void DbgPrintf(const char* szFormat, ...) const;
 
  protected:
   double* m_pdData;      // into m_adInline or a heap array
@@ -117,8 +117,8 @@ class ZU_API ZuVector {
 };
 
 inline void ZuVector::Allocate(int n) {
-  m_iSize = n;
   m_pdData = n <= 4 ? m_adInline : new double[static_cast<std::size_t>(n)];
+  m_iSize = n;
 }
 
 inline void ZuVector::init(int n) {

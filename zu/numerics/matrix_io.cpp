@@ -1,0 +1,81 @@
+// Reading matrices and vectors from keyword files, and their debug output.
+#include <algorithm>
+#include <cstdarg>
+#include <cstdint>
+#include <cstdio>
+
+#include "zu/foundation/debug.h"
+#include "zu/foundation/reader_object.h"
+#include "zu/numerics/matrix.h"
+
+namespace {
+
+// Larger ones are not taken from a file [elements].
+constexpr std::int64_t kMaxElements = 1'000'000;
+
+void PrintHeadline(const char* szFormat, std::va_list args) {
+  char szHeadline[kZuDebugTextSize];
+  const int iLength = std::vsnprintf(szHeadline, sizeof(szHeadline), szFormat, args);
+  if (iLength >= 0) dbgprintf("%s\n", szHeadline);
+}
+
+}  // namespace
+
+// 3 3  1 0 0  0 1 0  0 0 1
+int ZuMatrix::Read(ZuReaderObject* pObject) {
+  const int iRows = pObject->TakeInt();
+  const int iCols = pObject->TakeInt();
+  if (iRows < 1 || iCols < 1 || static_cast<std::int64_t>(iRows) * iCols > kMaxElements) {
+    pObject->SkipNumbers();
+    return 1;
+  }
+  if (iRows != m_iZeilen || iCols != m_iSpalten) {
+    double* pdOld = m_pdData;
+    Allocate(iRows, iCols);
+    if (pdOld != m_adInline) delete[] pdOld;
+    Clear();  // a fault among the values leaves the rest of them at 0.0
+  }
+  const std::ptrdiff_t n = Count();
+  for (std::ptrdiff_t i = 0; i < n; ++i) m_pdData[i] = pObject->TakeValue();
+  return 1;
+}
+
+std::ostream& ZuMatrix::Write(std::ostream& os) const { return os; }
+
+void ZuMatrix::DbgPrintf(const char* szFormat, ...) const {
+  std::va_list args;
+  va_start(args, szFormat);
+  PrintHeadline(szFormat, args);
+  va_end(args);
+  for (int i = 1; i <= m_iZeilen; ++i) {
+    for (int j = 1; j <= m_iSpalten; ++j) dbgprintf("%11.7f ", GetElem(i, j));
+    dbgprintf("\n");
+  }
+}
+
+ZuVector::ZuVector(ZuReaderObject* pObject) : ZuVector(0) { Read(pObject); }
+
+// 3  1 0 0
+int ZuVector::Read(ZuReaderObject* pObject) {
+  const int n = pObject->TakeInt();
+  if (n < 1 || n > kMaxElements) {
+    pObject->SkipNumbers();
+    return 1;
+  }
+  double* pdOld = m_pdData;
+  init(n);
+  if (pdOld != m_adInline) delete[] pdOld;
+  for (int i = 0; i < n; ++i) m_pdData[i] = pObject->TakeValue();
+  return 1;
+}
+
+std::ostream& ZuVector::Write(std::ostream& os) const { return os; }
+
+void ZuVector::DbgPrintf(const char* szFormat, ...) const {
+  std::va_list args;
+  va_start(args, szFormat);
+  PrintHeadline(szFormat, args);
+  va_end(args);
+  for (int i = 1; i <= m_iSize; ++i) dbgprintf("%.7f   ", GetElem(i));
+  dbgprintf(" (%.7f)\n", Abs());
+}
