@@ -71,15 +71,15 @@ bool IsBefore(ZuNodeOrder::Compare pfnCompare, const ZuBaseListnode* p,
 
 // Tells whether the comparison is an order on the sorted nodes, by 4 n comparisons.
 //
-// Records compare by their ids, which always is an order, or by the difference of 32-bit keys, which
-// is one as long as no difference wraps. For those the answer is exact: let o(x) be key(x) minus the
-// key of the first node, modulo 2^32. First and x see each other in this order only if o(x) < 2^31:
-// beyond, the signs are the wrong way round, and at 2^31 both differences are negative. So all o lie
-// in [0, 2^31), the difference of any two of them does not wrap, and it is what the comparison gives.
-// Conversely, where the comparison is an order, the sorted nodes pass.
+// Records compare by their ids, which always is an order, or by the difference of 32-bit keys,
+// which is one as long as no difference wraps. For those the answer is exact: let o(x) be key(x)
+// minus the key of the first node, modulo 2^32. First and x see each other in this order only if
+// o(x) < 2^31: beyond, the signs are the wrong way round, and at 2^31 both differences are
+// negative. So all o lie in [0, 2^31), the difference of any two of them does not wrap, and it is
+// what the comparison gives. Conversely, where the comparison is an order, the sorted nodes pass.
 //
-// An application's comparison of another kind may be no order in a way that shows only between nodes
-// far apart; the neighbours are looked at for its sake.
+// An application's comparison of another kind may be no order in a way that shows only between
+// nodes far apart; the neighbours are looked at for its sake.
 bool IsOrder(const Nodes& nodes, ZuNodeOrder::Compare pfnCompare) {
   for (std::size_t i = 1; i < nodes.size(); ++i) {
     if (!IsBefore(pfnCompare, nodes[0], nodes[i])) return false;
