@@ -2,6 +2,10 @@
 #pragma once
 
 #include "zu/cad/lines_match.h"
+#include "zu/cloud/file_buff.h"
+#include "zu/cloud/point_cloud.h"
+#include "zu/cloud/point_cloud_container.h"
+#include "zu/cloud/scan_header.h"
 #include "zu/cloud/scan_point3d.h"
 #include "zu/export.h"
 #include "zu/foundation/debug.h"
