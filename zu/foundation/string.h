@@ -58,6 +58,8 @@ class ZU_API SubString {
   friend class String;
 
   SubString(String& x, int first, int l);
+  int Rest() const;  // what of the length the parent still holds
+  bool Holds(char const* t, int tl) const;
   void assign(StrRep const* ysrc, char const* ys, int ylen = -1);
 
   String& S;          // the string viewed
@@ -151,38 +153,38 @@ class ZU_API String {
   // `l` characters from `first` on, or the stretch that the pattern matches.
   SubString at(int first, int l) { return _substr(first, l); }
   SubString operator()(int first, int l) { return _substr(first, l); }
-  SubString at(String const& x, int start = 0);
-  SubString at(SubString const& x, int start = 0);
-  SubString at(char c, int start = 0);
-  SubString at(char const* t, int start = 0);
+  SubString at(String const& x, int start = 0) { return Cut(kAt, x, start); }
+  SubString at(SubString const& x, int start = 0) { return Cut(kAt, x, start); }
+  SubString at(char c, int start = 0) { return Cut(kAt, c, start); }
+  SubString at(char const* t, int start = 0) { return Cut(kAt, t, start); }
 
   // What stands before a position or match.
   SubString before(int pos) { return _substr(0, pos); }
-  SubString before(String const& x, int start = 0);
-  SubString before(SubString const& x, int start = 0);
-  SubString before(char c, int start = 0);
-  SubString before(char const* t, int start = 0);
+  SubString before(String const& x, int start = 0) { return Cut(kBefore, x, start); }
+  SubString before(SubString const& x, int start = 0) { return Cut(kBefore, x, start); }
+  SubString before(char c, int start = 0) { return Cut(kBefore, c, start); }
+  SubString before(char const* t, int start = 0) { return Cut(kBefore, t, start); }
 
   // What stands before a position or match, that included.
   SubString through(int pos);
-  SubString through(String const& x, int start = 0);
-  SubString through(SubString const& x, int start = 0);
-  SubString through(char c, int start = 0);
-  SubString through(char const* t, int start = 0);
+  SubString through(String const& x, int start = 0) { return Cut(kThrough, x, start); }
+  SubString through(SubString const& x, int start = 0) { return Cut(kThrough, x, start); }
+  SubString through(char c, int start = 0) { return Cut(kThrough, c, start); }
+  SubString through(char const* t, int start = 0) { return Cut(kThrough, t, start); }
 
   // A position or match and what stands behind it.
   SubString from(int pos);
-  SubString from(String const& x, int start = 0);
-  SubString from(SubString const& x, int start = 0);
-  SubString from(char c, int start = 0);
-  SubString from(char const* t, int start = 0);
+  SubString from(String const& x, int start = 0) { return Cut(kFrom, x, start); }
+  SubString from(SubString const& x, int start = 0) { return Cut(kFrom, x, start); }
+  SubString from(char c, int start = 0) { return Cut(kFrom, c, start); }
+  SubString from(char const* t, int start = 0) { return Cut(kFrom, t, start); }
 
   // What stands behind a position or match.
   SubString after(int pos);
-  SubString after(String const& x, int start = 0);
-  SubString after(SubString const& x, int start = 0);
-  SubString after(char c, int start = 0);
-  SubString after(char const* t, int start = 0);
+  SubString after(String const& x, int start = 0) { return Cut(kAfter, x, start); }
+  SubString after(SubString const& x, int start = 0) { return Cut(kAfter, x, start); }
+  SubString after(char c, int start = 0) { return Cut(kAfter, c, start); }
+  SubString after(char const* t, int start = 0) { return Cut(kAfter, t, start); }
 
   // The same stretches of a string that must not change, to read only.
   const SubString at(int first, int l) const { return Self().at(first, l); }
@@ -252,6 +254,8 @@ class ZU_API String {
 
  protected:
   friend class SubString;
+  friend ZU_API String replicate(char c, int n);
+  friend ZU_API String replicate(String const& y, int n);
   friend ZU_API int readline(std::istream& stream, String& x, char terminator, int discard);
 
   // Finds a character or text among the first `sl` characters. A negative tl is the length of t.
@@ -270,6 +274,15 @@ class ZU_API String {
   StrRep* rep;  // never null
 
  private:
+  enum StretchKind { kAt, kBefore, kThrough, kFrom, kAfter };
+
+  SubString Cut(StretchKind eKind, int i, int n);
+  SubString Cut(StretchKind eKind, String const& x, int start);
+  SubString Cut(StretchKind eKind, SubString const& x, int start);
+  SubString Cut(StretchKind eKind, char c, int start);
+  SubString Cut(StretchKind eKind, char const* t, int start);
+  int Count(char const* t, int tl) const;
+
   static constexpr StrRep* NilRep() noexcept { return const_cast<StrRep*>(&_nilStrRep); }
   String& Self() const { return const_cast<String&>(*this); }
   char& InvalidIndex() const;

@@ -16,8 +16,8 @@
 
 class ZU_API AnsiToUni {
  public:
-  explicit AnsiToUni(char const* szText);
-  explicit AnsiToUni(std::string const& strText);
+  AnsiToUni(char const* szText);
+  AnsiToUni(std::string const& strText);
   AnsiToUni(AnsiToUni const&) = default;
   AnsiToUni& operator=(AnsiToUni const&) = default;
   virtual ~AnsiToUni();
@@ -31,8 +31,8 @@ class ZU_API AnsiToUni {
 
 class ZU_API UniToAnsi {
  public:
-  explicit UniToAnsi(wchar_t const* szText);
-  explicit UniToAnsi(std::wstring const& strText);
+  UniToAnsi(wchar_t const* szText);
+  UniToAnsi(std::wstring const& strText);
   UniToAnsi(UniToAnsi const&) = default;
   UniToAnsi& operator=(UniToAnsi const&) = default;
   virtual ~UniToAnsi();
