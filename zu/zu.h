@@ -59,4 +59,6 @@
 #include "zu/rectify/polygon.h"
 #include "zu/rectify/polygon_tools.h"
 #include "zu/rectify/region.h"
+#include "zu/transform/trafo3d.h"
+#include "zu/transform/trafo3d_data.h"
 #include "zu/version.h"
