@@ -149,8 +149,9 @@ TEST(Observer, AssignedTableSharesObservers) {
     if (iFirstToGo == 0) pFirst.reset();
     if (iFirstToGo == 1) pSecond.reset();
     if (iFirstToGo == 2) pShared.reset();
-    if (pFirst) EXPECT_EQ(pFirst->Send(), pShared ? 1 : 0);
-    if (pSecond) EXPECT_EQ(pSecond->Send(), pShared ? 1 : 0);
+    for (Notifier* pNotifier : {pFirst.get(), pSecond.get()}) {
+      EXPECT_TRUE(!pNotifier || pNotifier->Send() == (pShared ? 1 : 0));
+    }
   }
 }
 
