@@ -104,10 +104,10 @@ class ZU_API ZuParser {
   // The same, but a set skip-next-parse flag is cleared and the token in hand stays.
   ZuParserToken const& Fetch(std::istream& stream);
 
-  // Fetch for the readers of values (see reader_object.h): it throws nothing. A fault in the token
-  // waits until somebody takes that token or reads on, and is thrown there. The token is marked as
-  // unused until the next one is read.
-  void MoveOn(std::istream& stream) noexcept;
+  // Fetch for the readers of values (see reader_object.h): a fault in the new token is not thrown
+  // here but waits until somebody takes that token or reads on. The token is marked as unused until
+  // the next one is read.
+  void MoveOn(std::istream& stream);
 
   // The token in hand, unchecked.
   ZuParserToken const& GetToken() const { return m_Token; }
@@ -142,8 +142,8 @@ class ZU_API ZuParser {
   // Blocks open behind the token in hand: { and } count as they are given out, whoever takes them.
   // A } too many counts nothing.
   std::int64_t GetDepth() const { return m_iDepth; }
-  // Blocks open around the token in hand; a brace stands in the block that holds its own block,
-  // a } in the block it closes.
+  // Blocks open around the token in hand: { stands in the block around its own, } in the one it
+  // closes.
   std::int64_t GetTokenDepth() const { return m_iTokenDepth; }
   // Tokens read so far, ends of file included.
   std::uint64_t GetMoveCount() const { return m_uMoveCount; }
@@ -157,19 +157,26 @@ class ZU_API ZuParser {
   bool IsFaultPending() const { return m_bFaultPending; }
 
   // ParseForToken with the fault as result instead of an exception: 0, 1 or the fault.
-  eZuParserStatus ReadToken(std::istream& stream) noexcept;
+  eZuParserStatus ReadToken(std::istream& stream);
+
+  // 1 or 2 once the stream has ended or failed, whatever the status is now; else 0.
+  eZuParserStatus GetEnd() const { return m_eEnd; }
+
+  // Sets the status and throws it.
+  [[noreturn]] void Raise(eZuParserStatus eStatus);
+  // Throws for a token in hand that is not the one needed: 1 at the end of the file, else 5.
+  [[noreturn]] void RaiseMisfit();
 
  protected:
-  enum eStep : int { eStepToken, eStepLineEnd, eStepFault };
-
-  // The next token of the line.
-  eStep Tokenize();
+  // Takes the next token off the line; false at the line's end. A fault stands in the status and in
+  // m_bFaultPending.
+  bool Tokenize();
+  void TokenizeBrace(eZuTokentype eType);
   void TokenizeString();
-  eStep TokenizeWord();
-  void SetBrace(eZuTokentype eType);
-  bool ReadLine(std::istream& stream);
-  eZuParserStatus SetEnd(eZuParserStatus eStatus);
-  [[noreturn]] void Throw(eZuParserStatus eStatus);
+  void TokenizeWord();
+  void EndWord(char* pEnd);
+  void SetFault(eZuParserStatus eStatus);
+  eZuParserStatus ReadLine(std::istream& stream);
 
   // A line of the greatest length may have a byte order mark and a carriage return besides.
   static constexpr int kBufferSize = kLineSize + 8;
@@ -187,6 +194,7 @@ class ZU_API ZuParser {
 
   bool m_bUnused = false;
   bool m_bFaultPending = false;
+  eZuParserStatus m_eEnd = ParserStatusOK;
   std::int64_t m_iDepth = 0;
   std::int64_t m_iTokenDepth = 0;
   std::uint64_t m_uMoveCount = 0;

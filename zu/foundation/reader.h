@@ -132,10 +132,18 @@ class ZU_API ZuReader {
   void DoProcessSimpleMode();
   bool ProcessItem(bool bContinueAtBlockEnd);
   bool ProcessKeyword();
+  bool ProcessUnknown();
   void ProcessUnnamed();
+  void Call(ZuReaderObject* pObject, bool bBlock);
   void CallWithValue(ZuReaderObject* pObject);
+  void CallWithUnnamed(ZuReaderObject* pObject);
   void CallWithBlock(ZuReaderObject* pObject, std::int64_t iOuterDepth);
+
+  bool HasFailed() const;
+  std::int64_t NextDepth() const;
   bool ReturnToDepth(std::int64_t* piDepth, bool bContinueAtBlockEnd);
+  void DropToDepth(std::int64_t iDepth);
+
   bool HandleFault(ZuParserStatus const& status);
   void RemoveLastMisfit();
 

@@ -81,6 +81,8 @@ class ZU_API ZuReaderObject : public ZuListnode {
   Link const& GetLink() const { return m_Link; }
   Link const& GetLink2() const { return m_Link2; }
 
+  // A keyword without data target: its handler, if it has one, is called.
+  bool IsHandler() const { return m_eType == eZuTokenOther; }
   // Stores the token in hand, or calls the handler. Throws the parser's faults.
   void KeywordFound();
 

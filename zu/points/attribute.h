@@ -32,8 +32,6 @@ class ZU_API ZuAttribute : public ZuListnode {
   ZuObject* m_pParent = nullptr;  // not owned
 };
 
-ZU_DECLARE_LIST(ZuAttribute);
-
 class ZU_API ZuAttributeList : public TZuListHeader<ZuAttribute> {
  public:
   using TZuListHeader<ZuAttribute>::operator=;

@@ -1,3 +1,0 @@
-#include "zu/foundation/log_item.h"
-
-ZU_INSTANTIATE_LIST(ZuLogItem);

@@ -1,0 +1,120 @@
+#include "zu/foundation/parser.h"
+
+#include <algorithm>
+#include <cstring>
+#include <istream>
+
+char const* GetZuParserStatusText(eZuParserStatus eStatus) {
+  static constexpr char const* kTexts[] = {
+      "ParserStatusOK",           "ParserStatusEOF",
+      "ParserErrorStream",        "ParserErrorUnterminatedString",
+      "ParserErrorInvalidNumber", "ParserErrorNotSpecifiedToken"};
+  const int i = eStatus;
+  return i >= 0 && i < static_cast<int>(std::size(kTexts)) ? kTexts[i] : "ParserStatus??";
+}
+
+ZuParser::ZuParser() : m_pToken(m_acLine), m_pCursor(m_acLine) { m_acLine[0] = 0; }
+
+ZuParser::~ZuParser() = default;
+
+ZuParserToken const& ZuParser::ParseForToken(std::istream& stream) {
+  RaisePending();
+  ReadToken(stream);
+  RaisePending();
+  return m_Token;
+}
+
+ZuParserToken const& ZuParser::Fetch(std::istream& stream) {
+  if (!m_bSkipNextParse) return ParseForToken(stream);
+  m_bSkipNextParse = false;
+  m_bUnused = false;
+  RaisePending();
+  return m_Token;
+}
+
+void ZuParser::MoveOn(std::istream& stream) {
+  if (m_bSkipNextParse) {
+    m_bSkipNextParse = false;
+    return;
+  }
+  RaisePending();
+  ReadToken(stream);
+  m_bUnused = true;
+}
+
+eZuParserStatus ZuParser::ReadToken(std::istream& stream) {
+  ++m_uMoveCount;
+  m_bUnused = false;
+  m_bFaultPending = false;
+  while (!Tokenize()) {
+    m_eEnd = ReadLine(stream);
+    if (m_eEnd == ParserStatusOK) continue;
+    m_Token = ZuParserToken{eZuTokenEof, 0, 0.0, ""};
+    m_iTokenDepth = m_iDepth;
+    m_Status.m_eStatus = m_eEnd;
+    m_bFaultPending = m_eEnd == ParserErrorStream;
+    return m_eEnd;
+  }
+  return m_bFaultPending ? m_Status.m_eStatus : ParserStatusOK;
+}
+
+ZuParserToken const& ZuParser::GetToken(eZuTokentype eType) {
+  RaisePending();
+  if (m_Token.m_eType == eType) return m_Token;
+  if (eType != eZuTokenNumber) RaiseMisfit();
+  if (m_Token.m_eType != eZuTokenInt && m_Token.m_eType != eZuTokenFloat) {
+    Raise(ParserErrorNotSpecifiedToken);
+  }
+  return m_Token;
+}
+
+void ZuParser::SkipLine() {
+  m_cSaved = 0;
+  m_pCursor += std::strlen(m_pCursor);
+}
+
+void ZuParser::RaisePending() {
+  if (!m_bFaultPending) return;
+  m_bFaultPending = false;
+  throw m_Status;
+}
+
+void ZuParser::Raise(eZuParserStatus eStatus) {
+  m_Status.m_eStatus = eStatus;
+  throw m_Status;
+}
+
+void ZuParser::RaiseMisfit() {
+  if (m_Token.m_eType == eZuTokenEof && m_eEnd != ParserStatusOK) Raise(m_eEnd);
+  Raise(ParserErrorNotSpecifiedToken);
+}
+
+// A line of the stream into the buffer; on failure the buffer is empty.
+eZuParserStatus ZuParser::ReadLine(std::istream& stream) {
+  m_cSaved = 0;
+  m_pCursor = m_acLine;
+  const bool bGood = stream.good();
+  if (bGood) stream.getline(m_acLine, kBufferSize);
+  const bool bFailed = stream.bad() || (stream.fail() && !stream.eof());
+  if (bFailed || !bGood || stream.fail()) {
+    m_acLine[0] = 0;
+    return bFailed ? ParserErrorStream : ParserStatusEOF;
+  }
+
+  // The count holds the line end where there is one, and NUL bytes inside the line.
+  std::streamsize nLength = stream.gcount() - (stream.eof() ? 0 : 1);
+  while (nLength > 0 && m_acLine[nLength - 1] == '\r') m_acLine[--nLength] = 0;
+  if (m_Status.m_uLine == 0 && std::strncmp(m_acLine, "\xEF\xBB\xBF", 3) == 0) {
+    m_pCursor += 3;
+    nLength -= 3;
+  }
+  // Required: a line that does not fit the buffer is a failure of the stream. What stood before it
+  // is kept; a reader that went on inside such a line would take its pieces for items.
+  if (nLength >= kLineSize) {
+    *m_pCursor = 0;
+    stream.setstate(std::ios::badbit);
+    return ParserErrorStream;
+  }
+  ++m_Status.m_uLine;
+  return ParserStatusOK;
+}

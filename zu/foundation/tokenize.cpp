@@ -1,0 +1,116 @@
+// The cutting of one line into tokens.
+
+#include "zu/foundation/numbers.h"
+#include "zu/foundation/parser.h"
+
+namespace {
+
+// As isdigit and isalpha of the "C" locale: bytes above 127 are neither.
+bool IsDigit(char c) { return c >= '0' && c <= '9'; }
+bool IsLetter(char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z'); }
+
+// What ends a word; further bits that an application sets mean nothing here.
+constexpr int kAnyClass =
+    eZuChSeparator | eZuChComment | eZuChString | eZuChBlockOpen | eZuChBlockClose;
+
+}  // namespace
+
+bool ZuParser::Tokenize() {
+  if (m_cSaved != 0) *m_pCursor = m_cSaved;
+  m_cSaved = 0;
+  while (*m_pCursor != 0 && (m_Lookup.GetFlags(*m_pCursor) & eZuChSeparator) != 0) ++m_pCursor;
+  const int nFlags = m_Lookup.GetFlags(*m_pCursor);
+  if (*m_pCursor == 0 || (nFlags & eZuChComment) != 0) {
+    SkipLine();
+    return false;
+  }
+
+  ++m_Status.m_uTokenCount;
+  m_iTokenDepth = m_iDepth;
+  m_pToken = m_pCursor;
+  m_Token.m_szText = m_pToken;
+  if ((nFlags & eZuChString) != 0) {
+    TokenizeString();
+  } else if ((nFlags & eZuChBlockOpen) != 0) {
+    TokenizeBrace(eZuTokenBlockOpen);
+  } else if ((nFlags & eZuChBlockClose) != 0) {
+    TokenizeBrace(eZuTokenBlockClose);
+  } else {
+    TokenizeWord();
+  }
+  return true;
+}
+
+void ZuParser::TokenizeBrace(eZuTokentype eType) {
+  m_Token.m_eType = eType;
+  ++m_pCursor;
+  if (eType == eZuTokenBlockOpen) {
+    ++m_iDepth;
+  } else if (m_iDepth > 0) {
+    --m_iDepth;
+  }
+}
+
+void ZuParser::TokenizeString() {
+  m_Token.m_eType = eZuTokenString;
+  m_Token.m_szText = m_pToken = ++m_pCursor;
+  while (*m_pCursor != 0 && (m_Lookup.GetFlags(*m_pCursor) & eZuChString) == 0) ++m_pCursor;
+  if (*m_pCursor == 0) {
+    SetFault(ParserErrorUnterminatedString);
+  } else {
+    *m_pCursor++ = 0;
+  }
+}
+
+void ZuParser::TokenizeWord() {
+  int nDigits = 0;
+  int nLetters = 0;
+  bool bFloat = false;
+  char* p = m_pCursor;
+  for (; *p != 0 && (m_Lookup.GetFlags(*p) & kAnyClass) == 0; ++p) {
+    if (*p == m_cDecPoint) {
+      *p = '.';
+      bFloat = true;
+    } else if (IsDigit(*p)) {
+      ++nDigits;
+    } else if ((*p == 'e' || *p == 'E') && nDigits > 0) {
+      bFloat = true;  // an exponent, no letter
+    } else if (IsLetter(*p)) {
+      ++nLetters;
+    }
+  }
+
+  if (nLetters > 0) {
+    m_Token.m_eType = eZuTokenKeyword;
+    if (!IsLetter(*m_pToken)) SetFault(ParserErrorInvalidNumber);
+  } else if (nDigits == 0) {
+    m_Token.m_eType = eZuTokenOther;
+  } else if (bFloat) {
+    m_Token.m_eType = eZuTokenFloat;
+    m_Token.m_dValue = ZuAtof(m_pToken, p);
+  } else {
+    m_Token.m_eType = eZuTokenInt;
+    m_Token.m_iValue = ZuAtoi(m_pToken, p);
+  }
+  EndWord(p);
+}
+
+// Terminates the text of a word and leaves the cursor at what follows it.
+//
+// Required: nothing is put in the place of a }, which follows as a token of its own.
+void ZuParser::EndWord(char* pEnd) {
+  m_pCursor = pEnd;
+  const int nFlags = m_Lookup.GetFlags(*pEnd);
+  if (*pEnd == 0) return;
+  if ((nFlags & eZuChSeparator) != 0) {
+    *m_pCursor++ = 0;
+  } else if ((nFlags & (eZuChComment | eZuChString | eZuChBlockOpen)) != 0) {
+    m_cSaved = *pEnd;
+    *pEnd = 0;
+  }
+}
+
+void ZuParser::SetFault(eZuParserStatus eStatus) {
+  m_Status.m_eStatus = eStatus;
+  m_bFaultPending = true;
+}

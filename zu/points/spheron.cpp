@@ -1,3 +1,0 @@
-#include "zu/points/spheron.h"
-
-ZU_INSTANTIATE_LIST(ZuSpheron);
