@@ -11,6 +11,8 @@ set(ZU_LAYERS foundation points numerics rectify transform photo "cad|cloud")
 
 # "<file> -> <header it may include>", paths below zu/.
 set(ZU_UPWARD_TIES
+  # A point gives its coordinate as a vector.
+  "points/point_vector.cpp -> numerics/vector.h"
   # A selection volume is a set of planes.
   "numerics/select_volume3d.h -> rectify/plane.h"
 )

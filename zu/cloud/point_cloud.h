@@ -5,6 +5,7 @@
 // nothing. Coordinates have the unit of the application. One thread per cloud.
 #pragma once
 
+#include <cstdint>
 #include <cstdio>
 #include <vector>
 
@@ -22,6 +23,7 @@ class Zu3dSelectVolume;
 class ZuAffinMap3d;
 class ZuFileBuff;
 class ZuPointFeed;
+class ZuProgress;
 
 class ZU_API ZuPointCloud : public ZuListnode, public ZuFlag, public ZuStandardNotifier {
  public:
@@ -150,7 +152,13 @@ class ZU_API ZuPointCloud : public ZuListnode, public ZuFlag, public ZuStandardN
   const ZuScanHeader& GetHeader() const { return m_Header; }
 
  protected:
+  friend class ZuPointCloudContainer;
   friend class ZuPointFeed;
+
+  // The file forms as parts of a longer operation that shows its own progress. nDone of nAll points
+  // were written before; a stopped writer ends after any point.
+  int Read(ZuFileBuff& buff, int iVersion, ZuProgress& progress);
+  int Write(std::FILE* fp, ZuProgress& progress, std::int64_t nDone, std::int64_t nAll) const;
 
   static const char* const gpDesc;
 

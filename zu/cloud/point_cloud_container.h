@@ -5,7 +5,7 @@
 //   PLY      ASCII, nine or more properties                    ObsolteReadPlyFile, ExportPlyFile
 //
 // Readers take whatever a file holds: counts in a file are hints, and what is complete before a
-// damage is kept. A registered progress callback may ask a reader or writer to stop. Files are read
+// damage is kept. The progress handler (progress.h) may stop a reader or writer. Files are read
 // through a window, so that reading takes little more memory than the points. One thread at a time;
 // the text readers change the number locale of the process while they run.
 #pragma once
@@ -17,6 +17,7 @@
 
 class ZuFileBuff;
 class ZuPointList;
+class ZuStdioFile;
 
 class ZU_API ZuPointCloudContainer : public ZuObserver {
  public:
@@ -92,16 +93,26 @@ class ZU_API ZuPointCloudContainer : public ZuObserver {
   int ExportPtsFile(const char* szPath) const;
   int ExportPlyFile(const char* szPath) const;
 
+  // Whether the progress handler stopped the last file operation. What had been read until then
+  // is there; what was written is not complete.
+  bool IsStopped() const { return m_bStopped; }
+
  protected:
+  // Leaves the dirty counter at 0 also after a stop, as at the end of the data.
   int Read(ZuFileBuff& buff);
   // 1 with an open stream, 0 with a null one; the stream's error flag tells of lost bytes.
   int Write(std::FILE* fp);
   ZuPointCloud* ReadPtsFile(std::FILE* fp);
   ZuPointCloud* ObsolteReadPlyFile(std::istream& stream);
 
+  ZuPointCloud* AddCloudWithId(unsigned int uId);
+  void ReadClouds(ZuFileBuff& buff, int iVersion);
+  int WriteAndClose(ZuStdioFile& file);
+
   ZuPointCloudList m_Clouds;
   ZuBoundingBox3d m_Box;     // over all clouds
   ZuCenterPoint3d m_Center;  // over all clouds
   int m_iDirty = 0;
   unsigned int m_uNextIdHint = 0;  // where AddCloud looks for a free Id; 0: behind the largest
+  mutable bool m_bStopped = false;
 };

@@ -32,6 +32,8 @@ class ZU_API ZuAttribute : public ZuListnode {
   ZuObject* m_pParent = nullptr;  // not owned
 };
 
+ZU_DECLARE_LIST(ZuAttribute);
+
 class ZU_API ZuAttributeList : public TZuListHeader<ZuAttribute> {
  public:
   using TZuListHeader<ZuAttribute>::operator=;

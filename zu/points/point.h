@@ -5,6 +5,7 @@
 #pragma once
 
 #include <iosfwd>
+#include <string_view>
 
 #include "zu/export.h"
 #include "zu/foundation/listnode.h"
@@ -12,7 +13,9 @@
 #include "zu/points/format_table.h"
 
 class ZuReaderObject;
+class ZuRowWriter;
 class ZuVector;
+struct ZuColumn;
 
 class ZU_API ZuPoint : public ZuListnode, public ZuFlag {
  public:
@@ -118,4 +121,16 @@ class ZU_API ZuPoint : public ZuListnode, public ZuFlag {
   short int m_snImo = 0;                                  // number of image measurements
   int m_iColor = 0;
   ZuObject* m_pParent = nullptr;  // the record the point belongs to; copied along, not owned
+
+ private:
+  friend class ZuPointList;
+
+  // As Read, on a line without line end.
+  int ReadFields(std::string_view line, const TZuFormatTable<eZuPointRWMask>& table);
+  // Takes digits as the Id; anything else, and a zero if told so, as a name that gives the Id.
+  void SetIdOrName(std::string_view text, bool bZeroIsName);
+  void SetNameAndId(std::string_view text);
+  short int SetControlFromText(std::string_view text);
+  void ReadValue(ZuReaderObject* pObject, const ZuColumn& column);
+  void WriteColumns(ZuRowWriter& row, const TZuFormatTable<eZuPointRWMask>& table) const;
 };

@@ -14,6 +14,8 @@
 #include "zu/points/format_table.h"
 #include "zu/points/point.h"
 
+ZU_DECLARE_LIST(ZuPoint);
+
 class ZU_API ZuPointList : public TZuListHeader<ZuPoint>,
                            public TZuFormatTable<eZuPointRWMask>,
                            public LinkHdl {
@@ -72,13 +74,11 @@ class ZU_API ZuPointList : public TZuListHeader<ZuPoint>,
   // The first point with that Id and, if uPhoto is not 0, that photo. With a start point, which
   // must be in the list, the search runs forward from it, then backward from it. Null if none.
   ZuPoint* Find(unsigned int uId, unsigned int uPhoto, ZuPoint* pStart) const;
-  ZuPoint* Find(const ZuPoint& point) const override;
-  ZuPoint* Find(const String& strName, bool bCaseSensitive) const override;
-  ZuPoint* Find(unsigned int uId) const override;
+  using TZuListHeader<ZuPoint>::Find;
   // As Find, for a list ascending by Id: gives up at the first Id above uId.
   ZuPoint* FindInSortedList(unsigned int uId) const;
   // The first of the points with the smallest distance to p, which goes to *pdDistance unless that
-  // is null. Null, and the distance untouched, if there is no point to compare with.
+  // is null. Null, and the distance untouched, if the list is empty.
   ZuPoint* FindNearest(const ZuPoint& p, double* pdDistance) const;
 
   // True if any point has a control code; the other form sets all codes to 0.

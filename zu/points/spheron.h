@@ -13,6 +13,8 @@ class ZU_API ZuSpheron : public ZuPoint {
   ZuSpheron* Previous() const { return static_cast<ZuSpheron*>(m_pPrev); }
 };
 
+ZU_DECLARE_LIST(ZuSpheron);
+
 class ZU_API ZuSpheronList : public TZuListHeader<ZuSpheron> {
  public:
   using TZuListHeader<ZuSpheron>::operator=;

@@ -1,0 +1,121 @@
+// The binary cloud file: magic word, version, number of clouds, the clouds.
+#include <cstdint>
+
+#include "zu/cloud/file_buff.h"
+#include "zu/cloud/internal/little_endian.h"
+#include "zu/cloud/internal/stdio_file.h"
+#include "zu/cloud/point_cloud_container.h"
+#include "zu/foundation/debug.h"
+#include "zu/foundation/profiler.h"
+#include "zu/foundation/progress.h"
+
+namespace {
+
+constexpr std::uint32_t kContainerMagic = 0xBABEF00D;
+constexpr std::uint32_t kVersion = 2;  // of every file written
+
+}  // namespace
+
+int ZuPointCloudContainer::Read(const char* szPath) {
+  try {
+    ZuFileBuff buff(szPath);
+    return Read(buff);
+  } catch (...) {
+    dbgprintf("Error reading point clouds: no memory for the file buffer");
+    return 0;
+  }
+}
+
+int ZuPointCloudContainer::Read(const wchar_t* szPath) {
+  try {
+    ZuFileBuff buff(szPath);
+    return Read(buff);
+  } catch (...) {
+    dbgprintf("Error reading point clouds: no memory for the file buffer");
+    return 0;
+  }
+}
+
+int ZuPointCloudContainer::Read(ZuFileBuff& buff) {
+  m_bStopped = false;
+  if (buff.GetError() != eZuFileBuffGood || buff.GetSize() == 0) return 0;
+  ZuProfiler profiler("Read Zuvoformat");
+  if (buff.ReadWord() != kContainerMagic) return 0;
+  const int iVersion = static_cast<int>(buff.ReadWord());
+  if (iVersion <= 1) return 0;
+  try {
+    ReadClouds(buff, iVersion);
+  } catch (...) {
+    dbgprintf("Error reading point clouds: what was read before memory ended is kept");
+  }
+  // A dropped cloud leaves its predecessor unobserved.
+  if (!m_pNotifyParent && m_Clouds.Last()) ChangeNotifyParent(m_Clouds.Last());
+  m_iDirty = 0;
+  m_Clouds.Renumber(1, nullptr, 1);
+  return m_Clouds.Count();
+}
+
+void ZuPointCloudContainer::ReadClouds(ZuFileBuff& buff, int iVersion) {
+  ZuProgress progress("Reading point clouds");
+  const std::uint32_t uClouds = buff.ReadWord();
+  // Ids count on from the first free one, without a walk of the list for each cloud; they are given
+  // anew at the end.
+  unsigned int uId = m_Clouds.GetFreeId(m_uNextIdHint);
+  for (std::uint32_t i = 0; i < uClouds && !buff.IsEnd() && !m_bStopped; ++i) {
+    ZuPointCloud* const pCloud = AddCloudWithId(uId);
+    int iGood = 0;
+    try {
+      iGood = pCloud->Read(buff, iVersion, progress);
+    } catch (...) {
+      UpdateCenterAndBox(pCloud);  // the points that had memory stay
+      throw;
+    }
+    if (iGood) {
+      UpdateCenterAndBox(pCloud);
+      ++uId;
+    } else {
+      Delete(pCloud);
+    }
+    m_bStopped = progress.IsStopped();
+  }
+}
+
+int ZuPointCloudContainer::Write(const char* szPath) {
+  ZuStdioFile file(szPath, "wb");
+  return WriteAndClose(file);
+}
+
+int ZuPointCloudContainer::Write(const wchar_t* szPath) {
+  ZuStdioFile file(szPath, "wb");
+  return WriteAndClose(file);
+}
+
+int ZuPointCloudContainer::WriteAndClose(ZuStdioFile& file) {
+  const int iDirty = m_iDirty;
+  if (!Write(file.Get())) return 0;
+  if (file.Close() && !m_bStopped) return 1;
+  m_iDirty = iDirty;
+  return 0;
+}
+
+int ZuPointCloudContainer::Write(std::FILE* fp) {
+  m_bStopped = false;
+  if (!fp) return 0;
+  unsigned char aBytes[3 * sizeof(std::uint32_t)];
+  unsigned char* pOut = ZuStoreLittle(aBytes, kContainerMagic);
+  pOut = ZuStoreLittle(pOut, kVersion);
+  ZuStoreLittle(pOut, static_cast<std::uint32_t>(m_Clouds.Count()));
+  bool bGood = std::fwrite(aBytes, 1, sizeof aBytes, fp) == sizeof aBytes;
+
+  ZuProgress progress("Writing point clouds");
+  const std::int64_t nAll = Size();
+  std::int64_t nDone = 0;
+  for (const ZuPointCloud* p = m_Clouds.First(); p && !m_bStopped; p = p->Next()) {
+    bGood = p->Write(fp, progress, nDone, nAll) != 0 && bGood;
+    nDone += p->GetPointCount();
+    m_bStopped = progress.IsStopped();
+  }
+  // The counter tells of changes that are in no file yet.
+  if (std::fflush(fp) == 0 && bGood && !m_bStopped) m_iDirty = 0;
+  return 1;
+}

@@ -1,0 +1,213 @@
+// PLY text: a header whose words are looked for in the first token of a line, then lines of x y z,
+// three values that are passed over, red green blue. Lines are those of std::getline without a
+// carriage return at their end, tokens those of boost::tokenizer at blank and tab. Data lines of
+// nine plain values are taken apart in one pass; every other line goes the long way, with the same
+// result.
+#include <algorithm>
+#include <boost/tokenizer.hpp>
+#include <cstdint>
+#include <cstring>
+#include <fstream>
+#include <istream>
+#include <string>
+
+#include "zu/cloud/internal/line_source.h"
+#include "zu/cloud/internal/point_feed.h"
+#include "zu/cloud/internal/stdio_file.h"
+#include "zu/cloud/internal/token_split.h"
+#include "zu/cloud/point_cloud_container.h"
+#include "zu/foundation/debug.h"
+#include "zu/foundation/locale.h"
+#include "zu/foundation/unicode.h"
+
+namespace {
+
+constexpr std::size_t kTokens = 9;        // of a data line that is used, at least
+constexpr std::uint64_t kLeastLine = 18;  // bytes of the shortest such line, its end included
+
+struct StreamInput {
+  std::istream* pStream;
+  std::size_t Read(char* pTarget, std::size_t uSize) {
+    pStream->read(pTarget, static_cast<std::streamsize>(uSize));
+    return static_cast<std::size_t>(pStream->gcount());
+  }
+};
+
+using Source = ZuLineSource<StreamInput>;
+
+// Bytes from the position of a stream to its end; 0 when it cannot be told.
+std::uint64_t StreamRest(std::istream& stream) {
+  const std::istream::pos_type begin = stream.tellg();
+  if (begin == std::istream::pos_type(-1)) {
+    stream.clear();
+    return 0;
+  }
+  stream.seekg(0, std::ios::end);
+  const std::istream::pos_type end = stream.tellg();
+  stream.clear();
+  stream.seekg(begin);
+  return end > begin ? static_cast<std::uint64_t>(end - begin) : 0;
+}
+
+// Whether the text holds a word, letters in either case. Words are lower case.
+bool HoldsWord(const std::string& strText, const char* szWord) {
+  const auto same = [](char a, char b) {
+    return (a >= 'A' && a <= 'Z' ? a + ('a' - 'A') : a) == b;
+  };
+  return std::search(strText.begin(), strText.end(), szWord, szWord + std::strlen(szWord), same) !=
+         strText.end();
+}
+
+// What the lines so far have told.
+struct Header {
+  bool bEnded = false;
+  std::uint64_t uProperties = 0;  // of all elements together
+};
+
+// A line of the header; counts are announced to the feed.
+void ReadHeaderLine(const char* pBegin, const char* pEnd, std::uint64_t uRest, Header& header,
+                    ZuPointFeed& feed) {
+  const boost::char_separator<char> separator(" \t");
+  const boost::tokenizer<boost::char_separator<char>, const char*> tokens(pBegin, pEnd, separator);
+  std::string strFirst, strLast;
+  for (auto it = tokens.begin(); it != tokens.end(); ++it) {
+    if (it == tokens.begin()) strFirst = *it;
+    strLast = *it;
+  }
+  // The first word that fits decides; the ends of the list do nothing.
+  if (HoldsWord(strFirst, "ply") || HoldsWord(strFirst, "format")) return;
+  if (HoldsWord(strFirst, "element")) {
+    const int iCount = ZuAtoi(strLast.c_str());
+    if (iCount > 0) feed.Expect(static_cast<std::uint64_t>(iCount), uRest / kLeastLine + 1);
+  } else if (HoldsWord(strFirst, "faces")) {
+    return;
+  } else if (HoldsWord(strFirst, "property")) {
+    ++header.uProperties;
+  } else if (HoldsWord(strFirst, "end_header")) {
+    header.bEnded = true;
+  }
+}
+
+double RoundedToFloat(double dValue) { return static_cast<double>(static_cast<float>(dValue)); }
+
+void AddPoint(double x, double y, double z, int iRed, int iGreen, int iBlue, ZuPointFeed& feed) {
+  const auto byte = [](int i) { return static_cast<std::uint32_t>(i) & 0xFFu; };
+  ZuScanPoint3d point(RoundedToFloat(x), RoundedToFloat(y), RoundedToFloat(z), 0);
+  point.m_uColor = byte(iRed) | byte(iGreen) << 8 | byte(iBlue) << 16;
+  feed.Add(point);
+}
+
+void ReadDataLine(const char* pBegin, const char* pEnd, std::uint64_t uProperties,
+                  ZuPointFeed& feed) {
+  ZuTextToken t[kTokens];
+  const std::size_t uCount = ZuSplitTokens(pBegin, pEnd, ZuPlyDelimiter(), t, kTokens);
+  if (uCount < kTokens || uCount < uProperties) return;
+  AddPoint(t[0].AsDouble(), t[1].AsDouble(), t[2].AsDouble(), t[6].AsInt(), t[7].AsInt(),
+           t[8].AsInt(), feed);
+}
+
+bool IsBlank(char c) { return c == ' ' || c == '\t'; }
+
+const char* SkipBlanks(const char* p) {
+  while (IsBlank(*p)) ++p;
+  return p;
+}
+
+// Moves over a token and the blanks in front of it; stops at a line end.
+const char* SkipToken(const char* p) {
+  p = SkipBlanks(p);
+  while (!IsBlank(*p) && *p != '\n') ++p;
+  return p;
+}
+
+bool TakeDouble(const char** pp, double* pdValue) {
+  *pp = SkipBlanks(*pp);
+  return ZuReadPlainDouble(pp, pdValue) && IsBlank(**pp);
+}
+
+// Reads a line of nine tokens with plain numbers; returns its line end, null for any other line.
+const char* ReadPlainLine(const char* p, ZuPointFeed& feed) {
+  double x, y, z;
+  if (!TakeDouble(&p, &x) || !TakeDouble(&p, &y) || !TakeDouble(&p, &z)) return nullptr;
+  for (int i = 0; i < 3; ++i) p = SkipToken(p);
+  int aiColor[3];
+  for (int& iColor : aiColor) {
+    if (!IsBlank(*p)) return nullptr;
+    p = SkipBlanks(p);
+    if (!ZuReadPlainInt(&p, &iColor)) return nullptr;
+  }
+  p = SkipBlanks(p);
+  if (*p == '\r') ++p;
+  if (*p != '\n') return nullptr;
+  AddPoint(x, y, z, aiColor[0], aiColor[1], aiColor[2], feed);
+  return p;
+}
+
+// The next line, from source.Begin() to the returned line end, which at the end of the text is
+// End(); null when there is none or none is wanted.
+const char* NextLine(Source& source, ZuProgress& progress) {
+  std::size_t uSearched = 0;
+  for (;;) {
+    const char* const pBegin = source.Begin();
+    const char* const pFrom = pBegin + uSearched;
+    const std::size_t uLeft = static_cast<std::size_t>(source.End() - pFrom);
+    const void* pFound = std::memchr(pFrom, '\n', uLeft);
+    if (pFound) return static_cast<const char*>(pFound);
+    if (source.IsComplete()) return pBegin == source.End() ? nullptr : source.End();
+    uSearched += uLeft;
+    if (!source.Refill(progress)) return nullptr;
+  }
+}
+
+void ReadPoints(Source& source, ZuPointFeed& feed, ZuProgress& progress) {
+  Header header;
+  while (const char* pEnd = NextLine(source, progress)) {
+    const char* const pBegin = source.Begin();
+    if (header.bEnded && header.uProperties == kTokens && ReadPlainLine(pBegin, feed)) {
+      source.SetBegin(pEnd + 1);
+      continue;
+    }
+    const char* const pText = pEnd > pBegin && pEnd[-1] == '\r' ? pEnd - 1 : pEnd;
+    if (!header.bEnded) {
+      ReadHeaderLine(pBegin, pText, source.GetRest(), header, feed);
+    } else if (header.uProperties >= kTokens) {
+      ReadDataLine(pBegin, pText, header.uProperties, feed);
+    }
+    source.SetBegin(pEnd + 1);
+  }
+}
+
+}  // namespace
+
+ZuPointCloud* ZuPointCloudContainer::ObsolteReadPlyFile(std::istream& stream) {
+  ZuCLocale locale;
+  ZuProgress progress("Reading PLY file");
+  ZuPointCloud* pCloud = nullptr;
+  try {
+    pCloud = AddCloud();
+    ZuPointFeed feed(*pCloud);
+    Source source(StreamInput{&stream}, StreamRest(stream));
+    ReadPoints(source, feed, progress);
+  } catch (...) {
+    dbgprintf("Error reading PLY: points read before memory ended are kept");
+  }
+  m_bStopped = progress.IsStopped();
+  UpdateCenterAndBox(pCloud);
+  return pCloud;
+}
+
+ZuPointCloud* ZuPointCloudContainer::ObsolteReadPlyFile(const char* szPath) {
+  if (!szPath) return nullptr;
+  std::ifstream stream(szPath, std::ios::binary);
+  stream.peek();
+  if (!stream.is_open() || stream.bad()) return nullptr;  // bad: a folder
+  stream.clear();
+  ZuPointCloud* pCloud = ObsolteReadPlyFile(stream);
+  if (pCloud) pCloud->SetName(ZuCloudName(szPath));
+  return pCloud;
+}
+
+ZuPointCloud* ZuPointCloudContainer::ObsolteReadPlyFile(const wchar_t* szPath) {
+  const UniToAnsi path(szPath);
+  return ObsolteReadPlyFile(path());
+}

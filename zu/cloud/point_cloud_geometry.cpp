@@ -1,0 +1,112 @@
+#include <cmath>
+
+#include "zu/cloud/internal/map_rows.h"
+#include "zu/cloud/point_cloud.h"
+#include "zu/foundation/debug.h"
+#include "zu/foundation/profiler.h"
+#include "zu/points/point_list.h"
+#include "zu/rectify/calc_plane.h"
+
+namespace {
+
+constexpr unsigned int kPlaneSamples = 35;  // points that a common normal is fitted to, about
+
+void PrintMap(const ZuAffinMap3d& map) {
+  const double* pd = map.asDblArray();
+  dbgprintf(
+      "Transformation\n%.9g %.9g %.9g %.9g\n%.9g %.9g %.9g %.9g\n%.9g %.9g %.9g %.9g\n"
+      "%.9g %.9g %.9g %.9g\n",
+      pd[0], pd[1], pd[2], pd[3], pd[4], pd[5], pd[6], pd[7], pd[8], pd[9], pd[10], pd[11], pd[12],
+      pd[13], pd[14], pd[15]);
+}
+
+}  // namespace
+
+bool ZuPointCloud::Transform(const ZuAffinMap3d& map) {
+  ZuProfiler profiler("ZuPointCloud::Transform");
+  PrintMap(map);
+  const ZuMapRows rows(map);
+  ZuBoundingBox3d box;
+  ZuCenterPoint3d center;
+  for (ZuScanPoint3d& p : m_aPoints) {
+    rows.Transform(p);
+    center.Add(p.x, p.y, p.z);
+    box.Update(p.x, p.y, p.z);
+  }
+  m_Box = box;
+  m_Center = center;
+  for (auto& aPoints : m_aUndo) {
+    for (ZuScanPoint3d& p : aPoints) rows.Transform(p);
+  }
+  return true;
+}
+
+void ZuPointCloud::EstimateNormals(const ZuPoint3d& eye) {
+  ZuProfiler profiler("EstimateNormals");
+  const double dEyeX = eye.x, dEyeY = eye.y, dEyeZ = eye.z;
+  m_pEye = eye;
+  for (ZuScanPoint3d& p : m_aPoints) {
+    const double dX = dEyeX - p.x, dY = dEyeY - p.y, dZ = dEyeZ - p.z;
+    const double dLength = std::sqrt(dX * dX + dY * dY + dZ * dZ);
+    p.m_fNX = static_cast<float>(dX / dLength);
+    p.m_fNY = static_cast<float>(dY / dLength);
+    p.m_fNZ = static_cast<float>(dZ / dLength);
+  }
+}
+
+bool ZuPointCloud::CalcEstimatedNormals() {
+  ZuProfiler profiler("ZuPointCloud::CalcEstimatedNormals");
+  if (m_aPoints.size() <= kPlaneSamples) return false;
+
+  const std::size_t uStep = m_aPoints.size() / kPlaneSamples;
+  ZuPointList samples;
+  std::size_t uCounter = 0;
+  for (ZuScanPoint3d& p : m_aPoints) {
+    if (++uCounter < uStep) continue;
+    samples.Add(ZuPoint(0, p.x, p.y, p.z, 0));
+    p.m_uColor = 0;
+    uCounter = 0;
+  }
+  samples.Renumber(1, nullptr, 1);
+
+  ZuCalcPlane calc;
+  if (!calc.CalcPlaneFromFilteredPoints(&samples, false, true)) return false;
+  const ZuPlane& plane = calc.GetPlane();
+  const float fNX = static_cast<float>(plane.A());
+  const float fNY = static_cast<float>(plane.B());
+  const float fNZ = static_cast<float>(plane.C());
+  for (ZuScanPoint3d& p : m_aPoints) {
+    p.m_fNX = fNX;
+    p.m_fNY = fNY;
+    p.m_fNZ = fNZ;
+  }
+  return true;
+}
+
+bool ZuPointCloud::UpdateBoundingBox(ZuBoundingBox3d& box, const ZuAffinMap3d& map,
+                                     bool bOnlySelected) const {
+  if (m_aPoints.empty()) return false;
+  const ZuMapRows rows(map);
+  ZuBoundingBox3d grown = box;
+  for (const ZuScanPoint3d& p : m_aPoints) {
+    if (bOnlySelected && !p.IsSelected()) continue;
+    grown.Update(rows.X(p), rows.Y(p), rows.Z(p));
+  }
+  box = grown;
+  return true;
+}
+
+bool ZuPointCloud::UpdateBoundingBoxes(ZuBoundingBox3d& all, ZuBoundingBox3d& selected,
+                                       const ZuAffinMap3d& map) const {
+  if (m_aPoints.empty()) return false;
+  const ZuMapRows rows(map);
+  ZuBoundingBox3d grown = all, grownSelected = selected;
+  for (const ZuScanPoint3d& p : m_aPoints) {
+    const double dX = rows.X(p), dY = rows.Y(p), dZ = rows.Z(p);
+    grown.Update(dX, dY, dZ);
+    if (p.IsSelected()) grownSelected.Update(dX, dY, dZ);
+  }
+  all = grown;
+  selected = grownSelected;
+  return true;
+}

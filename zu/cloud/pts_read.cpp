@@ -1,0 +1,158 @@
+// PTS text: lines of x y z, with intensity and colour or without, told apart by their number of
+// tokens. Lines and tokens are those of fgets with 1,000 bytes and of strtok at blank, tab,
+// carriage return and line feed; numbers are those of atof and atoi. Nearly all lines are plain
+// ones, which one pass takes apart; every other line goes the long way, with the same result.
+#include <algorithm>
+#include <cstdint>
+#include <cstring>
+
+#include "zu/cloud/internal/line_source.h"
+#include "zu/cloud/internal/point_feed.h"
+#include "zu/cloud/internal/pts_line.h"
+#include "zu/cloud/internal/stdio_file.h"
+#include "zu/cloud/internal/token_split.h"
+#include "zu/cloud/point_cloud_container.h"
+#include "zu/foundation/debug.h"
+#include "zu/foundation/locale.h"
+#include "zu/foundation/profiler.h"
+
+namespace {
+
+using Source = ZuLineSource<ZuStdioInput>;
+
+constexpr std::size_t kLine = 999;       // bytes of the longest line, its end included
+constexpr std::size_t kMostTokens = 7;   // tokens that have a meaning
+constexpr std::uint64_t kLeastLine = 6;  // bytes of the shortest line with a point: "1 1 1\n"
+
+std::uint32_t ColorWord(int iRed, int iGreen, int iBlue) {
+  const auto byte = [](int i) { return static_cast<std::uint32_t>(i) & 0xFFu; };
+  return byte(iRed) | byte(iGreen) << 8 | byte(iBlue) << 16;
+}
+
+bool IsBlank(char c) { return c == ' ' || c == '\t'; }
+bool IsLineEnd(char c) { return c == '\r' || c == '\n'; }
+
+const char* SkipBlanks(const char* p) {
+  while (IsBlank(*p)) ++p;
+  return p;
+}
+
+// Takes the number at *pp, blanks in front of it; false unless a delimiter stands behind it.
+bool TakeDouble(const char** pp, double* pdValue) {
+  *pp = SkipBlanks(*pp);
+  return ZuReadPlainDouble(pp, pdValue) && (IsBlank(**pp) || IsLineEnd(**pp));
+}
+bool TakeInt(const char** pp, int* piValue) {
+  *pp = SkipBlanks(*pp);
+  return ZuReadPlainInt(pp, piValue) && (IsBlank(**pp) || IsLineEnd(**pp));
+}
+
+// The line end at or behind the blanks at p; null when something else stands there.
+const char* LineEndAt(const char* p) {
+  p = SkipBlanks(p);
+  if (*p == '\r') ++p;
+  return *p == '\n' ? p : nullptr;
+}
+
+// Reads a plain line of three, four, six or seven numbers; returns its line end, null for any other
+// line.
+const char* ReadPlainLine(const char* p, ZuScanPoint3d& point) {
+  if (!TakeDouble(&p, &point.x) || !TakeDouble(&p, &point.y) || !TakeDouble(&p, &point.z)) {
+    return nullptr;
+  }
+  if (const char* pEnd = LineEndAt(p)) {
+    point.m_uColor = 0;
+    return pEnd;
+  }
+  const char* pFourth = p;
+  double dIntensity = 0.0;
+  if (!TakeDouble(&p, &dIntensity)) return nullptr;
+  if (const char* pEnd = LineEndAt(p)) {
+    point.m_uColor = ZuPtsIntensityByte(dIntensity) << 24;
+    return pEnd;
+  }
+  int aiLast[3];
+  if (!TakeInt(&p, &aiLast[0]) || !TakeInt(&p, &aiLast[1])) return nullptr;
+  if (const char* pEnd = LineEndAt(p)) {
+    int iRed = 0;
+    if (!TakeInt(&pFourth, &iRed)) return nullptr;
+    point.m_uColor = ColorWord(iRed, aiLast[0], aiLast[1]);
+    return pEnd;
+  }
+  if (!TakeInt(&p, &aiLast[2])) return nullptr;
+  point.m_uColor = ColorWord(aiLast[0], aiLast[1], aiLast[2]) | ZuPtsIntensityByte(dIntensity)
+                                                                    << 24;
+  return LineEndAt(p);
+}
+
+// Reads any line, [pBegin, pEnd) with its line end.
+void ReadLine(const char* pBegin, const char* pEnd, std::uint64_t uRest, ZuPointFeed& feed) {
+  // For strtok a text ends at its first NUL.
+  const void* pNul = std::memchr(pBegin, '\0', static_cast<std::size_t>(pEnd - pBegin));
+  if (pNul) pEnd = static_cast<const char*>(pNul);
+  ZuTextToken t[kMostTokens];
+  const std::size_t uCount = ZuSplitTokens(pBegin, pEnd, ZuPtsDelimiter(), t, kMostTokens);
+  if (uCount == 1) {
+    feed.Expect(static_cast<std::uint64_t>(std::max(0, t[0].AsInt())), uRest / kLeastLine + 1);
+  }
+  if (uCount < 3) return;
+  ZuScanPoint3d point(t[0].AsDouble(), t[1].AsDouble(), t[2].AsDouble(), 0);
+  if (uCount == 4 || uCount == 7) point.m_uColor = ZuPtsIntensityByte(t[3].AsDouble()) << 24;
+  if (uCount == 6 || uCount == 7) {
+    const ZuTextToken* pColor = t + uCount - 3;
+    point.m_uColor |= ColorWord(pColor[0].AsInt(), pColor[1].AsInt(), pColor[2].AsInt());
+  }
+  feed.Add(point);
+}
+
+void ReadPoints(Source& source, ZuPointFeed& feed, ZuProgress& progress) {
+  ZuScanPoint3d point;
+  for (;;) {
+    const auto uInHand = static_cast<std::size_t>(source.End() - source.Begin());
+    if (uInHand < kLine && !source.IsComplete() && !source.Refill(progress)) return;
+    const char* const pBegin = source.Begin();
+    if (pBegin == source.End()) return;
+    const char* const pPlain = ReadPlainLine(pBegin, point);
+    if (pPlain && static_cast<std::size_t>(pPlain - pBegin) < kLine) {
+      feed.Add(point);
+      source.SetBegin(pPlain + 1);
+      continue;
+    }
+    const char* const pEnd = ZuFgetsEnd(pBegin, source.End());
+    ReadLine(pBegin, pEnd, source.GetRest(), feed);
+    source.SetBegin(pEnd);
+  }
+}
+
+}  // namespace
+
+ZuPointCloud* ZuPointCloudContainer::ReadPtsFile(std::FILE* fp) {
+  if (!fp) return nullptr;
+  ZuProfiler profiler("ReadPTS fp");
+  ZuCLocale locale;
+  ZuProgress progress("Reading PTS file");
+  ZuPointCloud* pCloud = nullptr;
+  try {
+    pCloud = AddCloud();
+    ZuPointFeed feed(*pCloud);
+    Source source(ZuStdioInput{fp}, ZuStdioRest(fp));
+    ReadPoints(source, feed, progress);
+  } catch (...) {
+    dbgprintf("Error reading PTS: points read before memory ended are kept");
+  }
+  m_bStopped = progress.IsStopped();
+  UpdateCenterAndBox(pCloud);
+  return pCloud;
+}
+
+ZuPointCloud* ZuPointCloudContainer::ReadPtsFile(const char* szPath) {
+  const ZuStdioFile file(szPath, "rb");
+  return ReadPtsFile(file.Get());
+}
+
+ZuPointCloud* ZuPointCloudContainer::ReadPtsFile(const wchar_t* szPath) {
+  const ZuStdioFile file(szPath, "rb");
+  ZuPointCloud* pCloud = ReadPtsFile(file.Get());
+  if (pCloud) pCloud->SetName(ZuCloudName(szPath));
+  return pCloud;
+}

@@ -1,0 +1,3 @@
+#include "zu/foundation/log_item.h"
+
+ZU_INSTANTIATE_LIST(ZuLogItem);

@@ -1,0 +1,3 @@
+#include "zu/points/spheron.h"
+
+ZU_INSTANTIATE_LIST(ZuSpheron);

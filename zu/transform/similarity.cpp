@@ -1,0 +1,156 @@
+#include "zu/transform/internal/similarity.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace zu::internal {
+namespace {
+
+constexpr double kConverged = 1e-10;  // change of the scale that ends the iteration [-]
+constexpr int kMaxSteps = 200;
+
+// Largest cofactor over the trace of M^T M below which the points count as collinear [-]: they lie
+// within 1e-5 of their extent from a line.
+constexpr double kCollinear = 1e-10;
+
+// The numbers of M that scale and rotation are made of: with the singular values p, q, r of M, the
+// last one signed like the determinant, d = p q r, a = p^2 + q^2 + r^2, b = p^2 q^2 + p^2 r^2 +
+// q^2 r^2.
+struct Invariants {
+  double d = 0.0;
+  double a = 0.0;
+  double b = 0.0;
+  ZuMatrix square = ZuMatrix(3, 3);     // M^T M
+  ZuMatrix cofactors = ZuMatrix(3, 3);  // C with M C^T = d I
+  bool bCollinear = false;
+};
+
+// The cofactors as 2x2 minors: they hold for singular matrices too.
+void SetMinors(const ZuMatrix& m, ZuMatrix* pCofactors) {
+  for (int i = 0; i < 3; ++i) {
+    const int i1 = (i + 1) % 3 + 1, i2 = (i + 2) % 3 + 1;
+    for (int j = 0; j < 3; ++j) {
+      const int j1 = (j + 1) % 3 + 1, j2 = (j + 2) % 3 + 1;
+      pCofactors->SetElem(i + 1, j + 1, m[i1][j1] * m[i2][j2] - m[i1][j2] * m[i2][j1]);
+    }
+  }
+}
+
+double LargestElement(const ZuMatrix& m) {
+  double dLargest = 0.0;
+  for (int i = 0; i < 9; ++i) dLargest = std::max(dLargest, std::fabs(m.GetData()[i]));
+  return dLargest;
+}
+
+Invariants CalcInvariants(const ZuMatrix& m) {
+  Invariants v;
+  v.d = m.Sarrus();
+  v.square = m.Transpose() * m;
+  const ZuMatrix& q = v.square;
+  v.a = q[1][1] + q[2][2] + q[3][3];
+  v.b = q[1][1] * q[2][2] + q[1][1] * q[3][3] + q[2][2] * q[3][3] - q[1][2] * q[1][2] -
+        q[1][3] * q[1][3] - q[2][3] * q[2][3];
+
+  ZuMatrix inverse(m);
+  int iError = 0;
+  inverse.Invert(&iError);
+  if (iError == 0) {
+    v.cofactors = (inverse * v.d).Transpose();
+    return v;
+  }
+
+  // A flat set of points. In a narrow one the numbers above are lost among the rounding of the long
+  // direction; the cofactors have them without cancellation: d by expansion, b as the sum of their
+  // squares.
+  SetMinors(m, &v.cofactors);
+  const ZuMatrix& c = v.cofactors;
+  v.d = m[1][1] * c[1][1] + m[1][2] * c[1][2] + m[1][3] * c[1][3];
+  v.b = 0.0;
+  for (int i = 0; i < 9; ++i) v.b += c.GetData()[i] * c.GetData()[i];
+  v.bCollinear = LargestElement(c) <= kCollinear * v.a;
+  return v;
+}
+
+// The trace s = p + q + r, as the fixed point of s = sqrt(2 sqrt(2 s d + b) + a). False where the
+// first step has no real value or kMaxSteps steps don't suffice; *pdTrace holds the last value.
+bool CalcTrace(const Invariants& v, double* pdTrace) {
+  double& s = *pdTrace;
+  s = 1.0;
+  if (2.0 * v.d + v.b < 0.0) return false;
+  if (2.0 * std::sqrt(2.0 * v.d + v.b) + v.a < 0.0) return false;
+  double dPrevious = 0.0;
+  int iSteps = 0;
+  do {
+    if (++iSteps > kMaxSteps) return false;
+    dPrevious = s;
+    const double t = std::sqrt(2.0 * s * v.d + v.b);
+    s = std::sqrt(2.0 * t + v.a);
+  } while (std::fabs(s - dPrevious) > kConverged);
+  return true;
+}
+
+// M (M^T M)^(-1/2) for the trace u of the root, by the relation of Cayley and Hamilton.
+ZuMatrix PolarFactor(const ZuMatrix& m, const Invariants& v, double u) {
+  const double c1 = (u * u + v.a) / 2.0;
+  const double c2 = v.d / u - (u * u - v.a) / 2.0;
+  ZuMatrix shifted(v.square);
+  for (int i = 1; i <= 3; ++i) shifted[i][i] -= c1;
+  ZuMatrix r = m * shifted - v.cofactors * u;
+  r *= 1.0 / c2;
+  r *= 1.0 / u;
+  return r;
+}
+
+// A rotation that carries the unit vector f onto the unit vector e: about f x e, after half a turn
+// about an axis square to f where the two look apart.
+ZuMatrix TurnOnto(const ZuVector& e, ZuVector f) {
+  ZuMatrix half(3, 3);
+  half.SetIdent();
+  if (e * f < 0.0) {
+    ZuVector p = f % (std::fabs(f[1]) < 0.6 ? ZuVector(1.0, 0.0, 0.0) : ZuVector(0.0, 1.0, 0.0));
+    p.Normalize();
+    for (int i = 1; i <= 3; ++i) {
+      for (int j = 1; j <= 3; ++j) half[i][j] = 2.0 * p[i] * p[j] - half[i][j];
+    }
+    f *= -1.0;
+  }
+  const ZuVector v = f % e;
+  const double adCross[] = {0.0, -v[3], v[2], v[3], 0.0, -v[1], -v[2], v[1], 0.0};
+  const ZuMatrix cross(adCross, 3, 3);
+  ZuMatrix turn(3, 3);
+  turn.SetIdent();
+  turn += cross;
+  turn += cross * cross * (1.0 / (1.0 + e * f));
+  return turn * half;
+}
+
+// Collinear points: M is s e f^T with the directions f and e of the two lines. Any rotation that
+// carries the one onto the other fits.
+ZuMatrix LineRotation(const ZuMatrix& m) {
+  ZuVector e(3), f(3), candidate(3);
+  for (int i = 1; i <= 3; ++i) {
+    m.GetLine(i, candidate);
+    if (candidate.Abs() > f.Abs()) f = candidate;
+  }
+  f.Normalize();
+  e = (m * f).Normalize();
+  return TurnOnto(e, f);
+}
+
+bool IsFinite(const ZuMatrix& m) {
+  return std::all_of(m.GetData(), m.GetData() + 9, [](double d) { return std::isfinite(d); });
+}
+
+}  // namespace
+
+bool CalcSimilarity(const ZuMatrix& m, bool bUnitScale, double* pdScale, ZuMatrix* pRotation) {
+  const Invariants v = CalcInvariants(m);
+  if (!CalcTrace(v, pdScale)) return false;
+  // A line that shrinks to a point has no direction.
+  if (v.bCollinear && *pdScale < kConverged) return false;
+  const double u = bUnitScale ? 1.0 : *pdScale;
+  *pRotation = v.bCollinear ? LineRotation(m) : PolarFactor(m, v, u);
+  return std::isfinite(*pdScale) && IsFinite(*pRotation);
+}
+
+}  // namespace zu::internal

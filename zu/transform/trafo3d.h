@@ -1,0 +1,137 @@
+// Spatial similarity transformation between two point lists that share point ids.
+//
+//   target = s R (source - xs) + xt        s scale, R rotation, xs and xt the centres
+//
+// The estimate from control points is a closed form: unweighted, linear in the number of points,
+// without approximate values. A point with id 0 has no partner. Copies hold all results; the worst
+// point they name belongs to the list that was transformed.
+#pragma once
+
+#include <vector>
+
+#include "zu/export.h"
+#include "zu/foundation/id_table.h"
+#include "zu/foundation/sort_helper.h"
+#include "zu/points/point.h"
+#include "zu/points/point_list.h"
+#include "zu/transform/trafo3d_data.h"
+
+enum eTrafo3DStatus : int {
+  eTrafo3DOk = 0,
+  eTrafo3DTooFewPoints = 1,   // fewer common points than demanded
+  eTrafo3DPointMissing = 2,   // a point of a local system is not in the list
+  eTrafo3DBadDefinition = 3,  // equal ids in a scale pair; a needed point or every scale is missing
+  eTrafo3DNoSolution = 4,     // degenerate geometry, no convergence, equal axis ids
+  eTrafo3DScaleMismatch = 5,  // the scales of a local system disagree beyond tolerance
+  eTrafo3DScaleUndefined = 6,  // a scale pair of distance 0.0, or none at all
+};
+
+// A short English text for a status, "unknown status" for other values.
+ZU_API const char* GetTrafo3DStatusText(eTrafo3DStatus eStatus);
+
+class ZU_API ZuTrafo3d : public virtual ZuTrafo3dData {
+ public:
+  ZuTrafo3d() = default;
+  ZuTrafo3d(const ZuTrafo3d&) = default;
+  virtual ~ZuTrafo3d() = default;
+  ZuTrafo3d& operator=(const ZuTrafo3d&) = default;
+
+  // Estimates the transformation that carries the points of `source` onto those of the same id in
+  // `target`, by least squares; with bUnitScale the rotation is that for a scale of 1.
+  //
+  // False with status 1 for fewer than iMinPoints common points: parameters untouched. False with
+  // status 4 where the points do not determine it; the parameters are then partly worked and must
+  // not be used. GetCommonPoints() tells how many were found in either case.
+  //
+  // Flat sets (a facade, any three points) give a proper rotation, collinear ones a rotation that
+  // is arbitrary about the line. The scale is exact to about 1e-10.
+  //
+  // Required: with bUnitScale the scale keeps its estimated value, and R is a rotation only where
+  // that value is 1.
+  //
+  // Method: R is the orthogonal factor of M = B A^T / q, after B. K. P. Horn, H. M. Hilden, S.
+  // Negahdaripour, "Closed-form solution of absolute orientation using orthonormal matrices", 1988;
+  // the root of M^T M from its invariants, after A. Hoger, D. E. Carlson, "Determination of the
+  // stretch and rotation in the polar decomposition of the deformation gradient", 1984.
+  bool CalcByControlPoints(const ZuSortHelper<ZuPoint>& target, const ZuPointList* pSource,
+                           int iMinPoints, bool bUnitScale);
+  bool CalcByControlPoints(const ZuPointList* pTarget, const ZuPointList* pSource, int iMinPoints,
+                           bool bUnitScale);
+
+  // dDistance / |a - b| over three elements.
+  //
+  // Required: 1e-10 where the two points coincide exactly; a comparison of scales then fails.
+  static double CalcScale(const ZuVector& a, const ZuVector& b, double dDistance);
+
+  // Right-handed frame of three points as columns of the 3x3 matrix *m: a is the origin, b lies on
+  // the first axis, c in the plane of the first two. Collinear points give numbers that are not
+  // finite.
+  static void unvect(const ZuVector& a, const ZuVector& b, const ZuVector& c, ZuMatrix* m);
+
+  // Clears ids and adds, in the order of the source, each id of a source point that the target
+  // holds too.
+  static void GetCommonIds(ZuIdTable& ids, ZuPointList* pTarget, ZuPointList* pSource);
+
+  // Fills `out`, emptied first, with transformed copies of the points of `in`, in their order; flag
+  // bit 0x40 is set in each. A copy with a control point of its id holds the difference control
+  // minus transformed as its residuals and takes those coordinates for which the control point has
+  // its control flag. Copies of the control points without partner follow, in the order of their
+  // list, or by id where the index alone is given. With bSort the result is put in the order of
+  // ids. Then the figures below are those of this run. True always.
+  //
+  // Required: the root mean squares are taken over all points of `in`; one without partner counts
+  // with residuals of 0.0.
+  bool Transform(ZuPointList& out, const ZuPointList& in, const ZuSortHelper<ZuPoint>& control,
+                 bool bSort);
+  bool Transform(ZuPointList& out, const ZuPointList& in, const ZuPointList* pControl, bool bSort);
+
+  // Transforms the points of a list in place, zeroes their residuals and clears their flag bits
+  // 0x40 and 0x800. False for a null list.
+  bool InPlaceTransform(ZuPointList* pList) const;
+
+  eTrafo3DStatus GetStatus() const { return m_eStatus; }
+  bool IsScale1Bad() const { return m_bScale1Bad; }
+  bool IsScale2Bad() const { return m_bScale2Bad; }
+  bool IsScale3Bad() const { return m_bScale3Bad; }
+  int GetCommonPoints() const { return m_iCommonPoints; }
+  const ZuIdTable& GetCommonIdTable() const { return m_tCommonIds; }
+
+  // Figures of the last transformation; the count is 1 where there were no points.
+  double GetRmsX() const { return m_dRmsX; }
+  double GetRmsY() const { return m_dRmsY; }
+  double GetRmsZ() const { return m_dRmsZ; }
+  int GetResidualCount() const { return m_iResidualCount; }
+  // The point of the result with the longest residual; null where all are 0.0.
+  ZuPoint* GetMaxResidualPoint() const { return m_pMaxResidualPoint; }
+
+ protected:
+  // Sums of a run over points.
+  struct ResidualSums {
+    double dX = 0.0, dY = 0.0, dZ = 0.0;  // of the squared residuals
+    double dMax = 0.0;                    // largest squared length so far
+  };
+
+  // The figures of a transformation run: reset, then each point with its residuals stored, then the
+  // root mean squares. NoteWorst keeps the first point with the longest residual; AddResiduals adds
+  // to the sums and counts.
+  void ResetResiduals();
+  void AddResiduals(ResidualSums& sums, const ZuPoint& point);
+  void NoteWorst(ResidualSums& sums, ZuPoint* pPoint);
+  void FinishResiduals(const ResidualSums& sums);
+
+  // Transform without the control points that found no partner; their ids go to usedIds.
+  void TransformPoints(ZuPointList& out, const ZuPointList& in,
+                       const ZuSortHelper<ZuPoint>& control, std::vector<unsigned int>& usedIds);
+
+  eTrafo3DStatus m_eStatus = eTrafo3DOk;
+  bool m_bScale1Bad = false;
+  bool m_bScale2Bad = false;
+  bool m_bScale3Bad = false;
+  int m_iCommonPoints = 0;
+  double m_dRmsX = 0.0;
+  double m_dRmsY = 0.0;
+  double m_dRmsZ = 0.0;
+  int m_iResidualCount = 0;
+  ZuPoint* m_pMaxResidualPoint = nullptr;  // not owned
+  ZuIdTable m_tCommonIds;
+};
