@@ -44,4 +44,6 @@ struct Command {
 // In the order of the list that `zu --help` prints.
 const std::vector<Command>& Commands();
 
+Runner DefineTransform(Options& options);
+
 }  // namespace cli

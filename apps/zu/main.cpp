@@ -8,6 +8,7 @@
 
 #include "commands.h"
 #include "interrupt.h"
+#include "progress_line.h"
 #include "zu/version.h"
 
 namespace cli {
@@ -80,6 +81,7 @@ ExitCode ComplainOfUsage(const CLI::App* pApp, std::string strText) {
 
 ExitCode RunCommand(const Selected& selected) {
   Context context(selected.strName, selected.bJson, selected.bQuiet);
+  const LibraryProgress progress(selected.bQuiet);
   const ExitCode eCode = selected.runner(context);
   context.Finish();
   return eCode;

@@ -31,4 +31,18 @@ void ProgressLine::Update(double dFraction) {
   WriteAll(STDERR_FILENO, strLine.data(), strLine.size());
 }
 
+LibraryProgress::LibraryProgress(bool bQuiet)
+    : m_bQuiet(bQuiet), m_former(ZuSetProgressHandler({&LibraryProgress::Notify, this})) {}
+
+LibraryProgress::~LibraryProgress() { ZuSetProgressHandler(m_former); }
+
+bool LibraryProgress::Notify(void* pContext, eZuProgress eWhat, const char* szTitle,
+                             double dPosition) {
+  auto* pThis = static_cast<LibraryProgress*>(pContext);
+  if (eWhat == eZuProgressShow) pThis->m_line.emplace(szTitle, pThis->m_bQuiet);
+  if (eWhat == eZuProgressPosition && pThis->m_line) pThis->m_line->Update(dPosition);
+  if (eWhat == eZuProgressHide) pThis->m_line.reset();
+  return true;
+}
+
 }  // namespace cli

@@ -3,7 +3,10 @@
 #pragma once
 
 #include <chrono>
+#include <optional>
 #include <string>
+
+#include "zu/foundation/progress.h"
 
 namespace cli {
 
@@ -25,6 +28,22 @@ class ProgressLine {
   bool m_bTerminal;
   bool m_bShown = false;
   Clock::time_point m_next;
+};
+
+// Shows the progress of the library's own long operations while it lives.
+class LibraryProgress {
+ public:
+  explicit LibraryProgress(bool bQuiet);
+  ~LibraryProgress();
+  LibraryProgress(const LibraryProgress&) = delete;
+  LibraryProgress& operator=(const LibraryProgress&) = delete;
+
+ private:
+  static bool Notify(void* pContext, eZuProgress eWhat, const char* szTitle, double dPosition);
+
+  bool m_bQuiet;
+  std::optional<ProgressLine> m_line;
+  ZuProgressHandler m_former;
 };
 
 }  // namespace cli

@@ -1,0 +1,150 @@
+// zu transform: a point list into the system of control points, by a similarity transformation over
+// the ids that both lists hold.
+#include <cmath>
+#include <memory>
+#include <utility>
+
+#include "commands.h"
+#include "point_input.h"
+#include "trafo_report.h"
+#include "zu/transform/trafo3d.h"
+
+namespace cli {
+namespace {
+
+constexpr double kProper = 1e-6;  // |det R - 1| of a rotation at most [-]
+
+struct Values {
+  std::string strSource;
+  std::string strControl;
+  std::string strOutput;
+  std::string strColumns = "id,x,y,z";
+  bool bUnitScale = false;
+  int iMinPoints = 3;
+};
+
+struct Lists {
+  ZuPointList source;
+  ZuPointList control;
+  ZuPointList commonSource;  // the points that both hold, as each has them
+  ZuPointList commonControl;
+};
+
+void FindCommon(const ZuSortHelper<ZuPoint>& control, Lists* pLists) {
+  for (const ZuPoint* p = pLists->source.First(); p != nullptr; p = p->Next()) {
+    const ZuPoint* pControl = control.Find(p->GetId());
+    if (pControl == nullptr) continue;
+    pLists->commonSource.Add(*p);
+    pLists->commonControl.Add(*pControl);
+  }
+}
+
+// Throws CommandError (undetermined) where there is no trustworthy transformation.
+void Estimate(const Values& values, const Lists& lists, const ZuSortHelper<ZuPoint>& control,
+              ZuTrafo3d* pTrafo) {
+  const bool bGood = pTrafo->CalcByControlPoints(control, &lists.source, values.iMinPoints, false);
+  const std::string strFiles = values.strSource + " and " + values.strControl;
+  if (!bGood && pTrafo->GetStatus() == eTrafo3DTooFewPoints) {
+    throw CommandError(kUndetermined, strFiles + " have " +
+                                          std::to_string(pTrafo->GetCommonPoints()) +
+                                          " points in common, " +
+                                          std::to_string(values.iMinPoints) + " are needed");
+  }
+  const bool bProper = bGood && std::fabs(pTrafo->m_mRot.Sarrus() - 1.0) < kProper;
+  if (!bProper || AreCollinear(lists.commonSource) || AreCollinear(lists.commonControl)) {
+    throw CommandError(kUndetermined,
+                       strFiles + ": the " + std::to_string(lists.commonSource.Count()) +
+                           " common points do not determine a transformation\nthree that are not "
+                           "on one straight line are needed, with finite coordinates");
+  }
+  // The best rotation does not depend on the scale; what is left is not to apply it.
+  if (values.bUnitScale) pTrafo->m_dScale = 1.0;
+}
+
+// The residuals of the points of `out` that the control list holds, in the order of `out`; they are
+// control minus transformed point, also where a control code put the control coordinate in its
+// place.
+std::vector<Residual> ResidualsOf(const ZuPointList& out, int iSourcePoints,
+                                  const ZuSortHelper<ZuPoint>& control) {
+  std::vector<Residual> residuals;
+  const ZuPoint* p = out.First();
+  for (int i = 0; i < iSourcePoints && p != nullptr; ++i, p = p->Next()) {
+    if (control.Find(p->GetId()) == nullptr) continue;
+    residuals.push_back({PointLabel(*p), p->m_dRedu1, p->m_dRedu2, p->m_dRedu3});
+  }
+  return residuals;
+}
+
+void AddPoints(const ZuPointList& out, int iSourcePoints, const ZuSortHelper<ZuPoint>& control,
+               const std::vector<Residual>& residuals, Json* pRoot) {
+  Json points = Json::array();
+  Json onlySource = Json::array();
+  Json onlyControl = Json::array();
+  size_t uResidual = 0;
+  int i = 0;
+  for (const ZuPoint* p = out.First(); p != nullptr; p = p->Next(), ++i) {
+    const bool bSource = i < iSourcePoints;
+    const bool bCommon = bSource && control.Find(p->GetId()) != nullptr;
+    points.push_back(ToJson(*p, bCommon ? &residuals[uResidual++] : nullptr));
+    if (!bSource) onlyControl.push_back(p->GetId());
+    if (bSource && !bCommon) onlySource.push_back(p->GetId());
+  }
+  (*pRoot)["points"] = std::move(points);
+  (*pRoot)["only_source"] = std::move(onlySource);
+  (*pRoot)["only_control"] = std::move(onlyControl);
+}
+
+ExitCode Run(const Values& values, Context& context) {
+  Lists lists;
+  ReadPoints(values.strSource, values.strColumns, context, &lists.source);
+  ReadPoints(values.strControl, values.strColumns, context, &lists.control);
+  const ZuSortHelper<ZuPoint> control(&lists.control);
+  FindCommon(control, &lists);
+
+  ZuTrafo3d trafo;
+  Estimate(values, lists, control, &trafo);
+  ZuPointList out;
+  trafo.Transform(out, lists.source, control, false);
+  const int iSourcePoints = lists.source.Count();
+  const std::vector<Residual> residuals = ResidualsOf(out, iSourcePoints, control);
+
+  context.Text() << residuals.size() << " common points, "
+                 << iSourcePoints - static_cast<int>(residuals.size()) << " only in "
+                 << values.strSource << ", " << out.Count() - iSourcePoints << " only in "
+                 << values.strControl << "\nresiduals: control minus transformed source\n\n";
+  WriteResiduals(residuals, context.Text());
+  context.Text() << '\n';
+  WriteParameters(trafo, context.Text());
+
+  Json& root = context.Root();
+  root["status"] = static_cast<int>(trafo.GetStatus());
+  root["status_text"] = GetTrafo3DStatusText(trafo.GetStatus());
+  root["common"] = residuals.size();
+  AddParameters(trafo, &root);
+  root["unit_scale"] = values.bUnitScale;
+  root["rms"] = ToJson(RmsOf(residuals));
+  if (context.IsJson()) AddPoints(out, iSourcePoints, control, residuals, &root);
+
+  if (!values.strOutput.empty()) {
+    WritePoints(&out, values.strColumns, &context.NewOutput(values.strOutput));
+  }
+  return kGood;
+}
+
+}  // namespace
+
+Runner DefineTransform(Options& options) {
+  auto pValues = std::make_shared<Values>();
+  options.Positional("SOURCE", &pValues->strSource, "coordinate file to be carried over");
+  options.Option("--control", "CONTROL", &pValues->strControl,
+                 "coordinate file with points of the target system");
+  options.Required();
+  options.Flag("--unit-scale", &pValues->bUnitScale, "rotate and shift only, scale 1");
+  options.Option("--min-points", "N", &pValues->iMinPoints, "common points needed");
+  AddColumnsOption(options, &pValues->strColumns);
+  options.Option("-o,--output", "OUT", &pValues->strOutput,
+                 "coordinate file of all points in the target system");
+  return [pValues](Context& context) { return Run(*pValues, context); };
+}
+
+}  // namespace cli

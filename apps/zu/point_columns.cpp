@@ -1,0 +1,100 @@
+#include "point_columns.h"
+
+#include <algorithm>
+#include <cstring>
+
+#include "exit_code.h"
+
+namespace cli {
+namespace {
+
+struct NamedColumn {
+  const char* szName;
+  eZuPointRWMask eColumn;
+  bool bNumber;
+};
+
+constexpr NamedColumn kColumns[] = {
+    {"id", eZuPointRWId, false},
+    {"name", eZuPointRWName, false},
+    {"idname", eZuPointRWIdName, false},
+    {"flag", eZuPointRWFlag, true},
+    {"code", eZuPointRWCode, false},
+    {"codenum", eZuPointRWCodeNum, true},
+    {"photo", eZuPointRWPhoto, true},
+    {"camera", eZuPointRWCamera, true},
+    {"x", eZuPointRWX, true},
+    {"y", eZuPointRWY, true},
+    {"z", eZuPointRWZ, true},
+    {"dx", eZuPointRWDX, true},
+    {"dy", eZuPointRWDY, true},
+    {"dz", eZuPointRWDZ, true},
+    {"red1", eZuPointRWRedu1, true},
+    {"red2", eZuPointRWRedu2, true},
+    {"red3", eZuPointRWRedu3, true},
+    {"color", eZuPointRWColor, true},
+    {"nimo", eZuPointRWNImo, true},
+    {"vx", eZuPointRWVX, true},
+    {"vy", eZuPointRWVY, true},
+    {"vz", eZuPointRWVZ, true},
+    {"skip", eZuPointRWSkip, false},
+};
+
+const NamedColumn* FindByName(const std::string& strName) {
+  const auto* pEnd = std::end(kColumns);
+  const auto* pFound = std::find_if(
+      std::begin(kColumns), pEnd, [&strName](const NamedColumn& c) { return strName == c.szName; });
+  return pFound == pEnd ? nullptr : pFound;
+}
+
+const NamedColumn* FindByColumn(eZuPointRWMask eColumn) {
+  const auto* pEnd = std::end(kColumns);
+  const auto* pFound = std::find_if(
+      std::begin(kColumns), pEnd, [eColumn](const NamedColumn& c) { return eColumn == c.eColumn; });
+  return pFound == pEnd ? nullptr : pFound;
+}
+
+[[noreturn]] void RefuseName(const std::string& strName) {
+  std::string strText = "--columns: \"" + strName + "\" is no column; the columns are";
+  for (const auto& column : kColumns) strText.append(" ").append(column.szName);
+  throw CommandError(kUsage, strText);
+}
+
+}  // namespace
+
+std::vector<eZuPointRWMask> ParseColumns(const std::string& strColumns) {
+  std::vector<eZuPointRWMask> columns;
+  bool bId = false;
+  for (size_t uBegin = 0; uBegin <= strColumns.size();) {
+    const size_t uEnd = std::min(strColumns.find(',', uBegin), strColumns.size());
+    const std::string strName = strColumns.substr(uBegin, uEnd - uBegin);
+    const NamedColumn* pColumn = FindByName(strName);
+    if (pColumn == nullptr) RefuseName(strName);
+    bId = bId || pColumn->eColumn == eZuPointRWId || pColumn->eColumn == eZuPointRWIdName;
+    columns.push_back(pColumn->eColumn);
+    uBegin = uEnd + 1;
+  }
+  if (!bId) {
+    throw CommandError(kUsage, "--columns: \"" + strColumns +
+                                   "\" has no column for the id; add id, or idname for names");
+  }
+  return columns;
+}
+
+ColumnTable TableOf(const std::vector<eZuPointRWMask>& columns) {
+  std::vector<eZuPointRWMask> ended = columns;
+  ended.push_back(eZuPointRWEnd);
+  return ColumnTable(ended.data());
+}
+
+const char* ColumnName(eZuPointRWMask eColumn) {
+  const NamedColumn* pColumn = FindByColumn(eColumn);
+  return pColumn == nullptr ? nullptr : pColumn->szName;
+}
+
+bool IsNumberColumn(eZuPointRWMask eColumn) {
+  const NamedColumn* pColumn = FindByColumn(eColumn);
+  return pColumn != nullptr && pColumn->bNumber;
+}
+
+}  // namespace cli

@@ -1,0 +1,38 @@
+// Coordinate files on the command line: --columns, reading with checks, writing.
+//
+// The library takes a line as it comes: text that is no number is 0.0, a missing field stays 0.0.
+// For a result that somebody relies on that is not enough, so the program looks at every line first
+// and refuses a file whose points it would have to invent.
+#pragma once
+
+#include <string>
+
+#include "context.h"
+#include "options.h"
+#include "zu/points/point_list.h"
+
+namespace cli {
+
+// Declares --columns; its default is what *pColumns holds, "id,x,y,z" as a rule.
+void AddColumnsOption(Options& options, std::string* pColumns);
+
+// Appends the points of a coordinate file; "-" is standard input. Empty lines, lines that start
+// with
+// '#' and lines without an id (titles) are passed over, with a warning if they hold numbers. Throws
+// CommandError (bad input) naming file and line: file missing or unreadable, no point in it, a
+// field missing or no number, a decimal comma, a line above 1999 bytes. An id that stands twice
+// gets a warning, unless there is a column for the photo.
+void ReadPoints(const std::string& strPath, const std::string& strColumns, Context& context,
+                ZuPointList* pPoints);
+
+// Writes the points so that ReadPoints with the same columns reads them again. Where the column is
+// idname, a point without name gets its id as name.
+void WritePoints(ZuPointList* pPoints, const std::string& strColumns, OutputFile* pOutput);
+
+// The name of a point in messages and tables: its name, or else its id.
+std::string PointLabel(const ZuPoint& point);
+
+// The whole of a file, or of standard input for "-". Throws CommandError (bad input).
+std::string ReadWholeFile(const std::string& strPath);
+
+}  // namespace cli
