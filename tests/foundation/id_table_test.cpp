@@ -174,10 +174,10 @@ TEST(Object, ReadsWhatItWrites) {
 TEST(SortHelper, FindsWhatAMapFinds) {
   std::mt19937 random(29);
   const auto draw = [&](unsigned int uEnd) { return static_cast<unsigned int>(random() % uEnd); };
-  for (unsigned int uRange : {1u, 20u, 1000u, 4294967295u}) {
+  for (unsigned int uRange : {1u, 20u, 2500u, 1000000u, 4294967295u}) {
     List<Record> list;
     std::map<unsigned int, Record*> expected;
-    for (int i = 0; i < 500; ++i) {
+    for (int i = 0; i < 3000; ++i) {
       list.Append({draw(uRange)});
       expected.emplace(list.Last()->GetId(), list.Last());
     }
@@ -186,7 +186,7 @@ TEST(SortHelper, FindsWhatAMapFinds) {
     ASSERT_EQ(helper.Count(), static_cast<int>(expected.size()));
     auto next = expected.begin();
     for (Record* p : helper) EXPECT_EQ(p, (next++)->second);
-    for (int i = 0; i < 500; ++i) {
+    for (int i = 0; i < 3000; ++i) {
       const unsigned int uId = i % 2 ? draw(uRange) : list.Get(i)->GetId() + draw(2);
       const auto found = expected.find(uId);
       EXPECT_EQ(helper.Find(uId), found == expected.end() ? nullptr : found->second);

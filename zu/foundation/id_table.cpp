@@ -1,18 +1,10 @@
 #include "zu/foundation/id_table.h"
 
 #include <algorithm>
+#include <utility>
 #include <vector>
 
 #include "zu/foundation/reader_object.h"
-
-bool ZuIdPair::operator==(const ZuIdPair& other) const {
-  return m_uFirst == other.m_uFirst && m_uSecond == other.m_uSecond;
-}
-
-bool ZuIdPair::operator<(const ZuIdPair& other) const {
-  if (m_uFirst != other.m_uFirst) return m_uFirst < other.m_uFirst;
-  return m_uSecond < other.m_uSecond;
-}
 
 bool ZuIdPair::Sort() {
   if (m_uFirst <= m_uSecond) return false;

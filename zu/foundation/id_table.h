@@ -14,10 +14,14 @@ class ZU_API ZuIdPair {
   virtual ~ZuIdPair() = default;
   ZuIdPair& operator=(const ZuIdPair&) = default;
 
-  bool operator==(const ZuIdPair& other) const;
+  bool operator==(const ZuIdPair& other) const {
+    return m_uFirst == other.m_uFirst && m_uSecond == other.m_uSecond;
+  }
 
   // By the first id, then by the second.
-  bool operator<(const ZuIdPair& other) const;
+  bool operator<(const ZuIdPair& other) const {
+    return m_uFirst != other.m_uFirst ? m_uFirst < other.m_uFirst : m_uSecond < other.m_uSecond;
+  }
   bool operator<=(const ZuIdPair& other) const { return !(other < *this); }
 
   // Makes both ids 0.

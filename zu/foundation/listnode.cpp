@@ -8,5 +8,6 @@ ZuListnode& ZuListnode::operator=(const ZuListnode& other) {
 }
 
 int ZuListnode::Compare(const ZuListnode* pOther) const {
-  return ZuObject::Compare(pOther->GetId());
+  const unsigned int uOther = pOther->GetId();
+  return int{m_uId < uOther} - int{uOther < m_uId};  // a sort foresees no branch here
 }

@@ -1,5 +1,5 @@
-// The id index of a list: finds its nodes by id in logarithmic time, in constant time where the ids
-// run without gaps.
+// The id index of a list: finds its nodes by id, in constant time where the ids are spread evenly
+// and in logarithmic time otherwise.
 //
 // A plain value that points to the list and does not own it. It shows the list as it was at the
 // last Set or Rebuild: nodes that were added or subtracted since are not followed, and a deleted
@@ -9,14 +9,15 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
-#include <tuple>
-#include <utility>
 #include <vector>
 
+#include "zu/foundation/id_entries.h"
 #include "zu/foundation/list.h"
 
 template <class T>
-class ZuSortHelper {
+class ZU_API ZuSortHelper {
+  using Entries = std::vector<ZuIdEntry>;
+
  public:
   // Builds the index of a list; with null it is detached, and empty.
   explicit ZuSortHelper(const TZuListHeader<T>* pList = nullptr) { Set(pList); }
@@ -27,7 +28,16 @@ class ZuSortHelper {
   }
 
   // Takes the list as it stands now. Of equal ids the first node in the list counts.
-  void Rebuild();
+  void Rebuild() {
+    m_bSorted = false;
+    m_aEntries.clear();
+    if (!m_pList) return;
+    for (T* p = m_pList->First(); p; p = TZuListHeader<T>::NextOf(p)) {
+      m_aEntries.push_back({static_cast<const ZuObject*>(p)->GetId(), p});
+    }
+    ZuSortIdEntries(m_aEntries);
+    m_bSorted = true;
+  }
 
   // The node of that id; null if there is none, or when detached.
   T* Find(unsigned int uId) const;
@@ -39,67 +49,55 @@ class ZuSortHelper {
   // The nodes in ascending order of their ids, each id once.
   //
   //   for (ZuPoint* pPoint : helper) ...
-  int Count() const { return static_cast<int>(m_aNodes.size()); }
-  T* Get(int i) const { return m_aNodes[static_cast<std::size_t>(i)]; }
-  auto begin() const { return m_aNodes.begin(); }
-  auto end() const { return m_aNodes.end(); }
+  int Count() const { return static_cast<int>(m_aEntries.size()); }
+  T* Get(int i) const { return static_cast<T*>(m_aEntries[static_cast<std::size_t>(i)].pNode); }
+
+  class Iterator {
+   public:
+    explicit Iterator(const ZuIdEntry* pEntry) : m_pEntry(pEntry) {}
+    T* operator*() const { return static_cast<T*>(m_pEntry->pNode); }
+    Iterator& operator++() { return ++m_pEntry, *this; }
+    bool operator==(const Iterator&) const = default;
+
+   private:
+    const ZuIdEntry* m_pEntry;
+  };
+  Iterator begin() const { return Iterator(m_aEntries.data()); }
+  Iterator end() const { return Iterator(m_aEntries.data() + m_aEntries.size()); }
 
  protected:
   const TZuListHeader<T>* m_pList = nullptr;
-  std::vector<unsigned int> m_aIds;  // ascending
-  std::vector<T*> m_aNodes;          // the node of each id
+  Entries m_aEntries;  // the map from id to node
   bool m_bSorted = false;
-
- private:
-  void SortEntries();
 };
 
 template <class T>
-void ZuSortHelper<T>::Rebuild() {
-  m_bSorted = false;
-  m_aIds.clear();
-  m_aNodes.clear();
-  if (!m_pList) return;
-  bool bAscending = true;
-  for (T* p = m_pList->First(); p; p = TZuListHeader<T>::NextOf(p)) {
-    const unsigned int uId = static_cast<const ZuObject*>(p)->GetId();
-    bAscending = bAscending && (m_aIds.empty() || m_aIds.back() < uId);
-    m_aIds.push_back(uId);
-    m_aNodes.push_back(p);
-  }
-  if (!bAscending) SortEntries();
-  m_bSorted = true;
-}
-
-template <class T>
-void ZuSortHelper<T>::SortEntries() {
-  std::vector<std::pair<unsigned int, T*>> aEntries(m_aIds.size());
-  for (std::size_t i = 0; i < aEntries.size(); ++i) aEntries[i] = {m_aIds[i], m_aNodes[i]};
-  std::stable_sort(aEntries.begin(), aEntries.end(),
-                   [](const auto& a, const auto& b) { return a.first < b.first; });
-  aEntries.erase(std::unique(aEntries.begin(), aEntries.end(),
-                             [](const auto& a, const auto& b) { return a.first == b.first; }),
-                 aEntries.end());
-  m_aIds.resize(aEntries.size());
-  m_aNodes.resize(aEntries.size());
-  for (std::size_t i = 0; i < aEntries.size(); ++i) {
-    std::tie(m_aIds[i], m_aNodes[i]) = aEntries[i];
-  }
-}
-
-template <class T>
 T* ZuSortHelper<T>::Find(unsigned int uId) const {
-  if (m_aIds.empty() || uId < m_aIds.front() || uId > m_aIds.back()) return nullptr;
+  if (m_aEntries.empty()) return nullptr;
+  const ZuIdEntry* pFirst = m_aEntries.data();
+  const ZuIdEntry* pLast = pFirst + m_aEntries.size() - 1;
+  if (uId < pFirst->uId || uId > pLast->uId) return nullptr;
 
-  // Ids are spread evenly more often than not: look first where this one would then stand.
-  const std::uint64_t uReach = m_aIds.back() - m_aIds.front();
-  const std::uint64_t uLast = m_aIds.size() - 1;
-  const std::size_t uGuess = uReach == 0 ? 0 : (uId - m_aIds.front()) * uLast / uReach;
-  if (m_aIds[uGuess] == uId) return m_aNodes[uGuess];
-
-  const auto middle = m_aIds.begin() + static_cast<std::ptrdiff_t>(uGuess);
-  const auto found = *middle < uId ? std::lower_bound(middle, m_aIds.end(), uId)
-                                   : std::lower_bound(m_aIds.begin(), middle, uId);
-  if (found == m_aIds.end() || *found != uId) return nullptr;
-  return m_aNodes[static_cast<std::size_t>(found - m_aIds.begin())];
+  // Ids are spread evenly more often than not: the search begins where this one would then stand,
+  // and widens in steps that double.
+  const std::uint64_t uReach = std::max(pLast->uId - pFirst->uId, 1u);
+  const std::uint64_t uOffset = uId - pFirst->uId;
+  const ZuIdEntry* pFound = pFirst + uOffset * static_cast<std::uint64_t>(pLast - pFirst) / uReach;
+  if (pFound->uId < uId) {
+    std::ptrdiff_t iStep = 1;
+    while (iStep < pLast - pFound && pFound[iStep].uId < uId) pFound += iStep, iStep *= 2;
+    pLast = pFound + std::min(iStep, pLast - pFound);
+    pFirst = pFound;
+  } else if (pFound->uId > uId) {
+    std::ptrdiff_t iStep = 1;
+    while (iStep < pFound - pFirst && pFound[-iStep].uId > uId) pFound -= iStep, iStep *= 2;
+    pFirst = pFound - std::min(iStep, pFound - pFirst);
+    pLast = pFound;
+  } else {
+    return static_cast<T*>(pFound->pNode);
+  }
+  pFound = std::lower_bound(pFirst, pLast, uId, [](const ZuIdEntry& entry, unsigned int uSearched) {
+    return entry.uId < uSearched;
+  });
+  return pFound->uId == uId ? static_cast<T*>(pFound->pNode) : nullptr;
 }
