@@ -15,6 +15,8 @@ set(ZU_UPWARD_TIES
   "points/point_vector.cpp -> numerics/vector.h"
   # A selection volume is a set of planes.
   "numerics/select_volume3d.h -> rectify/plane.h"
+  # A plane through three points is fitted.
+  "numerics/plane3d.cpp -> rectify/calc_plane.h"
 )
 
 get_filename_component(_root "${CMAKE_CURRENT_LIST_DIR}/.." ABSOLUTE)
