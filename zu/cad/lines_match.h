@@ -37,8 +37,7 @@ class ZU_API ZuCad2LinesMatch {
   ZuCad2LinesMatch& operator=(const ZuCad2LinesMatch&) = default;
   virtual ~ZuCad2LinesMatch() = default;
 
-  // False: no solution, all results at the origin. A line of two equal points is not refused and
-  // gives numbers that are not finite.
+  // False: no solution, all results at the origin. So it is for a line of two equal points.
   bool IsValid() const { return m_bValid; }
   bool IsParallel() const { return m_bParallel; }
 

@@ -8,6 +8,8 @@
 // in the next computation.
 #pragma once
 
+#include <memory>
+
 #include "zu/export.h"
 #include "zu/points/point_list.h"
 #include "zu/rectify/plane.h"
@@ -28,12 +30,11 @@ class ZU_API ZuCalcPlane {
   // What CalcParallelPlane can make.
   enum eParallelMode : int { eParallelXY = 4, eParallelYZ = 5, eParallelXZ = 6 };
 
-  ZuCalcPlane();
-  // Copies all, the filter as a plain pointer: of two such objects only one may keep it.
-  ZuCalcPlane(const ZuCalcPlane& other);
-  ZuCalcPlane& operator=(const ZuCalcPlane& other);
-  // Deletes the filter.
-  virtual ~ZuCalcPlane();
+  ZuCalcPlane() = default;
+  // Copies all; the filter is shared, and the last object that holds it deletes it.
+  ZuCalcPlane(const ZuCalcPlane& other) = default;
+  ZuCalcPlane& operator=(const ZuCalcPlane& other) = default;
+  virtual ~ZuCalcPlane() = default;
 
   // Fits a plane to the points that the filter accepts.
   //
@@ -103,7 +104,7 @@ class ZU_API ZuCalcPlane {
   eStatus m_eStatus = TooLessPoints;
   ZuPointList m_pointsInPlane;
   double m_dMediumPointDist = 0.0;
-  ZuFilter* m_pCooFilter = nullptr;  // owned
+  ZuFilter* m_pCooFilter = nullptr;  // owned, together with the copies of this object
   ZuPointList m_filteredPoints;
   int m_iEdgePoint1 = 0;  // 0, then the rows of the second and third point; for inspection
   int m_iEdgePoint2 = 0;
@@ -113,7 +114,9 @@ class ZU_API ZuCalcPlane {
  private:
   bool CalcWithoutFilter(ZuPointList* pPoints);
   void KeepFilteredPoints(ZuPointList* pPoints);
-  void KeepExactPoints();
-  void KeepFootPoints(const ZuMatrix& matrix);
+  void KeepExactPoints(ZuPointList* pPoints);
+  void KeepFootPoints(ZuPointList* pPoints, const ZuMatrix& matrix);
   void WriteBackDeviations(ZuPointList* pPoints) const;
+
+  std::shared_ptr<ZuFilter> m_pFilterOwner;
 };

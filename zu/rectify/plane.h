@@ -16,9 +16,6 @@ class ZuReaderObject;
 
 class ZU_API ZuPlane : public ZuListnode, public ZuFlag {
  public:
-  // Bits of the flag word.
-  enum ePlaneFlag : int { ePlaneFlagGuiSelect = 1, ePlaneFlagActive = 2 };
-
   // All zero, not valid.
   ZuPlane();
   // Id, name, flag word, normal and D; the copy stands in no list, an assigned plane stays in its
@@ -47,7 +44,7 @@ class ZU_API ZuPlane : public ZuListnode, public ZuFlag {
   int IsValid() const;
 
   // The flag word masked with 2: 0 or 2.
-  int IsActive() const { return IsFlagSet(ePlaneFlagActive); }
+  int IsActive() const { return IsFlagSet(eZuFlagActive); }
   void SetActive(bool bActive);
 
   // Signed distance, divided by the length of the normal; positive on the side it points to. Not

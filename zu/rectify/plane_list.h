@@ -2,9 +2,12 @@
 #pragma once
 
 #include "zu/export.h"
+#include "zu/foundation/link.h"
 #include "zu/foundation/list.h"
 #include "zu/foundation/string.h"
 #include "zu/rectify/plane.h"
+
+ZU_DECLARE_LIST(ZuPlane);
 
 class ZU_API ZuPlaneList : public TZuListHeader<ZuPlane>, public LinkHdl {
  public:

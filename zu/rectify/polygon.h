@@ -27,10 +27,10 @@ class ZU_API ZuPolygon : public LinkHdl {
   ZuPolygon(const ZuPoint& p1, const ZuPoint& p2, ELPolygonMode eMode);
   // The rectangle of a region, mode 0.
   explicit ZuPolygon(const ZuRegion& region);
-  ZuPolygon(const ZuPolygon& polygon);
+  ZuPolygon(const ZuPolygon& polygon) = default;
   // Takes over mode, box and points.
-  ZuPolygon& operator=(const ZuPolygon& polygon);
-  virtual ~ZuPolygon();
+  ZuPolygon& operator=(const ZuPolygon& polygon) = default;
+  virtual ~ZuPolygon() = default;
 
   // Append copies and widen the box; always true. Null adds nothing.
   bool AddPoint(const ZuPoint& point);

@@ -1,0 +1,46 @@
+// Fills a point list anew with copies, in the nodes that it holds already: a fit that is made again
+// and again allocates nothing.
+#pragma once
+
+#include "zu/points/point_list.h"
+
+class ZuPointRefill {
+ public:
+  // Empties the list with the event that Destroy sends, then holds events back for its lifetime.
+  explicit ZuPointRefill(ZuPointList* pList) : m_pList(pList) {
+    if (pList->IsEmpty()) {
+      pList->NotifyChanged(nullptr, nullptr);
+    } else {
+      pList->MoveTo(&m_nodes);
+    }
+    m_pNext = m_nodes.First();
+    pList->SetNotify(false);
+  }
+  ZuPointRefill(const ZuPointRefill&) = delete;
+  ZuPointRefill& operator=(const ZuPointRefill&) = delete;
+  ~ZuPointRefill() { m_pList->SetNotify(true); }
+
+  // The copy, which the caller may change.
+  ZuPoint* Append(const ZuPoint& point) {
+    if (m_pNext == nullptr) return m_nodes.Add(new ZuPoint(point));
+    ZuPoint* pNode = m_pNext;
+    m_pNext = pNode->Next();
+    *pNode = point;
+    return pNode;
+  }
+
+  // Puts the copies into the list; without it the list stays empty.
+  void Finish() {
+    while (m_pNext != nullptr) {
+      ZuPoint* pSpare = m_pNext;
+      m_pNext = pSpare->Next();
+      delete m_nodes.Subtract(pSpare);
+    }
+    m_nodes.MoveTo(m_pList);
+  }
+
+ private:
+  ZuPointList* m_pList;
+  TZuBaseListHeader<ZuPoint> m_nodes;
+  ZuPoint* m_pNext;  // the first node not yet used again
+};
