@@ -9,6 +9,22 @@ const std::vector<Command>& Commands() {
        "finds scale, rotation and shift from the stations that both files hold, prints the\n"
        "residual of each, and writes all stations in the control system to joined.coo.",
        DefineTransform},
+      {"camera info", "show the cameras of a file",
+       "  zu camera info samples/chessboard/cameras.cam\n"
+       "shows both cameras with their parameters and the radius up to which they invert",
+       DefineCameraInfo},
+      {"camera adjust", "correct measured image points, or restore them",
+       "  echo \"1 -0.74 1.43\" | zu camera adjust samples/chessboard/cameras.cam --id 1\n"
+       "prints the point without distortion, reduced to the principal point",
+       DefineCameraAdjust},
+      {"camera plot", "draw a camera's distortion",
+       "  zu camera plot samples/chessboard/cameras.cam --id 1 -o curve.svg\n"
+       "draws the distortion curve and the displacement over the image",
+       DefineCameraPlot},
+      {"camera gentri", "print the cameras as lines of the adjustment program",
+       "  zu camera gentri samples/chessboard/cameras.cam\n"
+       "prints id, c, xh, yh, a1, a2 and r0 of each camera",
+       DefineCameraGentri},
   };
   return commands;
 }

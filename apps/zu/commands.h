@@ -41,9 +41,13 @@ struct Command {
   Runner (*pfnDefine)(Options&);
 };
 
+Runner DefineCameraAdjust(Options& options);
+Runner DefineCameraGentri(Options& options);
+Runner DefineCameraInfo(Options& options);
+Runner DefineCameraPlot(Options& options);
+Runner DefineTransform(Options& options);
+
 // In the order of the list that `zu --help` prints.
 const std::vector<Command>& Commands();
-
-Runner DefineTransform(Options& options);
 
 }  // namespace cli

@@ -1,0 +1,183 @@
+#include "camera_plot.h"
+
+#include <algorithm>
+#include <cmath>
+#include <vector>
+
+#include "svg.h"
+#include "zu/photo/camera.h"
+
+namespace cli {
+
+namespace {
+
+constexpr double kMicrometres = 1000.0;  // in a millimetre
+constexpr int kCurveSteps = 200;
+constexpr int kVectors = 17;            // along the longer side
+constexpr double kLongestVector = 0.9;  // in spacings
+constexpr const char* kColors[] = {"#1f5fa8", "#c1272d", "#2b8a3e", "#b8860b"};
+
+struct Displacement {
+  double dx, dy;  // corrected less measured, about the principal point [mm]
+};
+
+bool DisplacementAt(const ZuCamera& camera, double x, double y, Displacement* pResult) {
+  double xAdjusted = x, yAdjusted = y;
+  if (!camera.Adjust(&xAdjusted, &yAdjusted)) return false;
+  const bool bViva = camera.m_iMode == eCameraModeViva;
+  *pResult = {xAdjusted - (x - (bViva ? camera.m_dXhViva : camera.m_dXh)),
+              yAdjusted - (y - (bViva ? camera.m_dYhViva : camera.m_dYh))};
+  return std::isfinite(pResult->dx) && std::isfinite(pResult->dy);
+}
+
+double FarthestCorner(const ZuCamera& camera, ImageSize image) {
+  return std::hypot(image.dHalfWidth + std::fabs(camera.m_dXh),
+                    image.dHalfHeight + std::fabs(camera.m_dYh));
+}
+
+struct Direction {
+  const char* szName;
+  double x, y;
+};
+
+std::vector<Direction> CurveDirections(const ZuCamera& camera) {
+  if (camera.m_iMode != eCameraModeCap) return {{"all directions", 1.0, 0.0}};
+  return {{"+x", 1.0, 0.0}, {"-x", -1.0, 0.0}, {"+y", 0.0, 1.0}, {"-y", 0.0, -1.0}};
+}
+
+using Curve = std::vector<std::pair<double, double>>;  // r [mm], displacement [um]
+
+Curve CurveAlong(const ZuCamera& camera, Direction direction, double dReach) {
+  Curve curve;
+  for (int i = 0; i <= kCurveSteps; ++i) {
+    const double r = dReach * i / kCurveSteps;
+    Displacement d{};
+    if (!DisplacementAt(camera, camera.m_dXh + r * direction.x, camera.m_dYh + r * direction.y, &d))
+      break;
+    curve.emplace_back(r, (d.dx * direction.x + d.dy * direction.y) * kMicrometres);
+  }
+  return curve;
+}
+
+void DrawCurve(Svg& svg, const ZuCamera& camera, ImageSize image, double dLeft, double dTop,
+               double dWidth, double dHeight) {
+  const double dReach = FarthestCorner(camera, image);
+  const auto directions = CurveDirections(camera);
+  std::vector<Curve> curves;
+  SvgPlot::Range y{0.0, 0.0};
+  for (const Direction& direction : directions) {
+    curves.push_back(CurveAlong(camera, direction, dReach));
+    for (const auto& [r, d] : curves.back()) y = {std::min(y.dLow, d), std::max(y.dHigh, d)};
+  }
+  const double dMargin = 0.06 * (y.dHigh - y.dLow);
+  SvgPlot plot(svg, dLeft, dTop, dWidth, dHeight, {0.0, dReach},
+               {y.dLow - dMargin, y.dHigh + dMargin});
+  plot.DrawFrame("Radial displacement, corrected less measured",
+                 "distance from the principal point [mm]", "displacement [\xC2\xB5m]");
+  if (camera.m_dR0 > 0.0 && camera.m_dR0 < dReach) {
+    svg.Line(plot.X(camera.m_dR0), dTop, plot.X(camera.m_dR0), dTop + dHeight,
+             "stroke='#777' stroke-dasharray='5 4'");
+    svg.Text(plot.X(camera.m_dR0) + 5.0, dTop + 16.0, "r0 = " + SvgNumber(camera.m_dR0) + " mm",
+             12.0);
+  }
+  for (size_t i = 0; i < curves.size(); ++i) {
+    Curve pixels;
+    for (const auto& [r, d] : curves[i]) pixels.emplace_back(plot.X(r), plot.Y(d));
+    const std::string strColor = kColors[i % std::size(kColors)];
+    svg.Polyline(pixels, "stroke='" + strColor + "' stroke-width='2'");
+    if (curves.size() < 2) continue;
+    const double yKey = dTop + dHeight - 12.0 - 16.0 * static_cast<double>(curves.size() - 1 - i);
+    svg.Line(dLeft + 12.0, yKey - 4.0, dLeft + 34.0, yKey - 4.0,
+             "stroke='" + strColor + "' stroke-width='2'");
+    svg.Text(dLeft + 40.0, yKey, std::string("along ") + directions[i].szName, 12.0);
+  }
+}
+
+struct Vector {
+  double x, y;
+  Displacement d;
+};
+
+// A grid over the image, as square as the sides allow.
+std::vector<Vector> GridVectors(const ZuCamera& camera, ImageSize image, double* pdSpacing) {
+  *pdSpacing = 2.0 * std::max(image.dHalfWidth, image.dHalfHeight) / (kVectors - 1);
+  const int nx =
+      std::max(2, static_cast<int>(std::lround(2.0 * image.dHalfWidth / *pdSpacing)) + 1);
+  const int ny =
+      std::max(2, static_cast<int>(std::lround(2.0 * image.dHalfHeight / *pdSpacing)) + 1);
+  std::vector<Vector> vectors;
+  for (int i = 0; i < nx; ++i) {
+    for (int j = 0; j < ny; ++j) {
+      Vector v{image.dHalfWidth * (2.0 * i / (nx - 1) - 1.0),
+               image.dHalfHeight * (2.0 * j / (ny - 1) - 1.0),
+               {}};
+      if (DisplacementAt(camera, v.x, v.y, &v.d)) vectors.push_back(v);
+    }
+  }
+  return vectors;
+}
+
+void DrawVectors(Svg& svg, const ZuCamera& camera, ImageSize image, double dLeft, double dTop,
+                 double dWidth, double dHeight) {
+  double dSpacing = 0.0, dLongest = 0.0;
+  const auto vectors = GridVectors(camera, image, &dSpacing);
+  for (const Vector& v : vectors) dLongest = std::max(dLongest, std::hypot(v.d.dx, v.d.dy));
+  double dFactor = dLongest > 0.0 ? kLongestVector * dSpacing / dLongest : 1.0;
+  if (dFactor > 1.0) dFactor = SvgRoundDown(dFactor);
+
+  SvgPlot plot(svg, dLeft, dTop, dWidth, dHeight, {-1.1 * image.dHalfWidth, 1.1 * image.dHalfWidth},
+               {-1.1 * image.dHalfHeight, 1.1 * image.dHalfHeight});
+  plot.MakeSquareScale();
+  plot.DrawFrame("Displacement over the image, drawn " + SvgNumber(dFactor) + " times as long",
+                 "x [mm]", "y [mm]");
+  svg.Rect(plot.X(-image.dHalfWidth), plot.Y(image.dHalfHeight),
+           2.0 * image.dHalfWidth * plot.PixelsPerUnit(),
+           2.0 * image.dHalfHeight * plot.PixelsPerUnit(),
+           "fill='none' stroke='#333' stroke-width='1.5'");
+  for (const Vector& v : vectors) {
+    svg.Arrow(plot.X(v.x), plot.Y(v.y), plot.X(v.x + dFactor * v.d.dx),
+              plot.Y(v.y + dFactor * v.d.dy), kColors[0]);
+  }
+  svg.Circle(plot.X(camera.m_dXh), plot.Y(camera.m_dYh), 4.5,
+             "fill='none' stroke='#c1272d' stroke-width='2'");
+  svg.Text(plot.X(camera.m_dXh) + 8.0, plot.Y(camera.m_dYh) - 7.0, "principal point", 12.0, "start",
+           0.0, "fill='#c1272d' stroke='white' stroke-width='3' paint-order='stroke'");
+  svg.Text(dLeft + dWidth, dTop + dHeight + 52.0,
+           "longest " + SvgNumber(dLongest * kMicrometres) + " \xC2\xB5m, frame: image", 12.0,
+           "end");
+}
+
+std::string CameraTitle(const ZuCamera& camera) {
+  return "Camera " + std::to_string(camera.GetId()) + " \"" + camera.GetName().chars() + "\"";
+}
+
+}  // namespace
+
+ImageSize DefaultImageSize(const ZuCamera& camera) {
+  double d = std::fabs(camera.m_dRMax != 0.0 ? camera.m_dRMax : 2.1 * camera.m_dR0);
+  if (!(d > 0.0) || !std::isfinite(d)) d = 1.0;
+  return {d, d};
+}
+
+std::string DistortionCurve(const ZuCamera& camera, ImageSize image, double dWidth,
+                            double dHeight) {
+  Svg svg(dWidth, dHeight);
+  DrawCurve(svg, camera, image, 90.0, 34.0, dWidth - 120.0, dHeight - 84.0);
+  return svg.Document(CameraTitle(camera) + ", distortion");
+}
+
+std::string CameraPlot(const ZuCamera& camera, ImageSize image) {
+  constexpr double kWidth = 1240.0, kHeight = 640.0;
+  Svg svg(kWidth, kHeight);
+  svg.Text(0.5 * kWidth, 30.0, CameraTitle(camera) + ": lens distortion", 20.0, "middle", 0.0,
+           "fill='#111' font-weight='bold'");
+  svg.Text(0.5 * kWidth, 52.0,
+           "c = " + SvgNumber(std::fabs(camera.m_dC)) + " mm, principal point (" +
+               SvgNumber(camera.m_dXh) + ", " + SvgNumber(camera.m_dYh) + ") mm",
+           13.0, "middle");
+  DrawCurve(svg, camera, image, 90.0, 100.0, 500.0, 470.0);
+  DrawVectors(svg, camera, image, 700.0, 100.0, 500.0, 470.0);
+  return svg.Document(CameraTitle(camera) + ", lens distortion");
+}
+
+}  // namespace cli

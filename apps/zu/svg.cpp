@@ -1,0 +1,197 @@
+#include "svg.h"
+
+#include <algorithm>
+#include <charconv>
+#include <cmath>
+
+namespace cli {
+
+namespace {
+
+constexpr double kTitleSize = 15.0;
+constexpr double kAxisSize = 13.0;
+constexpr double kTickSize = 12.0;
+constexpr char kFrame[] = "fill='none' stroke='#555' stroke-width='1'";
+constexpr char kGrid[] = "stroke='#ddd' stroke-width='1'";
+constexpr char kZero[] = "stroke='#999' stroke-width='1'";
+
+// Two decimals are enough for a drawing.
+std::string Pixel(double d) {
+  if (!std::isfinite(d)) d = 0.0;
+  char buffer[64];
+  const double dRounded = std::round(d * 100.0) / 100.0;
+  const auto result =
+      std::to_chars(buffer, buffer + sizeof buffer, dRounded == 0.0 ? 0.0 : dRounded);
+  return std::string(buffer, result.ptr);
+}
+
+std::string Attribute(const char* szName, double d) {
+  return std::string(" ") + szName + "='" + Pixel(d) + "'";
+}
+
+}  // namespace
+
+std::string XmlText(const std::string& strText) {
+  std::string strResult;
+  for (const char c : strText) {
+    switch (c) {
+      case '&':
+        strResult += "&amp;";
+        break;
+      case '<':
+        strResult += "&lt;";
+        break;
+      case '>':
+        strResult += "&gt;";
+        break;
+      case '"':
+        strResult += "&quot;";
+        break;
+      case '\'':
+        strResult += "&#39;";
+        break;
+      default:
+        if (static_cast<unsigned char>(c) >= 0x20) strResult += c;
+    }
+  }
+  return strResult;
+}
+
+void Svg::Line(double x1, double y1, double x2, double y2, const std::string& strStyle) {
+  m_strBody += "<line" + Attribute("x1", x1) + Attribute("y1", y1) + Attribute("x2", x2) +
+               Attribute("y2", y2) + " " + strStyle + "/>\n";
+}
+
+void Svg::Polyline(const std::vector<std::pair<double, double>>& points,
+                   const std::string& strStyle) {
+  m_strBody += "<polyline points='";
+  for (const auto& [x, y] : points) m_strBody += Pixel(x) + "," + Pixel(y) + " ";
+  m_strBody += "' fill='none' " + strStyle + "/>\n";
+}
+
+void Svg::Rect(double x, double y, double dWidth, double dHeight, const std::string& strStyle) {
+  m_strBody += "<rect" + Attribute("x", x) + Attribute("y", y) + Attribute("width", dWidth) +
+               Attribute("height", dHeight) + " " + strStyle + "/>\n";
+}
+
+void Svg::Circle(double x, double y, double dRadius, const std::string& strStyle) {
+  m_strBody += "<circle" + Attribute("cx", x) + Attribute("cy", y) + Attribute("r", dRadius) + " " +
+               strStyle + "/>\n";
+}
+
+void Svg::Text(double x, double y, const std::string& strText, double dSize,
+               const std::string& strAnchor, double dTurn, const std::string& strStyle) {
+  m_strBody += "<text" + Attribute("x", x) + Attribute("y", y) + Attribute("font-size", dSize) +
+               " text-anchor='" + strAnchor + "' " + strStyle;
+  if (dTurn != 0.0) {
+    m_strBody += " transform='rotate(" + Pixel(dTurn) + " " + Pixel(x) + " " + Pixel(y) + ")'";
+  }
+  m_strBody += ">" + XmlText(strText) + "</text>\n";
+}
+
+void Svg::Arrow(double x1, double y1, double x2, double y2, const std::string& strColor) {
+  constexpr double kHead = 4.0;  // length of the head [px]
+  const double dx = x2 - x1, dy = y2 - y1;
+  const double dLength = std::hypot(dx, dy);
+  Circle(x1, y1, 1.2, "fill='" + strColor + "'");
+  if (!(dLength > 0.5)) return;
+  const std::string strStyle = "stroke='" + strColor + "' stroke-width='1.2'";
+  Line(x1, y1, x2, y2, strStyle);
+  if (dLength < kHead) return;
+  const double ux = dx / dLength * kHead, uy = dy / dLength * kHead;
+  Polyline({{x2 - ux + 0.5 * uy, y2 - uy - 0.5 * ux},
+            {x2, y2},
+            {x2 - ux - 0.5 * uy, y2 - uy + 0.5 * ux}},
+           strStyle);
+}
+
+std::string Svg::Document(const std::string& strTitle) const {
+  return "<svg xmlns='http://www.w3.org/2000/svg' viewBox='0 0 " + Pixel(m_dWidth) + " " +
+         Pixel(m_dHeight) + "' width='" + Pixel(m_dWidth) + "' height='" + Pixel(m_dHeight) +
+         "' font-family='sans-serif' role='img'>\n<title>" + XmlText(strTitle) + "</title>\n" +
+         "<rect width='100%' height='100%' fill='white'/>\n" + m_strBody + "</svg>\n";
+}
+
+SvgPlot::SvgPlot(Svg& svg, double dLeft, double dTop, double dWidth, double dHeight, Range x,
+                 Range y)
+    : m_svg(svg),
+      m_dLeft(dLeft),
+      m_dTop(dTop),
+      m_dWidth(dWidth),
+      m_dHeight(dHeight),
+      m_x(x),
+      m_y(y) {
+  for (Range* pRange : {&m_x, &m_y}) {  // an empty range has no scale
+    if (!(pRange->dHigh > pRange->dLow)) *pRange = {pRange->dLow - 1.0, pRange->dLow + 1.0};
+  }
+}
+
+void SvgPlot::MakeSquareScale() {
+  const double dUnit =
+      std::max((m_x.dHigh - m_x.dLow) / m_dWidth, (m_y.dHigh - m_y.dLow) / m_dHeight);
+  const double cx = 0.5 * (m_x.dLow + m_x.dHigh), cy = 0.5 * (m_y.dLow + m_y.dHigh);
+  m_x = {cx - 0.5 * dUnit * m_dWidth, cx + 0.5 * dUnit * m_dWidth};
+  m_y = {cy - 0.5 * dUnit * m_dHeight, cy + 0.5 * dUnit * m_dHeight};
+}
+
+double SvgPlot::X(double x) const {
+  return m_dLeft + (x - m_x.dLow) / (m_x.dHigh - m_x.dLow) * m_dWidth;
+}
+
+double SvgPlot::Y(double y) const {
+  return m_dTop + (m_y.dHigh - y) / (m_y.dHigh - m_y.dLow) * m_dHeight;
+}
+
+double SvgPlot::PixelsPerUnit() const { return m_dWidth / (m_x.dHigh - m_x.dLow); }
+
+void SvgPlot::DrawFrame(const std::string& strTitle, const std::string& strTitleX,
+                        const std::string& strTitleY) {
+  const double dBottom = m_dTop + m_dHeight, dRight = m_dLeft + m_dWidth;
+  for (const double x : SvgTicks(m_x.dLow, m_x.dHigh, static_cast<int>(m_dWidth / 70.0))) {
+    m_svg.Line(X(x), m_dTop, X(x), dBottom, x == 0.0 ? kZero : kGrid);
+    m_svg.Text(X(x), dBottom + 16.0, SvgNumber(x), kTickSize, "middle");
+  }
+  double dWidest = 0.0;
+  for (const double y : SvgTicks(m_y.dLow, m_y.dHigh, static_cast<int>(m_dHeight / 50.0))) {
+    m_svg.Line(m_dLeft, Y(y), dRight, Y(y), y == 0.0 ? kZero : kGrid);
+    m_svg.Text(m_dLeft - 6.0, Y(y) + 4.0, SvgNumber(y), kTickSize, "end");
+    dWidest = std::max(dWidest, static_cast<double>(SvgNumber(y).size()));
+  }
+  m_svg.Rect(m_dLeft, m_dTop, m_dWidth, m_dHeight, kFrame);
+  m_svg.Text(m_dLeft + 0.5 * m_dWidth, m_dTop - 10.0, strTitle, kTitleSize, "middle", 0.0,
+             "fill='#111' font-weight='bold'");
+  m_svg.Text(m_dLeft + 0.5 * m_dWidth, dBottom + 36.0, strTitleX, kAxisSize, "middle");
+  m_svg.Text(m_dLeft - 18.0 - 7.0 * dWidest, m_dTop + 0.5 * m_dHeight, strTitleY, kAxisSize,
+             "middle", -90.0);
+}
+
+double SvgRoundDown(double d) {
+  if (!(d > 0.0) || !std::isfinite(d)) return 0.0;
+  const double dPower = std::pow(10.0, std::floor(std::log10(d)));
+  for (const double dStep : {5.0, 2.0, 1.0}) {
+    if (d >= dStep * dPower * (1.0 - 1e-12)) return dStep * dPower;
+  }
+  return dPower;
+}
+
+std::vector<double> SvgTicks(double dLow, double dHigh, int iCount) {
+  std::vector<double> ticks;
+  if (!(dHigh > dLow) || !std::isfinite(dHigh - dLow)) return ticks;
+  double dStep = SvgRoundDown((dHigh - dLow) / std::max(iCount, 2));
+  if (dStep == 0.0) return ticks;
+  while ((dHigh - dLow) / dStep > 1.6 * std::max(iCount, 2)) dStep *= 2.0;
+  const double dFirst = std::ceil(dLow / dStep - 1e-9), dLast = std::floor(dHigh / dStep + 1e-9);
+  for (double n = dFirst; n <= dLast && ticks.size() < 100; n += 1.0)
+    ticks.push_back(n * dStep + 0.0);
+  return ticks;
+}
+
+std::string SvgNumber(double d) {
+  if (!std::isfinite(d)) return "-";
+  char buffer[32];
+  const auto result = std::to_chars(buffer, buffer + sizeof buffer, d == 0.0 ? 0.0 : d,
+                                    std::chars_format::general, 6);
+  return std::string(buffer, result.ptr);
+}
+
+}  // namespace cli

@@ -1,0 +1,150 @@
+#include <gtest/gtest.h>
+
+#include <fstream>
+#include <iterator>
+#include <sstream>
+#include <string>
+
+#include "tests/support/temp_file.h"
+#include "zu/foundation/debug.h"
+#include "zu/photo/camera_list.h"
+
+namespace {
+
+std::string Sample(const char* szName) {
+  return std::string(ZU_SOURCE_DIR "/samples/chessboard/") + szName;
+}
+
+std::string Content(const std::string& strPath) {
+  std::ifstream stream(strPath, std::ios::binary);
+  return {std::istreambuf_iterator<char>(stream), {}};
+}
+
+TEST(CameraFile, ReadsTheFullForm) {
+  const ZuCameraList cameras(Sample("cameras.cam").c_str());
+  ASSERT_EQ(cameras.Count(), 2);
+  const ZuCamera& radial = *cameras.First();
+  EXPECT_EQ(radial.GetId(), 1u);
+  EXPECT_STREQ(radial.GetName(), "left radial");
+  EXPECT_EQ(radial.m_dC, 4.915686);
+  EXPECT_EQ(radial.m_dA2, -0.000198009113);
+  EXPECT_EQ(radial.m_dRMax, 4.4);
+  const ZuCamera& cap = *cameras.Last();
+  EXPECT_EQ(cap.m_iMode, eCameraModeCap);
+  EXPECT_EQ(cap.m_dC2, -0.000285451769);
+  EXPECT_EQ(cap.m_dB1, -0.000495546107);
+}
+
+TEST(CameraFile, ReadsTheSimpleFormAfterTheFullOne) {
+  const ZuCameraList cameras(Sample("cameras_simple.cam").c_str());
+  ASSERT_EQ(cameras.Count(), 1);
+  EXPECT_EQ(cameras.First()->m_dYh, 0.065727);
+  EXPECT_EQ(cameras.First()->m_dRMax, 2.1 * 2.5);
+  EXPECT_STREQ(cameras.First()->GetName(), "left radial");
+}
+
+TEST(CameraFile, TheFormsDifferInSignDomainAndSynonyms) {
+  const TempFile simple("{ 1 -35 0.1 x \"a\" 0 5 \"first\" }\n{ 2 35 0 0 0 0 7 \"second\" 9 }");
+  ZuCameraList cameras(simple.Path());
+  ASSERT_EQ(cameras.Count(), 2);  // a value behind the name is dropped with its block
+  EXPECT_EQ(cameras.First()->m_dC, 35.0);
+  EXPECT_EQ(cameras.First()->m_dXh, 0.1);
+  EXPECT_EQ(cameras.First()->m_dYh, 0.0);  // no number
+  EXPECT_EQ(cameras.First()->m_dA1, 0.0);
+  EXPECT_EQ(cameras.Last()->m_dRMax, 2.1 * 7.0);
+
+  const TempFile full(
+      "CAMERA { ID 1 C -35 XH 1 X0 2 Y0 3 YH 4 R0 5 }\n"
+      "CAMERA { ID 2 R0 5 RM 6 MD 17 }\nCAMERA { ID 3 R0 5 RM 0 }");
+  ZuCameraList fullCameras(full.Path());
+  ASSERT_EQ(fullCameras.Count(), 3);
+  const ZuCamera& first = *fullCameras.First();
+  EXPECT_EQ(first.m_dC, -35.0);
+  EXPECT_EQ(first.m_dXh, 2.0);
+  EXPECT_EQ(first.m_dYh, 4.0);
+  EXPECT_EQ(first.m_dRMax, 10.5);
+  EXPECT_EQ(first.Next()->m_dRMax, 6.0);
+  EXPECT_EQ(first.Next()->m_iMode, 17);  // kept as it is
+  EXPECT_EQ(fullCameras.Last()->m_dRMax, 10.5);
+}
+
+// A cut file keeps what was complete; the camera that was cut enters the list in the full form
+// only, with what had been read of it.
+TEST(CameraFile, CutAtEveryByte) {
+  for (const char* szName : {"cameras.cam", "cameras_simple.cam"}) {
+    const std::string strWhole = Content(Sample(szName));
+    int iLast = 0;
+    for (size_t n = 0; n <= strWhole.size(); ++n) {
+      const TempFile cut(strWhole.substr(0, n));
+      const ZuCameraList cameras(cut.Path());
+      ASSERT_GE(cameras.Count(), iLast) << szName << " at " << n;
+      iLast = cameras.Count();
+    }
+    EXPECT_EQ(iLast, ZuCameraList(Sample(szName).c_str()).Count());
+  }
+  EXPECT_EQ(ZuCameraList("/no/such/file").Count(), 0);
+  EXPECT_EQ(ZuCameraList(nullptr).Count(), 0);
+}
+
+TEST(CameraFile, CountsIdsThatOccurMoreThanTwice) {
+  ZuCameraList cameras;
+  for (const unsigned int uId : {4u, 4u, 7u, 7u, 7u, 9u}) cameras.Add(ZuCamera(uId, 1.0));
+  EXPECT_EQ(cameras.TestForMultipleCameras(), 1);
+  EXPECT_EQ(cameras.Count(), 6);
+}
+
+TEST(CameraFile, WritesTheAdjustmentProgramsLines) {
+  ZuCameraList cameras;
+  cameras.Add(ZuCamera(12, -35.127, 0.0125, -0.5, -1.25e-5, 3e-9, 12.5, "a"));
+  ZuCamera cap(3, 50.25, 1.0, 2.0, 3.0, 4.0, 5.0);
+  cap.m_iMode = eCameraModeCap;
+  cameras.Add(cap);
+  std::ostringstream stream;
+  cameras.WriteFile(stream, true);
+  EXPECT_EQ(
+      stream.str(),
+      "   12       35.127       0.0125         -0.5    -1.25e-05        3e-09         12.5\n"
+      "    3        50.25            0            0            0            0            0\n");
+}
+
+// Parameters leave through the lines above only: these forms carry header and empty blocks.
+TEST(CameraFile, SimpleAndFullFormAreWrittenEmpty) {
+  const TempFile file("");
+  ZuCameraList cameras;
+  EXPECT_TRUE(cameras.ContainsOnlyGentriCams());
+  cameras.Add(ZuCamera(1, 35.0));
+  cameras.Add(ZuCamera(2, 36.0));
+  EXPECT_EQ(cameras.WriteFile(file.Path(), false), 1);
+  EXPECT_EQ(Content(file.Path()),
+            "; \n"
+            "; ZUVOVISION 10 Version 8.205 Simple Camera File\n"
+            "; \n"
+            "; File Format: { Id  C  Xh  Yh  A1  A2  R0 \"Infotext\"}\n"
+            "; \n"
+            "\n"
+            "{}\n{}\n");
+  cameras.Last()->m_iMode = eCameraModeViva;
+  EXPECT_FALSE(cameras.ContainsOnlyGentriCams());
+  cameras.WriteFile(file.Path(), false);
+  EXPECT_EQ(Content(file.Path()),
+            "; \n"
+            "; ZUVOVISION 10 Version 8.205 General Purpose Camera File\n"
+            "; \n"
+            "; Ident: ID         Camera Id\n"
+            ";        NAME       Camera Name\n"
+            ";        MD         Mode: 0,1,2\n"
+            ";        C          Camera Constant\n"
+            ";        CV         Camera Constant Viva\n"
+            ";        XH YH      Principial Point\n"
+            ";        XHV YHV    Principial Point Viva\n"
+            ";        R0 RM      Radial Symmetric Distortion, Rmax\n"
+            ";        A1 A2 A3   Radial Symmetric Distortion\n"
+            ";        B1 B2      Affine Distortion\n"
+            ";        C1 C2      Tangential Distortion\n"
+            "; \n"
+            "\n"
+            "CAMERA    { }\nCAMERA    { }\n");
+  EXPECT_EQ(cameras.WriteFile("/no/such/folder/file", true), 1);
+}
+
+}  // namespace

@@ -1,0 +1,105 @@
+// The written forms of cameras and camera lists.
+#include <cmath>
+#include <fstream>
+#include <locale>
+#include <ostream>
+
+#include "zu/foundation/writer.h"
+#include "zu/photo/camera_list.h"
+
+namespace {
+
+constexpr char kProgram[] = "ZUVOVISION 10 Version ";
+constexpr char kVersion[] = "8.205";
+
+// The comment of the full form, line by line; an empty line follows it.
+constexpr const char* kFullHeader[] = {
+    "Ident: ID         Camera Id",
+    "       NAME       Camera Name",
+    "       MD         Mode: 0,1,2",
+    "       C          Camera Constant",
+    "       CV         Camera Constant Viva",
+    "       XH YH      Principial Point",
+    "       XHV YHV    Principial Point Viva",
+    "       R0 RM      Radial Symmetric Distortion, Rmax",
+    "       A1 A2 A3   Radial Symmetric Distortion",
+    "       B1 B2      Affine Distortion",
+    "       C1 C2      Tangential Distortion",
+};
+
+std::ostream& CommentLine(std::ostream& stream, const char* szText) {
+  return stream << ZuComment << szText << '\n';
+}
+
+}  // namespace
+
+std::ostream& ZuCamera::Write(std::ostream& stream) const { return stream; }
+
+std::ostream& ZuCamera::WriteFullData(std::ostream& stream, bool) const { return stream; }
+
+std::ostream& ZuCamera::WriteTS15Data(std::ostream& stream) const { return stream; }
+
+std::ostream& ZuCamera::WriteGentriFormat(std::ostream& stream) const {
+  stream << p8 << w4 << GetId() << w12 << std::fabs(m_dC);
+  if (m_iMode == eCameraModeCap) {
+    for (int i = 0; i < 5; ++i) stream << w12 << 0;
+    return stream;
+  }
+  for (const double d : {m_dXh, m_dYh, m_dA1, m_dA2, m_dR0}) stream << w12 << d;
+  return stream;
+}
+
+int ZuCameraList::WriteFile(const String& path, bool bGentri) const {
+  std::ofstream stream(path.chars());
+  stream.imbue(std::locale::classic());
+  if (bGentri || ContainsOnlyGentriCams()) {
+    WriteFile(stream, bGentri);
+    return 1;
+  }
+  return WriteFileFormatFull(path);
+}
+
+std::ostream& ZuCameraList::WriteFile(std::ostream& stream, const bool& bGentri) const {
+  if (!bGentri) {
+    WriteSimpleHeaderComment(stream);
+    return WriteSimpleFormat(stream);
+  }
+  for (const ZuCamera* p = First(); p != nullptr; p = p->Next()) {
+    p->WriteGentriFormat(stream) << '\n';
+  }
+  return stream;
+}
+
+std::ostream& ZuCameraList::WriteSimpleHeaderComment(std::ostream& stream) const {
+  CommentLine(stream, "");
+  stream << ZuComment << kProgram << kVersion << " Simple Camera File" << '\n';
+  CommentLine(stream, "");
+  CommentLine(stream, "File Format: { Id  C  Xh  Yh  A1  A2  R0 \"Infotext\"}");
+  CommentLine(stream, "");
+  return stream << '\n';
+}
+
+std::ostream& ZuCameraList::WriteSimpleFormat(std::ostream& stream) const {
+  stream.imbue(std::locale::classic());
+  for (const ZuCamera* p = First(); p != nullptr; p = p->Next()) {
+    stream << ZuBeginBlock;
+    p->Write(stream) << ZuEndBlock << Zuendl;
+  }
+  return stream;
+}
+
+int ZuCameraList::WriteFileFormatFull(const String& path) const {
+  std::ofstream stream(path.chars());
+  stream.imbue(std::locale::classic());
+  CommentLine(stream, "");
+  stream << ZuComment << kProgram << kVersion << " General Purpose Camera File" << '\n';
+  CommentLine(stream, "");
+  for (const char* szLine : kFullHeader) CommentLine(stream, szLine);
+  CommentLine(stream, "");
+  stream << '\n';
+  for (const ZuCamera* p = First(); p != nullptr; p = p->Next()) {
+    stream << s10 << "CAMERA" << ZuBeginBlock << " " << ZuEndBlock << Zuendl;
+  }
+  stream.close();
+  return 1;
+}

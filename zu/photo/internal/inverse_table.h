@@ -1,0 +1,47 @@
+// The inverse of a camera's forward map as a dense table: node (i, j) holds the corrected
+// coordinates of the measured point (s (i - 390), s (j - 390)), s = 2 limit / 780.
+#pragma once
+
+#include <memory>
+
+#include "zu/numerics/matrix.h"
+
+class ZuCamera;
+
+class ZuInvAdjustTable {
+ public:
+  static constexpr int kNodes = 781;  // along each axis
+  static constexpr int kCells = kNodes - 1;
+
+  ZuInvAdjustTable() : m_Matrix(3, 3) {}
+
+  bool IsFor(const ZuCamera& camera) const;
+  // Fills the table on all processors. Does nothing when it already reaches the camera's m_dRMax.
+  void Build(const ZuCamera& camera);
+  // The measured point whose nodes enclose the corrected point (x, y), each axis interpolated on
+  // its own within the cell. False, point untouched: at or beyond the limit, no finite answer.
+  bool LookUp(double* x, double* y) const;
+
+ private:
+  struct Node {
+    double x, y;
+  };
+  struct Cell {
+    int i, j;  // upper node, 1 to kCells
+  };
+
+  const Node& At(int i, int j) const { return m_pNodes[static_cast<size_t>(i) * kNodes + j]; }
+  bool Contains(Cell cell, double X, double Y) const;
+  Cell Bisect(double X, double Y) const;
+  Cell Walk(Cell cell, double X, double Y) const;
+
+  unsigned int m_iCameraId = 0;
+  double m_dCameraC = 0.0;
+  std::unique_ptr<Node[]> m_pNodes;  // none while the limit is 0
+  double m_dLimit = 0.0;             // half-width in measured coordinates [mm], 0 until built
+  ZuMatrix m_Matrix;                 // grid index to measured coordinates
+};
+
+// The camera's table, built at the first call of its id and constant; null for a NaN constant,
+// which equals no key. One thread at a time.
+ZuInvAdjustTable* GetInvAdjustTable(const ZuCamera& camera);

@@ -1,0 +1,182 @@
+// The files of reseau formats.
+#include <fstream>
+#include <iomanip>
+#include <locale>
+#include <ostream>
+
+#include "zu/foundation/file_name.h"
+#include "zu/foundation/reader.h"
+#include "zu/foundation/writer.h"
+#include "zu/photo/detect_files.h"
+#include "zu/photo/reseau_data_desc.h"
+#include "zu/photo/reseau_file.h"
+#include "zu/rectify/polygon.h"
+
+namespace {
+
+constexpr char kProgram[] = "ZUVOVISION 10 Version ";
+constexpr char kVersion[] = "8.205";
+
+// The comment of the reseau form; the kinds of crosses stand behind it.
+constexpr const char* kReseauHeader[] = {
+    "File Format:",
+    "\"Infotext\"         ... Commenttext displayed in a graphical view",
+    "{ x1, y1, x2, y2 } ... Size of Photo in Bikos [mm]",
+    "{ x1, y1, x2, y2 } ... Pos. and size of Commenttext",
+    "{ Id, x, y, Code } ... List of Reseaucrosses",
+    "            Code  Description",
+    "             0 .. Small Reseaucross",
+    "             1 .. Big Reseaucross",
+    "             2 .. Not really a cross, a Corner of the Picture",
+    "",
+};
+
+constexpr const char* kDigitalHeader[] = {
+    "File Format:",
+    " { \"ExifKameraType\"  SubId \"Comment\"              Pixel_X  Pixel_Y   CCD_X    CCD_Y    }",
+    "",
+};
+
+std::ostream& CommentLine(std::ostream& stream, const char* szText) {
+  return stream << ZuComment << szText << '\n';
+}
+
+template <size_t N>
+void WriteHeader(std::ostream& stream, const char* szKind, const char* const (&lines)[N]) {
+  CommentLine(stream, "");
+  stream << ZuComment << kProgram << kVersion << szKind << '\n';
+  CommentLine(stream, "");
+  for (const char* szLine : lines) CommentLine(stream, szLine);
+  stream << '\n';
+}
+
+void WriteDigitalHeader(std::ostream& stream) {
+  WriteHeader(stream, " Digital Camera Reseau File", kDigitalHeader);
+}
+
+String Quoted(const String& text) {
+  String quoted("\"");
+  quoted += text;
+  quoted += '"';
+  return quoted;
+}
+
+void ReadRegion(ZuReaderObject* pObject, ZuRegion* pRegion) {
+  pObject->TakeBlockOpen();
+  pRegion->Read(pObject);
+  pObject->TakeBlockClose();
+}
+
+}  // namespace
+
+int ZuReseauFile::ReadFile(const String& path) {
+  SetName(ZuGetFilename(path));
+  ZuReader reader(path.chars());
+  ZuReaderObject object(
+      Link(this, static_cast<int (ZuReseauFile::*)(ZuReaderObject*)>(&ZuReseauFile::Read)));
+  reader.RegisterObject(object);
+  reader.DoProcess(false);
+  return 1;
+}
+
+int ZuReseauFile::Read(ZuReaderObject* pObject) {
+  m_sComment = pObject->TakeString();
+  ReadRegion(pObject, &m_PhotoRegion);
+  ReadRegion(pObject, &m_BoxRegion);
+  m_bValid = true;
+  pObject->ReadRows([&] {
+    pObject->TakeBlockOpen();
+    ZuPoint cross(pObject, m_CrossList.GetMask());
+    pObject->TakeBlockClose();
+    m_CrossList.Add(cross);
+  });
+  return 1;
+}
+
+int ZuReseauFile::ReadDigitalCameraFormat(ZuReaderObject* pObject) {
+  if (pObject->IsBlockOpen()) pObject->TakeBlockOpen();
+  SetName(pObject->TakeString());
+  m_uSubId = pObject->TakeId();
+  m_sComment = pObject->TakeString();
+  const int w = pObject->TakeInt(), h = pObject->TakeInt();
+  const double ccdX = pObject->TakeValue(), ccdY = pObject->TakeValue();
+  CreateDigitalFormat(w, h, ccdX, ccdY);
+  return 1;
+}
+
+std::ostream& ZuReseauFile::WriteHeaderComment(std::ostream& stream) {
+  WriteHeader(stream, " Reseau File", kReseauHeader);
+  return stream;
+}
+
+std::ostream& ZuReseauFile::Write(std::ostream& stream) const {
+  stream << '"' << m_sComment.chars() << '"' << Zuendl;
+  stream << ZuBeginBlock;
+  m_PhotoRegion.Write(stream) << ZuEndBlock << Zuendl;
+  stream << ZuBeginBlock;
+  m_BoxRegion.Write(stream) << ZuEndBlock << '\n';
+  for (const ZuPoint* p = m_CrossList.First(); p != nullptr; p = p->Next()) {
+    stream << ZuBeginBlock;
+    p->Write(stream, m_CrossList.GetMask()) << ZuEndBlock << '\n';
+  }
+  return stream;
+}
+
+std::ostream& ZuReseauFile::WriteDigitalCameraFormat(std::ostream& stream) {
+  if (m_CrossList.Count() != 4) return stream;
+  const ZuPolygon box(&m_CrossList, eLPolygonXY);
+  stream << '{' << w14 << std::left << Quoted(GetName()).chars() << w4 << m_uSubId << w14
+         << std::left << Quoted(m_sComment).chars() << w6 << m_iExifPixelWidth << w6
+         << m_iExifPixelHeight << w6 << p6 << box.Width() << w6 << p6 << box.Height() << "  }\n";
+  return stream;
+}
+
+ZuReseaufileList::ZuReseaufileList(const ZuReseaufileList& other)
+    : TZuListHeader<ZuReseauFile>(other), LinkHdl() {}
+
+ZuReseaufileList& ZuReseaufileList::operator=(const ZuReseaufileList& other) {
+  TZuListHeader<ZuReseauFile>::operator=(other);
+  return *this;
+}
+
+int ZuReseaufileList::ReadReseauFile(const String& path) {
+  const int iBefore = Count();
+  const ZuDetectZuvoFiles file(path);
+  if (file.IsType(eZuvoFileReseau)) {
+    const ZuReseauFile reseau(path);
+    if (!reseau.IsValid()) return 0;
+    ZuReseauFile* pOld = Find(ZuGetFilename(path), false);
+    if (pOld != nullptr) delete Subtract(pOld);
+    Add(reseau);
+    return 1;
+  }
+  if (!file.IsType(eZuvoFileDigitalCamera)) return 0;
+  ZuReader reader(path.chars());
+  ZuReaderObject object(Link(this, &ZuReseaufileList::ReadDigitalBlock));
+  reader.RegisterObject(object);
+  reader.DoProcess(false);
+  return Count() - iBefore;
+}
+
+int ZuReseaufileList::ReadDigitalBlock(ZuReaderObject* pObject) {
+  ZuReseauFile reseau;
+  reseau.ReadDigitalCameraFormat(pObject);
+  if (reseau.IsValid()) Add(reseau);
+  return 1;
+}
+
+ZuReseauFile* ZuReseaufileList::FindReseauFile(const ZuReseauDataDesc& desc) const {
+  for (ZuReseauFile* p = First(); p != nullptr; p = p->Next()) {
+    if (desc.ExactMatch(ZuReseauDataDesc(p))) return p;
+  }
+  return nullptr;
+}
+
+bool ZuReseaufileList::WriteDigitalCameraFormat(const String& path) {
+  std::ofstream stream(path.chars());
+  if (!stream) return false;
+  stream.imbue(std::locale::classic());
+  WriteDigitalHeader(stream);
+  for (ZuReseauFile* p = First(); p != nullptr; p = p->Next()) p->WriteDigitalCameraFormat(stream);
+  return true;
+}
