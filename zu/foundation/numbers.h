@@ -6,7 +6,8 @@
 // hexadecimal texts count as they do for atof. Integers saturate at 32 bits.
 //
 // Writing gives, byte for byte, what printf and an ostream give. The functions write no terminator
-// and return the end of the text; the buffer's least size stands at each.
+// and return the end of the text. The buffer's least size stands at each: bytes behind the text,
+// inside it, may be written too.
 #pragma once
 
 #include "zu/export.h"
@@ -22,15 +23,15 @@ ZU_API int ZuAtoi(char const* pBegin, char const* pEnd);
 // As ZuAtof; *ppStop becomes the first character behind the number, or pBegin where there is none.
 ZU_API double ZuAtof(char const* pBegin, char const* pEnd, char const** ppStop);
 
-// "%.16g": at most kZuGeneral16Size characters.
-constexpr int kZuGeneral16Size = 24;
+// "%.16g": at most 23 characters, in a buffer of kZuGeneral16Size.
+constexpr int kZuGeneral16Size = 40;
 ZU_API char* ZuFormatGeneral16(char* pOut, double dValue);
 
 // "%.{iPrecision}g": at most iPrecision + 8 characters. A precision below 0 counts as 6, one of 0
 // as 1.
 ZU_API char* ZuFormatGeneral(char* pOut, double dValue, int iPrecision);
 
-// "%{iWidth}.9f", right-aligned: at most kZuFixed9Size characters, or iWidth if that is more.
+// "%{iWidth}.9f", right-aligned: in a buffer of kZuFixed9Size, or iWidth if that is more.
 constexpr int kZuFixed9Size = 320;
 ZU_API char* ZuFormatFixed9(char* pOut, double dValue, int iWidth = 0);
 

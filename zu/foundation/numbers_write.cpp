@@ -1,7 +1,5 @@
 // Numbers to text.
-#include <algorithm>
 #include <charconv>
-#include <cstring>
 
 #include "zu/foundation/numbers.h"
 
@@ -26,16 +24,4 @@ char* ZuFormatFixed(char* pOut, double dValue, int iPrecision) {
   return std::to_chars(pOut, pOut + iPrecision + kFixedExtra, dValue, std::chars_format::fixed,
                        iPrecision)
       .ptr;
-}
-
-char* ZuFormatGeneral16(char* pOut, double dValue) { return ZuFormatGeneral(pOut, dValue, 16); }
-
-char* ZuFormatFixed9(char* pOut, double dValue, int iWidth) {
-  char* const pEnd = ZuFormatFixed(pOut, dValue, 9);
-  const std::ptrdiff_t nText = pEnd - pOut;
-  if (nText >= iWidth) return pEnd;
-  const std::ptrdiff_t nPad = iWidth - nText;
-  std::memmove(pOut + nPad, pOut, static_cast<std::size_t>(nText));
-  std::fill_n(pOut, nPad, ' ');
-  return pEnd + nPad;
 }
