@@ -1,6 +1,5 @@
 // Camera: forward map, inverse table and its build, against the formulas and the table written out.
 #include <benchmark/benchmark.h>
-#include <omp.h>
 
 #include <cmath>
 #include <cstdlib>
@@ -137,7 +136,6 @@ void TableBuild(benchmark::State& state) {
     double x = 0.1, y = 0.1;
     benchmark::DoNotOptimize(camera.InvAdjust(&x, &y));
   }
-  state.counters["threads"] = omp_get_max_threads();
 }
 BENCHMARK(TableBuild)->Unit(benchmark::kMillisecond)->UseRealTime();
 
