@@ -14,7 +14,7 @@ namespace {
 constexpr double kMicrometres = 1000.0;  // in a millimetre
 constexpr int kCurveSteps = 200;
 constexpr int kVectors = 17;            // along the longer side
-constexpr double kLongestVector = 0.9;  // in spacings
+constexpr double kLongestVector = 2.2;  // in spacings
 constexpr const char* kColors[] = {"#1f5fa8", "#c1272d", "#2b8a3e", "#b8860b"};
 
 struct Displacement {
@@ -123,7 +123,7 @@ void DrawVectors(Svg& svg, const ZuCamera& camera, ImageSize image, double dLeft
   const auto vectors = GridVectors(camera, image, &dSpacing);
   for (const Vector& v : vectors) dLongest = std::max(dLongest, std::hypot(v.d.dx, v.d.dy));
   double dFactor = dLongest > 0.0 ? kLongestVector * dSpacing / dLongest : 1.0;
-  if (dFactor > 1.0) dFactor = SvgRoundDown(dFactor);
+  if (dLongest > 0.0) dFactor = SvgRoundDown(dFactor);
 
   SvgPlot plot(svg, dLeft, dTop, dWidth, dHeight, {-1.1 * image.dHalfWidth, 1.1 * image.dHalfWidth},
                {-1.1 * image.dHalfHeight, 1.1 * image.dHalfHeight});
