@@ -16,6 +16,12 @@
 #include "zu/points/point_list.h"
 #include "zu/transform/trafo3d_data.h"
 
+class ZuLokalSystem;
+
+namespace zu::internal {
+struct PointPair;
+}
+
 enum eTrafo3DStatus : int {
   eTrafo3DOk = 0,
   eTrafo3DTooFewPoints = 1,   // fewer common points than demanded
@@ -24,6 +30,15 @@ enum eTrafo3DStatus : int {
   eTrafo3DNoSolution = 4,     // degenerate geometry, no convergence, equal axis ids
   eTrafo3DScaleMismatch = 5,  // the scales of a local system disagree beyond tolerance
   eTrafo3DScaleUndefined = 6,  // a scale pair of distance 0.0, or none at all
+};
+
+// How well an estimate fits: the mean squared residual, and the largest residual.
+enum eRobustStatus : int {
+  eRobustOk = 0,
+  eRobustCalcFailed = 1,         // no estimate
+  eRobustRmsTooLarge = 2,        // the mean alone is over
+  eRobustRmsAndMaxTooLarge = 3,  // both are over
+  eRobustMaxTooLarge = 4,        // the largest alone is over
 };
 
 // A short English text for a status, "unknown status" for other values.
@@ -58,6 +73,17 @@ class ZU_API ZuTrafo3d : public virtual ZuTrafo3dData {
   bool CalcByControlPoints(const ZuPointList* pTarget, const ZuPointList* pSource, int iMinPoints,
                            bool bUnitScale);
 
+  // The transformation into a local system that named points define, y = s R (x - O) + offset, O
+  // the origin point. The scale is dFixedScale unless that is 0.0, otherwise the mean of the scale
+  // pairs whose points are in the list; a pair that differs from it by more than dScaleTolerance,
+  // relative, is told by IsScale1Bad() to IsScale3Bad() and gives status 5.
+  //
+  // False with the status of the definition (ZuLokalSystem::IsValid), 3 where a needed point or
+  // every scale is missing, 4 for points that give no frame, 6 for a scale that is not finite or
+  // not above 0.0. The parameters are then unfinished. After success the status is 0.
+  bool CalcByLocalSystem(const ZuLokalSystem& system, const ZuPointList* pPoints,
+                         double dFixedScale, double dScaleTolerance);
+
   // dDistance / |a - b| over three elements.
   //
   // Required: 1e-10 where the two points coincide exactly; a comparison of scales then fails.
@@ -84,6 +110,37 @@ class ZU_API ZuTrafo3d : public virtual ZuTrafo3dData {
   bool Transform(ZuPointList& out, const ZuPointList& in, const ZuSortHelper<ZuPoint>& control,
                  bool bSort);
   bool Transform(ZuPointList& out, const ZuPointList& in, const ZuPointList* pControl, bool bSort);
+
+  // Transforms the points of `in`, which ends empty, and moves them to `good`, or to `bad` where
+  // the residual against the control point of the id is longer than dTolerance. Each coordinate of
+  // a point with a control point becomes that point's where its control flag is set, else the blend
+  // (1 - dBlend) transformed + dBlend control, dBlend limited to 0 to 1; the control flags are
+  // taken over. Flag bit 0x40 is set, in bad points 0x800 too; residuals are control minus
+  // transformed. `badControl` gets copies of the control points of bad points. Lists are appended
+  // to; without `bad` its points go to `good`, without `badControl` the copies are not made. The
+  // root mean squares are those of the good points, the worst point is that of all. False, nothing
+  // changed, without `good` or `in`.
+  bool Transform(ZuPointList* pGood, ZuPointList* pBad, ZuPointList* pBadControl, ZuPointList* pIn,
+                 double dTolerance, const ZuSortHelper<ZuPoint>& control, double dBlend);
+
+  // Carries list B into the system of list A although some of the common points are wrong: all
+  // common points first, then by random-sample consensus (after M. A. Fischler, R. C. Bolles,
+  // "Random sample consensus", 1981). Appends to *pResult, in this order: the rejected points if no
+  // pBad is given, the agreeing common points, those only B knows, and those only A knows,
+  // unchanged. Rejected points go to pBad with flag bit 0x800, copies of their partners to
+  // pBadControl; both may be null. dBlend as in Transform. Neither input is changed.
+  //
+  // A point agrees when its residual is at most dTolerance, an absolute length or a share of the
+  // longest side of the common points' box in A. Sampling needs iMinPoints + iExtraPoints common
+  // points; samples have iExtraSample + 4 points, and there are 2 n trials, at least 12 and at most
+  // 50. They follow the state of the standard generator `rand`, which the caller seeds: one job at
+  // a time in a process. The unnamed bool is not read.
+  //
+  // Status 0; 1 for too few common points and 4 where no sample is supported: outputs untouched.
+  eTrafo3DStatus RobustCalcByControlPointsAndTransform(
+      ZuPointList* pResult, ZuPointList* pBad, ZuPointList* pBadControl, const ZuPointList& listA,
+      const ZuPointList& listB, double dTolerance, bool bAbsoluteTolerance, double dBlend,
+      int iMinPoints, bool, int iExtraPoints, int iExtraSample);
 
   // Transforms the points of a list in place, zeroes their residuals and clears their flag bits
   // 0x40 and 0x800. False for a null list.
@@ -119,9 +176,21 @@ class ZU_API ZuTrafo3d : public virtual ZuTrafo3dData {
   void NoteWorst(ResidualSums& sums, ZuPoint* pPoint);
   void FinishResiduals(const ResidualSums& sums);
 
+  // The estimate from common points, in their order.
+  bool CalcByPairs(const std::vector<zu::internal::PointPair>& pairs, int iMinPoints,
+                   bool bUnitScale);
+
   // Transform without the control points that found no partner; their ids go to usedIds.
   void TransformPoints(ZuPointList& out, const ZuPointList& in,
                        const ZuSortHelper<ZuPoint>& control, std::vector<unsigned int>& usedIds);
+
+  // Parts of the robust merge; tolerances are squared. RobustCheckTransformQuality stores the
+  // residuals of the pairs' source points and keeps the figures of the run.
+  eRobustStatus RobustCalcAndCheckByControlPoints(const std::vector<zu::internal::PointPair>& pairs,
+                                                  double dTolerance2, int iMinPoints);
+  eRobustStatus RobustCheckTransformQuality(const std::vector<zu::internal::PointPair>& pairs,
+                                            double dTolerance2);
+  class RobustSearch;
 
   eTrafo3DStatus m_eStatus = eTrafo3DOk;
   bool m_bScale1Bad = false;

@@ -3,13 +3,10 @@
 #include <cmath>
 #include <vector>
 
+#include "zu/transform/internal/point_flags.h"
 #include "zu/transform/trafo3d.h"
 
 namespace {
-
-// Flag bits of a point.
-constexpr int kTransformed = 0x40;
-constexpr int kRejected = 0x800;
 
 // Residuals control - transformed and, axis by axis, the coordinates of a control point.
 void TakeControl(const ZuPoint& control, ZuPoint* pPoint) {

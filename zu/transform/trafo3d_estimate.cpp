@@ -3,8 +3,12 @@
 #include <cstddef>
 #include <vector>
 
+#include "zu/transform/internal/point_pair.h"
 #include "zu/transform/internal/similarity.h"
 #include "zu/transform/trafo3d.h"
+
+using zu::internal::PointPair;
+using zu::internal::PointPairs;
 
 namespace {
 
@@ -12,17 +16,11 @@ namespace {
 // the least sum of squares of a point set that has an extent [unit of the coordinates, squared].
 constexpr double kVanishing = 1e-10;
 
-// A source point and the target point of its id.
-struct PointPair {
-  const ZuPoint* pSource;
-  const ZuPoint* pTarget;
-};
-
-std::vector<PointPair> FindPairs(const ZuSortHelper<ZuPoint>& target, const ZuPointList* pSource) {
-  std::vector<PointPair> pairs;
+PointPairs FindPairs(const ZuSortHelper<ZuPoint>& target, const ZuPointList* pSource) {
+  PointPairs pairs;
   if (pSource == nullptr) return pairs;
   pairs.reserve(static_cast<std::size_t>(target.Count()));
-  for (const ZuPoint* p = pSource->First(); p != nullptr; p = p->Next()) {
+  for (ZuPoint* p = pSource->First(); p != nullptr; p = p->Next()) {
     if (p->GetId() == 0) continue;
     const ZuPoint* pTarget = target.Find(p->GetId());
     if (pTarget != nullptr) pairs.push_back({p, pTarget});
@@ -63,8 +61,7 @@ struct Moments {
   double adProducts[9] = {};
 };
 
-Moments SumMoments(const std::vector<PointPair>& pairs, const Centre& source,
-                   const Centre& target) {
+Moments SumMoments(const PointPairs& pairs, const Centre& source, const Centre& target) {
   Moments sums;
   for (const PointPair& pair : pairs) {
     const double a[] = {Centred(pair.pSource->m_dX, source.x),
@@ -85,9 +82,13 @@ Moments SumMoments(const std::vector<PointPair>& pairs, const Centre& source,
 
 bool ZuTrafo3d::CalcByControlPoints(const ZuSortHelper<ZuPoint>& target, const ZuPointList* pSource,
                                     int iMinPoints, bool bUnitScale) {
-  m_iCommonPoints = 0;
   m_eStatus = eTrafo3DTooFewPoints;
-  const std::vector<PointPair> pairs = FindPairs(target, pSource);
+  m_iCommonPoints = 0;
+  return CalcByPairs(FindPairs(target, pSource), iMinPoints, bUnitScale);
+}
+
+bool ZuTrafo3d::CalcByPairs(const PointPairs& pairs, int iMinPoints, bool bUnitScale) {
+  m_eStatus = eTrafo3DTooFewPoints;
   m_iCommonPoints = static_cast<int>(pairs.size());
   if (m_iCommonPoints < iMinPoints) return false;
 
