@@ -31,6 +31,21 @@ inline std::uint64_t EightDigits(std::uint64_t u) {
   return uTens | (uTwos - 10 * uTens) << 8;
 }
 
+// The reverse: eight digits '0' to '9' as a number.
+inline std::uint64_t FromEightDigits(std::uint64_t u) {
+  u -= kZeros;
+  u = u * 10 + (u >> 8);
+  constexpr std::uint64_t kEven = 0x000000FF000000FF;
+  return ((u & kEven) * 0x000F424000000064 + (u >> 16 & kEven) * 0x0000271000000001) >> 32;
+}
+
+// Whether all eight bytes are digits '0' to '9': the upper half of each is 3, and stays 3 with 6
+// added.
+inline bool AreDigits(std::uint64_t u) {
+  constexpr std::uint64_t kUpper = 0xF0F0F0F0F0F0F0F0;
+  return ((u & kUpper) | ((u + 0x0606060606060606) & kUpper) >> 4) == 0x3333333333333333;
+}
+
 inline void Store8(char* p, std::uint64_t u) { std::memcpy(p, &u, sizeof(u)); }
 
 inline std::uint64_t Load8(char const* p) {
