@@ -5,7 +5,7 @@
 namespace {
 
 // Below this many values the threads cost more than they save.
-constexpr long long kParallel = 1 << 16;
+[[maybe_unused]] constexpr long long kParallel = 1 << 16;
 
 template <class T>
 std::unique_ptr<T[]> MakeBlock(std::size_t uCount) {
