@@ -1,9 +1,10 @@
 // Id tables, grids and objects out of a file of keyword blocks.
+#include "zu/foundation/id_table.h"
+
 #include <cstdint>
 #include <string_view>
 
 #include "tests/support/temp_file.h"
-#include "zu/foundation/id_table.h"
 #include "zu/foundation/object.h"
 #include "zu/foundation/reader.h"
 
