@@ -92,6 +92,13 @@ TEST(String, TextsMayLieInTheStringItself) {
   EXPECT_TRUE(s.OK());
 }
 
+TEST(String, PlusJoinsTextsAndCountsPositions) {
+  String s("abc");
+  EXPECT_EQ(Text(s + "d" + s.at(1, 1) + 'c' + s), "abcdbcabc");
+  EXPECT_EQ(Text("<" + s), "<abc");
+  EXPECT_STREQ(s + 1, "bc");
+}
+
 TEST(String, BadIndexIsSafe) {
   String s("abc");
   for (int i : {-2147483647 - 1, -1, 3, 4, 70000, 2147483647}) {

@@ -18,13 +18,6 @@ String const& DoubleForm() {
   return *pForm;
 }
 
-template <class X, class Y>
-String Joined(X const& x, Y const& y) {
-  String result(x);
-  result += y;
-  return result;
-}
-
 // An empty text takes no block.
 StrRep* MakeRep(char const* t, int n) {
   if (zu_internal::TextLength(t, n) == 0) return zu_internal::NilRep();
@@ -146,13 +139,3 @@ void String::alloc(int n) {
 }
 
 void String::error(char const*) const {}
-
-String operator+(String const& x, String const& y) { return Joined(x, y); }
-
-String operator+(String const& x, SubString const& y) { return Joined(x, y); }
-
-String operator+(String const& x, char const* y) { return Joined(x, y); }
-
-String operator+(String const& x, char y) { return Joined(x, y); }
-
-String operator+(char const* x, String const& y) { return Joined(x, y); }

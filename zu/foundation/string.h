@@ -18,6 +18,7 @@
 
 #include <compare>
 #include <iosfwd>
+#include <type_traits>
 #include <vector>
 
 #include "zu/export.h"
@@ -317,11 +318,24 @@ inline std::strong_ordering operator<=>(String const& x, char const* y) {
   return compare(x, y) <=> 0;
 }
 
-ZU_API String operator+(String const& x, String const& y);
-ZU_API String operator+(String const& x, SubString const& y);
-ZU_API String operator+(String const& x, char const* y);
-ZU_API String operator+(String const& x, char y);
-ZU_API String operator+(char const* x, String const& y);
+// A text that joins a String by +. Numbers do not: `str + 1` is a position in the text, by way of
+// `operator char const*`.
+template <class T>
+concept ZuStringOperand = std::is_same_v<T, String> || std::is_same_v<T, SubString> ||
+    std::is_same_v<T, char> || std::is_convertible_v<T const&, char const*>;
+
+template <ZuStringOperand T>
+String operator+(String const& x, T const& y) {
+  String result(x);
+  result += y;
+  return result;
+}
+
+inline String operator+(char const* x, String const& y) {
+  String result(x);
+  result += y;
+  return result;
+}
 
 // Writes the text, padded to the stream's width.
 ZU_API std::ostream& operator<<(std::ostream& stream, String const& x);
