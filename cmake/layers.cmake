@@ -15,6 +15,11 @@ set(ZU_UPWARD_TIES
   "points/point_vector.cpp -> numerics/vector.h"
   # A selection volume is a set of planes.
   "numerics/select_volume3d.h -> rectify/plane.h"
+  # A rectification compensates the distortion of its camera and asks its photo for pixels.
+  "rectify/zusp_trafo.h -> photo/camera.h"
+  "rectify/zusp_trafo_photo.cpp -> photo/photo.h"
+  # A ray ends at a scan point, a plain record.
+  "photo/photo_rays.cpp -> cloud/scan_point3d.h"
   # A plane through three points is fitted.
   "numerics/plane3d.cpp -> rectify/calc_plane.h"
 )

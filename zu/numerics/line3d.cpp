@@ -23,6 +23,11 @@ ZuLine3d::ZuLine3d(const ZuPoint3d& start, const ZuPoint3d& end)
 
 void ZuLine3d::setDirection(const ZuVector3d& v) { m_vDirection = Normalized(v); }
 
+void ZuLine3d::setEnd(const ZuPoint3d& end) {
+  m_pEnd = end;
+  m_vDirection = Normalized(end - m_pStart);
+}
+
 ZuPoint3d ZuLine3d::Evaluate(double t) const { return m_pStart + t * m_vDirection; }
 
 double ZuLine3d::Intersect(const ZuLine3d& line, ZuPoint3d& p) const {

@@ -24,6 +24,9 @@ class ZU_API ZuLine3d {
   // Required: the end point stays. Rays are built by setting start and direction alone.
   void setDirection(const ZuVector3d& v);
 
+  // Stores the end point; the direction becomes that from the start to it.
+  void setEnd(const ZuPoint3d& end);
+
   // start + t direction.
   ZuPoint3d Evaluate(double t) const;
   // The distance of start and end.

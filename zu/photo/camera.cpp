@@ -5,8 +5,11 @@
 
 #include "zu/foundation/debug.h"
 #include "zu/photo/internal/camera_kernel.h"
+#include "zu/points/internal/flag_walk.h"
 #include "zu/points/point.h"
 #include "zu/points/point_list.h"
+
+ZU_INSTANTIATE_LIST(ZuCamera);
 
 namespace {
 
@@ -66,19 +69,11 @@ ZuCamera& ZuCamera::operator=(const ZuCamera& other) {
   return *this;
 }
 
-ZuCamera* ZuCamera::First(int iMask) { return IsFlagSet(iMask) != 0 ? this : Next(iMask); }
+ZuCamera* ZuCamera::First(int iMask) { return zu::internal::FlagFirst(this, iMask); }
 
-ZuCamera* ZuCamera::Next(int iMask) {
-  ZuCamera* pCamera = Next();
-  while (pCamera != nullptr && pCamera->IsFlagSet(iMask) == 0) pCamera = pCamera->Next();
-  return pCamera;
-}
+ZuCamera* ZuCamera::Next(int iMask) { return zu::internal::FlagNext(this, iMask); }
 
-ZuCamera* ZuCamera::Previous(int iMask) {
-  ZuCamera* pCamera = Previous();
-  while (pCamera != nullptr && pCamera->IsFlagSet(iMask) == 0) pCamera = pCamera->Previous();
-  return pCamera;
-}
+ZuCamera* ZuCamera::Previous(int iMask) { return zu::internal::FlagPrevious(this, iMask); }
 
 double ZuCamera::Calc_r(const double& x, const double& y) const {
   return camera_kernel::Radius(x, y);

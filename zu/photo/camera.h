@@ -14,7 +14,7 @@
 #include <iosfwd>
 
 #include "zu/export.h"
-#include "zu/foundation/listnode.h"
+#include "zu/foundation/list.h"
 #include "zu/points/flag.h"
 
 class ZuPoint;
@@ -183,3 +183,5 @@ class ZU_API ZuCamera : public ZuListnode, public ZuFlag {
   bool InvAdjustByIteration(double* x, double* y) const;
   eCameraInverse InvAdjustExactImpl(double* x, double* y) const;
 };
+
+ZU_DECLARE_LIST(ZuCamera);

@@ -7,6 +7,8 @@
 
 #include "zu/points/point.h"
 
+ZU_INSTANTIATE_LIST(ZuReseauFile);
+
 namespace {
 
 constexpr eZuPointRWMask kCrossFormat[] = {eZuPointRWId, eZuPointRWX, eZuPointRWY,

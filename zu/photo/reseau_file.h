@@ -105,6 +105,8 @@ class ZU_API ZuReseauFile : public ZuListnode {
   int m_iExifPixelHeight = 0;
 };
 
+ZU_DECLARE_LIST(ZuReseauFile);
+
 // The loaded formats. Owns its entries.
 class ZU_API ZuReseaufileList : public TZuListHeader<ZuReseauFile>, public LinkHdl {
  public:

@@ -43,6 +43,7 @@ class ZU_API ZuPolygon : public LinkHdl {
   int Count() const { return m_points.Count(); }
   ZuPoint* First() const { return m_points.First(); }
   ELPolygonMode GetMode() const { return m_eMode; }
+  void SetMode(ELPolygonMode eMode) { m_eMode = eMode; }
   const ZuPointList& GetPoints() const { return m_points; }
   ZuPointList& GetPoints() { return m_points; }
   const ZuPoint& GetMin() const { return m_ptMin; }

@@ -1,0 +1,46 @@
+#include "zu/rectify/zusp_def_line.h"
+
+#include <ostream>
+
+#include "zu/foundation/reader_object.h"
+#include "zu/foundation/writer.h"
+
+ZU_INSTANTIATE_LIST(ZuZuspDefLine);
+ZU_INSTANTIATE_LIST(ZuZuspDefLineConstraint);
+
+// 1 4 7 0 0.0
+int ZuZuspDefLine::Read(ZuReaderObject* pObject) {
+  SetId(pObject->TakeId());
+  m_uBikoId1 = pObject->TakeId();
+  m_uBikoId2 = pObject->TakeId();
+  m_iXAxis = pObject->TakeInt();
+  m_dValue = pObject->TakeNumber();
+  return 1;
+}
+
+std::ostream& ZuZuspDefLine::Write(std::ostream& stream) const {
+  return stream << w8 << GetId() << w8 << m_uBikoId1 << w8 << m_uBikoId2 << w8 << m_iXAxis << w8
+                << m_dValue;
+}
+
+// 1 2 1 0.0
+int ZuZuspDefLineConstraint::Read(ZuReaderObject* pObject) {
+  m_uLineId1 = pObject->TakeId();
+  m_uLineId2 = pObject->TakeId();
+  m_eType = static_cast<ConstraintType>(pObject->TakeInt());
+  m_dValue = pObject->TakeNumber();
+  return 1;
+}
+
+std::ostream& ZuZuspDefLineConstraint::Write(std::ostream& stream) const {
+  return stream << w8 << m_uLineId1 << w8 << m_uLineId2 << w8 << static_cast<int>(m_eType) << w8
+                << m_dValue;
+}
+
+ZuZuspDefLine* ZuZuspDefLineList::AddObject(ZuReaderObject* pObject) {
+  return Add(new ZuZuspDefLine(pObject));
+}
+
+ZuZuspDefLineConstraint* ZuZuspDefLineConstraintList::AddObject(ZuReaderObject* pObject) {
+  return Add(new ZuZuspDefLineConstraint(pObject));
+}
