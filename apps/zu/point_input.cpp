@@ -4,32 +4,50 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
 #include <memory>
+#include <string_view>
 #include <unordered_set>
 #include <vector>
 
 #include "exit_code.h"
 #include "point_columns.h"
 #include "point_lines.h"
+#include "progress_line.h"
 
 namespace cli {
 namespace {
 
+constexpr size_t kSlice = 4 << 20;  // bytes of a file checked and read in one go
+
 // Reads from memory what ReadFile reads from a file, so that a pipe is read once only.
 class PointReader : public ZuPointList {
  public:
-  void ReadText(std::string* pText, const ColumnTable& table) {
-    if (pText->empty()) return;
+  void ReadText(std::string_view text, const ColumnTable& table) {
+    if (text.empty()) return;
     const auto closeFile = [](FILE* pFile) { std::fclose(pFile); };
     const std::unique_ptr<FILE, decltype(closeFile)> pFile(
-        fmemopen(pText->data(), pText->size(), "rb"), closeFile);
+        fmemopen(const_cast<char*>(text.data()), text.size(), "rb"), closeFile);
     if (pFile == nullptr) throw CommandError(kBadInput, "zu: out of memory");
     ReadFile(pFile.get(), table);
   }
 };
+
+// Checks and reads the text in slices of whole lines.
+void ReadInSlices(const ColumnTable& table, ProgressLine* pProgress, PointLines* pLines,
+                  std::string* pText, PointReader* pReader) {
+  for (size_t uBegin = 0; uBegin < pText->size();) {
+    const size_t uLineEnd = pText->find('\n', std::min(uBegin + kSlice, pText->size()));
+    const size_t uEnd = uLineEnd == std::string::npos ? pText->size() : uLineEnd + 1;
+    pLines->Check(pText->data() + uBegin, pText->data() + uEnd);
+    pReader->ReadText(std::string_view(pText->data() + uBegin, uEnd - uBegin), table);
+    uBegin = uEnd;
+    pProgress->Update(static_cast<double>(uEnd) / static_cast<double>(pText->size()));
+  }
+}
 
 std::string NameInMessages(const std::string& strPath) {
   return strPath == "-" ? "standard input" : strPath;
@@ -82,10 +100,11 @@ void ReadPoints(const std::string& strPath, const std::string& strColumns, Conte
   std::string strText = ReadWholeFile(strPath);
   if (strText.compare(0, 3, "\xEF\xBB\xBF") == 0) strText.erase(0, 3);
   PointLines lines(strName, strColumns, columns);
-  lines.Check(&strText);
-
   PointReader reader;
-  reader.ReadText(&strText, TableOf(columns));
+  {
+    ProgressLine progress("reading " + strName, context.IsQuiet());
+    ReadInSlices(TableOf(columns), &progress, &lines, &strText, &reader);
+  }
   if (reader.Count() == 0) {
     throw CommandError(kBadInput, strName + ": holds no point that the columns " + strColumns +
                                       " fit\nids are whole numbers other than 0; for names as ids "

@@ -29,20 +29,20 @@ PointLines::PointLines(std::string strPath, std::string strColumns,
                        const std::vector<eZuPointRWMask>& columns)
     : m_strPath(std::move(strPath)), m_strColumns(std::move(strColumns)), m_columns(columns) {}
 
-void PointLines::Check(std::string* pText) {
-  for (size_t uBegin = 0; uBegin < pText->size();) {
-    const size_t uEnd = std::min(pText->find('\n', uBegin), pText->size());
-    std::string_view line(pText->data() + uBegin, uEnd - uBegin);
+void PointLines::Check(char* pBegin, char* pEnd) {
+  while (pBegin < pEnd) {
+    char* const pLineEnd = std::find(pBegin, pEnd, '\n');
+    std::string_view line(pBegin, static_cast<size_t>(pLineEnd - pBegin));
     line = line.substr(0, line.find('\0'));
     while (!line.empty() && line.back() == '\r') line.remove_suffix(1);
     ++m_iLine;
     const size_t uFirst = line.find_first_not_of(" \t");
     if (uFirst != line.npos && line[uFirst] == '#') {
-      std::fill_n(pText->begin() + static_cast<std::ptrdiff_t>(uBegin), uEnd - uBegin, ' ');
+      std::fill(pBegin, pLineEnd, ' ');
     } else {
       CheckLine(line);
     }
-    uBegin = uEnd + 1;
+    pBegin = pLineEnd == pEnd ? pEnd : pLineEnd + 1;
   }
 }
 

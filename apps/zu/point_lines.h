@@ -15,10 +15,10 @@ class PointLines {
   PointLines(std::string strPath, std::string strColumns,
              const std::vector<eZuPointRWMask>& columns);
 
-  // Throws CommandError (bad input) at the first line whose point would have to be invented: a
-  // field missing or no number, a decimal comma, a line above the length that the library takes at
-  // once. Lines that start with '#' become empty.
-  void Check(std::string* pText);
+  // Goes on with the lines from pBegin to pEnd. Throws CommandError (bad input) at the first whose
+  // point would have to be invented: a field missing or no number, a decimal comma, a line above
+  // the length that the library takes at once. Lines that start with '#' become blank.
+  void Check(char* pBegin, char* pEnd);
 
   // Lines with numbers but without an id, which the library passes over, and the first of them.
   int SkippedLines() const { return m_iSkipped; }

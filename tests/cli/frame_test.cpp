@@ -30,11 +30,14 @@ void ExpectHelpWithExample(std::vector<std::string> command) {
   command.push_back("--help");
   const Outcome help = RunZu(command);
   command.pop_back();
-  const std::string strName = testing::PrintToString(command);
+  std::string strName = "zu";
+  for (const auto& strWord : command) strName += " " + strWord;
   EXPECT_EQ(help.iExit, 0) << strName;
   const auto subcommands = CommandsIn(help.strOut);
   if (subcommands.empty()) {
-    EXPECT_NE(help.strOut.find("Example:\n  zu "), std::string::npos) << strName;
+    const size_t uExample = help.strOut.find("Example:\n  ");
+    ASSERT_NE(uExample, std::string::npos) << strName;
+    EXPECT_NE(help.strOut.find(strName + " ", uExample), std::string::npos) << strName;
     EXPECT_NE(help.strOut.find("--json"), std::string::npos) << strName;
   }
   for (const auto& strSubcommand : subcommands) {
