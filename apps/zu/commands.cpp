@@ -9,6 +9,11 @@ const std::vector<Command>& Commands() {
        "finds scale, rotation and shift from the stations that both files hold, prints the\n"
        "residual of each, and writes all stations in the control system to joined.coo.",
        DefineTransform},
+      {"plane", "fit a plane to points",
+       "  zu plane samples/clouds/plane_scan.xyz --columns x,y,z -o feet.xyz\n"
+       "fits a plane to a scan without point numbers, prints its coefficients and the distance of\n"
+       "each point, largest first, and writes the foot points on the plane to feet.xyz.",
+       DefinePlane},
       {"camera info", "show the cameras of a file",
        "  zu camera info samples/chessboard/cameras.cam\n"
        "shows both cameras with their parameters and the radius up to which they invert",

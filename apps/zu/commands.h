@@ -45,6 +45,7 @@ Runner DefineCameraAdjust(Options& options);
 Runner DefineCameraGentri(Options& options);
 Runner DefineCameraInfo(Options& options);
 Runner DefineCameraPlot(Options& options);
+Runner DefinePlane(Options& options);
 Runner DefineTransform(Options& options);
 
 // In the order of the list that `zu --help` prints.

@@ -64,21 +64,21 @@ const NamedColumn* FindByColumn(eZuPointRWMask eColumn) {
 
 std::vector<eZuPointRWMask> ParseColumns(const std::string& strColumns) {
   std::vector<eZuPointRWMask> columns;
-  bool bId = false;
   for (size_t uBegin = 0; uBegin <= strColumns.size();) {
     const size_t uEnd = std::min(strColumns.find(',', uBegin), strColumns.size());
     const std::string strName = strColumns.substr(uBegin, uEnd - uBegin);
     const NamedColumn* pColumn = FindByName(strName);
     if (pColumn == nullptr) RefuseName(strName);
-    bId = bId || pColumn->eColumn == eZuPointRWId || pColumn->eColumn == eZuPointRWIdName;
     columns.push_back(pColumn->eColumn);
     uBegin = uEnd + 1;
   }
-  if (!bId) {
-    throw CommandError(kUsage, "--columns: \"" + strColumns +
-                                   "\" has no column for the id; add id, or idname for names");
-  }
   return columns;
+}
+
+bool HasIdColumn(const std::vector<eZuPointRWMask>& columns) {
+  return std::any_of(columns.begin(), columns.end(), [](eZuPointRWMask eColumn) {
+    return eColumn == eZuPointRWId || eColumn == eZuPointRWIdName;
+  });
 }
 
 ColumnTable TableOf(const std::vector<eZuPointRWMask>& columns) {

@@ -10,9 +10,11 @@ namespace cli {
 
 using ColumnTable = TZuFormatTable<eZuPointRWMask>;
 
-// The columns that "id,x,y,z" names, in its order. Throws CommandError (usage) for an unknown name,
-// and if there is neither id nor idname: points without an id are not kept by coordinate files.
+// The columns that "id,x,y,z" names, in its order. Throws CommandError (usage) for an unknown name.
 std::vector<eZuPointRWMask> ParseColumns(const std::string& strColumns);
+
+// There is a column id or idname.
+bool HasIdColumn(const std::vector<eZuPointRWMask>& columns);
 
 ColumnTable TableOf(const std::vector<eZuPointRWMask>& columns);
 

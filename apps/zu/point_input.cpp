@@ -26,14 +26,33 @@ constexpr size_t kSlice = 4 << 20;  // bytes of a file checked and read in one g
 // Reads from memory what ReadFile reads from a file, so that a pipe is read once only.
 class PointReader : public ZuPointList {
  public:
+  // Without a column for the id the points are numbered from 1 in the order of their lines.
   void ReadText(std::string_view text, const ColumnTable& table) {
     if (text.empty()) return;
+    if (!table.HasEntry(eZuPointRWId) && !table.HasEntry(eZuPointRWIdName)) {
+      return ReadRows(text, table);
+    }
     const auto closeFile = [](FILE* pFile) { std::fclose(pFile); };
     const std::unique_ptr<FILE, decltype(closeFile)> pFile(
         fmemopen(const_cast<char*>(text.data()), text.size(), "rb"), closeFile);
     if (pFile == nullptr) throw CommandError(kBadInput, "zu: out of memory");
     ReadFile(pFile.get(), table);
   }
+
+ private:
+  void ReadRows(std::string_view text, const ColumnTable& table) {
+    for (size_t uBegin = 0; uBegin < text.size();) {
+      const size_t uEnd = std::min(text.find('\n', uBegin), text.size());
+      ZuPoint point;
+      if (point.Read(std::string(text.substr(uBegin, uEnd - uBegin)).c_str(), table) > 0) {
+        point.SetId(++m_uRows);
+        Add(point);
+      }
+      uBegin = uEnd + 1;
+    }
+  }
+
+  unsigned m_uRows = 0;
 };
 
 // Checks and reads the text in slices of whole lines.
@@ -47,10 +66,6 @@ void ReadInSlices(const ColumnTable& table, ProgressLine* pProgress, PointLines*
     uBegin = uEnd;
     pProgress->Update(static_cast<double>(uEnd) / static_cast<double>(pText->size()));
   }
-}
-
-std::string NameInMessages(const std::string& strPath) {
-  return strPath == "-" ? "standard input" : strPath;
 }
 
 [[noreturn]] void FailReading(const std::string& strPath) {
@@ -93,8 +108,21 @@ void AddColumnsOption(Options& options, std::string* pColumns) {
                  "camera x y z dx dy dz red1 red2 red3 color nimo vx vy vz skip");
 }
 
+std::string NameInMessages(const std::string& strPath) {
+  return strPath == "-" ? "standard input" : strPath;
+}
+
 void ReadPoints(const std::string& strPath, const std::string& strColumns, Context& context,
                 ZuPointList* pPoints) {
+  if (!HasIdColumn(ParseColumns(strColumns))) {
+    throw CommandError(kUsage, "--columns: \"" + strColumns +
+                                   "\" has no column for the id; add id, or idname for names");
+  }
+  ReadPointsOrRows(strPath, strColumns, context, pPoints);
+}
+
+void ReadPointsOrRows(const std::string& strPath, const std::string& strColumns, Context& context,
+                      ZuPointList* pPoints) {
   const std::vector<eZuPointRWMask> columns = ParseColumns(strColumns);
   const std::string strName = NameInMessages(strPath);
   std::string strText = ReadWholeFile(strPath);
@@ -106,9 +134,10 @@ void ReadPoints(const std::string& strPath, const std::string& strColumns, Conte
     ReadInSlices(TableOf(columns), &progress, &lines, &strText, &reader);
   }
   if (reader.Count() == 0) {
+    const char* const szHint =
+        "\nids are whole numbers other than 0; for names as ids give --columns idname,...";
     throw CommandError(kBadInput, strName + ": holds no point that the columns " + strColumns +
-                                      " fit\nids are whole numbers other than 0; for names as ids "
-                                      "give --columns idname,...");
+                                      " fit" + (HasIdColumn(columns) ? szHint : ""));
   }
   if (lines.SkippedLines() > 0) {
     context.Warn(strName + ":" + std::to_string(lines.FirstSkippedLine()) + ": no id; " +

@@ -20,10 +20,16 @@ void AddColumnsOption(Options& options, std::string* pColumns);
 // with
 // '#' and lines without an id (titles) are passed over, with a warning if they hold numbers. Throws
 // CommandError (bad input) naming file and line: file missing or unreadable, no point in it, a
-// field missing or no number, a decimal comma, a line above 1999 bytes. An id that stands twice
+// field missing or no number, a decimal comma, a line above 1999 bytes; or (usage) if there is no
+// column for the id: points without one are not kept by coordinate files. An id that stands twice
 // gets a warning, unless there is a column for the photo.
 void ReadPoints(const std::string& strPath, const std::string& strColumns, Context& context,
                 ZuPointList* pPoints);
+
+// The same for a command that needs no ids: without a column for the id the points are numbered
+// from 1 in the order of their lines.
+void ReadPointsOrRows(const std::string& strPath, const std::string& strColumns, Context& context,
+                      ZuPointList* pPoints);
 
 // Writes the points so that ReadPoints with the same columns reads them again. Where the column is
 // idname, a point without name gets its id as name.
@@ -31,6 +37,9 @@ void WritePoints(ZuPointList* pPoints, const std::string& strColumns, OutputFile
 
 // The name of a point in messages and tables: its name, or else its id.
 std::string PointLabel(const ZuPoint& point);
+
+// The path, or "standard input" for "-".
+std::string NameInMessages(const std::string& strPath);
 
 // The whole of a file, or of standard input for "-". Throws CommandError (bad input).
 std::string ReadWholeFile(const std::string& strPath);

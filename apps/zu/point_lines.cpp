@@ -78,6 +78,7 @@ void PointLines::Split(std::string_view line) {
 }
 
 bool PointLines::HasId() const {
+  if (!HasIdColumn(m_columns)) return true;  // the place in the file is the id
   for (size_t i = 0; i < std::min(m_fields.size(), m_columns.size()); ++i) {
     if (m_columns[i] == eZuPointRWIdName && !m_fields[i].empty()) return true;
     if (m_columns[i] != eZuPointRWId) continue;

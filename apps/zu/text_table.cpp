@@ -16,6 +16,11 @@ std::string Fixed(double dValue, int iDecimals) {
   return std::string(szBuffer, result.ptr);
 }
 
+int DecimalsFor(double dLargest) {
+  if (!(dLargest > 0.0) || !std::isfinite(dLargest)) return 4;
+  return std::clamp(4 - static_cast<int>(std::floor(std::log10(dLargest))) - 1, 4, 12);
+}
+
 std::string Shortest(double dValue) {
   if (!std::isfinite(dValue)) return "-";
   char szBuffer[32];

@@ -9,6 +9,8 @@ namespace cli {
 
 // dValue with iDecimals digits behind the point; "-" for one that is not finite.
 std::string Fixed(double dValue, int iDecimals);
+// Decimals that show four digits of the largest value of a column: 4 to 12.
+int DecimalsFor(double dLargest);
 // All digits that tell dValue from its neighbours, in the shortest form.
 std::string Shortest(double dValue);
 // An angle in radians as "12.3456789 gon  11.1111110 deg".

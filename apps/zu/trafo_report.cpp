@@ -16,12 +16,10 @@ constexpr char kDirection[] = "target = s R (source - xs) + xt";
 
 double Length(double x, double y, double z) { return std::sqrt(x * x + y * y + z * z); }
 
-// Four decimals, or as many as show four digits of the largest residual.
-int DecimalsFor(const std::vector<Residual>& residuals) {
+double Largest(const std::vector<Residual>& residuals) {
   double dLargest = 0.0;
   for (const auto& r : residuals) dLargest = std::max(dLargest, r.Length());
-  if (!(dLargest > 0.0) || !std::isfinite(dLargest)) return 4;
-  return std::clamp(4 - static_cast<int>(std::floor(std::log10(dLargest))) - 1, 4, 12);
+  return dLargest;
 }
 
 struct Angles {
@@ -91,7 +89,7 @@ bool AreCollinear(const ZuPointList& points) {
 
 void WriteResiduals(std::vector<Residual> residuals, std::ostream& stream) {
   const Rms rms = RmsOf(residuals);
-  const int iDecimals = DecimalsFor(residuals);
+  const int iDecimals = DecimalsFor(Largest(residuals));
   std::stable_sort(residuals.begin(), residuals.end(),
                    [](const Residual& a, const Residual& b) { return a.Length() > b.Length(); });
   TextTable table;

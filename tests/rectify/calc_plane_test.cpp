@@ -199,6 +199,9 @@ TEST(CalcPlane, ForceComputesABadDistribution) {
   EXPECT_NEAR(Normal(calc).z, -1.0, 1e-15);
   EXPECT_TRUE(Fit(calc, {ZuPoint3d(0, 0, 0), ZuPoint3d(1, 0, 0), ZuPoint3d(2, 0, 0)}, true));
   EXPECT_FALSE(std::isfinite(Normal(calc).z));
+  EXPECT_TRUE(Fit(calc, {{0, 0, 0}, {1, 1, 1}, {2, 2, 2}, {5, 5, 5}}, true));
+  EXPECT_FALSE(std::isfinite(Normal(calc).z));
+  EXPECT_FALSE(std::isfinite(calc.GetZuPlaneMediumPointDist()));
 }
 
 TEST(CalcPlane, FailureKeepsPlaneAndFootPoints) {

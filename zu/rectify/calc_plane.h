@@ -89,6 +89,8 @@ class ZU_API ZuCalcPlane {
   bool CalcZuPlane(ZuPointList* pPoints);
   // The exact plane through three rows that do not stand in a line. matrix: n x 4, columns x, y, z.
   bool Approximate(ZuMatrix& matrix);
+  // One adjustment along the axis of NormComp; false, the plane as it was, for a normal that is not
+  // finite.
   bool Adjust(ZuMatrix& matrix);
   // 0, 1, 2 for x, y, z: the largest component of the normal, z in a tie.
   int NormComp();

@@ -194,6 +194,10 @@ int ZuCalcPlane::NormComp() {
 }
 
 bool ZuCalcPlane::Adjust(ZuMatrix& matrix) {
+  // Collinear points that were forced through have no axis; heights would come from rounding alone.
+  if (!std::isfinite(m_plane.A()) || !std::isfinite(m_plane.B()) || !std::isfinite(m_plane.C())) {
+    return false;
+  }
   int iDominant = NormComp();
   // A tie of the two others names an axis along the plane, such as z for a wall at 45 degrees.
   // Heights over the first axis of the tie can be adjusted.

@@ -1,0 +1,180 @@
+// zu plane: the best-fit plane of a point list.
+#include <algorithm>
+#include <cmath>
+#include <filesystem>
+#include <memory>
+#include <utility>
+
+#include "commands.h"
+#include "point_input.h"
+#include "text_table.h"
+#include "trafo_report.h"
+#include "zu/foundation/logfile.h"
+#include "zu/rectify/calc_plane.h"
+
+namespace cli {
+namespace {
+
+struct Values {
+  std::string strPoints;
+  std::string strLog;
+  std::string strOutput;
+  std::string strColumns = "id,x,y,z";
+  bool bForce = false;
+};
+
+struct Figures {
+  double dRms = 0.0;
+  double dLargest = 0.0;
+  std::string strLargest;  // its point
+};
+
+// The signed distances stand in m_dRedu1 of the foot points.
+Figures FiguresOf(const ZuPointList& feet) {
+  Figures figures;
+  for (const ZuPoint* p = feet.First(); p != nullptr; p = p->Next()) {
+    const double dDistance = std::fabs(p->m_dRedu1);
+    figures.dRms += dDistance * dDistance;
+    if (dDistance <= figures.dLargest && p != feet.First()) continue;
+    figures.dLargest = dDistance;
+    figures.strLargest = PointLabel(*p);
+  }
+  figures.dRms = std::sqrt(figures.dRms / feet.Count());
+  return figures;
+}
+
+bool IsFinite(const ZuPoint& p) {
+  return std::isfinite(p.m_dX) && std::isfinite(p.m_dY) && std::isfinite(p.m_dZ);
+}
+
+bool IsFinite(ZuCalcPlane& calc) {
+  const ZuPlane& plane = calc.GetPlane();
+  for (const double d : {plane.A(), plane.B(), plane.C(), plane.D(), calc.GetZuPlaneSigma0(),
+                         calc.GetZuPlaneMediumPointDist()}) {
+    if (!std::isfinite(d)) return false;
+  }
+  return true;
+}
+
+[[noreturn]] void FailUndetermined(const Values& values, const std::string& strWhat) {
+  throw CommandError(kUndetermined, NameInMessages(values.strPoints) + ": " + strWhat);
+}
+
+// Throws CommandError (undetermined) where there is no plane to trust.
+void Fit(const Values& values, ZuPointList* pPoints, ZuCalcPlane* pCalc) {
+  for (const ZuPoint* p = pPoints->First(); p != nullptr; p = p->Next()) {
+    if (IsFinite(*p)) continue;
+    FailUndetermined(values, "the coordinates of point " + PointLabel(*p) + " are not finite");
+  }
+  if (!pCalc->CalcPlaneFromFilteredPoints(pPoints, true, values.bForce)) {
+    const std::string strStatus = std::string(" (") + pCalc->GetZuPlaneStatusAsText() + ")";
+    if (pCalc->GetZuPlaneStatus() == ZuCalcPlane::TooLessPoints) {
+      FailUndetermined(values, "holds " + std::to_string(pPoints->Count()) +
+                                   " points, a plane needs 3" + strStatus);
+    }
+    FailUndetermined(values, "the points stand in one place or on one line" + strStatus +
+                                 "\nthree that span a triangle are needed; --force takes points "
+                                 "close to a line all the same");
+  }
+  if (!IsFinite(*pCalc) || AreCollinear(*pPoints)) {
+    FailUndetermined(values, "the points do not determine a plane");
+  }
+}
+
+std::string Term(double dCoefficient, const char* szUnknown) {
+  return std::string(dCoefficient < 0.0 ? "- " : "+ ") + Fixed(std::fabs(dCoefficient), 12) +
+         szUnknown;
+}
+
+void WriteText(ZuCalcPlane& calc, std::ostream& stream) {
+  const ZuPlane& plane = calc.GetPlane();
+  const ZuPointList& feet = *calc.GetPointsInZuPlane();
+  const Figures figures = FiguresOf(feet);
+  const int iDecimals = DecimalsFor(figures.dLargest);
+  stream << feet.Count() << " points, " << calc.GetZuPlaneStatusAsText() << "\n\n"
+         << Fixed(plane.A(), 12) << " x " << Term(plane.B(), " y ") << Term(plane.C(), " z ")
+         << Term(plane.D(), " = 0") << "\n\n"
+         << "RMS              " << Fixed(figures.dRms, iDecimals) << '\n'
+         << "largest          " << Fixed(figures.dLargest, iDecimals) << "  point "
+         << figures.strLargest << '\n'
+         << "medium distance  " << Fixed(calc.GetZuPlaneMediumPointDist(), iDecimals)
+         << "  root of the sum of squares\n"
+         << "sigma0           " << Fixed(calc.GetZuPlaneSigma0(), iDecimals)
+         << "  of the last point alone\n\n";
+
+  std::vector<const ZuPoint*> order;
+  for (const ZuPoint* p = feet.First(); p != nullptr; p = p->Next()) order.push_back(p);
+  std::stable_sort(order.begin(), order.end(), [](const ZuPoint* a, const ZuPoint* b) {
+    return std::fabs(a->m_dRedu1) > std::fabs(b->m_dRedu1);
+  });
+  TextTable table;
+  for (const char* szTitle : {"point", "deviation"}) table.AddColumn(szTitle);
+  for (const ZuPoint* p : order) table.AddRow({PointLabel(*p), Fixed(p->m_dRedu1, iDecimals)});
+  table.Write(stream);
+}
+
+void FillJson(ZuCalcPlane& calc, Json* pRoot) {
+  const ZuPlane& plane = calc.GetPlane();
+  const Figures figures = FiguresOf(*calc.GetPointsInZuPlane());
+  Json& root = *pRoot;
+  root["status"] = static_cast<int>(calc.GetZuPlaneStatus());
+  root["status_text"] = calc.GetZuPlaneStatusAsText();
+  root["normal"] = {plane.A(), plane.B(), plane.C()};
+  root["d"] = plane.D();
+  root["sigma0"] = calc.GetZuPlaneSigma0();
+  root["medium_distance"] = calc.GetZuPlaneMediumPointDist();
+  root["rms"] = figures.dRms;
+  root["largest"] = figures.dLargest;
+  Json points = Json::array();
+  for (const ZuPoint* p = calc.GetPointsInZuPlane()->First(); p != nullptr; p = p->Next()) {
+    Json point = {{"id", p->GetId()}};
+    if (!p->GetName().empty()) point["name"] = p->GetName().chars();
+    point["deviation"] = p->m_dRedu1;
+    points.push_back(std::move(point));
+  }
+  root["points"] = std::move(points);
+}
+
+// The library appends reports to a log; the file is replaced as a whole, its old reports in front.
+void WriteLog(const std::string& strLog, ZuCalcPlane& calc, Context& context) {
+  std::ostream& file = context.NewOutput(strLog).Stream();
+  if (std::filesystem::exists(strLog)) file << ReadWholeFile(strLog);
+  ZuLogfile log;
+  static_cast<std::ios&>(log).rdbuf(file.rdbuf());
+  log.WriteSmallHeader();
+  calc.WriteLogfile(log);
+  if (!log) file.setstate(std::ios::badbit);
+}
+
+ExitCode Run(const Values& values, Context& context) {
+  ZuPointList points;
+  ReadPointsOrRows(values.strPoints, values.strColumns, context, &points);
+  ZuCalcPlane calc;
+  Fit(values, &points, &calc);
+
+  if (context.IsJson()) {
+    FillJson(calc, &context.Root());
+  } else {
+    WriteText(calc, context.Text());
+  }
+  if (!values.strLog.empty()) WriteLog(values.strLog, calc, context);
+  if (!values.strOutput.empty()) {
+    WritePoints(calc.GetPointsInZuPlane(), values.strColumns, &context.NewOutput(values.strOutput));
+  }
+  return kGood;
+}
+
+}  // namespace
+
+Runner DefinePlane(Options& options) {
+  auto pValues = std::make_shared<Values>();
+  options.Positional("POINTS", &pValues->strPoints, "coordinate file");
+  options.Flag("--force", &pValues->bForce, "take points that are close to a line");
+  options.Option("--log", "FILE", &pValues->strLog, "append the log of the fit to this file");
+  AddColumnsOption(options, &pValues->strColumns);
+  options.Option("-o,--output", "FEET", &pValues->strOutput,
+                 "coordinate file of the foot points on the plane");
+  return [pValues](Context& context) { return Run(*pValues, context); };
+}
+
+}  // namespace cli
