@@ -30,6 +30,19 @@ const std::vector<Command>& Commands() {
        "  zu camera gentri samples/chessboard/cameras.cam\n"
        "prints id, c, xh, yh, a1, a2 and r0 of each camera",
        DefineCameraGentri},
+      {"photo info", "show the photos of a project",
+       "  zu photo info samples/chessboard/left.prj\n"
+       "shows thirteen photos with image, camera and exterior orientation.",
+       DefinePhotoInfo},
+      {"photo convert", "carry points along the chain of image coordinate systems",
+       "  echo \"1 244.4 94.2\" | zu photo convert samples/chessboard/left.prj --photo 1 "
+       "--mode digi-adjusted\n"
+       "prints the pixel in mm, without distortion, from the principal point.",
+       DefinePhotoConvert},
+      {"rectify", "carry image points through a stored rectification, or back",
+       "  echo \"1 -1.0 0.5\" | zu rectify samples/older/facade.prj --photo 1 --zusp 1\n"
+       "prints the point of the facade in object coordinates.",
+       DefineRectify},
   };
   return commands;
 }

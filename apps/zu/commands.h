@@ -46,6 +46,9 @@ Runner DefineCameraGentri(Options& options);
 Runner DefineCameraInfo(Options& options);
 Runner DefineCameraPlot(Options& options);
 Runner DefinePlane(Options& options);
+Runner DefinePhotoConvert(Options& options);
+Runner DefinePhotoInfo(Options& options);
+Runner DefineRectify(Options& options);
 Runner DefineTransform(Options& options);
 
 // In the order of the list that `zu --help` prints.

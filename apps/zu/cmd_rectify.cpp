@@ -1,0 +1,99 @@
+// zu rectify: image points through a stored rectification of a photo, and back.
+#include <memory>
+
+#include "commands.h"
+#include "point_input.h"
+#include "project.h"
+#include "text_table.h"
+
+namespace cli {
+
+namespace {
+
+struct Values {
+  std::string strPath, strOut;
+  unsigned uPhoto = 0, uZusp = 0;
+  bool bInverse = false;
+};
+
+const ZuZuspTrafo& FindRectification(const ZuPhoto& photo, const Values& values) {
+  const ZuZuspTrafo* pTrafo = photo.FindZuspTrafo(values.uZusp);
+  if (pTrafo != nullptr) return *pTrafo;
+  std::string strIds;
+  for (const ZuZuspTrafo* p = photo.FirstZuspTrafo(); p != nullptr; p = p->Next()) {
+    strIds += (strIds.empty() ? "" : ", ") + std::to_string(p->GetId());
+  }
+  throw CommandError(kBadInput, values.strPath + ": photo " + std::to_string(values.uPhoto) +
+                                    " has no rectification " + std::to_string(values.uZusp) +
+                                    (strIds.empty() ? ", nor any other" : "; it has " + strIds));
+}
+
+void CheckInvertible(const ZuZuspTrafo& trafo, const Values& values) {
+  int iPlane = 0, iSpace = 0;
+  ZuMatrix(trafo.GetZuspMat()).Invert(&iPlane);
+  ZuMatrix(trafo.GetTransMat()).Invert(&iSpace);
+  if (iPlane == 0 && iSpace == 0) return;
+  throw CommandError(kUndetermined, values.strPath + ": rectification " +
+                                        std::to_string(values.uZusp) +
+                                        " has a singular matrix and no inverse; one of full rank "
+                                        "would be right");
+}
+
+bool IsFinite(const ZuPoint& p) {
+  return std::isfinite(p.m_dX) && std::isfinite(p.m_dY) && std::isfinite(p.m_dZ);
+}
+
+ExitCode Run(const Values& values, Context& context) {
+  Project project(values.strPath, context);
+  const ZuZuspTrafo& trafo = FindRectification(project.Photo(values.uPhoto), values);
+  if (values.bInverse) CheckInvertible(trafo, values);
+  ZuPointList points;
+  ReadPoints("-", values.bInverse ? "id,x,y,z" : "id,x,y", context, &points);
+
+  std::string strLines;
+  int iOutside = 0;
+  Json& json = context.Root();
+  json["photo"] = values.uPhoto;
+  json["rectification"] = trafo.GetId();
+  json["points"] = Json::array();
+  for (ZuPoint* p = points.First(); p != nullptr; p = p->Next()) {
+    ZuPoint image(*p);
+    values.bInverse ? trafo.InvTransform(p) : trafo.Transform(p, p);
+    if (values.bInverse) image = *p;
+    const bool bInside =
+        !trafo.HasRegion() || !trafo.IsRegionActive() || trafo.Overlap(&image) != 0;
+    if (!IsFinite(*p)) {
+      throw CommandError(kUndetermined, "point " + std::to_string(p->GetId()) +
+                                            ": no finite result; points within the valid region "
+                                            "would be right");
+    }
+    if (!bInside) {
+      context.Warn("point " + std::to_string(p->GetId()) + ": outside the valid region");
+      ++iOutside;
+    }
+    strLines += std::to_string(p->GetId()) + ' ' + Shortest(p->m_dX) + ' ' + Shortest(p->m_dY) +
+                (values.bInverse ? "" : ' ' + Shortest(p->m_dZ)) + '\n';
+    json["points"].push_back(Json{
+        {"id", p->GetId()}, {"x", p->m_dX}, {"y", p->m_dY}, {"z", p->m_dZ}, {"inside", bInside}});
+  }
+  json["outside"] = iOutside;
+  context.Text() << strLines;
+  if (!values.strOut.empty()) context.NewOutput(values.strOut).Stream() << strLines;
+  return kGood;
+}
+
+}  // namespace
+
+Runner DefineRectify(Options& options) {
+  auto pValues = std::make_shared<Values>();
+  options.Positional("PROJECT", &pValues->strPath, "project file; points come on standard input");
+  options.Option("--photo", "N", &pValues->uPhoto, "the photo");
+  options.Required();
+  options.Option("--zusp", "N", &pValues->uZusp, "its rectification");
+  options.Required();
+  options.Flag("--inverse", &pValues->bInverse, "from object to image coordinates");
+  options.Option("-o,--output", "FILE", &pValues->strOut, "write the points to a file, too");
+  return [pValues](Context& context) { return Run(*pValues, context); };
+}
+
+}  // namespace cli
