@@ -4,6 +4,7 @@
 #include <cstdio>
 
 #include "zu/foundation/debug.h"
+#include "zu/points/internal/flag_walk.h"
 
 ZuPoint::ZuPoint(unsigned int uId, double x, double y, double z, short int sControl)
     : ZuListnode(uId), m_sControl(sControl), m_dX(x), m_dY(y), m_dZ(z) {}
@@ -110,24 +111,16 @@ ZuPoint ZuPoint::operator/(double dDivisor) const {
   return quotient;
 }
 
-ZuPoint* ZuPoint::First(int iMask) {
-  ZuPoint* p = this;
-  while (p != nullptr && !p->IsFlagSet(iMask)) p = p->Next();
-  return p;
-}
+ZuPoint* ZuPoint::First(int iMask) { return zu::internal::FlagFirst(this, iMask); }
 
 const ZuPoint* ZuPoint::First(int iMask) const { return const_cast<ZuPoint*>(this)->First(iMask); }
 
 ZuPoint* ZuPoint::Next(int iMask) const {
-  ZuPoint* p = Next();
-  while (p != nullptr && !p->IsFlagSet(iMask)) p = p->Next();
-  return p;
+  return zu::internal::FlagNext(const_cast<ZuPoint*>(this), iMask);
 }
 
 ZuPoint* ZuPoint::Previous(int iMask) const {
-  ZuPoint* p = Previous();
-  while (p != nullptr && !p->IsFlagSet(iMask)) p = p->Previous();
-  return p;
+  return zu::internal::FlagPrevious(const_cast<ZuPoint*>(this), iMask);
 }
 
 void ZuPoint::DbgPrintf(const char* szTitle) const {

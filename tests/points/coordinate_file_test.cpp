@@ -1,0 +1,342 @@
+// Coordinate files: there and back, against a plain second reader, and at every fault.
+#include <gtest/gtest.h>
+
+#include <bit>
+#include <clocale>
+#include <cmath>
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <fstream>
+#include <iomanip>
+#include <random>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "tests/support/temp_file.h"
+#include "zu/foundation/writer.h"
+#include "zu/points/point_list.h"
+
+namespace {
+
+using Table = TZuFormatTable<eZuPointRWMask>;
+
+constexpr eZuPointRWMask kPoints3d[] = {eZuPointRWId, eZuPointRWX, eZuPointRWY, eZuPointRWZ,
+                                        eZuPointRWEnd};
+constexpr eZuPointRWMask kNamed[] = {eZuPointRWId, eZuPointRWX, eZuPointRWName, eZuPointRWEnd};
+
+struct OpenList : ZuPointList {
+  using ZuPointList::ReadFile;
+};
+
+ZuPointList Parsed(const std::string& text, const Table& table) {
+  const TempFile file(text);
+  ZuPointList list;
+  list.ReadFile(file.Path(), table);
+  return list;
+}
+
+std::string Written(const ZuPointList& list) {
+  std::ostringstream os;
+  list.Write(os);
+  return os.str();
+}
+
+// Equality of the columns read, to the bit.
+::testing::AssertionResult SameField(double a, double b) {
+  if (std::bit_cast<std::uint64_t>(a) == std::bit_cast<std::uint64_t>(b)) {
+    return ::testing::AssertionSuccess();
+  }
+  return ::testing::AssertionFailure() << std::hexfloat << a << " is not " << b;
+}
+
+}  // namespace
+
+TEST(CoordinateFile, LinesWithoutIdAreDropped) {
+  const ZuPointList list = Parsed("1 0 0 0\n\n# title\n2 1 1 1", Table(kPoints3d));
+  EXPECT_EQ(list.Count(), 2);
+  EXPECT_EQ(list.Last()->GetId(), 2u);
+  EXPECT_EQ(list.GetMask().Size(), 4);
+}
+
+TEST(CoordinateFile, ReadingAppendsAndReturnsTheCount) {
+  const TempFile file("3 1 1 1\n");
+  ZuPointList list;
+  list.Add(ZuPoint(1, 0, 0, 0));
+  EXPECT_EQ(list.ReadFile(file.Path(), Table(kPoints3d)), 2);
+  EXPECT_EQ(list.ReadFile("/no/such/file", Table(kNamed)), 0);
+  EXPECT_EQ(list.ReadFile(static_cast<const char*>(nullptr), Table(kNamed)), 0);
+  EXPECT_EQ(list.Count(), 2);
+  EXPECT_EQ(list.GetMask().Size(), 4);
+
+  const std::string strPath = file.Path();
+  const std::wstring wstrPath(strPath.begin(), strPath.end());
+  EXPECT_EQ(list.ReadFile(wstrPath.c_str(), Table(kPoints3d)), 3);
+  EXPECT_EQ(ZuPointList(String(file.Path()), Table(kPoints3d)).Count(), 1);
+}
+
+TEST(CoordinateFile, AnOpenFileIsReadFromItsPositionToItsEnd) {
+  const TempFile file("1 0 0 0\n2 0 0 0\n3 0 0 0");
+  std::FILE* pFile = std::fopen(file.Path(), "r");
+  ASSERT_NE(pFile, nullptr);
+  std::fseek(pFile, 8, SEEK_SET);
+  OpenList list;
+  EXPECT_EQ(list.ReadFile(pFile, Table(kPoints3d)), 2);
+  EXPECT_EQ(std::ftell(pFile), 23);
+  EXPECT_NE(std::feof(pFile), 0);
+  std::fclose(pFile);
+}
+
+TEST(CoordinateFile, OddBytesCostNoMoreThanTheirLine) {
+  using namespace std::string_literals;
+  const struct {
+    const char* szCase;
+    std::string strText;
+    std::string strIdsAndNames;
+  } files[] = {
+      {"carriage returns", "1 0 A\r\n2 0 B\r\r\n3 0 C\r", "1=A 2=B 3=C "},
+      {"NUL", "1 0 A\n2 0 B\0C\n\0003 0 C\n4 0 D\n"s, "1=A 2=B 4=D "},
+      {"byte order mark",
+       "\xEF\xBB\xBF"
+       "1 0 A\n",
+       "1=A "},
+      {"open quote", "1 0 \"A B\n2 0 C\n", "1=A B 2=C "},
+      {"blank at the end", "1 0 A \n2 0 B\t", "1=A 2=B "},
+      {"many fields", "1 0 A" + std::string(900, ' ') + "x y\n2 0 B\n", "1=A 2=B "},
+      {"only a mark", "\xEF\xBB\xBF", ""},
+      {"empty", "", ""},
+  };
+  for (const auto& file : files) {
+    SCOPED_TRACE(file.szCase);
+    std::string strFound;
+    const ZuPointList list = Parsed(file.strText, Table(kNamed));
+    for (const auto* p = list.First(); p != nullptr; p = p->Next()) {
+      strFound += std::to_string(p->GetId()) + "=" + p->GetName().chars() + " ";
+    }
+    EXPECT_EQ(strFound, file.strIdsAndNames);
+  }
+}
+
+// Required: 1999 bytes are a line, what follows is the next one.
+TEST(CoordinateFile, LongLinesAreTakenAsSeveral) {
+  const std::string strFront = "1 5 ";
+  for (std::size_t uLength : {1998u, 1999u, 2000u, 2001u}) {
+    SCOPED_TRACE(uLength);
+    // The name fills the line up to its end but for "7 8 tail".
+    const std::string strLine =
+        strFront + std::string(uLength - strFront.size() - 7, 'x') + " 7 8 t";
+    const ZuPointList list = Parsed(strLine + "\r\n9 9 end\n", Table(kNamed));
+    ASSERT_GE(list.Count(), 2);
+    EXPECT_EQ(list.Last()->GetId(), 9u);
+    EXPECT_EQ(list.Count(), 2);
+  }
+  const ZuPointList list = Parsed(
+      "1 5 " + std::string(1995, ' ') + "2 6 " + std::string(1995, 'y') + "3 7 z\n", Table(kNamed));
+  ASSERT_EQ(list.Count(), 3);
+  EXPECT_EQ(list.Last()->GetId(), 3u);
+  EXPECT_EQ(list.First()->Next()->GetName().length(), 1995);
+}
+
+namespace {
+
+// The plain second way: fgets, strchr and strtod.
+std::vector<ZuPoint> PlainRead(const char* szPath) {
+  std::vector<ZuPoint> points;
+  std::FILE* pFile = std::fopen(szPath, "r");
+  char szLine[2000];
+  while (std::fgets(szLine, sizeof(szLine), pFile) != nullptr) {
+    std::string line = szLine;
+    if (!line.empty() && line.back() == '\n') line.pop_back();
+    std::vector<std::string> fields;
+    for (std::size_t i = 0; i < line.size();) {
+      if (std::strchr(" \t;,", line[i]) != nullptr) {
+        ++i;
+        continue;
+      }
+      const bool bQuoted = line[i] == '"';
+      std::size_t uEnd = bQuoted ? line.find('"', i + 1) : line.find_first_of(" \t;,", i);
+      if (uEnd == std::string::npos) uEnd = line.size();
+      fields.push_back(line.substr(i + bQuoted, uEnd - i - bQuoted));
+      i = uEnd + bQuoted;
+    }
+    ZuPoint p;
+    const auto number = [&](std::size_t i) {
+      return i < fields.size() ? std::strtod(fields[i].c_str(), nullptr) : 0.0;
+    };
+    if (fields.empty()) continue;
+    const double dId = std::strtol(fields[0].c_str(), nullptr, 10);
+    p.SetId(static_cast<unsigned int>(
+        static_cast<int>(std::fmax(-2147483648.0, std::fmin(dId, 2147483647.0)))));
+    p.m_dX = number(1);
+    if (fields.size() > 2) p.SetName(fields[2].c_str());
+    p.m_dY = number(3);
+    if (p.GetId() != 0) points.push_back(p);
+  }
+  std::fclose(pFile);
+  return points;
+}
+
+std::string RandomText(std::mt19937_64& random) {
+  static constexpr const char* kPieces[] = {
+      " ",  " ",  " ",        "\t",   ";",   ",",   "\"",
+      "\n", "1",  "2",        "-3.5", "1e5", "x",   "#",
+      "P1", "0",  ".5",       "-",    "nan", "inf", "+",
+      "7e", "\n", "12345678", "\v",   "0x",  "\f",  "0.1234567890123456"};
+  std::string text;
+  for (std::uint64_t n = random() % 3000; n > 0; --n) {
+    const std::uint64_t uPick = random() % 4000;
+    if (uPick == 0) {
+      text += std::string(random() % 5000, "x 1"[random() % 3]);
+    } else if (uPick == 1) {
+      text += '\0';
+    } else {
+      text += kPieces[random() % std::size(kPieces)];
+    }
+  }
+  return text;
+}
+
+}  // namespace
+
+TEST(CoordinateFile, ReadsWhatThePlainReaderReads) {
+  constexpr eZuPointRWMask kColumns[] = {eZuPointRWId, eZuPointRWX, eZuPointRWName, eZuPointRWY,
+                                         eZuPointRWEnd};
+  constexpr unsigned int kSeed = 20240611;
+  std::mt19937_64 random(kSeed);
+  for (int iRun = 0; iRun < 200; ++iRun) {
+    SCOPED_TRACE(::testing::Message() << "seed " << kSeed << ", run " << iRun);
+    const TempFile file(RandomText(random));
+    const std::vector<ZuPoint> expected = PlainRead(file.Path());
+    ZuPointList list;
+    ASSERT_EQ(list.ReadFile(file.Path(), Table(kColumns)), static_cast<int>(expected.size()));
+    const ZuPoint* p = list.First();
+    for (const ZuPoint& e : expected) {
+      ASSERT_EQ(p->GetId(), e.GetId());
+      ASSERT_EQ(p->GetName(), e.GetName());
+      ASSERT_TRUE(SameField(p->m_dX, e.m_dX));
+      ASSERT_TRUE(SameField(p->m_dY, e.m_dY));
+      p = p->Next();
+    }
+  }
+}
+
+TEST(CoordinateFile, DecimalsOfFifteenDigitsComeBackToTheLastBit) {
+  constexpr unsigned int kSeed = 7;
+  std::mt19937_64 random(kSeed);
+  constexpr eZuPointRWMask kColumns[] = {eZuPointRWName, eZuPointRWId,    eZuPointRWX,
+                                         eZuPointRWDX,   eZuPointRWRedu1, eZuPointRWVX,
+                                         eZuPointRWCode, eZuPointRWEnd};
+  ZuPointList list{Table(kColumns)};
+  for (unsigned int u = 1; u <= 3000; ++u) {
+    ZuPoint p(u, 0, 0, 0, static_cast<short int>(u % 8));
+    for (double* pd : {&p.m_dX, &p.m_dDX, &p.m_dRedu1}) {
+      const std::string strDecimal = std::to_string(random() % 1000000000000000) + "e" +
+                                     std::to_string(static_cast<int>(random() % 600) - 315);
+      *pd = std::strtod(strDecimal.c_str(), nullptr) * (u % 2 == 0 ? 1 : -1);
+    }
+    p.m_fVX = std::bit_cast<float>(static_cast<std::uint32_t>(random() % 0x7F800000u));
+    p.SetName(std::string(u % 30, 'n').c_str());
+    list.Add(p);
+  }
+  list.Last()->m_dX = HUGE_VAL;
+  list.First()->m_dX = -0.0;
+
+  const TempFile file;
+  EXPECT_EQ(list.WriteFile(file.Path()), 1);
+  ZuPointList back;
+  ASSERT_EQ(back.ReadFile(file.Path(), Table(kColumns)), 3000);
+  const ZuPoint* q = back.First();
+  for (const ZuPoint* p = list.First(); p != nullptr; p = p->Next(), q = q->Next()) {
+    ASSERT_EQ(p->GetId(), q->GetId());
+    ASSERT_EQ(p->GetName(), q->GetName());
+    ASSERT_EQ(p->GetControlFlags(), q->GetControlFlags());
+    ASSERT_TRUE(SameField(p->m_dX, q->m_dX)) << p->GetId();
+    ASSERT_TRUE(SameField(p->m_dDX, q->m_dDX)) << p->GetId();
+    ASSERT_TRUE(SameField(p->m_dRedu1, q->m_dRedu1)) << p->GetId();
+    ASSERT_EQ(std::bit_cast<std::uint32_t>(p->m_fVX), std::bit_cast<std::uint32_t>(q->m_fVX));
+  }
+  EXPECT_EQ(Written(back), file.Read());
+}
+
+// The stream's own operators, column by column, give the same bytes.
+TEST(CoordinateFile, WritesWhatTheStreamWouldWrite) {
+  std::mt19937_64 random(11);
+  ZuPointList list{Table(kPoints3d)};
+  std::ostringstream expected;
+  for (int i = 0; i < 5000; ++i) {
+    const auto anyDouble = [&] { return std::bit_cast<double>(random()); };
+    const ZuPoint p(static_cast<unsigned int>(random()), anyDouble(), std::round(anyDouble()),
+                    static_cast<double>(random() % 100000) / 1000);
+    list.Add(p);
+    if (i > 0) expected << Zuendl;
+    expected << p16 << w8 << p.GetId() << w16 << p.m_dX << w16 << p.m_dY << w16 << p.m_dZ;
+  }
+  EXPECT_EQ(Written(list), expected.str());
+}
+
+TEST(CoordinateFile, TheFileHasNoLineEndBehindTheLastPoint) {
+  const TempFile file("old");
+  ZuPointList list{Table(kPoints3d)};
+  list.WriteFile(file.Path());
+  EXPECT_EQ(file.Read(), "");
+  list.Add(ZuPoint(1, 2, 3, 4));
+  list.WriteFile(file.Path(), Table(kNamed));
+  EXPECT_EQ(file.Read(), "        1                2 \"\"              ");
+  EXPECT_EQ(list.GetMask().Size(), 3);
+
+  // A coordinate file begins at the margin, also after a keyword file that was left half written.
+  std::ostringstream unfinished;
+  unfinished << ZuBeginBlock;
+  list.Add(ZuPoint(2, 0, 0, 0));
+  list.WriteFile(file.Path(), Table(kPoints3d));
+  EXPECT_NE(file.Read().find("\n        2"), std::string::npos);
+}
+
+namespace {
+
+// Takes a number of bytes, then no more.
+class FullDisk : public std::streambuf {
+ public:
+  explicit FullDisk(std::streamsize n) : m_n(n) {}
+
+ protected:
+  std::streamsize xsputn(const char*, std::streamsize n) override {
+    const std::streamsize taken = n < m_n ? n : m_n;
+    m_n -= taken;
+    return taken;
+  }
+  int overflow(int c) override { return m_n-- > 0 ? c : EOF; }
+
+ private:
+  std::streamsize m_n;
+};
+
+}  // namespace
+
+TEST(CoordinateFile, AnIncompleteWriteLeavesTheStreamFailed) {
+  ZuPointList list{Table(kPoints3d)};
+  for (unsigned int u = 1; u <= 2000; ++u) list.Add(ZuPoint(u, 1, 2, 3));
+  const auto uSize = static_cast<std::streamsize>(Written(list).size());
+  for (std::streamsize n : {std::streamsize{0}, std::streamsize{1000}, uSize - 1, uSize}) {
+    FullDisk disk(n);
+    std::ostream os(&disk);
+    list.Write(os);
+    EXPECT_EQ(os.good(), n == uSize) << n;
+  }
+  EXPECT_EQ(list.WriteFile("/no/such/folder/file"), 1);
+  EXPECT_EQ(list.WriteFile(static_cast<const wchar_t*>(nullptr)), 1);
+  EXPECT_EQ(list.Count(), 2000);
+}
+
+TEST(CoordinateFile, TheProcessLocaleIsPutBackAndHasNoSay) {
+  const char* szLocale = std::setlocale(LC_ALL, "de_DE.UTF-8");  // with a decimal comma
+  if (szLocale == nullptr) szLocale = std::setlocale(LC_ALL, "C.UTF-8");
+  if (szLocale == nullptr) GTEST_SKIP() << "no locale but C on this machine";
+  const std::string strLocale = szLocale;
+  const ZuPointList list = Parsed("1 0.5 0 0", Table(kPoints3d));
+  EXPECT_EQ(list.First()->m_dX, 0.5);
+  EXPECT_NE(Written(list).find("0.5"), std::string::npos);
+  EXPECT_EQ(std::setlocale(LC_ALL, nullptr), strLocale);
+  std::setlocale(LC_ALL, "C");
+}

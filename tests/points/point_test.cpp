@@ -1,0 +1,168 @@
+#include "zu/points/point.h"
+
+#include <gtest/gtest.h>
+
+#include <climits>
+#include <cmath>
+#include <string>
+
+#include "zu/foundation/debug.h"
+#include "zu/numerics/vector.h"
+#include "zu/points/point_list.h"
+#include "zu/points/point_tripel.h"
+#include "zu/points/spheron.h"
+
+TEST(Point, ControlCodesAndTheirTexts) {
+  const struct {
+    int iCode;
+    const char* sz123;
+    const char* szXYZ;
+    int iDigits;
+    const char* szText;
+  } codes[] = {{0, "  0", " N ", 0, "n"},     {1, "  1", "X  ", 1, "x"},
+               {2, "  2", " Y ", 2, "Y"},     {3, " 12", "XY ", 21, "yX"},
+               {4, "  3", "  Z", -3, "z"},    {5, " 13", "X Z", 13, "xz"},
+               {6, " 23", " YZ", 4923, "2Z"}, {7, "123", "XYZ", 321, "1y3"}};
+  for (const auto& code : codes) {
+    ZuPoint p;
+    EXPECT_EQ(p.SetAsControlFlag(code.iDigits), code.iCode) << code.iDigits;
+    EXPECT_STREQ(p.GetControlFlagsAs123(), code.sz123);
+    EXPECT_STREQ(p.GetControlFlagsAsXYZ(), code.szXYZ);
+    EXPECT_EQ(p.SetAsControlFlag(code.szText), code.iCode) << code.szText;
+    EXPECT_EQ(p.IsXControlPoint(), code.iCode & 1);
+    EXPECT_EQ(p.IsYControlPoint(), code.iCode & 2);
+    EXPECT_EQ(p.IsZControlPoint(), code.iCode & 4);
+  }
+  EXPECT_STREQ(ZuPoint::GetControlCodeAsXYZ(8), " N ");  // three bits count
+  EXPECT_STREQ(ZuPoint::GetControlCodeAs123(-1), "123");
+  ZuPoint p;
+  EXPECT_EQ(p.SetAsControlFlag(INT_MIN), 7);  // -2147483648 holds 1, 2 and 3
+}
+
+// Required: lists of points ascend on photo and id together; the key wraps at 32 bits.
+TEST(Point, ListsSortAscendingOnPhotoAndId) {
+  ZuPointList list;
+  const struct {
+    unsigned int uId;
+    int iPhoto;
+  } points[] = {{5, 100}, {7, 0}, {2, 100}, {3, 4}, {105, 0}};
+  for (const auto& point : points) {
+    ZuPoint p(point.uId, 0, 0, 0);
+    p.m_iPhoto = point.iPhoto;
+    list.Add(p);
+  }
+  EXPECT_EQ(list.Sort(), 5);
+  std::string strOrder;
+  for (auto* p = list.First(); p != nullptr; p = p->Next()) {
+    strOrder += std::to_string(p->GetId()) + " ";
+  }
+  EXPECT_EQ(strOrder, "7 3 2 5 105 ");  // 5 and 105 are equal and keep their order
+
+  ZuPoint a(UINT_MAX, 0, 0, 0), b(1, 0, 0, 0);
+  EXPECT_EQ(a.Compare(&b), -2);
+  EXPECT_EQ(b.Compare(&a), 2);
+}
+
+TEST(Point, OperatorsActOnTheFieldsTheyName) {
+  ZuPoint a(1, 2.0, 4.0, 8.0, 3), b(2, 1.0, 1.0, 1.0);
+  a.m_dDX = 0.5;
+  b.m_dDX = 0.25;
+  a.m_dRedu1 = b.m_dRedu1 = 9.0;
+  const ZuPoint sum = a + b, difference = a - b, middle = a % b, twice = a * 2.0, half = a / 2.0;
+  EXPECT_TRUE(sum == ZuPoint(0, 3.0, 5.0, 9.0));
+  EXPECT_EQ(sum.m_dDX, 0.75);
+  EXPECT_EQ(sum.m_dRedu1, 9.0);
+  EXPECT_EQ(sum.GetId(), 1u);
+  EXPECT_TRUE(difference == ZuPoint(0, 1.0, 3.0, 7.0));
+  EXPECT_EQ(difference.m_dDX, 0.25);
+  EXPECT_TRUE(middle == ZuPoint(0, 1.5, 2.5, 4.5));
+  EXPECT_EQ(middle.m_dDX, 0.375);
+  EXPECT_TRUE(twice == ZuPoint(0, 4.0, 8.0, 16.0));
+  EXPECT_TRUE(half == ZuPoint(0, 1.0, 2.0, 4.0));
+  EXPECT_EQ(twice.m_dDX, 0.5);  // a product leaves the accuracies
+  EXPECT_EQ(half.m_sControl, 3);
+  EXPECT_EQ(a.DistanceSq(b), 1.0 + 9.0 + 49.0);
+  EXPECT_EQ(a.Distance(&b), std::sqrt(59.0));
+
+  const ZuVector vector = a.GetAsVector();
+  EXPECT_EQ(vector.GetSize(), 3);
+  EXPECT_EQ(vector[1] + 10 * vector[2] + 100 * vector[3], 842.0);
+}
+
+TEST(Point, InitClearsTheFieldsAndKeepsTheIdentity) {
+  ZuPoint p(7, 1, 2, 3, 4);
+  p.SetName("P7");
+  p.SetFlag(eZuFlagActive);
+  p.m_iUser = p.m_iColor = p.m_iPhoto = p.m_iCamera = 5;
+  p.m_sUser = p.m_snImo = 6;
+  p.m_fVX = p.m_fVY = p.m_fVZ = 1.0F;
+  p.m_pParent = &p;
+  ZuPoint copy;
+  copy = p;
+  EXPECT_EQ(copy.m_iUser + copy.m_sUser, 11);
+  EXPECT_EQ(copy.m_pParent, &p);
+  copy.init();
+  EXPECT_EQ(copy.GetId(), 7u);
+  EXPECT_EQ(copy.GetName(), String("P7"));
+  EXPECT_EQ(copy.GetFlag(), eZuFlagActive);
+  EXPECT_TRUE(copy == ZuPoint());
+  EXPECT_EQ(copy.m_iUser + copy.m_iColor + copy.m_iPhoto + copy.m_iCamera + copy.m_sUser +
+                copy.m_snImo + copy.m_sControl,
+            0);
+  EXPECT_EQ(copy.m_fVX + copy.m_fVY + copy.m_fVZ, 0.0F);
+  EXPECT_EQ(copy.m_pParent, nullptr);
+}
+
+TEST(Point, WalksOverTheNodesWithAFlag) {
+  ZuPointList list;
+  for (unsigned int u = 1; u <= 6; ++u)
+    list.Add(new ZuPoint(u, 0, 0, 0))->SetFlag(u % 3 == 0 ? 2 : 1);
+  ZuPoint* const pThird = list.First()->First(2);
+  ASSERT_NE(pThird, nullptr);
+  EXPECT_EQ(pThird->GetId(), 3u);
+  EXPECT_EQ(pThird->First(3), pThird);
+  EXPECT_EQ(pThird->Next(2)->GetId(), 6u);
+  EXPECT_EQ(pThird->Next(2)->Next(2), nullptr);
+  EXPECT_EQ(pThird->Previous(1)->GetId(), 2u);
+  EXPECT_EQ(pThird->Previous(4), nullptr);
+}
+
+TEST(Flag, ChangesReturnTheNewValue) {
+  ZuFlag flag;
+  EXPECT_EQ(flag.SetFlag(6), 6);
+  EXPECT_EQ(flag.ClearFlag(2), 4);
+  EXPECT_EQ(flag.ToggleFlag(5), 1);
+  EXPECT_EQ(flag.IsFlagSet(3), 1);
+  EXPECT_EQ(flag.SetFlag(INT_MIN), INT_MIN | 1);
+}
+
+TEST(Point, DebugLineHasTheFieldsAndTheTitleIfThereIsOne) {
+  std::string strText;
+  const ZuDebugSink former = ZuSetDebugSink(
+      {[](void* p, const char* sz) { *static_cast<std::string*>(p) += sz; }, &strText});
+  ZuPoint p(12, 1.0, -2.5, 1e3, 5);
+  p.SetName("P");
+  p.m_dDZ = 0.00012;
+  p.DbgPrintf("title");
+  p.DbgPrintf(nullptr);
+  ZuSetDebugSink(former);
+  const std::string strLine = "12-P X Z 1.0000 -2.5000 1000.0000  0.0000 0.0000 0.0001 ";
+  EXPECT_EQ(strText, "title: " + strLine + strLine);
+}
+
+TEST(PointTripel, TableFindsAndSorts) {
+  ZuPointTripelTable table;
+  for (unsigned int u : {3u, 1u, 2u}) table.Add(ZuPointTripel{1, u, 9});
+  table.Sort();
+  EXPECT_EQ(table[0].m_uId2, 1u);
+  EXPECT_EQ(table.BinSearchUp(ZuPointTripel{1, 3, 9}), 2);
+  EXPECT_EQ(table.BinSearchUp(ZuPointTripel{1, 3, 8}), -1);
+}
+
+TEST(Spheron, ListSortsLikePoints) {
+  ZuSpheronList list;
+  for (unsigned int u : {2u, 1u}) list.Add(new ZuSpheron(u, 0, 0, 0));
+  list.Sort();
+  EXPECT_EQ(list.First()->GetId(), 1u);
+  EXPECT_EQ(list.First()->Next()->GetId(), 2u);
+}
