@@ -43,6 +43,12 @@ const std::vector<Command>& Commands() {
        "  echo \"1 -1.0 0.5\" | zu rectify samples/older/facade.prj --photo 1 --zusp 1\n"
        "prints the point of the facade in object coordinates.",
        DefineRectify},
+      {"measure", "carry measured pixels of photos to object points on a plane",
+       "  zu measure samples/chessboard/left.prj --plane samples/chessboard/board.coo \\\n"
+       "     --check samples/chessboard/board.coo --unit mm --report out/report.html\n"
+       "meets 702 measurements of thirteen photos with the board, compares them with its points,\n"
+       "and writes a report to look at.",
+       DefineMeasure},
   };
   return commands;
 }

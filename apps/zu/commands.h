@@ -46,6 +46,7 @@ Runner DefineCameraGentri(Options& options);
 Runner DefineCameraInfo(Options& options);
 Runner DefineCameraPlot(Options& options);
 Runner DefinePlane(Options& options);
+Runner DefineMeasure(Options& options);
 Runner DefinePhotoConvert(Options& options);
 Runner DefinePhotoInfo(Options& options);
 Runner DefineRectify(Options& options);

@@ -105,6 +105,21 @@ void Svg::Arrow(double x1, double y1, double x2, double y2, const std::string& s
            strStyle);
 }
 
+void Svg::Arrows(const std::vector<Segment>& segments, const std::string& strStyle) {
+  constexpr double kHead = 3.5;  // length of a head [px]
+  std::string strPath;
+  for (const Segment& s : segments) {
+    const double dx = s.x2 - s.x1, dy = s.y2 - s.y1, dLength = std::hypot(dx, dy);
+    if (!std::isfinite(dLength)) continue;
+    strPath += "M" + Pixel(s.x1) + " " + Pixel(s.y1) + "L" + Pixel(s.x2) + " " + Pixel(s.y2);
+    if (dLength < 2.0 * kHead) continue;
+    const double ux = dx / dLength * kHead, uy = dy / dLength * kHead;
+    strPath += "m" + Pixel(-ux + 0.5 * uy) + " " + Pixel(-uy - 0.5 * ux) + "L" + Pixel(s.x2) + " " +
+               Pixel(s.y2) + "l" + Pixel(-ux - 0.5 * uy) + " " + Pixel(-uy + 0.5 * ux);
+  }
+  m_strBody += "<path d='" + strPath + "' fill='none' " + strStyle + "/>\n";
+}
+
 std::string Svg::Document(const std::string& strTitle) const {
   return "<svg xmlns='http://www.w3.org/2000/svg' viewBox='0 0 " + Pixel(m_dWidth) + " " +
          Pixel(m_dHeight) + "' width='" + Pixel(m_dWidth) + "' height='" + Pixel(m_dHeight) +

@@ -24,6 +24,11 @@ class Svg {
   void Text(double x, double y, const std::string& strText, double dSize,
             const std::string& strAnchor = "start", double dTurn = 0.0,
             const std::string& strStyle = "fill='#222'");
+  // Many lines in one element: arrows from (x1, y1) to (x2, y2), with heads where long enough.
+  struct Segment {
+    double x1, y1, x2, y2;
+  };
+  void Arrows(const std::vector<Segment>& segments, const std::string& strStyle);
   // A line with a head at its end; nothing but a dot where both ends meet.
   void Arrow(double x1, double y1, double x2, double y2, const std::string& strColor);
 

@@ -1,0 +1,142 @@
+// zu measure: measured pixels of a project's photos become object points on a plane.
+#include <memory>
+
+#include "commands.h"
+#include "measure_report.h"
+#include "measure_run.h"
+#include "point_input.h"
+#include "text_table.h"
+
+namespace cli {
+
+namespace {
+
+struct Values {
+  std::string strProject, strPlane, strCheck, strOut, strReport;
+  std::string strUnit = "object units";
+  bool bFlip = false;
+};
+
+Json PhotoJson(const MeasuredPhoto& photo) {
+  Json json;
+  json["id"] = photo.pPhoto->GetId();
+  json["name"] = photo.pPhoto->GetName().chars();
+  json["points"] = photo.points.size();
+  json["checked"] = photo.iChecked;
+  json["rms"] = photo.iChecked > 0 ? Json(photo.dRms) : Json();
+  json["rms_x"] = photo.iChecked > 0 ? Json(photo.dRmsX) : Json();
+  json["rms_y"] = photo.iChecked > 0 ? Json(photo.dRmsY) : Json();
+  json["rms_z"] = photo.iChecked > 0 ? Json(photo.dRmsZ) : Json();
+  json["worst"] = photo.pWorst != nullptr
+                      ? Json{{"id", photo.pWorst->uId}, {"length", photo.pWorst->Length()}}
+                      : Json();
+  return json;
+}
+
+void AddJson(const Measurement& result, Context& context) {
+  Json& root = context.Root();
+  const ZuPlane& plane = result.plane;
+  root["plane"] = Json{{"normal", {plane.A(), plane.B(), plane.C()}},
+                       {"d", plane.D()},
+                       {"points", result.iPlanePoints},
+                       {"sigma0", result.dSigma0}};
+  root["photos"] = Json::array();
+  root["rms"] = result.iChecked > 0 ? Json(result.dRms) : Json();
+  root["checked"] = result.iChecked;
+  root["not_met"] = result.iNotMet;
+  root["points"] = Json::array();
+  for (const MeasuredPhoto& photo : result.photos) {
+    root["photos"].push_back(PhotoJson(photo));
+    if (!context.IsJson()) continue;
+    for (const MeasuredPoint& p : photo.points) {
+      Json point{
+          {"photo", photo.pPhoto->GetId()}, {"id", p.uId}, {"x", p.x}, {"y", p.y}, {"z", p.z}};
+      point["dx"] = p.bChecked ? Json(p.dx) : Json();
+      point["dy"] = p.bChecked ? Json(p.dy) : Json();
+      point["dz"] = p.bChecked ? Json(p.dz) : Json();
+      root["points"].push_back(point);
+    }
+  }
+}
+
+void Print(const Measurement& result, const Values& values, std::ostream& stream) {
+  stream << VerdictOf(result, values.strUnit) << "\n\n";
+  TextTable table;
+  table.AddColumn("photo");
+  table.AddColumn("file", TextTable::eLeft);
+  for (const char* szTitle : {"points", "RMS", "X", "Y", "Z", "worst", "point"}) {
+    table.AddColumn(szTitle);
+  }
+  for (const MeasuredPhoto& photo : result.photos) {
+    std::vector<std::string> cells = {std::to_string(photo.pPhoto->GetId()),
+                                      photo.pPhoto->GetName().chars(),
+                                      std::to_string(photo.points.size())};
+    if (photo.pWorst != nullptr) {
+      for (const double d :
+           {photo.dRms, photo.dRmsX, photo.dRmsY, photo.dRmsZ, photo.pWorst->Length()}) {
+        cells.push_back(Fixed(d, 4));
+      }
+      cells.push_back(std::to_string(photo.pWorst->uId));
+    }
+    table.AddRow(cells);
+  }
+  table.Write(stream);
+  const ZuPlane& plane = result.plane;
+  stream << "\nplane of " << result.iPlanePoints << " points: normal (" << Fixed(plane.A(), 9)
+         << ", " << Fixed(plane.B(), 9) << ", " << Fixed(plane.C(), 9) << "), D "
+         << Fixed(plane.D(), 6) << ", longest deviation " << Fixed(result.dPlaneDeviation, 6)
+         << '\n';
+}
+
+void WriteObjectPoints(const Measurement& result, std::ostream& stream) {
+  for (const MeasuredPhoto& photo : result.photos) {
+    for (const MeasuredPoint& p : photo.points) {
+      stream << photo.pPhoto->GetId() << ' ' << p.uId << ' ' << Shortest(p.x) << ' '
+             << Shortest(p.y) << ' ' << Shortest(p.z) << '\n';
+    }
+  }
+}
+
+ExitCode Run(const Values& values, Context& context) {
+  Project project(values.strProject, context);
+  ZuPointList planePoints, check;
+  ReadPoints(values.strPlane, "id,x,y,z", context, &planePoints);
+  if (!values.strCheck.empty()) ReadPoints(values.strCheck, "id,x,y,z", context, &check);
+  const Measurement result = MeasureProject(project, planePoints, check, values.bFlip, context);
+
+  Print(result, values, context.Text());
+  AddJson(result, context);
+  if (!values.strOut.empty()) {
+    WriteObjectPoints(result, context.NewOutput(values.strOut).Stream());
+  }
+  if (!values.strReport.empty()) {
+    ReportInput input;
+    input.files = {{"project", values.strProject}, {"plane", values.strPlane}};
+    if (!values.strCheck.empty()) input.files.push_back({"check points", values.strCheck});
+    input.strUnit = values.strUnit;
+    input.pCheck = &check;
+    context.NewOutput(values.strReport).Stream() << MeasureReport(result, input);
+  }
+  return result.iNotMet > 0 ? kNotAcceptable : kGood;
+}
+
+}  // namespace
+
+Runner DefineMeasure(Options& options) {
+  auto pValues = std::make_shared<Values>();
+  options.Positional("PROJECT", &pValues->strProject, "project file");
+  options.Option("--plane", "POINTS", &pValues->strPlane,
+                 "coordinate file of the points that the plane is fitted to");
+  options.Required();
+  options.Option("--check", "POINTS", &pValues->strCheck,
+                 "coordinate file of points to compare with, by id");
+  options.Flag("--flip", &pValues->bFlip,
+               "y of the pixels counts the other way than the photos' transformations take it");
+  options.Option("--unit", "TEXT", &pValues->strUnit,
+                 "unit of the object coordinates, for headings (\"mm\")");
+  options.Option("-o,--output", "FILE", &pValues->strOut, "object points: photo, id, x, y, z");
+  options.Option("--report", "FILE", &pValues->strReport, "report, one HTML file");
+  return [pValues](Context& context) { return Run(*pValues, context); };
+}
+
+}  // namespace cli
