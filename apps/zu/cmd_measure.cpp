@@ -84,7 +84,7 @@ void Print(const Measurement& result, const Values& values, std::ostream& stream
   const ZuPlane& plane = result.plane;
   stream << "\nplane of " << result.iPlanePoints << " points: normal (" << Fixed(plane.A(), 9)
          << ", " << Fixed(plane.B(), 9) << ", " << Fixed(plane.C(), 9) << "), D "
-         << Fixed(plane.D(), 6) << ", longest deviation " << Fixed(result.dPlaneDeviation, 6)
+         << Fixed(plane.D() + 0.0, 6) << ", longest deviation " << Fixed(result.dPlaneDeviation, 6)
          << '\n';
 }
 

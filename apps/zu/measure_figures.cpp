@@ -14,7 +14,7 @@ constexpr char kResidual[] = "stroke='#c1272d' stroke-width='1.1'";
 constexpr char kFaint[] = "stroke='#8aa4c4' stroke-width='0.8'";
 constexpr char kMean[] = "stroke='#c1272d' stroke-width='2'";
 constexpr double kLongest = 0.09;  // of the frame's width, for the longest residual
-constexpr int kBins = 16;
+constexpr int kBins = 24;          // about
 
 std::string Times(double dFactor) { return SvgNumber(dFactor) + " times as long"; }
 
@@ -121,7 +121,7 @@ std::string PlanFigure(const Measurement& result, const ZuPointList& check,
       dLongest = std::max(dLongest, std::hypot(p.*u.pResidual, p.*v.pResidual));
     }
   }
-  const double dPixels = 45.0;  // of the longest residual
+  const double dPixels = 70.0;  // of the longest residual
   const double dFactor =
       dLongest > 0.0 ? std::max(SvgRoundDown(dPixels / (dLongest * plot.PixelsPerUnit())), 1e-12)
                      : 1.0;
@@ -162,7 +162,7 @@ std::string HistogramFigure(const Measurement& result, const std::string& strUni
     }
   }
   const double dLongest = lengths.empty() ? 0.0 : *std::max_element(lengths.begin(), lengths.end());
-  double dBin = SvgRoundDown(2.0 * dLongest / kBins);
+  double dBin = SvgRoundDown(1.5 * dLongest / kBins);
   if (!(dBin > 0.0)) dBin = 1.0;
   std::vector<int> counts(static_cast<size_t>(dLongest / dBin) + 1);
   for (const double d : lengths) ++counts[static_cast<size_t>(d / dBin)];

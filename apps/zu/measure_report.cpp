@@ -93,13 +93,21 @@ std::string OrientationTable(const Measurement& result, const std::string& strUn
          "object space; X0, Y0, Z0 is the projection centre.</p>\n";
 }
 
+// " + 0.5 Y"; a rounded 0 has no sign.
+std::string Term(double dValue, int iDecimals, const char* szAxis) {
+  std::string strNumber = Fixed(std::fabs(dValue), iDecimals);
+  const bool bZero = strNumber.find_first_not_of("0.") == std::string::npos;
+  return (dValue < 0.0 && !bZero ? " - " : " + ") + strNumber + szAxis;
+}
+
 std::string PlaneText(const Measurement& result, const std::string& strUnit) {
   const ZuPlane& plane = result.plane;
+  const std::string strIn = " [" + XmlText(strUnit) + "]";
   return "<p>Best-fit plane of " + std::to_string(result.iPlanePoints) +
-         " points: " + Fixed(plane.A(), 9) + " X + " + Fixed(plane.B(), 9) + " Y + " +
-         Fixed(plane.C(), 9) + " Z + " + Fixed(plane.D(), 6) + " = 0 [" + XmlText(strUnit) +
-         "]; longest distance of a point from it " + Fixed(result.dPlaneDeviation, 6) + " [" +
-         XmlText(strUnit) + "].</p>\n";
+         " points:" + Term(plane.A(), 9, " X").substr(plane.A() < 0.0 ? 0 : 2) +
+         Term(plane.B(), 9, " Y") + Term(plane.C(), 9, " Z") + Term(plane.D(), 6, "") + " = 0" +
+         strIn + "; longest distance of a point from it " + Fixed(result.dPlaneDeviation, 6) +
+         strIn + ".</p>\n";
 }
 
 std::string CameraCurves(const Measurement& result) {
