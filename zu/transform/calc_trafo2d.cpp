@@ -115,10 +115,6 @@ ZuCalcTrafo2D& ZuCalcTrafo2D::operator=(const ZuCalcTrafo2D& other) {
   return *this;
 }
 
-void ZuCalcTrafo2D::SetPPList(ZuPointList* pReference) {
-  m_pPPList = pReference != nullptr ? pReference : &m_lOwnList;
-}
-
 bool ZuCalcTrafo2D::Estimate(const ZuPointList* pSource, eZuTrafo2DType eType, double* pdSolution) {
   const Kind& kind = KindOf(eType);
   if (pSource == nullptr || !pSource->CountMoreThan(kind.iMinPoints - 1)) return false;

@@ -48,7 +48,8 @@ class ZU_API ZuCalcTrafo2D : public ZuTrafo2d {
   // region, and the polynomial for more than 12 points only.
   eZuTrafo2DType SuggestTrafoByDistrib(const ZuRegion& region, ZuPointList* pList);
 
-  void SetPPList(ZuPointList* pReference);
+  // Null is no list: no point has a partner then.
+  void SetPPList(ZuPointList* pReference) { m_pPPList = pReference; }
   void SetActList(ZuPointList* pSource) { m_pActList = pSource; }
   ZuPointList* GetPPList() const { return m_pPPList; }
   ZuPointList* GetActList() const { return m_pActList; }

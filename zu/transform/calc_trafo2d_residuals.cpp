@@ -80,7 +80,9 @@ eZuTrafo2DType ZuCalcTrafo2D::SuggestTrafoByDistrib(const ZuRegion& region, ZuPo
   const eZuTrafo2DType eByNumber = SuggestTrafoByPointsNbr(pList);
   if (eByNumber != eZuTrafo2DProjektiv && eByNumber != eZuTrafo2DPolynomial) return eByNumber;
 
-  const double x0 = region.Left(), x1 = region.Right(), y0 = region.Bottom(), y1 = region.Top();
+  ZuRegion sorted(region);
+  sorted.Sort();
+  const double x0 = sorted.Left(), x1 = sorted.Right(), y0 = sorted.Bottom(), y1 = sorted.Top();
   const double xc = 0.5 * (x0 + x1), yc = 0.5 * (y0 + y1);
   const double dInX = kCentreInset * 0.5 * (x1 - x0), dInY = kCentreInset * 0.5 * (y1 - y0);
   // The first area that holds a point is marked by it.

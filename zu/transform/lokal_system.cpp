@@ -26,9 +26,12 @@ struct ScalePairs {
   ScalePair pairs[3];
 };
 
-bool HasPoint(const ZuPointList& list, unsigned int uId) { return list.Find(uId) != nullptr; }
+// Id 0 is no point, whatever the list holds.
+bool HasPoint(const ZuPointList& list, unsigned int uId) {
+  return uId != 0 && list.Find(uId) != nullptr;
+}
 
-// Id 0 is no scale point and needs none.
+// A scale point that is not defined need not be there.
 bool HasScalePoint(const ZuPointList& list, unsigned int uId) {
   return uId == 0 || HasPoint(list, uId);
 }

@@ -79,8 +79,9 @@ class ZU_API ZuTrafo3d : public virtual ZuTrafo3dData {
   // relative, is told by IsScale1Bad() to IsScale3Bad() and gives status 5.
   //
   // False with the status of the definition (ZuLokalSystem::IsValid), 3 where a needed point or
-  // every scale is missing, 4 for points that give no frame, 6 for a scale that is not finite or
-  // not above 0.0. The parameters are then unfinished. After success the status is 0.
+  // every scale is missing or the axis mode is unknown, 4 for points that give no frame or no
+  // finite centre, 6 for a scale that is not finite and for a mean not above 0.0. The parameters
+  // are then unfinished. After success the status is 0.
   bool CalcByLocalSystem(const ZuLokalSystem& system, const ZuPointList* pPoints,
                          double dFixedScale, double dScaleTolerance);
 
@@ -151,6 +152,7 @@ class ZU_API ZuTrafo3d : public virtual ZuTrafo3dData {
   bool IsScale2Bad() const { return m_bScale2Bad; }
   bool IsScale3Bad() const { return m_bScale3Bad; }
   int GetCommonPoints() const { return m_iCommonPoints; }
+  // The ids of the common points of the last robust merge, in the order of list B.
   const ZuIdTable& GetCommonIdTable() const { return m_tCommonIds; }
 
   // Figures of the last transformation; the count is 1 where there were no points.

@@ -1,4 +1,5 @@
 // The transformation into a local system defined by named points.
+#include <algorithm>
 #include <cmath>
 
 #include "zu/transform/lokal_system.h"
@@ -87,11 +88,8 @@ ZuVector MeanOf(const ZuPointList& points) {
   return ZuVector(dX / n, dY / n, dZ / n);
 }
 
-bool IsFinite(const ZuMatrix& m) {
-  for (int i = 0; i < 9; ++i) {
-    if (!std::isfinite(m.GetData()[i])) return false;
-  }
-  return true;
+bool IsFinite(const double* pdValues, int n) {
+  return std::all_of(pdValues, pdValues + n, [](double d) { return std::isfinite(d); });
 }
 
 }  // namespace
@@ -133,14 +131,19 @@ bool ZuTrafo3d::CalcByLocalSystem(const ZuLokalSystem& system, const ZuPointList
   m_bScale1Bad = m_bScale2Bad = m_bScale3Bad = false;
   m_dScale = dFixedScale;
   bool bScales = true;
-  if (dFixedScale == 0.0) bScales = MeanScale(pairs, dScaleTolerance, &m_dScale);
-  if (!std::isfinite(m_dScale) || !(m_dScale > 0.0)) return fail(eTrafo3DScaleUndefined);
+  if (dFixedScale == 0.0) {
+    bScales = MeanScale(pairs, dScaleTolerance, &m_dScale);
+    if (!(m_dScale > 0.0)) return fail(eTrafo3DScaleUndefined);
+  }
+  if (!std::isfinite(m_dScale)) return fail(eTrafo3DScaleUndefined);
   if (!bScales) return fail(eTrafo3DScaleMismatch);
-  if (!IsFinite(m_mRot)) return fail(eTrafo3DNoSolution);
 
   m_vSource = MeanOf(*pPoints);
   const ZuVector offset(system.m_dOffsetX, system.m_dOffsetY, system.m_dOffsetZ);
   m_vTarget = (m_mRot * -m_dScale) * (Vector(*pOrigin) - m_vSource) + offset;
+  const bool bFinite = IsFinite(m_mRot.GetData(), 9) && IsFinite(m_vSource.GetData(), 3) &&
+                       IsFinite(m_vTarget.GetData(), 3);
+  if (!bFinite) return fail(eTrafo3DNoSolution);
   m_eStatus = eTrafo3DOk;
   return true;
 }

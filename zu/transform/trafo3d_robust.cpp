@@ -195,6 +195,7 @@ eTrafo3DStatus ZuTrafo3d::RobustCalcByControlPointsAndTransform(
     int iMinPoints, bool, int iExtraPoints, int iExtraSample) {
   m_eStatus = eTrafo3DOk;
   SplitLists lists(listA, listB);
+  m_tCommonIds = lists.ids;
   const int n = static_cast<int>(lists.common.size());
   const auto fail = [this](eTrafo3DStatus eStatus) {
     m_pMaxResidualPoint = nullptr;  // it stood in a list that ends here
@@ -227,5 +228,6 @@ eTrafo3DStatus ZuTrafo3d::RobustCalcByControlPointsAndTransform(
   InPlaceTransform(&lists.onlyB);
   lists.onlyB.MoveTo(pResult);
   lists.onlyA.MoveTo(pResult);
+  if (pResult == nullptr) m_pMaxResidualPoint = nullptr;  // it ends with the local lists
   return m_eStatus = eTrafo3DOk;
 }
