@@ -136,9 +136,9 @@ TEST(Parser, LengthOfALine) {
       {strLongest + "1\nB", "i1 kB $ "},
       {strLongest + "12", "i12 $ "},
       {"\xEF\xBB\xBF" + strLongest + "12\r\n3", "i12 i3 $ "},
-      {"A\n" + strLongest + "123\nB", "kA !2@1 "},
-      {"A\n" + strLongest + "123", "kA !2@1 "},
-      {std::string(100000, 'x'), "!2@0 "},
+      {"A\n" + strLongest + "123\nB", "kA !2@2 "},
+      {"A\n" + strLongest + "123", "kA !2@2 "},
+      {std::string(100000, 'x'), "!2@1 "},
   });
   // A token at the end of a line, then a shorter line: nothing of the longer one is seen.
   ExpectTokens({{"AAAAAAAAAA 12345\nB\n\nC 1", "kAAAAAAAAAA i12345 kB kC i1 $ "}});

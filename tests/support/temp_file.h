@@ -21,8 +21,7 @@ class TempFile {
     m_strPath += ending;
     const int iFile = mkstemps(m_strPath.data(), static_cast<int>(ending.size()));
     if (iFile < 0) throw std::runtime_error("no temporary file: " + m_strPath);
-    close(iFile);
-    Write(text);
+    Store(fdopen(iFile, "wb"), text);
   }
   ~TempFile() {
     std::error_code error;
@@ -34,12 +33,7 @@ class TempFile {
   char const* Path() const { return m_strPath.c_str(); }
 
   // Replaces the content.
-  void Write(std::string_view text) const {
-    std::FILE* pFile = std::fopen(Path(), "wb");
-    if (pFile == nullptr) throw std::runtime_error("cannot write " + m_strPath);
-    const bool bWritten = std::fwrite(text.data(), 1, text.size(), pFile) == text.size();
-    if (std::fclose(pFile) != 0 || !bWritten) throw std::runtime_error("cannot write " + m_strPath);
-  }
+  void Write(std::string_view text) const { Store(std::fopen(Path(), "wb"), text); }
 
   // The content, byte for byte.
   std::string Read() const {
@@ -55,5 +49,11 @@ class TempFile {
   }
 
  private:
+  void Store(std::FILE* pFile, std::string_view text) const {
+    if (pFile == nullptr) throw std::runtime_error("cannot write " + m_strPath);
+    const bool bWritten = std::fwrite(text.data(), 1, text.size(), pFile) == text.size();
+    if (std::fclose(pFile) != 0 || !bWritten) throw std::runtime_error("cannot write " + m_strPath);
+  }
+
   std::string m_strPath;
 };

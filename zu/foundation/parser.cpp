@@ -97,6 +97,7 @@ eZuParserStatus ZuParser::ReadLine(std::istream& stream) {
   if (bGood) stream.getline(m_acLine, kBufferSize);
   const bool bFailed = stream.bad() || (stream.fail() && !stream.eof());
   if (bFailed || !bGood || stream.fail()) {
+    if (bFailed && bGood && stream.gcount() > 0) ++m_Status.m_uLine;  // the line is too long
     m_acLine[0] = 0;
     return bFailed ? ParserErrorStream : ParserStatusEOF;
   }
@@ -110,11 +111,11 @@ eZuParserStatus ZuParser::ReadLine(std::istream& stream) {
   }
   // Required: a line that does not fit the buffer is a failure of the stream. What stood before it
   // is kept; a reader that went on inside such a line would take its pieces for items.
+  ++m_Status.m_uLine;
   if (nLength >= kLineSize) {
     *m_pCursor = 0;
     stream.setstate(std::ios::badbit);
     return ParserErrorStream;
   }
-  ++m_Status.m_uLine;
   return ParserStatusOK;
 }

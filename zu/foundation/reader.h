@@ -79,7 +79,8 @@ class ZU_API ZuReader {
   //
   // A fault is entered in the error list. It ends the block whose items are read here (a record's
   // own values, without a handler: the whole run), and reading goes on behind that block; with an
-  // error handler that returns not 0 it goes on at the next token.
+  // error handler that returns not 0 it goes on at the next token. A block whose very first token
+  // is a fault is dropped, and its handler is not called.
   //
   // Required: on leaving, a last entry with status 5 is taken off the error list, also at the end
   // of an inner block. An application that needs every fault sets the error handler.

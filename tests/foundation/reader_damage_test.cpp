@@ -1,0 +1,185 @@
+// Damaged and hostile files: reading ends, everything is given back, what was complete stays.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <random>
+#include <string>
+
+#include "tests/foundation/reader_trace.h"
+
+namespace {
+
+// Notes without the ends of blocks and lists, which a cut brings forward.
+std::string Values(std::string strNotes) {
+  strNotes.erase(std::min(strNotes.find(" |"), strNotes.size()));
+  std::erase_if(strNotes, [](char c) { return c == '>' || c == '.'; });
+  return strNotes;
+}
+
+// Cut behind any byte, a file gives what the whole one gives first, and never less than a shorter
+// cut. All numbers have one digit, so that a cut changes no value.
+TEST(ReaderDamage, FileCutAtEveryByte) {
+  const std::string strFile =
+      "; comment { \"\nBLOCK {\r\n  PAIR 1 2 INT 3\n  ROWS { 1 2\n 3 4 5 6 }\n"
+      "  UNKNOWN { X { 1 } \"}\" }\n  BLOCK{NAMED 1 2 3 4 \"x\" INT 5}\n  NEW 7\n"
+      "  VALUES 3 1 2 3\n  NAMED { 1 2 3 4 \"y\" 9 }\n}\nPAIR { 7 8 } INT 9\n";
+  const std::string strWhole = Values(Trace().Run(strFile));
+  ASSERT_EQ(strWhole, "<(1 2)3(1 2)(3 4)(5 6)<(1 2)(3 4)x5[3 1 2 3](1 2)(3 4)y(7 8)9");
+  std::size_t nLongest = 0;
+  for (std::size_t n = 0; n <= strFile.size(); ++n) {
+    SCOPED_TRACE(strFile.substr(0, n));
+    Trace trace;
+    std::string strCut = Values(trace.Run(strFile.substr(0, n)));
+    EXPECT_TRUE(trace.m_bAtRest);
+    // The values that VALUES lacks in a cut file are zeros.
+    if (const auto i = strCut.find('[');
+        i != std::string::npos && strCut.substr(i) != strWhole.substr(i, strCut.size() - i)) {
+      strCut.erase(i);
+    }
+    EXPECT_EQ(strCut, strWhole.substr(0, strCut.size()));
+    EXPECT_GE(strCut.size(), nLongest);
+    nLongest = std::max(nLongest, strCut.size());
+  }
+  EXPECT_EQ(nLongest, strWhole.size());
+}
+
+// With one byte replaced, what stands before the damaged token is read as before.
+TEST(ReaderDamage, OneByteReplaced) {
+  const std::string strFile = "BLOCK { PAIR 1 2 ROWS { 3 4 5 6 } NAMED { 1 2 3 4 \"x\" } } INT 7\n";
+  const std::string strBytes(" {}\"\n;A9.-\0\xFF\r", 13);
+  for (std::size_t i = 1; i < strFile.size(); ++i) {
+    const std::size_t nBefore = strFile.rfind(' ', i - 1);
+    std::string strBefore =
+        nBefore == std::string::npos ? "" : Values(Trace().Run(strFile.substr(0, nBefore)));
+    // A handler is not called for a block whose first token is a fault.
+    if (strBefore == "<") strBefore.clear();
+    for (char c : strBytes) {
+      std::string strDamaged = strFile;
+      strDamaged[i] = c;
+      for (int nOptions : {int{Trace::kPlain}, int{Trace::kGoOn}}) {
+        Trace trace;
+        EXPECT_EQ(Values(trace.Run(strDamaged, nOptions)).substr(0, strBefore.size()), strBefore)
+            << strDamaged;
+        EXPECT_TRUE(trace.m_bAtRest) << strDamaged;
+      }
+    }
+  }
+}
+
+TEST(ReaderDamage, RandomTokens) {
+  constexpr unsigned int kSeed = 20240517;
+  SCOPED_TRACE(::testing::Message() << "seed " << kSeed);
+  const std::string pieces[] = {
+      // clang-format off
+      "{", "}", "{ ", " }", "BLOCK", " BLOCK {", "ROWS", "PAIR ", "NAMED", "INT", "LOOK", "GIVE ",
+      "OPEN", "VALUES", "1", " 2.5", " 3 ", "12abc", "\"", "\"x\"", "\n", ";", "!", " ", "\t", "\r\n",
+      "UNKNOWN ", "-", "\xFF", std::string(1, '\0'), "1e999", "e", ",", "\xEF\xBB\xBF",
+      std::string(9000, 'x')
+      // clang-format on
+  };
+  std::mt19937 random(kSeed);
+  const auto draw = [&](std::size_t n) { return random() % n; };
+  for (int iRun = 0; iRun < 3000; ++iRun) {
+    std::string strText;
+    const std::size_t nPieces = draw(60);
+    for (std::size_t i = 0; i < nPieces; ++i) {
+      // The long line ends a run; it is rare.
+      strText += pieces[draw(std::size(pieces) - (draw(20) != 0 ? 1 : 0))];
+      if (draw(2) == 0) strText += ' ';
+    }
+    const int nOptions = static_cast<int>(draw(32));
+    Trace trace;
+    trace.Run(strText, nOptions);
+    ASSERT_EQ(trace.m_iResult, 1) << strText << "\noptions " << nOptions;
+    ASSERT_TRUE(trace.m_bAtRest) << strText << "\noptions " << nOptions;
+  }
+}
+
+std::string Repeat(const std::string& strPiece, int n) {
+  std::string strText;
+  for (int i = 0; i < n; ++i) strText += strPiece;
+  return strText;
+}
+
+// At most 64 handlers are open, however deep a file nests; the next one is a fault.
+TEST(ReaderDamage, DepthOfHandlersIsBounded) {
+  Trace trace;
+  EXPECT_EQ(trace.Run(Repeat("BLOCK { ", 63) + "INT 1" + Repeat(" }", 63) + " INT 2"),
+            Repeat("<", 63) + '1' + Repeat(">", 63) + '2');
+  EXPECT_EQ(trace.Run(Repeat("BLOCK { ", 64) + "INT 1" + Repeat(" }", 64) + " INT 2"),
+            Repeat("<", 64) + Repeat(">", 64) + '2');
+  const struct {
+    const char* szPiece;
+    int nOptions;
+    int iDeepest;
+  } cases[] = {
+      {"BLOCK {\n", Trace::kPlain, 64},       {"BLOCK {\n", Trace::kGoOn, 64},
+      {"BLOCK\n", Trace::kPlain, 64},         {"BLOCK\n", Trace::kGoOn, 64},
+      {"BLOCK { BLOCK\n", Trace::kPlain, 64}, {"BLOCK { BLOCK\n", Trace::kGoOn, 64},
+      {"BLOCK 1\n", Trace::kPlain, 1},  // the 1 ends the items of its handler
+      {"BLOCK 1\n", Trace::kGoOn, 64},
+  };
+  for (const auto& c : cases) {
+    Trace deep;
+    int iOpen = 0, iDeepest = 0;
+    for (char cNote : deep.Run(Repeat(c.szPiece, 20000), c.nOptions)) {
+      iOpen += cNote == '<' ? 1 : cNote == '>' ? -1 : 0;
+      iDeepest = std::max(iDeepest, iOpen);
+    }
+    EXPECT_EQ(iDeepest, c.iDeepest) << c.szPiece;
+    EXPECT_TRUE(deep.m_bAtRest) << c.szPiece;
+  }
+}
+
+// Data keywords are no handlers.
+TEST(ReaderDamage, DataIsReadInTheDeepestBlock) {
+  class Nest : public LinkHdl {
+   public:
+    int Read(ZuReaderObject* pObject) {
+      ZuReaderObject objects[] = {{"N", Link(this, &Nest::Read)}, {"V", &m_iValue}};
+      for (ZuReaderObject& object : objects) pObject->RegisterObject(object);
+      return pObject->DoProcess();
+    }
+    int m_iValue = 0;
+  } nest;
+  TempFile file(Repeat("N { ", 64) + "V 7" + Repeat(" }", 64));
+  ZuReader reader(file.Path());
+  ZuReaderObject object("N", Link(&nest, &Nest::Read));
+  reader.RegisterObject(object);
+  reader.DoProcess(false);
+  EXPECT_EQ(nest.m_iValue, 7);
+}
+
+// Handlers that give back what they got, or read nothing, end too.
+TEST(ReaderDamage, HandlersThatUseNothingEnd) {
+  class Lazy : public LinkHdl {
+   public:
+    int GiveBack(ZuReaderObject* pObject) {
+      pObject->GetStreamParser().SkipNextParse(true);
+      return ++m_iCalls;
+    }
+    int Nothing(ZuReaderObject*) { return ++m_iCalls; }
+    long Unknown(ZuReader* pReader) {
+      pReader->GetParser().SkipNextParse(true);
+      return ++m_iCalls;
+    }
+    int m_iCalls = 0;
+  };
+  for (bool bSimple : {false, true}) {
+    for (int iWay = 0; iWay < 2; ++iWay) {
+      Lazy lazy;
+      TempFile file("1 { 2 } X \"3\" {");
+      ZuReader reader(file.Path());
+      ZuReaderObject object(iWay == 0 ? Link(&lazy, &Lazy::GiveBack) : Link(&lazy, &Lazy::Nothing));
+      reader.RegisterObject(object);
+      reader.SetSimpleMode(bSimple);
+      reader.SkipUnknownToken(false);
+      reader.SetUnknownTokenHdl(Link(&lazy, &Lazy::Unknown));
+      EXPECT_EQ(reader.DoProcess(false), 1);
+      EXPECT_GE(lazy.m_iCalls, 4);
+      EXPECT_LE(lazy.m_iCalls, 10);
+    }
+  }
+}
+
+}  // namespace

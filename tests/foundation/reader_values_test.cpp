@@ -1,0 +1,185 @@
+// How readers of values, alone and in chains, share the tokens of a file with the reader.
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "tests/foundation/reader_trace.h"
+
+namespace {
+
+constexpr int kGoOn = Trace::kGoOn;
+
+struct Case {
+  std::string strText;
+  std::string strNotes;
+  int nOptions = Trace::kPlain;
+};
+
+void ExpectNotes(const std::vector<Case>& cases) {
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.strText.substr(0, 100));
+    Trace trace;
+    EXPECT_EQ(trace.Run(c.strText, c.nOptions), c.strNotes);
+    EXPECT_TRUE(trace.m_bAtRest);
+  }
+}
+
+// The same values give the same notes with and without braces, whatever item follows.
+TEST(ReaderValues, ChainsReadAlikeWithAndWithoutBlock) {
+  const struct {
+    const char *szKeyword, *szValues, *szNotes;
+  } items[] = {{"PAIR", "1 2.5", "(1 2.5)"},
+               {"NAMED", "1 2 3\n4 \"x\"", "(1 2)(3 4)x"},
+               {"VALUES", "1 2 3.5 4", "[1 2 3.5 4]"},
+               {"INT", "7", "7"},
+               {"LOOK", "7", "L1"}};
+  for (const auto& a : items) {
+    for (const auto& b : items) {
+      for (int nBlocks = 0; nBlocks < 8; ++nBlocks) {
+        const auto item = [](const auto& i, bool bBlock) {
+          return std::string(i.szKeyword) + (bBlock ? " { " : " ") + i.szValues +
+                 (bBlock ? " } " : " ");
+        };
+        const std::string strItems = item(a, nBlocks & 1) + item(b, nBlocks & 2);
+        const std::string strNotes = std::string(a.szNotes) + b.szNotes;
+        const bool bOuter = (nBlocks & 4) != 0;
+        const std::string strText = bOuter ? "BLOCK { " + strItems + "} INT 9" : strItems + "INT 9";
+        ExpectNotes({{strText, bOuter ? "<" + strNotes + ">9" : strNotes + "9"}});
+      }
+    }
+  }
+}
+
+TEST(ReaderValues, TokenBehindTheLastValueIsTheNextItem) {
+  ExpectNotes({
+      {"PAIR 1 2 UNKNOWN 5 INT 3", "(1 2)3"},
+      {"PAIR 1 2 UNKNOWN { 5 } INT 3", "(1 2)3 | 0@1"},
+      {"BLOCK { PAIR 1 2 } INT 3", "<(1 2)>3"},
+      {"PAIR 1 2 { 3 4 } INT 5", "(1 2)(3 4)5", Trace::kUnnamed},
+      {"PAIR 1 2 { 3 4 } INT 5", "(1 2)!5@15", kGoOn},
+      {"PAIR 1 2 3 4", "(1 2)(3 4)", Trace::kUnnamed},
+      {"PAIR 1 2", "(1 2)"},
+      {"PAIR 1 2 12abc INT 3", "(1 2)!4@13 | 4@1", kGoOn},
+      {"PAIR 1 2\n\"open\nINT 3", "(1 2)!3@23 | 3@2", kGoOn},
+      {"PAIR 1 2 12abc INT 3", "(1 2) | 4@1"},
+      {"PAIR { 1 2 12abc 7 } INT 3", "(1 2)!4@13 | 4@1", kGoOn},
+      {"GIVE INT 5 INT 6", "G56"},
+      {"LOOK INT 5 INT 6", "L4!5@16", kGoOn},  // a token only looked at is used up
+  });
+}
+
+// Braces and the end of the file are never values.
+TEST(ReaderValues, BracesAndEndStayInHand) {
+  ExpectNotes({
+      {"VALUES { 3 1 } INT 5", "[3 1 0 0]5"},
+      {"BLOCK { VALUES 3 1 } INT 5", "<[3 1 0 0]>5"},
+      {"VALUES 3 1 2 { 9 } INT 5", "[3 1 2 0]!5@15", kGoOn},
+      {"VALUES 3 1", "[3 1 0 0]"},
+      {"VALUES { 3 A \"x\" - 9 } INT 5", "[3 0 0 0]5"},  // any other token counts as 0
+      {"VALUES { 3 1 2x 4 } INT 5", "[3 1!4@15 | 4@1", kGoOn},
+      {"VALUES { } INT 5", "!5@15", kGoOn},
+      {"BLOCK { NAMED 1 2 3 4 } INT 5", "<(1 2)(3 4)!5@1>5", kGoOn},
+  });
+}
+
+TEST(ReaderValues, RowsEndAtTheirClosingBrace) {
+  ExpectNotes({
+      {"ROWS { 1 2 3 4 } INT 5", "(1 2)(3 4).5"},
+      {"ROWS { 1 2\n3 } INT 5", "(1 2).5"},  // the cut row is lost, without a trace
+      {"ROWS { } INT 5", ".5"},
+      {"BLOCK { ROWS { 1 2 } INT 5 ROWS { 3 4 } } INT 6", "<(1 2).5(3 4).>6"},
+      {"BLOCK { INT 1 ROWS { 1 2 3", "<1(1 2).>"},
+      {"ROWS { 1 2 X 4 } INT 5", "(1 2)"},  // any other misfit is a fault
+      {"ROWS { 1 2 X 4 } INT 5", "(1 2)!5@15", kGoOn},
+      {"ROWS { 1 2 3 4x 5 6 } INT 5", "(1 2)!4@15 | 4@1", kGoOn},
+      {"ROWS { 1 2 { 3 4 } } INT 5", "(1 2)!5@15", kGoOn},
+      {"ROWS { 1 2 3 4", "(1 2)(3 4)."},
+  });
+}
+
+TEST(ReaderValues, ListOfRowsEndsAtARowThatMovesNothing) {
+  class Empty : public LinkHdl {
+   public:
+    int Read(ZuReaderObject* pObject) {
+      pObject->ReadRows([this] { ++m_iRows; });
+      return 1;
+    }
+    int m_iRows = 0;
+  } empty;
+  TempFile file("E { 1 2 3 } I 5 E 6");
+  ZuReader reader(file.Path());
+  int i = 0;
+  ZuReaderObject objects[] = {{"E", Link(&empty, &Empty::Read)}, {"I", &i}};
+  for (ZuReaderObject& object : objects) reader.RegisterObject(object);
+  reader.DoProcess(false);
+  EXPECT_EQ(empty.m_iRows, 2);
+  EXPECT_EQ(i, 5);
+  EXPECT_EQ(reader.GetReadErrorCount(), 0);
+}
+
+// A reader that takes more than one block by itself: the reader goes on behind what it took.
+TEST(ReaderValues, BracesOfARecord) {
+  class Record : public LinkHdl {
+   public:
+    int Read(ZuReaderObject* pObject) {
+      do {
+        pObject->TakeBlockOpen();
+        pObject->Skip();
+        m_iSum += pObject->TakeInt();
+        pObject->TakeBlockClose();
+      } while (pObject->IsBlockOpen());
+      return 1;
+    }
+    int m_iSum = 0;
+  };
+  for (const char* szText : {"{ X 1 } { \"x\" 20 } I 5", "R { { X 1 } { 3 20 } } I 5",
+                             "R { { X 1 } { 3 20 } 7 { 8 } } I 5"}) {
+    TempFile file(szText);
+    ZuReader reader(file.Path());
+    Record record;
+    int i = 0;
+    ZuReaderObject objects[] = {ZuReaderObject(Link(&record, &Record::Read)),
+                                {"R", Link(&record, &Record::Read)},
+                                {"I", &i}};
+    for (ZuReaderObject& object : objects) reader.RegisterObject(object);
+    reader.DoProcess(false);
+    EXPECT_EQ(record.m_iSum, 21) << szText;
+    EXPECT_EQ(i, 5) << szText;
+    EXPECT_EQ(reader.GetReadErrorCount(), 0) << szText;
+  }
+}
+
+// Keywords die with the handler that registered them, with and without a block.
+TEST(ReaderValues, KeywordsNeverOutliveTheirHandler) {
+  class Block : public LinkHdl {
+   public:
+    int Read(ZuReaderObject* pObject) {
+      int iLocal = 0;
+      ZuReaderObject local("LOCAL", &iLocal);
+      pObject->RegisterObject(local);
+      if (m_bProcess) pObject->DoProcess();
+      m_iSum += iLocal;
+      return 1;
+    }
+    bool m_bProcess = true;
+    int m_iSum = 0;
+  };
+  for (bool bProcess : {true, false}) {
+    for (const char* szText : {"B { LOCAL 1 } LOCAL 2 I 5", "X { } B 7 LOCAL 2 I 5"}) {
+      TempFile file(szText);
+      OpenReader reader(file.Path());
+      Block block;
+      block.m_bProcess = bProcess;
+      int i = 0;
+      ZuReaderObject objects[] = {{"B", Link(&block, &Block::Read)}, {"I", &i}};
+      for (ZuReaderObject& object : objects) reader.RegisterObject(object);
+      reader.DoProcess(false);
+      EXPECT_TRUE(reader.IsAtRest(2)) << szText;
+      EXPECT_EQ(i, 5) << szText;
+      EXPECT_EQ(block.m_iSum, bProcess && szText[0] == 'B' ? 1 : 0);
+    }
+  }
+}
+
+}  // namespace
