@@ -1,0 +1,192 @@
+// Photo records as project files hold them: current and older keywords, lists in blocks, shapes.
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <fstream>
+#include <iterator>
+#include <string>
+
+#include "tests/support/project_file.h"
+#include "tests/support/temp_file.h"
+#include "zu/photo/ortho_photo.h"
+
+namespace {
+
+std::string Sample(const char* szName) { return std::string(ZU_SOURCE_DIR "/samples/") + szName; }
+
+TEST(Project, ReadsEveryFieldOfTheCurrentForm) {
+  ProjectFile project(Sample("chessboard/left_cap.prj"));
+  const ZuPhoto& photo = *project.Photos().First();
+  EXPECT_EQ(photo.GetId(), 1u);
+  EXPECT_STREQ(photo.GetName(), "left01.jpg");
+  EXPECT_STREQ(photo.GetComment(), "chessboard, left camera, photo 01");
+  EXPECT_TRUE(photo.IsDigital() && photo.IsActive() && photo.HasAOR());
+  EXPECT_EQ(photo.GetScale(), 1.0);
+  EXPECT_EQ(photo.GetDigiRegion(), ZuRegion(0, 0, 639, 479));
+  EXPECT_EQ(photo.GetCamera().m_iMode, eCameraModeCap);
+  EXPECT_EQ(photo.GetCamera().m_dRMax, 4.4);
+  EXPECT_STREQ(photo.GetReseauData().GetName(), "OPENCV-STEREO");
+  EXPECT_EQ(photo.GetReseauData().GetId(), 1u);
+  EXPECT_EQ(photo.GetReseauPreTrafo().GetType(), eZuTrafo2DAffin);
+  EXPECT_EQ(photo.GetReseauMainTrafo().GetCoef(1), 0.0099);
+  EXPECT_EQ(photo.GetRotAOR()[2][3], 0.16469650870082761);
+  EXPECT_EQ(photo.GetPosAOR()[3], 374.088176);
+  double a, b, c;
+  photo.GetRotAOR(&a, &b, &c);
+  EXPECT_NEAR(a, -0.16545031033379032, 1e-14);
+  EXPECT_NEAR(b, 0.278440402049404, 1e-14);
+  EXPECT_NEAR(c, -0.010259965857034745, 1e-14);
+  EXPECT_EQ(project.Pixels(1).Last()->GetId(), 54u);
+  // With y counting down the first corner is the upper left one.
+  EXPECT_NEAR(photo.GetBikoRegion().Left(), -3.16305, 1e-12);
+  EXPECT_NEAR(photo.GetBikoRegion().Bottom(), 2.37105, 1e-12);
+  EXPECT_NEAR(photo.GetPixelSize(), 0.0099, 1e-12);
+}
+
+TEST(Project, MigratesTheOlderForm) {
+  ProjectFile project(Sample("older/facade.prj"));
+  ASSERT_EQ(project.Photos().Count(), 1);
+  ZuPhoto& photo = *project.Photos().First();
+  EXPECT_TRUE(photo.GetName().empty());  // of an analog photo it goes to the comment
+  EXPECT_STREQ(photo.GetComment(), "west facade");
+  EXPECT_STREQ(photo.GetReseauData().GetName(), "reseau 36x24");
+  EXPECT_EQ(photo.GetDigPictPage(), 3);
+  EXPECT_EQ(photo.GetDigPictRot(), 0);
+  EXPECT_TRUE(photo.IsAnalog());
+  EXPECT_EQ(photo.GetDigitizerId(), 7u);
+  EXPECT_NE(photo.IsFlagSet(eZuFlagActive), 0);
+  EXPECT_EQ(photo.GetCamera().m_dC, 35.2);
+  EXPECT_EQ(photo.GetCamera().m_dRMax, 2.1 * 12.0);
+  EXPECT_EQ(photo.GetReseauPreTrafo().GetType(), eZuTrafo2DAffin);
+  EXPECT_EQ(photo.GetReseauMainTrafo().GetType(), eZuTrafo2DHelmert);
+  EXPECT_EQ(photo.GetReseauPolyInv().GetType(), eZuTrafo2DNone);
+  // What stands behind blocks with lists is not lost.
+  EXPECT_EQ(photo.GetRegoiList().Count(), 2);
+  EXPECT_EQ(photo.GetRegoiList().Last()->m_dDY, 0.04);
+  EXPECT_EQ(photo.GetLastZuspId(), 1u);
+  EXPECT_EQ(photo.GetScreenPos().m_dY, 80.0);
+  EXPECT_EQ(photo.GetScreenFlags(), 5);
+  EXPECT_EQ(project.Pixels(1).Count(), 2);
+  // The 2 x 2 matrix was refused, the record went on.
+  EXPECT_EQ(photo.GetRotAOR()[1][1], 1.0);
+  EXPECT_EQ(photo.GetRotAOR()[3][3], 1.0);
+  EXPECT_EQ(photo.GetPosAOR()[1], 101.5);
+  EXPECT_TRUE(photo.HasAOR());
+}
+
+TEST(Project, OlderRectificationDerivesWhatItLacks) {
+  ProjectFile project(Sample("older/facade.prj"));
+  ASSERT_EQ(project.Photos().First()->CountZuspTrafo(), 1);
+  const ZuZuspTrafo& trafo = *project.Photos().First()->FirstZuspTrafo();
+  const double columns[3][3] = {{0.5, 0.02, 2.5}, {-0.01, 0.5, 1.25}, {0.002, 0.001, 1.0}};
+  for (int i = 0; i < 3; ++i) {
+    for (int j = 0; j < 3; ++j) EXPECT_EQ(trafo.GetZuspMat()[i + 1][j + 1], columns[i][j]);
+  }
+  EXPECT_TRUE(trafo.IsActive() && trafo.IsRegionActive());
+  EXPECT_FALSE(trafo.GetDistortCameraFlag());
+  EXPECT_EQ(trafo.GetRegion().Count(), 4);
+  EXPECT_EQ(trafo.GetBikoList().First()->GetId(), 1u);
+  EXPECT_EQ(trafo.GetBikoList().GetMode(), eLPolygonIdXY);
+  EXPECT_EQ(trafo.GetPPList().GetMode(), eLPolygonIdXYZ);
+  ZuPoint corner(0, -12.0, -8.0);
+  trafo.Transform(&corner, &corner);
+  EXPECT_EQ(*trafo.GetPPList().First(), corner);
+  EXPECT_EQ(trafo.GetPPList().First()->GetId(), 1u);
+}
+
+TEST(Project, KeywordsOfBothFormsOverwriteEachOther) {
+  const TempFile file(
+      "PHOTO { PHOTOID 5 \"a.jpg\" DIGITAL 1 CAMERA { 1 35 0 0 0 0 5 \"x\" } CAMDATA { ID 2 C 50 "
+      "}\n"
+      "  AORM { 3 3 1 2 3 4 5 6 7 8 } STATE 2 AORV { 4 1 2 3 4 } SCALE 3 }\n"
+      "PHOTO { PHOTOID 6 \"b.jpg\" DIGIREGION { 0 0 100 100 } CAMDATA { ID 3 C 20 } }\n");
+  ProjectFile project(file.Path());
+  ASSERT_EQ(project.Photos().Count(), 2);
+  const ZuPhoto& first = *project.Photos().First();
+  EXPECT_EQ(first.GetCamera().GetId(), 2u);
+  EXPECT_EQ(first.GetCamera().m_dC, 50.0);
+  EXPECT_EQ(first.GetCamera().m_dR0, 5.0);  // the keyword form left it
+  EXPECT_EQ(first.GetCamera().m_dRMax, 10.5);
+  EXPECT_EQ(first.GetRotAOR()[3][2], 8.0);
+  EXPECT_EQ(first.GetRotAOR()[3][3], 0.0);  // missing values are 0
+  EXPECT_EQ(first.GetPosAOR()[1], 0.0);     // four elements are refused
+  EXPECT_TRUE(first.IsExtern() && first.IsInactive());
+  EXPECT_EQ(first.GetScale(), 3.0);
+  const ZuPhoto& second = *project.Photos().Last();
+  EXPECT_NEAR(second.GetCamera().m_dRMax, 0.5 * std::hypot(100.0, 100.0) * 1.1, 1e-9);
+}
+
+// Memory stays sound and complete photos stay, wherever the file ends.
+TEST(Project, CutAnywhere) {
+  for (const char* szName : {"older/facade.prj", "chessboard/left.prj"}) {
+    std::ifstream stream(Sample(szName), std::ios::binary);
+    const std::string strWhole{std::istreambuf_iterator<char>(stream), {}};
+    const size_t uStep = strWhole.size() > 4000 ? 97 : 1;
+    int iLast = 0;
+    for (size_t n = 0; n <= strWhole.size(); n += uStep) {
+      const TempFile cut(strWhole.substr(0, n));
+      ProjectFile project(cut.Path());
+      ASSERT_GE(project.Photos().Count(), iLast) << szName << " at " << n;
+      iLast = project.Photos().Count();
+    }
+  }
+}
+
+TEST(Project, CopiesCarryTheRecordWithoutItsLists) {
+  ProjectFile project(Sample("older/facade.prj"));
+  ZuPhoto& photo = *project.Photos().First();
+  photo.AddImo(ZuPoint(1, 2.0, 3.0), static_cast<eConvertBikoMode>(0));
+  photo.AddAttribute(new ZuAttribute(7u));
+  ZuPhoto assigned(9);
+  assigned.AddImo(ZuPoint(5, 0.0, 0.0), static_cast<eConvertBikoMode>(0));
+  assigned = photo;
+  const ZuPhoto copy(photo);
+  for (const ZuPhoto* p : {&copy, static_cast<const ZuPhoto*>(&assigned)}) {
+    EXPECT_EQ(p->CountImo(), 0);
+    EXPECT_EQ(p->CountZuspTrafo(), 0);
+    EXPECT_EQ(p->FirstAttribute(), nullptr);
+    EXPECT_EQ(p->GetId(), 1u);
+    EXPECT_EQ(p->GetPosAOR()[1], 101.5);
+    EXPECT_EQ(p->GetReseauMainTrafo().GetCoef(1), photo.GetReseauMainTrafo().GetCoef(1));
+    EXPECT_EQ(p->GetCamera().m_dA1, photo.GetCamera().m_dA1);
+  }
+  EXPECT_EQ(photo.CountImo(), 1);
+}
+
+TEST(Project, TextsAndTypes) {
+  EXPECT_TRUE(ZuPhoto(5).IsAnalog());
+  EXPECT_TRUE(ZuPhoto(5, "a.jpg").IsDigital());
+  EXPECT_TRUE(ZuPhoto(5).IsInactive());
+  ZuPhoto photo(5, "a.jpg");
+  photo.SetComment("text");
+  photo.SetHasAOR(true);
+  EXPECT_STREQ(ZuPhotoGuiString(&photo, true), ":: 5 - a.jpg");
+  photo.SetType(eZuPhototypeAnalog);
+  EXPECT_STREQ(ZuPhotoGuiString(&photo, false), "5 - text");
+  EXPECT_STREQ(ZuPhotoGuiString(nullptr, true), "??");
+  ZuOrthoPhoto ortho(3u);
+  const ZuPhotoDesc desc(&ortho);
+  EXPECT_TRUE(desc.m_bIsOrtho && !desc.m_bIsViva && desc.m_uId == 3);
+  EXPECT_EQ(ZuPhotoDesc(nullptr).m_uId, 0u);
+  EXPECT_EQ(ZuPhoto::cast(static_cast<ZuObject*>(&photo)), &photo);
+
+  // R = Ry(b) Rx(a) Rz(c), and its angles again.
+  photo.SetRotAOR(0.3, -1.1, 2.0);
+  ZuMatrix x(3, 3), y(3, 3), z(3, 3);
+  const ZuMatrix product = y.RotYAxis(-1.1) * x.RotXAxis(0.3) * z.RotZAxis(2.0);
+  for (int i = 0; i < 9; ++i) {
+    EXPECT_NEAR(photo.GetRotAOR().GetData()[i], product.GetData()[i], 1e-15);
+  }
+  ZuPoint aor;
+  photo.SetPosAOR(1.0, 2.0, 3.0);
+  photo.GetAOR(&aor, true);
+  EXPECT_NEAR(aor.m_dDX, 0.3 * 63.66197723675813, 1e-12);
+  EXPECT_NEAR(aor.m_dDY, -1.1 * 63.66197723675813, 1e-12);
+  EXPECT_EQ(aor.m_iPhoto, 5);
+  ZuMatrix map(4, 4);
+  photo.GetAOR(&map);
+  EXPECT_EQ(map[2][4], 2.0);
+  EXPECT_EQ(map[4][4], 1.0);
+}
+
+}  // namespace
