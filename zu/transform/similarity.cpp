@@ -13,6 +13,10 @@ constexpr int kMaxSteps = 200;
 // within 1e-5 of their extent from a line.
 constexpr double kCollinear = 1e-10;
 
+// Size of a determinant that is rounding alone, over the third power of the largest singular value
+// [-]: some units in the last place.
+constexpr double kRounding = 1e-15;
+
 // The numbers of M that scale and rotation are made of: with the singular values p, q, r of M, the
 // last one signed like the determinant, d = p q r, a = p^2 + q^2 + r^2, b = p^2 q^2 + p^2 r^2 +
 // q^2 r^2.
@@ -59,12 +63,12 @@ Invariants CalcInvariants(const ZuMatrix& m) {
     return v;
   }
 
-  // A flat set of points. In a narrow one the numbers above are lost among the rounding of the long
-  // direction; the cofactors have them without cancellation: d by expansion, b as the sum of their
-  // squares.
+  // A flat set of points. In a narrow one d and b are lost among the rounding of the long
+  // direction: a determinant of that size is none, and b is the sum of the squared cofactors, which
+  // has no differences.
   SetMinors(m, &v.cofactors);
   const ZuMatrix& c = v.cofactors;
-  v.d = m[1][1] * c[1][1] + m[1][2] * c[1][2] + m[1][3] * c[1][3];
+  if (std::fabs(v.d) <= kRounding * v.a * std::sqrt(v.a)) v.d = 0.0;
   v.b = 0.0;
   for (int i = 0; i < 9; ++i) v.b += c.GetData()[i] * c.GetData()[i];
   v.bCollinear = LargestElement(c) <= kCollinear * v.a;
