@@ -38,6 +38,7 @@
 #include "zu/foundation/sort_helper.h"
 #include "zu/foundation/str_rep.h"
 #include "zu/foundation/string.h"
+#include "zu/foundation/string_functions.h"
 #include "zu/foundation/unicode.h"
 #include "zu/foundation/valid_pointer.h"
 #include "zu/foundation/value_array2d.h"

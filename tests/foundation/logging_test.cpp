@@ -6,7 +6,9 @@
 #include <cwchar>
 #include <filesystem>
 #include <fstream>
+#include <functional>
 #include <iterator>
+#include <memory>
 #include <regex>
 #include <string>
 #include <vector>
@@ -26,12 +28,12 @@ class CollectingLogger : public ZuLogger {
   int Start() override { return m_iAnswer; }
   int Log(int, wchar_t const* szText) override {
     m_texts.emplace_back(szText);
-    if (m_pLeaves) m_pLeaves->SubtractLogger(this);
+    if (m_onLog) m_onLog();
     return 0;
   }
   Texts m_texts;
   int m_iAnswer = 0;
-  ZuMasterLogger* m_pLeaves = nullptr;
+  std::function<void()> m_onLog;
 };
 
 class MasterLogger : public ZuMasterLogger {
@@ -101,15 +103,23 @@ TEST_F(Logging, NothingHappensWithoutMaster) {
   EXPECT_TRUE(m_debug.empty());
 }
 
-TEST_F(Logging, LoggerMayLeaveWhileItIsCalled) {
+// A logger may take itself or the next one off while it is called, and may log itself.
+TEST_F(Logging, LoggersMayLeaveWhileTheyAreCalled) {
+  auto pNext = std::make_unique<CollectingLogger>();
   CollectingLogger leaving, last;
-  leaving.m_pLeaves = &m_master;
+  leaving.m_onLog = [&] {
+    m_master.SubtractLogger(&leaving);
+    m_master.SubtractLogger(pNext.get());
+    pNext.reset();
+    m_master.Log(1, L"inner");
+  };
   m_master.AddLogger(&leaving);
+  m_master.AddLogger(pNext.get());
   m_master.AddLogger(&last);
   ZuApplicationLogger::Log(1, L"a");
   ZuApplicationLogger::Log(1, L"b");
   EXPECT_EQ(leaving.m_texts, (Texts{L"a"}));
-  EXPECT_EQ(last.m_texts, (Texts{L"a", L"b"}));
+  EXPECT_EQ(last.m_texts, (Texts{L"inner", L"a", L"b"}));
 }
 
 TEST_F(Logging, LineFormat) {
@@ -163,6 +173,9 @@ TEST_F(Logging, FormatsAsWprintf) {
 #undef ZU_EXPECT_FORMAT
   ZuApplicationLogger::Log(1, L"%s %5s|", "\xC3\xA4", "\xFF");
   EXPECT_EQ(m_logger.m_texts.back(), L"\u00E4     \uFFFD|");
+  const char acOpen[] = {'\xC3', '\xA4', 'b', 'c'};  // not terminated
+  ZuApplicationLogger::Log(1, L"%.3s", acOpen);
+  EXPECT_EQ(m_logger.m_texts.back(), L"\u00E4bc");
   ZuApplicationLogger::Log(1, L"%99999999999d%%%", 1);
   EXPECT_EQ(m_logger.m_texts.back().size(), 499u);
 }

@@ -51,9 +51,28 @@ void ZuMasterLogger::AddLogger(ZuLogger* pLogger) { m_loggers.Add(new ZuLoggerRe
 void ZuMasterLogger::SubtractLogger(ZuLogger* pLogger) {
   for (ZuLoggerRef* p = m_loggers.First(); p != nullptr; p = p->Next()) {
     if (p->GetLogger() != pLogger) continue;
+    for (Walk* pWalk = m_pWalk; pWalk != nullptr; pWalk = pWalk->m_pOuter) {
+      if (pWalk->m_pNext == p) pWalk->m_pNext = p->Next();
+    }
     m_subtracted.Add(m_loggers.Subtract(p));
     return;
   }
+}
+
+ZuMasterLogger::Walk::Walk(ZuMasterLogger* pMaster)
+    : m_pMaster(pMaster), m_pNext(pMaster->m_loggers.First()), m_pOuter(pMaster->m_pWalk) {
+  pMaster->m_pWalk = this;
+}
+
+ZuMasterLogger::Walk::~Walk() { m_pMaster->m_pWalk = m_pOuter; }
+
+ZuLogger* ZuMasterLogger::Walk::Next() {
+  while (m_pNext != nullptr) {
+    ZuLogger* const pLogger = m_pNext->GetLogger();
+    m_pNext = m_pNext->Next();
+    if (pLogger) return pLogger;
+  }
+  return nullptr;
 }
 
 void ZuMasterLogger::SetFormat(wchar_t const* szFormat) {
@@ -62,17 +81,15 @@ void ZuMasterLogger::SetFormat(wchar_t const* szFormat) {
 
 int ZuMasterLogger::Start() {
   int iResult = 0;
-  for (ZuLoggerRef* p = m_loggers.First(); p != nullptr; p = p->Next()) {
-    if (p->GetLogger() && p->GetLogger()->Start() != 0) iResult = 1;
-  }
+  Walk walk(this);
+  while (ZuLogger* const pLogger = walk.Next()) iResult |= pLogger->Start() != 0;
   return iResult;
 }
 
 int ZuMasterLogger::Stop() {
   int iResult = 0;
-  for (ZuLoggerRef* p = m_loggers.First(); p != nullptr; p = p->Next()) {
-    if (p->GetLogger() && p->GetLogger()->Stop() != 0) iResult = 1;
-  }
+  Walk walk(this);
+  while (ZuLogger* const pLogger = walk.Next()) iResult |= pLogger->Stop() != 0;
   return iResult;
 }
 
@@ -80,10 +97,9 @@ int ZuMasterLogger::Log(int iLevel, wchar_t const* szMessage) {
   wchar_t szLine[kLineLength];
   CopyCut(szLine, m_szFormat, kLineLength - 1);
   Format(szLine, szMessage ? szMessage : L"");
-  for (ZuLoggerRef *p = m_loggers.First(), *pNext = nullptr; p != nullptr; p = pNext) {
-    pNext = p->Next();
-    ZuLogger* const pLogger = p->GetLogger();
-    if (pLogger && iLevel <= pLogger->m_iLevel) pLogger->Log(iLevel, szLine);
+  Walk walk(this);
+  while (ZuLogger* const pLogger = walk.Next()) {
+    if (iLevel <= pLogger->m_iLevel) pLogger->Log(iLevel, szLine);
   }
   return 0;
 }

@@ -84,9 +84,24 @@ class ZU_API ZuMasterLogger : public ZuLogger {
   wchar_t m_szFormat[kFormatLength + 1];
 
  private:
-  // Entries taken off the list live on until the master ends: one of them may be the entry that Log
-  // stands on.
-  TZuListHeader<ZuLoggerRef> m_subtracted;
+  // A walk through the list, which holds while loggers come and go. Walks nest: a logger may log.
+  class Walk {
+   public:
+    explicit Walk(ZuMasterLogger* pMaster);
+    ~Walk();
+    Walk(Walk const&) = delete;
+    Walk& operator=(Walk const&) = delete;
+    ZuLogger* Next();  // passes over null loggers; null at the end
+
+   private:
+    friend class ZuMasterLogger;
+    ZuMasterLogger* m_pMaster;
+    ZuLoggerRef* m_pNext;
+    Walk* m_pOuter;
+  };
+
+  Walk* m_pWalk = nullptr;                  // the innermost
+  TZuListHeader<ZuLoggerRef> m_subtracted;  // entries taken off, kept until the master ends
 };
 
 // The front door. The application owns the master and unregisters it (null) before it goes.

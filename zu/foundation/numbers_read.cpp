@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <limits>
 #include <string>
+#include <string_view>
 
 #include "zu/foundation/internal/c_format.h"
 #include "zu/foundation/internal/digits.h"
@@ -21,13 +22,11 @@ bool IsDigit(char c) { return c >= '0' && c <= '9'; }
 
 bool IsLetter(char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z'); }
 
-// Whether a character can stand in a decimal number.
-bool IsDecimal(char c) {
-  return IsDigit(c) || c == '.' || c == 'e' || c == 'E' || c == '-' || c == '+';
-}
-
 // Whether a character can stand in a hexadecimal number, an infinity or a "nan(...)".
-bool IsSpecial(char c) { return IsDecimal(c) || IsLetter(c) || c == '_' || c == '(' || c == ')'; }
+bool IsSpecial(char c) {
+  constexpr std::string_view kOthers = ".+-_()";
+  return IsDigit(c) || IsLetter(c) || kOthers.find(c) != kOthers.npos;
+}
 
 // A text with an end, and one with a terminator, which no number holds.
 struct Bounded {
@@ -66,7 +65,7 @@ char const* Stretch(char const* p, End end, Accept accept) {
 double ReadByRuntime(char const* p, char const* pEnd, char const** ppStop) {
   const std::string strText(p, pEnd);
   char const* pStop = nullptr;
-  const double dValue = zu_internal::StringToDouble(strText.c_str(), &pStop);
+  const double dValue = StringToDouble(strText.c_str(), &pStop);
   *ppStop = p + (pStop - strText.c_str());
   return dValue;
 }

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cctype>
-#include <utility>
 
 #include "zu/foundation/internal/str_block.h"
 
@@ -122,7 +121,7 @@ StrRep* Scapitalize(StrRep const* src, StrRep* dest) {
   bool bInWord = false;
   return ChangeCharacters(src, dest, [&bInWord](int c) {
     if (!bInWord) {
-      bInWord = std::isalpha(c) ? std::islower(c) || std::isupper(c) : std::isdigit(c) != 0;
+      bInWord = std::islower(c) || std::isupper(c) || std::isdigit(c);
       return std::islower(c) ? std::toupper(c) : c;
     }
     if (std::isupper(c)) return std::tolower(c);

@@ -2,7 +2,7 @@
 #include <cstring>
 #include <string_view>
 
-#include "zu/foundation/string.h"
+#include "zu/foundation/string_functions.h"
 
 namespace {
 
@@ -26,7 +26,7 @@ int CompareStretches(std::string_view x, std::string_view y) {
 std::string_view View(String const& x) { return {x.chars(), static_cast<std::size_t>(x.length())}; }
 
 std::string_view View(SubString const& x) {
-  return {x.chars(), static_cast<std::size_t>(x.length())};
+  return {x.chars(), static_cast<std::size_t>(x.Rest())};
 }
 
 }  // namespace

@@ -1,10 +1,11 @@
+#include "zu/foundation/string_functions.h"
+
 #include <algorithm>
 #include <istream>
 #include <ostream>
 #include <string_view>
 
 #include "zu/foundation/internal/str_block.h"
-#include "zu/foundation/string.h"
 
 using zu_internal::FreeRep;
 using zu_internal::NewRep;
@@ -15,7 +16,7 @@ std::ostream& operator<<(std::ostream& stream, String const& x) {
 }
 
 std::ostream& operator<<(std::ostream& stream, SubString const& x) {
-  return stream << std::string_view(x.chars(), static_cast<std::size_t>(x.length()));
+  return stream << std::string_view(x.chars(), static_cast<std::size_t>(x.Rest()));
 }
 
 String join(String const src[], int n, String const& sep) {

@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <cstring>
+#include <functional>
 #include <new>
 
 #include "zu/foundation/str_rep.h"
@@ -53,7 +54,8 @@ inline void SetLength(StrRep* p, std::size_t n) {
 
 // Whether a text starts in the block.
 inline bool LiesIn(StrRep const* p, char const* t) {
-  return !IsNil(p) && t >= p->s && t <= p->s + p->sz;
+  const std::less_equal<char const*> isAtOrBefore;  // an order of all pointers
+  return !IsNil(p) && isAtOrBefore(p->s, t) && isAtOrBefore(t, p->s + p->sz);
 }
 
 }  // namespace zu_internal

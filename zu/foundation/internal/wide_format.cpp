@@ -188,9 +188,23 @@ class WideFormatter {
       wchar_t const* const szText = va_arg(m_args, wchar_t const*);
       return Padded(szText ? szText : L"(null)", static_cast<std::size_t>(m_nLimit));
     }
-    char const* const szText = va_arg(m_args, char const*);
-    const AnsiToUni wide(szText ? szText : "(null)");
+    char const* szText = va_arg(m_args, char const*);
+    if (szText == nullptr) szText = "(null)";
+    const int nMax = m_iPrecision >= 0 ? m_iPrecision : m_nLimit;
+    const AnsiToUni wide(std::string(szText, BytesOf(szText, nMax)));
     Padded(wide() ? wide() : L"", static_cast<std::size_t>(m_nLimit));
+  }
+
+  // Bytes of the first n characters of a UTF-8 text, by their first bytes. Nothing behind them is
+  // looked at: a text with a precision need not be terminated.
+  static std::size_t BytesOf(char const* szText, int n) {
+    std::size_t i = 0;
+    for (int k = 0; k < n && szText[i] != '\0'; ++k) {
+      const auto uFirst = static_cast<unsigned char>(szText[i++]);
+      int nFollow = uFirst < 0xC2 ? 0 : uFirst < 0xE0 ? 1 : uFirst < 0xF0 ? 2 : 3;
+      for (; nFollow > 0 && (szText[i] & 0xC0) == 0x80; --nFollow) ++i;
+    }
+    return i;
   }
 
   // At most nMax characters, and no more than the precision, in a field of the width. Nothing
@@ -200,7 +214,7 @@ class WideFormatter {
       nMax = static_cast<std::size_t>(m_iPrecision);
     }
     std::size_t n = 0;
-    while (n < nMax && (szText[n] != L'\0')) ++n;
+    while (n < nMax && szText[n] != L'\0') ++n;
     const int nPad = m_iWidth - static_cast<int>(n);
     const bool bLeft = m_strFlags.find('-') != std::string::npos;
     for (int i = 0; i < nPad && !bLeft; ++i) Put(L' ');
