@@ -2,14 +2,16 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <cctype>
 #include <cstdlib>
 #include <cwchar>
 #include <filesystem>
 #include <fstream>
 #include <functional>
 #include <iterator>
+#include <locale>
 #include <memory>
-#include <regex>
 #include <string>
 #include <vector>
 
@@ -17,6 +19,7 @@
 #include "zu/foundation/debug_logger.h"
 #include "zu/foundation/logfile.h"
 #include "zu/foundation/logger.h"
+#include "zu/foundation/unicode.h"
 
 namespace {
 
@@ -52,6 +55,14 @@ class MasterLogger : public ZuMasterLogger {
     return szLine;
   }
 };
+
+// Whether a text is like a form in which 9 stands for a digit, a for a letter, ? for anything.
+bool HasForm(std::string const& text, std::string const& form) {
+  return std::equal(text.begin(), text.end(), form.begin(), form.end(), [](char c, char f) {
+    const auto u = static_cast<unsigned char>(c);
+    return c == f || f == '?' || (f == '9' && std::isdigit(u)) || (f == 'a' && std::isalpha(u));
+  });
+}
 
 // A master registered for the test, with one logger of level 9.
 class Logging : public ::testing::Test {
@@ -134,7 +145,7 @@ TEST_F(Logging, LineFormat) {
   CollectingLogger logger;
   plain.AddLogger(&logger);
   plain.Log(3, L"text");
-  EXPECT_TRUE(std::regex_match(logger.m_texts[0], std::wregex(L"\\[\\d\\d:\\d\\d:\\d\\d\\] text")));
+  EXPECT_TRUE(HasForm(UniToAnsi(logger.m_texts[0])(), "[99:99:99] text"));
 }
 
 TEST_F(Logging, BuffersAreCut) {
@@ -227,7 +238,10 @@ TEST_F(LogFiles, DebugLoggerWritesAddresses) {
   EXPECT_EQ(m_logger.m_texts, (Texts{L"InstallZuvoDebugLogger()", L"secret",
                                      L"UninstallZuvoDebugLogger()", L"after"}));
   const std::string text = Content(m_folder / "ZuvoProtokoll.log");
-  EXPECT_TRUE(std::regex_match(text, std::regex("2 : (0x)?[0-9a-fA-F]+\n"))) << text;
+  EXPECT_EQ(text.substr(0, 4), "2 : ");
+  EXPECT_EQ(text.find("secret"), text.npos);
+  EXPECT_NE(std::strtoull(text.c_str() + 4, nullptr, 16), 0u);
+  EXPECT_EQ(text.find('\n'), text.size() - 1);
 }
 
 TEST_F(LogFiles, DebugLoggerFollowsNoLink) {
@@ -242,17 +256,23 @@ TEST_F(LogFiles, DebugLoggerFollowsNoLink) {
   EXPECT_EQ(logger.Log(1, L"text"), 0);  // and does not wait at a pipe
 }
 
+struct Comma : std::numpunct<char> {
+  char do_decimal_point() const override { return ','; }
+};
+
 TEST_F(LogFiles, ReportIsAppendedUnderAHeader) {
+  const std::locale before = std::locale::global(std::locale(std::locale::classic(), new Comma));
   const auto path = m_folder / "report.log";
   for (int i = 0; i < 2; ++i) {
     ZuLogfile log(path.c_str());
     EXPECT_TRUE(log.good());
     log << 1.5 << "\n";
   }
-  const std::string report =
-      "/{132}\n//  \\w{3} \\w{3} [ \\d]\\d \\d\\d:\\d\\d:\\d\\d \\d{4}\n//  1\\.5\n";
+  const std::string report = std::string(132, '/') + "\n//  aaa aaa ?9 99:99:99 9999\n//  1.5\n";
   const std::string text = Content(path);
-  EXPECT_TRUE(std::regex_match(text, std::regex(report + report))) << text;
+  EXPECT_TRUE(HasForm(text, report + report)) << text;
+
+  std::locale::global(before);
 
   ZuLogfile missing((m_folder / "no folder" / "x.log").c_str());
   EXPECT_TRUE(missing.fail());
