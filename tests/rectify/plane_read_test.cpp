@@ -65,6 +65,15 @@ TEST(PlaneText, FileOfBlocksIsReadToItsEnd) {
   }
 }
 
+TEST(PlaneText, SampleHoldsItsWalls) {
+  const ZuPlaneList list{String(ZU_SOURCE_DIR "/samples/planes/walls.pln")};
+  ASSERT_EQ(list.Count(), 3);
+  const ZuPlane* pEast = list.Find("WALL EAST");
+  ASSERT_NE(pEast, nullptr);
+  EXPECT_NEAR(pEast->Dist(ZuPoint(1, 1.0, 2.0, 3.0)), 5.05, 1e-14);
+  EXPECT_TRUE(list.First()->IsNormal(*pEast));
+}
+
 // Whatever is cut off, complete planes stay and the cut one never enters the list.
 TEST(PlaneText, FileCutAnywhereKeepsCompletePlanes) {
   const std::string text = "{ 1 \"a\" 1 0 0 -5 }\n{ 2 \"b\" 0 1.5 0 6 }\n{ 3 \"c\" 0 0 1 1e999 }\n";
