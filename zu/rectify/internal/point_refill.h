@@ -22,10 +22,14 @@ class ZuPointRefill {
 
   // The copy, which the caller may change.
   ZuPoint* Append(const ZuPoint& point) {
-    if (m_pNext == nullptr) return m_nodes.Add(new ZuPoint(point));
     ZuPoint* pNode = m_pNext;
-    m_pNext = pNode->Next();
-    *pNode = point;
+    if (pNode != nullptr) {
+      m_pNext = pNode->Next();
+      *pNode = point;
+    } else {
+      pNode = new ZuPoint(point);
+      m_nodes.LinkLast(pNode);
+    }
     return pNode;
   }
 
@@ -40,7 +44,11 @@ class ZuPointRefill {
   }
 
  private:
+  struct Nodes : TZuBaseListHeader<ZuPoint> {
+    using TZuBaseListHeader<ZuPoint>::LinkLast;
+  };
+
   ZuPointList* m_pList;
-  TZuBaseListHeader<ZuPoint> m_nodes;
+  Nodes m_nodes;
   ZuPoint* m_pNext;  // the first node not yet used again
 };
