@@ -121,6 +121,22 @@ TEST(CalcPlane, NoisyPointsMinimiseTheHeightsOverThePlane) {
   }
 }
 
+// Required: the first three usable points name the axis, here x, although the plane is close to
+// level.
+TEST(CalcPlane, FirstPointsNameTheAxisOfAdjustment) {
+  RandomGeometry random(87);
+  Points points = {{0, 0, 0}, {1e-3, 0, 5e-3}, {0, 1e-3, 0}};
+  for (const ZuPoint3d& p : Scattered(random, ZuAffinMap3d::RotY(0.3), 40, 0.1))
+    points.push_back(p);
+  ZuCalcPlane calc;
+  ASSERT_TRUE(Fit(calc, points));
+  const ZuVector3d n = Normal(calc);
+  const Eigen::Vector3d fit = HeightFit(points, 0);
+  EXPECT_GT(n.z, n.x);
+  EXPECT_NEAR(-n.y / n.x, fit(0), 1e-10);
+  EXPECT_NEAR(-n.z / n.x, fit(1), 1e-10);
+}
+
 TEST(CalcPlane, ThreePointsGiveTheExactPlaneInTheirOrder) {
   RandomGeometry random(89);
   for (int i = 0; i < 50; ++i) {

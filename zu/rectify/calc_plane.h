@@ -43,6 +43,9 @@ class ZU_API ZuCalcPlane {
   // the list notifies one change. Three points give the exact plane, its normal by the right hand
   // in their order. From four on the component of the normal along the adjusted axis is positive.
   //
+  // Required: the axis of adjustment is that of the plane through the first three usable points,
+  // also where the result has its largest component along another. Stored planes were adjusted so.
+  //
   // With bForce a bad distribution is computed all the same; collinear points then give numbers
   // that are not finite. bForce stays for later computations.
   //

@@ -24,8 +24,8 @@ ZU_API bool ZuIntersect(const ZuLine& l1, const ZuLine& l2);
 // Common stretch [lo, hi] of the intervals a1, a2 and b1, b2, whose ends may come in any order; 0,
 // 0 when they have none.
 //
-// Required: where the first interval ends exactly at the start of the second they have none.
-// Regions that touch have no common area.
+// Required: where the first interval ends exactly at the start of the second they have none, for
+// regions that touch have no common area. The other way round the common point comes back twice.
 ZU_API void ZuIntervall(double& lo, double& hi, double a1, double a2, double b1, double b2);
 
 // Running mean of X, Y, Z of all points, id 0.

@@ -58,8 +58,8 @@ class ZU_API ZuRegion : public LinkHdl {
 
   // The common rectangle, sorted, as a new region.
   //
-  // Required: an axis in which the regions are apart, or touch only, is 0 to 0: callers ask for a
-  // width or height of 0.
+  // Required: an axis in which the regions are apart is 0 to 0, also where this one ends exactly at
+  // the other's start: callers ask for a width or height of 0.
   ZuRegion Intersect(const ZuRegion& region) const;
 
   // The rectangle around both, as a new region.
