@@ -1,0 +1,198 @@
+// Photos: rays met with a plane, object points to image points, lists along the chain, against the
+// bare formulas on the same data.
+#include <benchmark/benchmark.h>
+
+#include <cmath>
+#include <cstdlib>
+#include <random>
+#include <vector>
+
+#include "tests/support/cameras.h"
+#include "zu/photo/photo.h"
+
+namespace {
+
+constexpr int kPoints = 4096;
+
+ZuPhoto MakePhoto() {
+  ZuPhoto photo(1, "a.jpg");
+  photo.SetDigiRegion(ZuRegion(0, 0, 639, 479));
+  const double pre[9] = {1, 0, 0.5, 0, -1, 479.5, 0, 0, 1};
+  const double main[9] = {0.0099, 0, -3.168, 0, 0.0099, -2.376, 0, 0, 1};
+  ZuTrafo2d trafo;
+  trafo.SetFromMatrix(ZuMatrix(pre, 3, 3), eZuTrafo2DAffin);
+  photo.SetReseauPreTrafo(trafo);
+  trafo.SetFromMatrix(ZuMatrix(main, 3, 3), eZuTrafo2DHelmert);
+  photo.SetReseauMainTrafo(trafo);
+  photo.SetCamera(test_cameras::ChessboardRadial());
+  photo.SetRotAOR(-0.164, 0.275, -0.0097);
+  photo.SetPosAOR(182.94, 83.86, 374.34);
+  photo.SetHasAOR(true);
+  return photo;
+}
+
+ZuPlane MakePlane() {
+  ZuPlane plane;
+  plane.A() = 0.02;
+  plane.B() = -0.01;
+  plane.C() = std::sqrt(1.0 - 0.0005);
+  plane.D() = 1.5;
+  return plane;
+}
+
+std::vector<ZuPoint> Points(double dHalf, double z) {
+  std::mt19937 random(2);
+  std::uniform_real_distribution<double> unit(-dHalf, dHalf);
+  std::vector<ZuPoint> points;
+  for (unsigned int i = 0; i < kPoints; ++i) {
+    points.emplace_back(i + 1, unit(random), unit(random), z * unit(random));
+  }
+  return points;
+}
+
+struct Xyz {
+  double x, y, z;
+};
+
+// t = (w . n) / (v . n) with v = R (x, y, -c).
+[[gnu::noinline]] Xyz BareSip(const double* R, const double* X0, double c, const double* n,
+                              double d, double x, double y) {
+  const double v0 = R[0] * x + R[1] * y - R[2] * c, v1 = R[3] * x + R[4] * y - R[5] * c,
+               v2 = R[6] * x + R[7] * y - R[8] * c;
+  const double t =
+      -(d + n[0] * X0[0] + n[1] * X0[1] + n[2] * X0[2]) / (v0 * n[0] + v1 * n[1] + v2 * n[2]);
+  return {X0[0] + t * v0, X0[1] + t * v1, X0[2] + t * v2};
+}
+
+struct Bare {
+  explicit Bare(const ZuPhoto& photo, const ZuPlane& plane)
+      : c(std::fabs(photo.GetCamera().m_dC)), d(plane.D()), n{plane.A(), plane.B(), plane.C()} {
+    for (int i = 0; i < 9; ++i) R[i] = photo.GetRotAOR().GetData()[i];
+    for (int i = 0; i < 3; ++i) X0[i] = photo.GetPosAOR()[i + 1];
+  }
+  Xyz Sip(double x, double y) const { return BareSip(R, X0, c, n, d, x, y); }
+
+  double R[9], X0[3], c, d, n[3];
+};
+
+void CheckNear(double a, double b) {
+  if (!(std::fabs(a - b) <= 1e-9 * std::max(1.0, std::fabs(b)))) std::abort();
+}
+
+void RayMeetsPlane(benchmark::State& state, bool bReference) {
+  ZuPhoto photo = MakePhoto();
+  const ZuPlane plane = MakePlane();
+  const Bare bare(photo, plane);
+  const auto points = Points(2.0, 0.0);
+  ZuPoint result;
+  for (const ZuPoint& p : points) {
+    photo.CalcSip(&result, plane, &p);
+    CheckNear(result.m_dX, bare.Sip(p.m_dX, p.m_dY).x);
+  }
+  for (auto _ : state) {
+    for (const ZuPoint& p : points) {
+      if (bReference) {
+        benchmark::DoNotOptimize(bare.Sip(p.m_dX, p.m_dY));
+      } else {
+        photo.CalcSip(&result, plane, &p);
+        benchmark::DoNotOptimize(result.m_dX);
+      }
+    }
+  }
+  state.SetItemsProcessed(state.iterations() * kPoints);
+}
+BENCHMARK_CAPTURE(RayMeetsPlane, ours, false);
+BENCHMARK_CAPTURE(RayMeetsPlane, reference, true);
+
+// Pixel to object point in one call for a list, against the formulas a point.
+void PixelToObject(benchmark::State& state, bool bReference) {
+  ZuPhoto photo = MakePhoto();
+  const ZuPlane plane = MakePlane();
+  const Bare bare(photo, plane);
+  const ZuCamera& camera = photo.GetCamera();
+  ZuPointList list;
+  for (int i = 0; i < 1000000; ++i) list.Add(ZuPoint(1, i % 640, (i / 640) % 480));
+  std::vector<ZuPoint*> nodes;
+  for (ZuPoint* p = list.First(); p != nullptr; p = p->Next()) nodes.push_back(p);
+  const double r02 = camera.m_dR0 * camera.m_dR0;
+  for (auto _ : state) {
+    state.PauseTiming();
+    for (int i = 0; i < 1000000; ++i) {
+      nodes[i]->m_dX = i % 640;
+      nodes[i]->m_dY = (i / 640) % 480;
+    }
+    state.ResumeTiming();
+    if (!bReference) {
+      photo.CalcSipList(&list, plane, eDigiToAdjusted);
+      continue;
+    }
+    for (ZuPoint* p = list.First(); p != nullptr; p = p->Next()) {
+      const double u = p->m_dX + 0.5, v = 479.5 - p->m_dY;
+      const double xr = -3.168 + 0.0099 * u - camera.m_dXh, yr = -2.376 + 0.0099 * v - camera.m_dYh;
+      const double r2 = xr * xr + yr * yr;
+      const double d = camera.m_dA2 * (r2 * r2 - r02 * r02) + camera.m_dA1 * (r2 - r02);
+      const Xyz q = bare.Sip(xr - xr * d, yr - yr * d);
+      p->m_dX = q.x;
+      p->m_dY = q.y;
+      p->m_dZ = q.z;
+    }
+  }
+  state.SetItemsProcessed(state.iterations() * 1000000);
+}
+BENCHMARK_CAPTURE(PixelToObject, ours, false)->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(PixelToObject, reference, true)->Unit(benchmark::kMillisecond);
+
+[[gnu::noinline]] Xyz BareCollinearity(const Bare& b, double x, double y, double z) {
+  const double dx = x - b.X0[0], dy = y - b.X0[1], dz = z - b.X0[2];
+  const double w = b.R[2] * dx + b.R[5] * dy + b.R[8] * dz;
+  return {-(b.R[0] * dx + b.R[3] * dy + b.R[6] * dz) * b.c / w,
+          -(b.R[1] * dx + b.R[4] * dy + b.R[7] * dz) * b.c / w, 0.0};
+}
+
+void ObjectToAdjusted(benchmark::State& state, bool bReference) {
+  const ZuPhoto photo = MakePhoto();
+  const Bare bare(photo, MakePlane());
+  const ZuBikoTransform transform(&photo, eObjectToAdjusted, false);
+  const auto points = Points(100.0, 0.1);
+  for (auto _ : state) {
+    for (const ZuPoint& p : points) {
+      Xyz q{p.m_dX, p.m_dY, p.m_dZ};
+      if (bReference) {
+        q = BareCollinearity(bare, q.x, q.y, q.z);
+      } else {
+        transform.Transform(&q.x, &q.y, &q.z);
+      }
+      benchmark::DoNotOptimize(q);
+    }
+  }
+  state.SetItemsProcessed(state.iterations() * kPoints);
+}
+BENCHMARK_CAPTURE(ObjectToAdjusted, ours, false);
+BENCHMARK_CAPTURE(ObjectToAdjusted, reference, true);
+
+// Lists in the modes of one matrix, against a 3x3 product with division a point.
+void ListByMatrix(benchmark::State& state, bool bReference) {
+  const ZuPhoto photo = MakePhoto();
+  const ZuBikoTransform transform(&photo, eDigiToBiko, false);
+  ZuMatrix m = photo.GetReseauTrafoMat();
+  ZuPointList list;
+  for (const ZuPoint& p : Points(200.0, 0.0)) list.Add(p);
+  const double* e = m.GetData();
+  for (auto _ : state) {
+    if (!bReference) {
+      transform.Transform(&list);
+      continue;
+    }
+    for (ZuPoint* p = list.First(); p != nullptr; p = p->Next()) {
+      const double x = p->m_dX, y = p->m_dY;
+      const double w = e[6] * x + e[7] * y + e[8];
+      p->m_dX = (e[0] * x + e[1] * y + e[2]) / w;
+      p->m_dY = (e[3] * x + e[4] * y + e[5]) / w;
+    }
+  }
+  state.SetItemsProcessed(state.iterations() * kPoints);
+}
+BENCHMARK_CAPTURE(ListByMatrix, ours, false);
+BENCHMARK_CAPTURE(ListByMatrix, reference, true);
+
+}  // namespace
