@@ -14,6 +14,21 @@ const std::vector<Command>& Commands() {
        "fits a plane to a scan without point numbers, prints its coefficients and the distance of\n"
        "each point, largest first, and writes the foot points on the plane to feet.xyz.",
        DefinePlane},
+      {"local", "put points into a local system defined by named points",
+       "  zu local samples/datum/local.coo --axis X:2,1 --plane XY:3 --origin 2:1000,1000,0\n"
+       "lays the x axis from station 2 to station 1 and the xy plane through station 3, and gives\n"
+       "station 2 the coordinates (1000, 1000, 0).",
+       DefineLocal},
+      {"merge", "join two point lists although some common points are wrong",
+       "  zu merge samples/merge/first.coo samples/merge/second.coo --tolerance 1 -o joined.coo\n"
+       "carries the second list into the system of the first, names the common points that do\n"
+       "not fit within 1, and writes the others to joined.coo.",
+       DefineMerge},
+      {"trafo2d", "fit a plane transformation",
+       "  zu trafo2d measured.coo --control nominal.coo --type affin -o fitted.coo\n"
+       "finds the affine transformation by the ids that both files hold, prints its coefficients\n"
+       "and residuals, and writes the transformed points to fitted.coo.",
+       DefineTrafo2d},
       {"camera info", "show the cameras of a file",
        "  zu camera info samples/chessboard/cameras.cam\n"
        "shows both cameras with their parameters and the radius up to which they invert",

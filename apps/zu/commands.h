@@ -45,11 +45,14 @@ Runner DefineCameraAdjust(Options& options);
 Runner DefineCameraGentri(Options& options);
 Runner DefineCameraInfo(Options& options);
 Runner DefineCameraPlot(Options& options);
-Runner DefinePlane(Options& options);
+Runner DefineLocal(Options& options);
 Runner DefineMeasure(Options& options);
+Runner DefineMerge(Options& options);
 Runner DefinePhotoConvert(Options& options);
 Runner DefinePhotoInfo(Options& options);
+Runner DefinePlane(Options& options);
 Runner DefineRectify(Options& options);
+Runner DefineTrafo2d(Options& options);
 Runner DefineTransform(Options& options);
 
 // In the order of the list that `zu --help` prints.

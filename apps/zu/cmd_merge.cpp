@@ -1,0 +1,237 @@
+// zu merge: a point list into the system of another one although some common points are wrong.
+#include <cmath>
+#include <cstdlib>
+#include <memory>
+#include <utility>
+
+#include "commands.h"
+#include "point_input.h"
+#include "trafo_report.h"
+#include "zu/transform/trafo3d.h"
+
+namespace cli {
+namespace {
+
+constexpr double kProper = 1e-6;  // |det R - 1| of a rotation at most [-]
+constexpr int kSampleSize = 4;    // of the library's search, without extra points
+
+struct Values {
+  std::string strA, strB;
+  std::string strOutput, strRejected;
+  std::string strColumns = "id,x,y,z";
+  double dTolerance = 0.0;
+  bool bRelative = false;
+  bool bStrict = false;
+  double dBlend = 0.0;
+  int iMinPoints = 3;
+  int iExtraPoints = 1;
+  int iExtraSample = 0;
+  unsigned uSeed = 1;
+};
+
+struct Lists {
+  ZuPointList listA, listB;
+  ZuPointList result, rejected, rejectedControl;
+};
+
+// The points of the result: agreeing ones, then those only B has, then those only A has.
+struct Groups {
+  std::vector<const ZuPoint*> agreeing, onlyB, onlyA;
+};
+
+void CheckUsage(const Values& values) {
+  if (!(values.dTolerance > 0.0) || !std::isfinite(values.dTolerance)) {
+    throw CommandError(kUsage, "--tolerance must be above 0");
+  }
+  if (!(values.dBlend >= 0.0 && values.dBlend <= 1.0)) {
+    throw CommandError(kUsage,
+                       "--blend must be from 0 (all of the carried point) to 1 (all of A's)");
+  }
+  if (values.iExtraPoints < 0 || values.iExtraSample < 0 || values.iMinPoints < 0) {
+    throw CommandError(kUsage, "numbers of points must not be negative");
+  }
+  if (values.iMinPoints - kSampleSize > values.iExtraSample) {
+    throw CommandError(kUsage, "--min-points " + std::to_string(values.iMinPoints) +
+                                   " is more than a sample has; --extra-sample " +
+                                   std::to_string(values.iMinPoints - kSampleSize) +
+                                   " or more would be right");
+  }
+}
+
+int CountCommon(const Lists& lists) {
+  ZuIdTable ids;
+  ZuTrafo3d::GetCommonIds(ids, const_cast<ZuPointList*>(&lists.listA),
+                          const_cast<ZuPointList*>(&lists.listB));
+  return ids.Count();
+}
+
+std::string Files(const Values& values) {
+  return NameInMessages(values.strA) + " and " + NameInMessages(values.strB);
+}
+
+// Throws CommandError (undetermined) where no transformation can be trusted.
+void Merge(const Values& values, Lists* pLists, ZuTrafo3d* pTrafo) {
+  const int iCommon = CountCommon(*pLists);
+  const std::string strHave =
+      Files(values) + " have " + std::to_string(iCommon) + " points in common";
+  if (values.iExtraSample > 0 && values.iExtraSample > iCommon / 2 - kSampleSize) {
+    throw CommandError(kUndetermined, strHave + "; samples of " + std::to_string(kSampleSize) +
+                                          " + " + std::to_string(values.iExtraSample) +
+                                          " need twice as many");
+  }
+  std::srand(values.uSeed);
+  const eTrafo3DStatus eStatus = pTrafo->RobustCalcByControlPointsAndTransform(
+      &pLists->result, &pLists->rejected, &pLists->rejectedControl, pLists->listA, pLists->listB,
+      values.dTolerance, !values.bRelative, values.dBlend, values.iMinPoints, false,
+      values.iExtraPoints, values.iExtraSample);
+  if (eStatus == eTrafo3DTooFewPoints) {
+    if (iCommon < values.iMinPoints) {
+      throw CommandError(kUndetermined,
+                         strHave + ", " + std::to_string(values.iMinPoints) + " are needed");
+    }
+    throw CommandError(kUndetermined, strHave + ", which do not agree\nto find the wrong ones " +
+                                          std::to_string(values.iMinPoints + values.iExtraPoints) +
+                                          " are needed (--min-points and --extra-points)");
+  }
+  if (eStatus != eTrafo3DOk) {
+    throw CommandError(kUndetermined,
+                       strHave +
+                           ", no sample of which agrees\na larger --tolerance, another "
+                           "--seed, or points that are not on one line may help");
+  }
+}
+
+Groups GroupsOf(const Lists& lists, int iCommon) {
+  Groups groups;
+  const int iAgreeing = iCommon - lists.rejected.Count();
+  const int iOnlyB = lists.listB.Count() - iCommon;
+  int i = 0;
+  for (const ZuPoint* p = lists.result.First(); p != nullptr; p = p->Next(), ++i) {
+    (i < iAgreeing            ? groups.agreeing
+     : i < iAgreeing + iOnlyB ? groups.onlyB
+                              : groups.onlyA)
+        .push_back(p);
+  }
+  return groups;
+}
+
+void CheckGeometry(const Values& values, const Lists& lists, const Groups& groups,
+                   const ZuTrafo3d& trafo) {
+  ZuPointList agreeingA, agreeingB;
+  const ZuSortHelper<ZuPoint> indexA(&lists.listA), indexB(&lists.listB);
+  for (const ZuPoint* p : groups.agreeing) {
+    agreeingA.Add(*indexA.Find(p->GetId()));
+    agreeingB.Add(*indexB.Find(p->GetId()));
+  }
+  const bool bProper = std::fabs(trafo.m_mRot.Sarrus() - 1.0) < kProper;
+  if (bProper && !AreCollinear(agreeingA) && !AreCollinear(agreeingB)) return;
+  throw CommandError(kUndetermined,
+                     Files(values) + ": the " + std::to_string(groups.agreeing.size()) +
+                         " common points that agree do not determine a transformation\nthree "
+                         "that are not on one straight line are needed");
+}
+
+Residual ResidualOf(const ZuPoint& p) {
+  return {PointLabel(p), p.m_dRedu1, p.m_dRedu2, p.m_dRedu3};
+}
+
+Json IdsOf(const std::vector<const ZuPoint*>& points) {
+  Json ids = Json::array();
+  for (const ZuPoint* p : points) ids.push_back(p->GetId());
+  return ids;
+}
+
+void Report(const Values& values, const Lists& lists, const Groups& groups, const ZuTrafo3d& trafo,
+            Context& context) {
+  std::vector<Residual> agreeing, rejected;
+  std::vector<const ZuPoint*> rejectedPoints;
+  Json points = Json::array();
+  const auto addPoint = [&points](const ZuPoint& p, std::vector<Residual>* pResiduals) {
+    pResiduals->push_back(ResidualOf(p));
+    points.push_back(ToJson(p, &pResiduals->back()));
+  };
+  for (const ZuPoint* p : groups.agreeing) addPoint(*p, &agreeing);
+  for (const ZuPoint* p = lists.rejected.First(); p != nullptr; p = p->Next()) {
+    addPoint(*p, &rejected);
+    rejectedPoints.push_back(p);
+  }
+  for (const auto* pGroup : {&groups.onlyB, &groups.onlyA}) {
+    for (const ZuPoint* p : *pGroup) points.push_back(ToJson(*p, nullptr));
+  }
+
+  std::ostream& text = context.Text();
+  text << agreeing.size() + rejected.size() << " common points, " << groups.onlyA.size()
+       << " only in " << NameInMessages(values.strA) << ", " << groups.onlyB.size() << " only in "
+       << NameInMessages(values.strB) << "\n"
+       << rejected.size() << " rejected; residuals: A minus carried B\n";
+  if (!rejected.empty()) {
+    text << "\nrejected\n";
+    WriteResiduals(rejected, text);
+  }
+  text << "\nagreeing\n";
+  WriteResiduals(agreeing, text);
+  text << '\n';
+  WriteParameters(trafo, text);
+
+  Json& root = context.Root();
+  root["status"] = static_cast<int>(trafo.GetStatus());
+  root["status_text"] = GetTrafo3DStatusText(trafo.GetStatus());
+  root["common"] = agreeing.size() + rejected.size();
+  root["rejected"] = IdsOf(rejectedPoints);
+  AddParameters(trafo, &root);
+  root["rms"] = ToJson(RmsOf(agreeing));
+  root["only_a"] = IdsOf(groups.onlyA);
+  root["only_b"] = IdsOf(groups.onlyB);
+  root["points"] = std::move(points);
+}
+
+ExitCode Run(const Values& values, Context& context) {
+  CheckUsage(values);
+  Lists lists;
+  ReadPoints(values.strA, values.strColumns, context, &lists.listA);
+  ReadPoints(values.strB, values.strColumns, context, &lists.listB);
+  ZuTrafo3d trafo;
+  Merge(values, &lists, &trafo);
+  const Groups groups = GroupsOf(lists, trafo.GetCommonIdTable().Count());
+  CheckGeometry(values, lists, groups, trafo);
+  Report(values, lists, groups, trafo, context);
+
+  const bool bRejected = !lists.rejected.IsEmpty();
+  if (!values.strOutput.empty()) {
+    WritePoints(&lists.result, values.strColumns, &context.NewOutput(values.strOutput));
+  }
+  if (!values.strRejected.empty()) {
+    WritePoints(&lists.rejected, values.strColumns, &context.NewOutput(values.strRejected));
+  }
+  return bRejected && values.bStrict ? kNotAcceptable : kGood;
+}
+
+}  // namespace
+
+Runner DefineMerge(Options& options) {
+  auto pValues = std::make_shared<Values>();
+  options.Positional("A", &pValues->strA, "coordinate file whose system stays");
+  options.Positional("B", &pValues->strB, "coordinate file to be carried over");
+  options.Option("--tolerance", "T", &pValues->dTolerance,
+                 "longest residual of a point that agrees, in the unit of A");
+  options.Required();
+  options.Flag("--relative", &pValues->bRelative,
+               "T is a share of the longest side of the common points' box in A");
+  options.Option("--blend", "F", &pValues->dBlend,
+                 "move agreeing points towards A's, from 0 (not at all) to 1 (all the way)");
+  options.Option("--min-points", "N", &pValues->iMinPoints, "common points needed");
+  options.Option("--extra-points", "N", &pValues->iExtraPoints,
+                 "common points needed beyond these to look for wrong ones");
+  options.Option("--extra-sample", "N", &pValues->iExtraSample, "points of a sample beyond 4");
+  options.Option("--seed", "S", &pValues->uSeed,
+                 "of the random samples; the same seed gives the same result");
+  options.Flag("--strict", &pValues->bStrict, "end with exit code 1 where points are rejected");
+  AddColumnsOption(options, &pValues->strColumns);
+  options.Option("-o,--output", "OUT", &pValues->strOutput,
+                 "coordinate file of both lists in the system of A, without rejected points");
+  options.Option("--rejected", "FILE", &pValues->strRejected,
+                 "coordinate file of the rejected points of B, in the system of A");
+  return [pValues](Context& context) { return Run(*pValues, context); };
+}
+
+}  // namespace cli
