@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
+#include <type_traits>
 
 #include "zu/numerics/matrix.h"
 #include "zu/numerics/solver.h"
@@ -40,23 +41,44 @@ ZuVector ZuMatrix::Cramer(const ZuVector& b) const {
 
 namespace {
 
-// Row k of the factor over the columns k + 1 to iCols - 1 of a bordered system. The sums over the
-// rows above are gathered for many columns at once, each in the order of the rows.
+// Sums over the first iRows rows of element (row, j) times element (row, k), for m columns j from
+// j0 on, each in the order of the rows. The compiler keeps the sums in registers.
+template <int m>
+void SumProducts(const double* a, int iCols, int iRows, int k, int j0, double* pdSum) {
+  double adSum[m] = {};
+  for (int l = 0; l < iRows; ++l, a += iCols) {
+    const double dFactor = a[k];
+    for (int j = 0; j < m; ++j) adSum[j] += a[j0 + j] * dFactor;
+  }
+  std::copy_n(adSum, m, pdSum);
+}
+
+// Calls use(j, m, sums) for the columns iBegin to iEnd - 1 in groups of m columns from j on.
+template <class Use>
+void ForColumnSums(const double* a, int iCols, int iRows, int k, int iBegin, int iEnd, Use use) {
+  double adSum[8];
+  int j = iBegin;
+  for (; j + 8 <= iEnd; j += 8) {
+    SumProducts<8>(a, iCols, iRows, k, j, adSum);
+    use(j, std::integral_constant<int, 8>(), adSum);
+  }
+  for (; j + 2 <= iEnd; j += 2) {
+    SumProducts<2>(a, iCols, iRows, k, j, adSum);
+    use(j, std::integral_constant<int, 2>(), adSum);
+  }
+  if (j < iEnd) {
+    SumProducts<1>(a, iCols, iRows, k, j, adSum);
+    use(j, std::integral_constant<int, 1>(), adSum);
+  }
+}
+
+// Row k of the factor of a bordered system, right of the diagonal.
 void FactorRow(double* a, int k, int iCols) {
-  constexpr int kBlock = 32;
-  double adSum[kBlock];
   double* pdRow = a + static_cast<std::ptrdiff_t>(k) * iCols;
   const double dDiagonal = pdRow[k];
-  for (int j0 = k + 1; j0 < iCols; j0 += kBlock) {
-    const int m = std::min(iCols - j0, kBlock);
-    std::fill_n(adSum, m, 0.0);
-    const double* pdAbove = a;
-    for (int l = 0; l < k; ++l, pdAbove += iCols) {
-      const double dFactor = pdAbove[k];
-      for (int j = 0; j < m; ++j) adSum[j] += pdAbove[j0 + j] * dFactor;
-    }
-    for (int j = 0; j < m; ++j) pdRow[j0 + j] = (pdRow[j0 + j] - adSum[j]) / dDiagonal;
-  }
+  ForColumnSums(a, iCols, k, k, k + 1, iCols, [=](int j0, auto m, const double* pdSum) {
+    for (int j = 0; j < m; ++j) pdRow[j0 + j] = (pdRow[j0 + j] - pdSum[j]) / dDiagonal;
+  });
 }
 
 }  // namespace
@@ -76,11 +98,9 @@ double ZuMatrix::Cholesky(ZuVector& x) {
     FactorRow(a, k, iCols);
   }
 
-  for (int i = 0; i < u; ++i) {
-    double dSum = 0.0;
-    for (int l = 0; l < u; ++l) dSum += Row(l)[u + 1 + i] * Row(l)[u];
-    x[i + 1] = dSum;
-  }
+  ForColumnSums(a, iCols, u, u, u + 1, 2 * u + 1, [&](int j0, auto m, const double* pdSum) {
+    for (int j = 0; j < m; ++j) x[j0 - u + j] = pdSum[j];
+  });
 
   double t = 0.0;
   for (int i = 0; i < u; ++i) t += Row(i)[u] * Row(i)[u];

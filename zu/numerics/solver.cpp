@@ -1,5 +1,6 @@
 #include "zu/numerics/solver.h"
 
+#include <algorithm>
 #include <cmath>
 #include <type_traits>
 
@@ -11,8 +12,18 @@ using zu::internal::kVanishing;
 
 namespace {
 
+// The elimination of n x n with n right sides, in arrays that the compiler knows to be apart.
 template <int n>
-using Constant = std::integral_constant<int, n>;
+int SolveSquare(double* a, double* b) {
+  constexpr std::integral_constant<int, n> kSize;
+  double adA[n * n], adB[n * n];
+  std::copy_n(a, n * n, adA);
+  std::copy_n(b, n * n, adB);
+  const int iResult = zu::internal::Solve(adA, adB, kSize, kSize, kSize);
+  std::copy_n(adA, n * n, a);
+  std::copy_n(adB, n * n, b);
+  return iResult;
+}
 
 }  // namespace
 
@@ -20,14 +31,9 @@ int GaussLoeserRelMax(ZuMatrix& a, ZuMatrix& b) {
   const int n = a.GetZeilen();
   const int iColsA = a.GetSpalten();
   const int iColsB = b.GetSpalten();
-  if (n == 3 && iColsA == 3 && iColsB == 3) {
-    return zu::internal::Solve(a.GetData(), b.GetData(), Constant<3>(), Constant<3>(),
-                               Constant<3>());
-  }
-  if (n == 4 && iColsA == 4 && iColsB == 4) {
-    return zu::internal::Solve(a.GetData(), b.GetData(), Constant<4>(), Constant<4>(),
-                               Constant<4>());
-  }
+  const bool bSquare = iColsA == n && iColsB == n;
+  if (bSquare && n == 3) return SolveSquare<3>(a.GetData(), b.GetData());
+  if (bSquare && n == 4) return SolveSquare<4>(a.GetData(), b.GetData());
   return zu::internal::Solve(a.GetData(), b.GetData(), n, iColsA, iColsB);
 }
 

@@ -24,54 +24,65 @@ struct Invariants {
   double d = 0.0;
   double a = 0.0;
   double b = 0.0;
-  ZuMatrix square = ZuMatrix(3, 3);     // M^T M
-  ZuMatrix cofactors = ZuMatrix(3, 3);  // C with M C^T = d I
+  double q[3][3];  // Q = M^T M
+  double c[3][3];  // the cofactors C, M C^T = d I
   bool bCollinear = false;
 };
 
 // The cofactors as 2x2 minors: they hold for singular matrices too.
-void SetMinors(const ZuMatrix& m, ZuMatrix* pCofactors) {
+void SetMinors(const ZuMatrix& m, double (&c)[3][3]) {
   for (int i = 0; i < 3; ++i) {
-    const int i1 = (i + 1) % 3 + 1, i2 = (i + 2) % 3 + 1;
+    const double* row1 = m[(i + 1) % 3 + 1] + 1;
+    const double* row2 = m[(i + 2) % 3 + 1] + 1;
     for (int j = 0; j < 3; ++j) {
-      const int j1 = (j + 1) % 3 + 1, j2 = (j + 2) % 3 + 1;
-      pCofactors->SetElem(i + 1, j + 1, m[i1][j1] * m[i2][j2] - m[i1][j2] * m[i2][j1]);
+      const int j1 = (j + 1) % 3, j2 = (j + 2) % 3;
+      c[i][j] = row1[j1] * row2[j2] - row1[j2] * row2[j1];
     }
   }
 }
 
-double LargestElement(const ZuMatrix& m) {
+// A flat set of points. In a narrow one d and b are lost among the rounding of the long direction:
+// a determinant of that size is none, and b is the sum of the squared cofactors, which has no
+// differences.
+void SetFlat(const ZuMatrix& m, Invariants* pInvariants) {
+  Invariants& v = *pInvariants;
+  SetMinors(m, v.c);
+  if (std::fabs(v.d) <= kRounding * v.a * std::sqrt(v.a)) v.d = 0.0;
+  v.b = 0.0;
   double dLargest = 0.0;
-  for (int i = 0; i < 9; ++i) dLargest = std::max(dLargest, std::fabs(m.GetData()[i]));
-  return dLargest;
+  for (const auto& row : v.c) {
+    for (const double c : row) {
+      v.b += c * c;
+      dLargest = std::max(dLargest, std::fabs(c));
+    }
+  }
+  v.bCollinear = dLargest <= kCollinear * v.a;
 }
 
 Invariants CalcInvariants(const ZuMatrix& m) {
   Invariants v;
   v.d = m.Sarrus();
-  v.square = m.Transpose() * m;
-  const ZuMatrix& q = v.square;
-  v.a = q[1][1] + q[2][2] + q[3][3];
-  v.b = q[1][1] * q[2][2] + q[1][1] * q[3][3] + q[2][2] * q[3][3] - q[1][2] * q[1][2] -
-        q[1][3] * q[1][3] - q[2][3] * q[2][3];
+  auto& q = v.q;
+  for (int i = 0; i < 3; ++i) {
+    for (int j = 0; j < 3; ++j) {
+      q[i][j] = 0.0;
+      for (int k = 1; k <= 3; ++k) q[i][j] += m[k][i + 1] * m[k][j + 1];
+    }
+  }
+  v.a = q[0][0] + q[1][1] + q[2][2];
+  v.b = q[0][0] * q[1][1] + q[0][0] * q[2][2] + q[1][1] * q[2][2] - q[0][1] * q[0][1] -
+        q[0][2] * q[0][2] - q[1][2] * q[1][2];
 
   ZuMatrix inverse(m);
   int iError = 0;
   inverse.Invert(&iError);
-  if (iError == 0) {
-    v.cofactors = (inverse * v.d).Transpose();
+  if (iError != 0) {
+    SetFlat(m, &v);
     return v;
   }
-
-  // A flat set of points. In a narrow one d and b are lost among the rounding of the long
-  // direction: a determinant of that size is none, and b is the sum of the squared cofactors, which
-  // has no differences.
-  SetMinors(m, &v.cofactors);
-  const ZuMatrix& c = v.cofactors;
-  if (std::fabs(v.d) <= kRounding * v.a * std::sqrt(v.a)) v.d = 0.0;
-  v.b = 0.0;
-  for (int i = 0; i < 9; ++i) v.b += c.GetData()[i] * c.GetData()[i];
-  v.bCollinear = LargestElement(c) <= kCollinear * v.a;
+  for (int i = 0; i < 3; ++i) {
+    for (int j = 0; j < 3; ++j) v.c[i][j] = v.d * inverse.GetElemZeroIndex(j, i);
+  }
   return v;
 }
 
@@ -93,16 +104,20 @@ bool CalcTrace(const Invariants& v, double* pdTrace) {
   return true;
 }
 
-// M (M^T M)^(-1/2) for the trace u of the root, by the relation of Cayley and Hamilton.
-ZuMatrix PolarFactor(const ZuMatrix& m, const Invariants& v, double u) {
+// R = M (M^T M)^(-1/2) for the trace u of the root, by the relation of Cayley and Hamilton:
+// c2 u R = M (Q - c1 I) - u C.
+void SetPolarFactor(const ZuMatrix& m, const Invariants& v, double u, ZuMatrix* pRotation) {
   const double c1 = (u * u + v.a) / 2.0;
   const double c2 = v.d / u - (u * u - v.a) / 2.0;
-  ZuMatrix shifted(v.square);
-  for (int i = 1; i <= 3; ++i) shifted[i][i] -= c1;
-  ZuMatrix r = m * shifted - v.cofactors * u;
-  r *= 1.0 / c2;
-  r *= 1.0 / u;
-  return r;
+  const double dPerC2 = 1.0 / c2, dPerU = 1.0 / u;
+  for (int i = 0; i < 3; ++i) {
+    const double* row = m[i + 1] + 1;
+    for (int j = 0; j < 3; ++j) {
+      double dSum = 0.0;
+      for (int k = 0; k < 3; ++k) dSum += row[k] * (k == j ? v.q[k][j] - c1 : v.q[k][j]);
+      pRotation->SetElem(i + 1, j + 1, (dSum - v.c[i][j] * u) * dPerC2 * dPerU);
+    }
+  }
 }
 
 // A rotation that carries the unit vector f onto the unit vector e: about f x e, after half a turn
@@ -153,7 +168,11 @@ bool CalcSimilarity(const ZuMatrix& m, bool bUnitScale, double* pdScale, ZuMatri
   // A line that shrinks to a point has no direction.
   if (v.bCollinear && *pdScale < kConverged) return false;
   const double u = bUnitScale ? 1.0 : *pdScale;
-  *pRotation = v.bCollinear ? LineRotation(m) : PolarFactor(m, v, u);
+  if (v.bCollinear) {
+    *pRotation = LineRotation(m);
+  } else {
+    SetPolarFactor(m, v, u, pRotation);
+  }
   return std::isfinite(*pdScale) && IsFinite(*pRotation);
 }
 

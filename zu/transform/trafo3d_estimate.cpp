@@ -1,4 +1,5 @@
 // The closed form from control points.
+#include <algorithm>
 #include <cmath>
 #include <cstddef>
 #include <vector>
@@ -16,10 +17,13 @@ namespace {
 // the least sum of squares of a point set that has an extent [unit of the coordinates, squared].
 constexpr double kVanishing = 1e-10;
 
+constexpr int kFirstRoom = 4096;  // pairs for which there is room before the first is found
+
 PointPairs FindPairs(const ZuSortHelper<ZuPoint>& target, const ZuPointList* pSource) {
   PointPairs pairs;
   if (pSource == nullptr) return pairs;
-  pairs.reserve(static_cast<std::size_t>(target.Count()));
+  // Not more at once: a few points may be looked up in a large index.
+  pairs.reserve(static_cast<std::size_t>(std::min(target.Count(), kFirstRoom)));
   for (ZuPoint* p = pSource->First(); p != nullptr; p = p->Next()) {
     if (p->GetId() == 0) continue;
     const ZuPoint* pTarget = target.Find(p->GetId());

@@ -4,6 +4,7 @@
 // the operations and their order are the same.
 #pragma once
 
+#include <algorithm>
 #include <cmath>
 #include <cstddef>
 #include <utility>
@@ -60,7 +61,7 @@ void SubstituteBack(const double* r, double* b, Size n, StrideR iStrideR, Stride
     const double* pdR = r + static_cast<std::ptrdiff_t>(i) * iStrideR;
     double* pdB = b + static_cast<std::ptrdiff_t>(i) * iStrideB;
     for (int c0 = 0; c0 < iStrideB; c0 += kBlock) {
-      const int m = iStrideB - c0 < kBlock ? iStrideB - c0 : kBlock;
+      const int m = std::min<int>(iStrideB - c0, kBlock);
       for (int c = 0; c < m; ++c) adSum[c] = 0.0;
       for (int j = i + 1; j < n; ++j) {
         const double* pdSolved = b + static_cast<std::ptrdiff_t>(j) * iStrideB + c0;
