@@ -67,9 +67,7 @@ TEST(Project, MigratesTheOlderForm) {
   EXPECT_EQ(photo.GetScreenPos().m_dY, 80.0);
   EXPECT_EQ(photo.GetScreenFlags(), 5);
   EXPECT_EQ(project.Pixels(1).Count(), 2);
-  // The 2 x 2 matrix was refused, the record went on.
-  EXPECT_EQ(photo.GetRotAOR()[1][1], 1.0);
-  EXPECT_EQ(photo.GetRotAOR()[3][3], 1.0);
+  EXPECT_EQ(photo.GetRotAOR()[2][3], -1.0);
   EXPECT_EQ(photo.GetPosAOR()[1], 101.5);
   EXPECT_TRUE(photo.HasAOR());
 }
@@ -99,7 +97,8 @@ TEST(Project, KeywordsOfBothFormsOverwriteEachOther) {
       "PHOTO { PHOTOID 5 \"a.jpg\" DIGITAL 1 CAMERA { 1 35 0 0 0 0 5 \"x\" } CAMDATA { ID 2 C 50 "
       "}\n"
       "  AORM { 3 3 1 2 3 4 5 6 7 8 } STATE 2 AORV { 4 1 2 3 4 } SCALE 3 }\n"
-      "PHOTO { PHOTOID 6 \"b.jpg\" DIGIREGION { 0 0 100 100 } CAMDATA { ID 3 C 20 } }\n");
+      "PHOTO { PHOTOID 6 \"b.jpg\" AORM { 2 2 4 5 6 7 } DIGIREGION { 0 0 100 100 } CAMDATA { ID 3 "
+      "C 20 } }\n");
   ProjectFile project(file.Path());
   ASSERT_EQ(project.Photos().Count(), 2);
   const ZuPhoto& first = *project.Photos().First();
@@ -113,6 +112,8 @@ TEST(Project, KeywordsOfBothFormsOverwriteEachOther) {
   EXPECT_TRUE(first.IsExtern() && first.IsInactive());
   EXPECT_EQ(first.GetScale(), 3.0);
   const ZuPhoto& second = *project.Photos().Last();
+  EXPECT_EQ(second.GetRotAOR()[2][2], 1.0);  // 2 x 2 is refused, the record goes on
+  EXPECT_EQ(second.GetRotAOR()[1][2], 0.0);
   EXPECT_NEAR(second.GetCamera().m_dRMax, 0.5 * std::hypot(100.0, 100.0) * 1.1, 1e-9);
 }
 
