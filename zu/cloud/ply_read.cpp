@@ -12,6 +12,7 @@
 #include <string>
 
 #include "zu/cloud/internal/line_source.h"
+#include "zu/cloud/internal/plain_scan.h"
 #include "zu/cloud/internal/point_feed.h"
 #include "zu/cloud/internal/stdio_file.h"
 #include "zu/cloud/internal/token_split.h"
@@ -88,59 +89,61 @@ void ReadHeaderLine(const char* pBegin, const char* pEnd, std::uint64_t uRest, H
   }
 }
 
-double RoundedToFloat(double dValue) { return static_cast<double>(static_cast<float>(dValue)); }
-
-void AddPoint(double x, double y, double z, int iRed, int iGreen, int iBlue, ZuPointFeed& feed) {
-  const auto byte = [](int i) { return static_cast<std::uint32_t>(i) & 0xFFu; };
-  ZuScanPoint3d point(RoundedToFloat(x), RoundedToFloat(y), RoundedToFloat(z), 0);
-  point.m_uColor = byte(iRed) | byte(iGreen) << 8 | byte(iBlue) << 16;
-  feed.Add(point);
+// Volatile: g++ 12 treats the two conversions of neighbouring values as nothing (-O2, vectorised).
+double RoundedToFloat(double dValue) {
+  const volatile float fValue = static_cast<float>(dValue);
+  return static_cast<double>(fValue);
 }
+
+// What a data line holds.
+struct PointOnLine {
+  double x, y, z;
+  std::uint32_t uRed, uGreen, uBlue;
+  void AddTo(ZuPointFeed& feed) const {
+    feed.Add(RoundedToFloat(x), RoundedToFloat(y), RoundedToFloat(z),
+             uRed | uGreen << 8 | uBlue << 16);
+  }
+};
 
 void ReadDataLine(const char* pBegin, const char* pEnd, std::uint64_t uProperties,
                   ZuPointFeed& feed) {
   ZuTextToken t[kTokens];
   const std::size_t uCount = ZuSplitTokens(pBegin, pEnd, ZuPlyDelimiter(), t, kTokens);
   if (uCount < kTokens || uCount < uProperties) return;
-  AddPoint(t[0].AsDouble(), t[1].AsDouble(), t[2].AsDouble(), t[6].AsInt(), t[7].AsInt(),
-           t[8].AsInt(), feed);
+  const PointOnLine point = {t[0].AsDouble(), t[1].AsDouble(), t[2].AsDouble(),
+                             t[6].AsByte(),   t[7].AsByte(),   t[8].AsByte()};
+  point.AddTo(feed);
 }
 
-bool IsBlank(char c) { return c == ' ' || c == '\t'; }
-
-const char* SkipBlanks(const char* p) {
-  while (IsBlank(*p)) ++p;
-  return p;
+// Moves over a token that blanks stand in front of and behind.
+[[gnu::always_inline]] inline bool SkipToken(const char** pp) {
+  ZuPlainScan::Blanks(pp);
+  const char* const pToken = *pp;
+  return ZuPlainScan::Token(pp) && *pp > pToken && ZuPlainScan::IsBlank(**pp);
 }
 
-// Moves over a token and the blanks in front of it; stops at a line end.
-const char* SkipToken(const char* p) {
-  p = SkipBlanks(p);
-  while (!IsBlank(*p) && *p != '\n') ++p;
-  return p;
+[[gnu::always_inline]] inline bool TakeDouble(const char** pp, double* pdValue) {
+  ZuPlainScan::Blanks(pp);
+  return ZuPlainScan::Double(pp, pdValue) && ZuPlainScan::IsBlank(**pp);
 }
 
-bool TakeDouble(const char** pp, double* pdValue) {
-  *pp = SkipBlanks(*pp);
-  return ZuReadPlainDouble(pp, pdValue) && IsBlank(**pp);
+[[gnu::always_inline]] inline bool TakeByte(const char** pp, std::uint32_t* puByte) {
+  ZuPlainScan::Blanks(pp);
+  return ZuPlainScan::Byte(pp, puByte);
 }
 
 // Reads a line of nine tokens with plain numbers; returns its line end, null for any other line.
-const char* ReadPlainLine(const char* p, ZuPointFeed& feed) {
-  double x, y, z;
-  if (!TakeDouble(&p, &x) || !TakeDouble(&p, &y) || !TakeDouble(&p, &z)) return nullptr;
-  for (int i = 0; i < 3; ++i) p = SkipToken(p);
-  int aiColor[3];
-  for (int& iColor : aiColor) {
-    if (!IsBlank(*p)) return nullptr;
-    p = SkipBlanks(p);
-    if (!ZuReadPlainInt(&p, &iColor)) return nullptr;
+const char* ReadPlainLine(const char* p, PointOnLine& point) {
+  if (!TakeDouble(&p, &point.x) || !TakeDouble(&p, &point.y) || !TakeDouble(&p, &point.z)) {
+    return nullptr;
   }
-  p = SkipBlanks(p);
+  if (!SkipToken(&p) || !SkipToken(&p) || !SkipToken(&p)) return nullptr;
+  if (!TakeByte(&p, &point.uRed) || !ZuPlainScan::IsBlank(*p)) return nullptr;
+  if (!TakeByte(&p, &point.uGreen) || !ZuPlainScan::IsBlank(*p)) return nullptr;
+  if (!TakeByte(&p, &point.uBlue)) return nullptr;
+  if (*p != '\n') ZuPlainScan::Blanks(&p);
   if (*p == '\r') ++p;
-  if (*p != '\n') return nullptr;
-  AddPoint(x, y, z, aiColor[0], aiColor[1], aiColor[2], feed);
-  return p;
+  return *p == '\n' ? p : nullptr;
 }
 
 // The next line, from source.Begin() to the returned line end, which at the end of the text is
@@ -159,14 +162,23 @@ const char* NextLine(Source& source, ZuProgress& progress) {
   }
 }
 
+// Adds the points of the plain lines that stand whole in the text in hand.
+void AddPlainLines(Source& source, ZuPointFeed& feed) {
+  const char* pBegin = source.Begin();
+  PointOnLine point;
+  for (;;) {
+    const char* const pEnd = ReadPlainLine(pBegin, point);
+    if (!pEnd || pEnd == source.End()) break;
+    point.AddTo(feed);
+    pBegin = pEnd + 1;
+  }
+  source.SetBegin(pBegin);
+}
+
 void ReadPoints(Source& source, ZuPointFeed& feed, ZuProgress& progress) {
   Header header;
   while (const char* pEnd = NextLine(source, progress)) {
     const char* const pBegin = source.Begin();
-    if (header.bEnded && header.uProperties == kTokens && ReadPlainLine(pBegin, feed)) {
-      source.SetBegin(pEnd + 1);
-      continue;
-    }
     const char* const pText = pEnd > pBegin && pEnd[-1] == '\r' ? pEnd - 1 : pEnd;
     if (!header.bEnded) {
       ReadHeaderLine(pBegin, pText, source.GetRest(), header, feed);
@@ -174,6 +186,7 @@ void ReadPoints(Source& source, ZuPointFeed& feed, ZuProgress& progress) {
       ReadDataLine(pBegin, pText, header.uProperties, feed);
     }
     source.SetBegin(pEnd + 1);
+    if (header.bEnded && header.uProperties == kTokens) AddPlainLines(source, feed);
   }
 }
 

@@ -112,7 +112,7 @@ class ZU_API ZuPointCloud : public ZuListnode, public ZuFlag, public ZuStandardN
                            const ZuAffinMap3d& map) const;
 
   // Sorts the points by z, numbers before what is not a number. The order among equal z is
-  // arbitrary. Takes room for a second array while it runs.
+  // arbitrary. In place, in linear time.
   void ZSort(bool bAscending);
 
   // Reads one cloud of a cloud file from the buffer's position; the header record stands in it when

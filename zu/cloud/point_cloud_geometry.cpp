@@ -1,6 +1,7 @@
 #include <cmath>
 
 #include "zu/cloud/internal/map_rows.h"
+#include "zu/cloud/internal/running_mean.h"
 #include "zu/cloud/point_cloud.h"
 #include "zu/foundation/debug.h"
 #include "zu/foundation/profiler.h"
@@ -27,14 +28,14 @@ bool ZuPointCloud::Transform(const ZuAffinMap3d& map) {
   PrintMap(map);
   const ZuMapRows rows(map);
   ZuBoundingBox3d box;
-  ZuCenterPoint3d center;
+  ZuRunningMean center;
   for (ZuScanPoint3d& p : m_aPoints) {
     rows.Transform(p);
     center.Add(p.x, p.y, p.z);
     box.Update(p.x, p.y, p.z);
   }
   m_Box = box;
-  m_Center = center;
+  m_Center = center.Center();
   for (auto& aPoints : m_aUndo) {
     for (ZuScanPoint3d& p : aPoints) rows.Transform(p);
   }
@@ -75,6 +76,8 @@ bool ZuPointCloud::CalcEstimatedNormals() {
   const float fNX = static_cast<float>(plane.A());
   const float fNY = static_cast<float>(plane.B());
   const float fNZ = static_cast<float>(plane.C());
+  // The fit takes collinear samples too, and finds no normal for them.
+  if (!std::isfinite(fNX) || !std::isfinite(fNY) || !std::isfinite(fNZ)) return false;
   for (ZuScanPoint3d& p : m_aPoints) {
     p.m_fNX = fNX;
     p.m_fNY = fNY;

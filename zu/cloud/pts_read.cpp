@@ -7,6 +7,7 @@
 #include <cstring>
 
 #include "zu/cloud/internal/line_source.h"
+#include "zu/cloud/internal/plain_scan.h"
 #include "zu/cloud/internal/point_feed.h"
 #include "zu/cloud/internal/pts_line.h"
 #include "zu/cloud/internal/stdio_file.h"
@@ -24,64 +25,57 @@ constexpr std::size_t kLine = 999;       // bytes of the longest line, its end i
 constexpr std::size_t kMostTokens = 7;   // tokens that have a meaning
 constexpr std::uint64_t kLeastLine = 6;  // bytes of the shortest line with a point: "1 1 1\n"
 
-std::uint32_t ColorWord(int iRed, int iGreen, int iBlue) {
-  const auto byte = [](int i) { return static_cast<std::uint32_t>(i) & 0xFFu; };
-  return byte(iRed) | byte(iGreen) << 8 | byte(iBlue) << 16;
-}
-
-bool IsBlank(char c) { return c == ' ' || c == '\t'; }
-bool IsLineEnd(char c) { return c == '\r' || c == '\n'; }
-
-const char* SkipBlanks(const char* p) {
-  while (IsBlank(*p)) ++p;
-  return p;
-}
+struct PointOnLine {
+  double x, y, z;
+  std::uint32_t uColor;
+  void AddTo(ZuPointFeed& feed) const { feed.Add(x, y, z, uColor); }
+};
 
 // Takes the number at *pp, blanks in front of it; false unless a delimiter stands behind it.
-bool TakeDouble(const char** pp, double* pdValue) {
-  *pp = SkipBlanks(*pp);
-  return ZuReadPlainDouble(pp, pdValue) && (IsBlank(**pp) || IsLineEnd(**pp));
+[[gnu::always_inline]] inline bool TakeDouble(const char** pp, double* pdValue) {
+  ZuPlainScan::Blanks(pp);
+  return ZuPlainScan::Double(pp, pdValue) && ZuPtsDelimiter()(**pp);
 }
-bool TakeInt(const char** pp, int* piValue) {
-  *pp = SkipBlanks(*pp);
-  return ZuReadPlainInt(pp, piValue) && (IsBlank(**pp) || IsLineEnd(**pp));
+[[gnu::always_inline]] inline bool TakeByte(const char** pp, std::uint32_t* puByte) {
+  ZuPlainScan::Blanks(pp);
+  return ZuPlainScan::Byte(pp, puByte) && ZuPtsDelimiter()(**pp);
 }
 
 // The line end at or behind the blanks at p; null when something else stands there.
-const char* LineEndAt(const char* p) {
-  p = SkipBlanks(p);
+[[gnu::always_inline]] inline const char* LineEndAt(const char* p) {
+  if (*p == '\n') return p;
+  ZuPlainScan::Blanks(&p);
   if (*p == '\r') ++p;
   return *p == '\n' ? p : nullptr;
 }
 
 // Reads a plain line of three, four, six or seven numbers; returns its line end, null for any other
 // line.
-const char* ReadPlainLine(const char* p, ZuScanPoint3d& point) {
+const char* ReadPlainLine(const char* p, PointOnLine& point) {
   if (!TakeDouble(&p, &point.x) || !TakeDouble(&p, &point.y) || !TakeDouble(&p, &point.z)) {
     return nullptr;
   }
   if (const char* pEnd = LineEndAt(p)) {
-    point.m_uColor = 0;
+    point.uColor = 0;
     return pEnd;
   }
   const char* pFourth = p;
   double dIntensity = 0.0;
   if (!TakeDouble(&p, &dIntensity)) return nullptr;
   if (const char* pEnd = LineEndAt(p)) {
-    point.m_uColor = ZuPtsIntensityByte(dIntensity) << 24;
+    point.uColor = ZuPtsIntensityByte(dIntensity) << 24;
     return pEnd;
   }
-  int aiLast[3];
-  if (!TakeInt(&p, &aiLast[0]) || !TakeInt(&p, &aiLast[1])) return nullptr;
+  std::uint32_t uSecond, uThird, uFourth;
+  if (!TakeByte(&p, &uSecond) || !TakeByte(&p, &uThird)) return nullptr;
   if (const char* pEnd = LineEndAt(p)) {
-    int iRed = 0;
-    if (!TakeInt(&pFourth, &iRed)) return nullptr;
-    point.m_uColor = ColorWord(iRed, aiLast[0], aiLast[1]);
+    std::uint32_t uFirst;
+    if (!TakeByte(&pFourth, &uFirst)) return nullptr;
+    point.uColor = uFirst | uSecond << 8 | uThird << 16;
     return pEnd;
   }
-  if (!TakeInt(&p, &aiLast[2])) return nullptr;
-  point.m_uColor = ColorWord(aiLast[0], aiLast[1], aiLast[2]) | ZuPtsIntensityByte(dIntensity)
-                                                                    << 24;
+  if (!TakeByte(&p, &uFourth)) return nullptr;
+  point.uColor = uSecond | uThird << 8 | uFourth << 16 | ZuPtsIntensityByte(dIntensity) << 24;
   return LineEndAt(p);
 }
 
@@ -96,17 +90,17 @@ void ReadLine(const char* pBegin, const char* pEnd, std::uint64_t uRest, ZuPoint
     feed.Expect(static_cast<std::uint64_t>(std::max(0, t[0].AsInt())), uRest / kLeastLine + 1);
   }
   if (uCount < 3) return;
-  ZuScanPoint3d point(t[0].AsDouble(), t[1].AsDouble(), t[2].AsDouble(), 0);
-  if (uCount == 4 || uCount == 7) point.m_uColor = ZuPtsIntensityByte(t[3].AsDouble()) << 24;
+  PointOnLine point = {t[0].AsDouble(), t[1].AsDouble(), t[2].AsDouble(), 0};
+  if (uCount == 4 || uCount == 7) point.uColor = ZuPtsIntensityByte(t[3].AsDouble()) << 24;
   if (uCount == 6 || uCount == 7) {
     const ZuTextToken* pColor = t + uCount - 3;
-    point.m_uColor |= ColorWord(pColor[0].AsInt(), pColor[1].AsInt(), pColor[2].AsInt());
+    point.uColor |= pColor[0].AsByte() | pColor[1].AsByte() << 8 | pColor[2].AsByte() << 16;
   }
-  feed.Add(point);
+  point.AddTo(feed);
 }
 
 void ReadPoints(Source& source, ZuPointFeed& feed, ZuProgress& progress) {
-  ZuScanPoint3d point;
+  PointOnLine point;
   for (;;) {
     const auto uInHand = static_cast<std::size_t>(source.End() - source.Begin());
     if (uInHand < kLine && !source.IsComplete() && !source.Refill(progress)) return;
@@ -114,7 +108,7 @@ void ReadPoints(Source& source, ZuPointFeed& feed, ZuProgress& progress) {
     if (pBegin == source.End()) return;
     const char* const pPlain = ReadPlainLine(pBegin, point);
     if (pPlain && static_cast<std::size_t>(pPlain - pBegin) < kLine) {
-      feed.Add(point);
+      point.AddTo(feed);
       source.SetBegin(pPlain + 1);
       continue;
     }

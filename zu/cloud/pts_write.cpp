@@ -2,6 +2,7 @@
 #include <cstddef>
 #include <cstring>
 
+#include "zu/cloud/internal/fixed9.h"
 #include "zu/cloud/internal/pts_line.h"
 #include "zu/cloud/internal/stream_writer.h"
 #include "zu/cloud/point_cloud.h"
@@ -48,7 +49,7 @@ char* ZuFormatPtsLine(char* pOut, const ZuScanPoint3d& p) {
   static const ByteColumns intensities(4, PrintedIntensity);
   static const ByteColumns colors(3, PrintedColor);
   for (const double dValue : {p.x, p.y, p.z}) {
-    pOut = ZuFormatFixed9(pOut, dValue, 18);
+    pOut = ZuFormatFixed18_9(pOut, dValue);
     *pOut++ = ' ';
   }
   pOut = intensities.Append(pOut, p.GetIntensity());

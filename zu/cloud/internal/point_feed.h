@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <new>
 
+#include "zu/cloud/internal/running_mean.h"
 #include "zu/cloud/point_cloud.h"
 
 class ZuPointFeed {
@@ -15,7 +16,7 @@ class ZuPointFeed {
   ~ZuPointFeed() {
     m_cloud.m_Box = m_box;
     m_cloud.m_SelBox = m_selBox;
-    m_cloud.m_Center = m_center;
+    m_cloud.m_Center = m_center.Center();
   }
   ZuPointFeed(const ZuPointFeed&) = delete;
   ZuPointFeed& operator=(const ZuPointFeed&) = delete;
@@ -25,6 +26,13 @@ class ZuPointFeed {
     m_center.Add(p.x, p.y, p.z);
     m_box.Update(p.x, p.y, p.z);
     if (p.IsSelected()) m_selBox.Update(p.x, p.y, p.z);
+  }
+
+  // A new point of a position and a colour word, made in its place.
+  void Add(double x, double y, double z, std::uint32_t uColor) {
+    m_cloud.m_aPoints.emplace_back(x, y, z, static_cast<int>(uColor));
+    m_center.Add(x, y, z);
+    m_box.Update(x, y, z);
   }
 
   // A file announces uCount more points, of which uRoom at most can be in what is left of it. Only
@@ -46,5 +54,5 @@ class ZuPointFeed {
   ZuPointCloud& m_cloud;
   ZuBoundingBox3d m_box;
   ZuBoundingBox3d m_selBox;
-  ZuCenterPoint3d m_center;
+  ZuRunningMean m_center;
 };
