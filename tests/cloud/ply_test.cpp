@@ -1,0 +1,156 @@
+#include <boost/tokenizer.hpp>
+#include <cstdlib>
+#include <sstream>
+
+#include "cloud_support.h"
+#include "tests/support/temp_file.h"
+#include "text_support.h"
+
+namespace {
+
+using Tokenizer = boost::tokenizer<boost::char_separator<char>>;
+
+bool Holds(std::string strText, const char* szWord) {
+  for (char& c : strText) c = static_cast<char>(c >= 'A' && c <= 'Z' ? c + 32 : c);
+  return strText.find(szWord) != strText.npos;
+}
+
+// A reader of the plainest kind: std::getline and boost::tokenizer throughout.
+std::vector<ZuScanPoint3d> ReferencePly(const std::string& strText) {
+  std::istringstream stream(strText);
+  std::vector<ZuScanPoint3d> points;
+  std::string strLine;
+  std::size_t uProperties = 0;
+  bool bData = false;
+  while (std::getline(stream, strLine)) {
+    if (!strLine.empty() && strLine.back() == '\r') strLine.pop_back();
+    const Tokenizer tokenizer(strLine, boost::char_separator<char>(" \t"));
+    const std::vector<std::string> t(tokenizer.begin(), tokenizer.end());
+    if (t.empty()) continue;
+    if (bData) {
+      if (t.size() < uProperties || uProperties < 9) continue;
+      const auto number = [&t](std::size_t i) {
+        return static_cast<double>(static_cast<float>(std::atof(t[i].c_str())));
+      };
+      const auto byte = [&t](std::size_t i) { return SaturatedByte(t[i]); };
+      points.emplace_back(number(0), number(1), number(2),
+                          static_cast<int>(byte(6) | byte(7) << 8 | byte(8) << 16));
+    } else if (Holds(t[0], "ply") || Holds(t[0], "format") || Holds(t[0], "element") ||
+               Holds(t[0], "faces")) {
+    } else if (Holds(t[0], "property")) {
+      ++uProperties;
+    } else if (Holds(t[0], "end_header")) {
+      bData = true;
+    }
+  }
+  return points;
+}
+
+std::vector<ZuScanPoint3d> PointsOf(const std::string& strText) {
+  std::istringstream stream(strText);
+  OpenContainer container;
+  return container.ObsolteReadPlyFile(stream)->GetPoints();
+}
+
+std::string Header(int iProperties, const std::string& strEnd = "\n") {
+  std::string strText = "ply" + strEnd + "format ascii 1.0" + strEnd + "element vertex 5" + strEnd;
+  for (int i = 0; i < iProperties; ++i) strText += "property float x" + strEnd;
+  return strText + "end_header" + strEnd;
+}
+
+}  // namespace
+
+TEST(Ply, NinePropertiesAreNeeded) {
+  const std::string strLine = "0.1 2 3 nx ny nz 10 300 -1 more\n";
+  EXPECT_TRUE(PointsOf(Header(8) + strLine).empty());
+  const auto points = PointsOf(Header(9) + "1 2 3 4 5 6 7 8\n" + strLine);
+  ASSERT_EQ(points.size(), 1u);
+  EXPECT_EQ(points[0].x, static_cast<double>(0.1f));  // coordinates have float precision
+  EXPECT_EQ(points[0].m_uColor, 0x00FF2C0Au);
+  EXPECT_FALSE(points[0].HasNormVector());
+  EXPECT_TRUE(PointsOf(Header(11) + strLine).empty());
+  EXPECT_EQ(PointsOf(Header(10) + strLine).size(), 1u);
+}
+
+// The header is searched for words in the first token, in whatever order the lines come.
+TEST(Ply, HeaderWordsAreParts) {
+  std::string strHeader = "MyPROPERTYx\n";
+  for (int i = 0; i < 8; ++i) strHeader += "property_list of " + std::to_string(i) + "\n";
+  const std::string strLine = "1 2 3 4 5 6 7 8 9\n";
+  EXPECT_EQ(PointsOf(strHeader + "\n \t\nthe end_header\nEND_HEADER!\n" + strLine).size(), 1u);
+  // "ply" in the token decides before the later words do.
+  EXPECT_TRUE(PointsOf(strHeader + "plyend_header\n" + strLine).empty());
+  EXPECT_EQ(PointsOf(strHeader + "end_header\r\n" + strLine + strLine).size(), 2u);
+}
+
+TEST(Ply, EqualsGetlineAndTokenizer) {
+  constexpr unsigned int kSeed = 47;
+  TextMaker maker(kSeed);
+  static const char* const kWords[] = {
+      "ply", "comment x", "element vertex 10", "property float x", "PROPERTY", "faces 3", "format",
+      "",    "endhead"};
+  for (int i = 0; i < 400; ++i) {
+    SCOPED_TRACE(::testing::Message() << "seed " << kSeed << ", round " << i);
+    std::string strText = i % 4 ? Header(9 + i % 2, i % 3 ? "\n" : "\r\n") : "";
+    if (i % 4 == 0) {
+      for (int n = 0; n < 40; ++n) strText += std::string(kWords[(n * n + i) % 9]) + "\n";
+      strText += "end_header\n";
+    }
+    for (int n = 0; n < 60; ++n) strText += maker.Line(" \t", 11);
+    for (int n = 0; n < 20; ++n) strText += maker.Line(" ", 9);
+    if (i % 20 == 0) strText += maker.LongLine(" ", 600000);  // longer than a block
+    if (i % 3 == 0) strText.pop_back();
+    ASSERT_TRUE(SamePoints(PointsOf(strText), ReferencePly(strText)));
+  }
+}
+
+TEST(Ply, ElementCountsAreHints) {
+  for (const char* szCount : {"2000000000", "-5", "99999999999999", "many"}) {
+    std::string strText = Header(9);
+    strText.replace(strText.find(" 5"), 2, std::string(" ") + szCount);
+    std::istringstream stream(strText + "1 2 3 4 5 6 7 8 9\n");
+    OpenContainer container;
+    const ZuPointCloud* pCloud = container.ObsolteReadPlyFile(stream);
+    EXPECT_EQ(pCloud->GetPointCount(), 1u);
+    EXPECT_LE(pCloud->GetPoints().capacity(), strText.size());
+  }
+}
+
+TEST(Ply, CloudsAreNamedAfterTheFile) {
+  OpenContainer container;
+  const std::string strPath = SamplePath("milk_carton.ply");
+  const std::wstring strWide(strPath.begin(), strPath.end());
+  EXPECT_STREQ(container.ObsolteReadPlyFile(strPath.c_str())->GetName().chars(), "milk_carton");
+  EXPECT_STREQ(container.ObsolteReadPlyFile(strWide.c_str())->GetName().chars(), "milk_carton");
+  EXPECT_EQ(container.ObsolteReadPlyFile("/nowhere/at/all.ply"), nullptr);
+  EXPECT_EQ(container.ObsolteReadPlyFile("/tmp"), nullptr);
+  EXPECT_EQ(container.ObsolteReadPlyFile(L""), nullptr);
+  EXPECT_EQ(container.GetClouds().Count(), 2);
+  EXPECT_EQ(container.ObsolteReadPlyFile(TempFile().Path())->GetPointCount(), 0u);
+}
+
+// Every number of an exported file, read by streams, is the one that was written.
+TEST(Ply, ExportHoldsAllDigits) {
+  OpenContainer container;
+  AddPoints(*container.AddCloud(), RandomPoints(50, 12));
+  AddPoints(*container.AddCloud(), RandomPoints(20, 13));
+  const TempFile file;
+  ASSERT_EQ(container.ExportPlyFile(file.Path()), 1);
+  std::istringstream stream(file.Read());
+  std::string strLine, strHeader;
+  while (std::getline(stream, strLine) && strLine != "end_header") strHeader += strLine + "\n";
+  EXPECT_EQ(strHeader.substr(0, 39), "ply\nformat ascii 1.0\nelement vertex 70\n");
+  for (const ZuPointCloud* pCloud = container.First(); pCloud; pCloud = pCloud->Next()) {
+    for (const ZuScanPoint3d& p : pCloud->GetPoints()) {
+      double x, y, z, nx, ny, nz;
+      int iRed, iGreen, iBlue;
+      ASSERT_TRUE(stream >> x >> y >> z >> nx >> ny >> nz >> iRed >> iGreen >> iBlue);
+      ASSERT_EQ(std::make_tuple(x, y, z, nx, ny, nz),
+                std::make_tuple(p.x, p.y, p.z, static_cast<double>(p.m_fNX),
+                                static_cast<double>(p.m_fNY), static_cast<double>(p.m_fNZ)));
+      ASSERT_EQ(std::make_tuple(iRed, iGreen, iBlue),
+                std::make_tuple(p.GetRed(), p.GetGreen(), p.GetBlue()));
+    }
+  }
+  EXPECT_FALSE(stream >> strLine);
+}

@@ -1,0 +1,215 @@
+#include <cstdio>
+#include <cstdlib>
+
+#include "cloud_support.h"
+#include "tests/support/temp_file.h"
+#include "text_support.h"
+#include "zu/cloud/internal/token_split.h"
+#include "zu/foundation/progress.h"
+
+namespace {
+
+// A reader of the plainest kind: the run-time's own lines, tokens and numbers.
+std::vector<ZuScanPoint3d> ReferencePts(std::string strText) {
+  std::vector<ZuScanPoint3d> points;
+  std::FILE* fp = fmemopen(strText.data(), strText.size(), "rb");
+  char acLine[1000];
+  while (std::fgets(acLine, sizeof acLine, fp)) {
+    std::vector<std::string> t;
+    for (char* p = std::strtok(acLine, " \t\r\n"); p; p = std::strtok(nullptr, " \t\r\n")) {
+      t.push_back(p);
+    }
+    if (t.size() < 3) continue;
+    const auto number = [&t](std::size_t i) { return std::atof(t[i].c_str()); };
+    const auto byte = [&t](std::size_t i) { return SaturatedByte(t[i]); };
+    ZuScanPoint3d p(number(0), number(1), number(2), 0);
+    if (t.size() == 4 || t.size() == 7) {
+      const double v = ((number(3) + 2000.0) * 256.0) / 4000.0;
+      p.m_uColor = v != v || v < 0.0 ? 0u : v > 255.0 ? 255u : static_cast<std::uint32_t>(v);
+      p.m_uColor <<= 24;
+    }
+    if (t.size() == 6 || t.size() == 7) {
+      const std::size_t i = t.size() - 3;
+      p.m_uColor |= byte(i) | byte(i + 1) << 8 | byte(i + 2) << 16;
+    }
+    points.push_back(p);
+  }
+  std::fclose(fp);
+  return points;
+}
+
+std::vector<ZuScanPoint3d> PointsOf(const std::string& strText) {
+  const MemoryFile file(strText);
+  ZuPointCloudContainer container;
+  return container.ReadPtsFile(file.Path())->GetPoints();
+}
+
+}  // namespace
+
+TEST(Pts, MeaningByNumberOfTokens) {
+  const struct {
+    const char* szLine;
+    std::size_t uPoints;
+    std::uint32_t uColor;
+  } lines[] = {{"\n", 0, 0},
+               {"17\n", 0, 0},
+               {"1 2\n", 0, 0},
+               {"1 2 3\n", 1, 0},
+               {"1 2 3 4\n", 1, 128u << 24},
+               {"1 2 3 4 5\n", 1, 0},
+               {"1 2 3 4 5 6\n", 1, 0x060504},
+               {"1 2 3 4 5 6 7", 1, 0x80070605u},
+               {"1 2 3 4 5 6 7 8\n", 1, 0},
+               {"1 2 3 -2000.0\n", 1, 0},
+               {"1 2 3 2000\n", 1, 0xFF000000u},
+               {"1 2 3 1e300\n", 1, 0xFF000000u},
+               {"1 2 3 -9999\n", 1, 0},
+               {"1 2 3 nan\n", 1, 0},
+               {"1 2 3 256 -1 511\n", 1, 0xFFFF00},
+               {"\t1\t 2 3 \r\n", 1, 0}};
+  for (const auto& line : lines) {
+    SCOPED_TRACE(line.szLine);
+    const auto points = PointsOf(line.szLine);
+    ASSERT_EQ(points.size(), line.uPoints);
+    if (points.empty()) continue;
+    EXPECT_EQ(points[0].m_uColor, line.uColor);
+    EXPECT_EQ(points[0].x, 1.0);
+    EXPECT_EQ(points[0].z, 3.0);
+    EXPECT_EQ(points[0].w, 1.0);
+  }
+}
+
+// Any text gives what fgets, strtok, atof and atoi give; plain lines go another way than odd ones.
+TEST(Pts, EqualsTheRunTimesLinesAndTokens) {
+  constexpr unsigned int kSeed = 31;
+  TextMaker maker(kSeed);
+  for (int i = 0; i < 400; ++i) {
+    SCOPED_TRACE(::testing::Message() << "seed " << kSeed << ", round " << i);
+    std::string strText;
+    for (int n = 0; n < 60; ++n) strText += maker.Line(" \t\r", 8);
+    if (i % 10 == 0) strText += maker.LongLine(" ", 990 + static_cast<std::size_t>(i) / 10);
+    if (i % 3 == 0) strText.pop_back();  // no line end at the end
+    ASSERT_TRUE(SamePoints(PointsOf(strText), ReferencePts(strText)));
+  }
+}
+
+// The edge of the buffer falls into every place of a line.
+TEST(Pts, BlocksJoinWithoutASeam) {
+  std::string strText;
+  for (int i = 0; i < 30000; ++i) {
+    strText += std::to_string(i) + ".5 " + std::string(static_cast<std::size_t>(i % 37), ' ') +
+               "2.25 3 " + std::to_string(i % 2000) + " 1 2 3\n";
+  }
+  EXPECT_TRUE(SamePoints(PointsOf(strText), ReferencePts(strText)));
+}
+
+TEST(Pts, CountsAreHints) {
+  for (const char* szCount : {"5", "1000000000", "-3", "99999999999999", "x"}) {
+    SCOPED_TRACE(szCount);
+    std::string strText;
+    for (int i = 0; i < 100; ++i) strText += std::string(szCount) + "\n1 2 3\n";
+    const TempFile file(strText);
+    ZuPointCloudContainer container;
+    const ZuPointCloud* pCloud = container.ReadPtsFile(file.Path());
+    EXPECT_EQ(pCloud->GetPointCount(), 100u);
+    EXPECT_LE(pCloud->GetPoints().capacity(), 2 * strText.size() / 6);
+  }
+  // A truthful count gets exactly its room.
+  const TempFile file("3\n1 2 3\n4 5 6\n7 8 9\n");
+  ZuPointCloudContainer container;
+  EXPECT_EQ(container.ReadPtsFile(file.Path())->GetPoints().capacity(), 3u);
+}
+
+TEST(Pts, UnreadableFilesGiveNull) {
+  ZuPointCloudContainer container;
+  EXPECT_EQ(container.ReadPtsFile("/nowhere/at/all.pts"), nullptr);
+  EXPECT_EQ(container.ReadPtsFile(L"/nowhere/at/all.pts"), nullptr);
+  EXPECT_EQ(container.ReadPtsFile("/tmp"), nullptr);
+  EXPECT_EQ(container.ReadPtsFile(static_cast<const char*>(nullptr)), nullptr);
+  EXPECT_EQ(container.GetClouds().Count(), 0);
+  ASSERT_NE(container.ReadPtsFile(TempFile().Path()), nullptr);
+  EXPECT_EQ(container.Size(), 0u);
+}
+
+TEST(Pts, WideFormNamesTheCloud) {
+  ZuPointCloudContainer container;
+  const std::string strPath = SamplePath("site_56_8.pts");
+  const std::wstring strWide(strPath.begin(), strPath.end());
+  EXPECT_STREQ(container.ReadPtsFile(strWide.c_str())->GetName().chars(), "site_56_8");
+  EXPECT_STREQ(container.ReadPtsFile(strPath.c_str())->GetName().chars(), "");
+}
+
+// Required: the count is followed by the letter d and no line end.
+TEST(Pts, FirstLineOfTheWriterStays) {
+  ZuPointCloud cloud;
+  AddPoints(cloud,
+            {ZuScanPoint3d(1.5, -2.25, 3.0, static_cast<int>(0x80030201u)), ZuScanPoint3d()});
+  for (const bool bWithCount : {true, false}) {
+    const TempFile file;
+    std::FILE* fp = std::fopen(file.Path(), "wb");
+    EXPECT_EQ(cloud.WritePtsFile(fp, bWithCount), 2u);
+    std::fclose(fp);
+    EXPECT_EQ(file.Read(),
+              std::string(bWithCount ? "2d" : "") +
+                  "       1.500000000       -2.250000000        3.000000000    0   1   2   3\n"
+                  "       0.000000000        0.000000000        0.000000000 -2000   0   0   0\n");
+  }
+  EXPECT_EQ(cloud.WritePtsFile(nullptr, true), 0u);
+}
+
+TEST(Pts, ExportReadsBackToTheSamePoints) {
+  auto points = RandomPoints(300, 6);
+  points[0].x = 1e-300;
+  points[1].y = 1e300;
+  points[2].z = -0.0;
+  points[3].x = 123456789.123456789;
+  for (int i = 0; i < 256; ++i) {
+    points[static_cast<std::size_t>(i)].SetIntensity(static_cast<unsigned char>(i));
+  }
+  const struct {
+    const char* szColumns;
+    std::uint32_t uKeep;
+    std::size_t uTokens;
+  } kinds[] = {{"position", 0, 3},
+               {"intensity", 0xFF000000u, 4},
+               {"colour", 0x00FFFFFFu, 6},
+               {"both", 0xFFFFFFFFu, 7}};
+  for (const auto& kind : kinds) {
+    SCOPED_TRACE(kind.szColumns);
+    ZuPointCloudContainer container;
+    ZuPointCloud* pCloud = container.AddCloud();
+    std::vector<ZuScanPoint3d> expected;
+    for (const auto& p : points) {
+      expected.emplace_back(p.x, p.y, p.z, static_cast<int>(p.m_uColor & kind.uKeep));
+    }
+    AddPoints(*pCloud, expected);
+    AddPoints(*container.AddCloud(), expected);
+    const TempFile file;
+    ASSERT_EQ(container.ExportPtsFile(file.Path()), 1);
+    const std::string strText = file.Read();
+    EXPECT_EQ(strText.substr(0, 4), "600\n");
+    ZuTextToken t[9];
+    const std::size_t uLine = strText.find('\n', 4);
+    EXPECT_EQ(ZuSplitTokens(&strText[4], &strText[uLine], ZuPtsDelimiter(), t, 9), kind.uTokens);
+    expected.insert(expected.end(), expected.begin(), expected.begin() + 300);
+    EXPECT_TRUE(SamePoints(PointsOf(strText), expected));
+  }
+}
+
+TEST(Pts, StoppedReaderKeepsWholeLines) {
+  std::string strText;
+  for (int i = 0; i < 100000; ++i) strText += "1.5 2.5 3.5\n";
+  const TempFile file(strText);
+  const auto stop = [](void*, eZuProgress, const char*, double dPosition) {
+    return dPosition < 0.3;
+  };
+  ZuPointCloudContainer container;
+  const ZuProgressHandler former = ZuSetProgressHandler({stop, nullptr});
+  const ZuPointCloud* pCloud = container.ReadPtsFile(file.Path());
+  ZuSetProgressHandler(former);
+  EXPECT_TRUE(container.IsStopped());
+  EXPECT_GT(pCloud->GetPointCount(), 10000u);
+  EXPECT_LT(pCloud->GetPointCount(), 100000u);
+  EXPECT_EQ(pCloud->GetBox().Zmin(), 3.5);
+  EXPECT_EQ(container.GetBox().GetCount(), 1u);
+}
