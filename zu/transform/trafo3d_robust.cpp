@@ -1,7 +1,7 @@
 // The merge of two point lists when some of the common points are wrong.
 #include <algorithm>
 #include <cstdint>
-#include <unordered_set>
+#include <numeric>
 #include <vector>
 
 #include "zu/numerics/bounding_box3d.h"
@@ -41,18 +41,20 @@ SplitLists::SplitLists(const ZuPointList& listA, const ZuPointList& listB) {
   CopyCleared(listA, &onlyA);
   CopyCleared(listB, &onlyB);
   const ZuSortHelper<ZuPoint> indexA(&onlyA);
-  std::unordered_set<unsigned int> taken;
+  common.reserve(static_cast<std::size_t>(indexA.Count()));
   for (ZuPoint *p = onlyB.First(), *pNext; p != nullptr; p = pNext) {
     pNext = p->Next();
     ZuPoint* pPartner = p->GetId() != 0 ? indexA.Find(p->GetId()) : nullptr;
-    // Of an id that B holds twice the first has the partner.
-    if (pPartner == nullptr || !taken.insert(p->GetId()).second) continue;
+    // Of an id that B holds twice the first has the partner, which carries a mark from then on.
+    if (pPartner == nullptr || pPartner->IsFlagSet(kTransformed)) continue;
+    pPartner->SetFlag(kTransformed);
     commonA.Add(onlyA.Subtract(pPartner));
     commonB.Add(onlyB.Subtract(p));
     common.push_back({p, pPartner});
     ids.Add(p->GetId());
     box.Update(pPartner->m_dX, pPartner->m_dY, pPartner->m_dZ);
   }
+  for (ZuPoint* p = commonA.First(); p != nullptr; p = p->Next()) p->ClearFlag(kTransformed);
 }
 
 }  // namespace
@@ -64,7 +66,17 @@ class ZuTrafo3d::RobustSearch {
  public:
   RobustSearch(ZuTrafo3d& trafo, const SplitLists& lists, double dTolerance2, int iMinPoints)
       : m_Trafo(trafo), m_Lists(lists), m_dTolerance2(dTolerance2), m_iMinPoints(iMinPoints) {
-    for (int k = 0; k < Count(); ++k) m_Pool.push_back(k);
+    const std::size_t n = lists.common.size();
+    m_Coordinates.reserve(n);
+    for (const PointPair& pair : lists.common) {
+      const ZuPoint &b = *pair.pSource, &a = *pair.pTarget;
+      m_Coordinates.push_back({b.m_dX, b.m_dY, b.m_dZ, a.m_dX, a.m_dY, a.m_dZ});
+    }
+    m_Pool.resize(n);
+    std::iota(m_Pool.begin(), m_Pool.end(), 0);
+    m_Sample.reserve(n);
+    m_Pairs.reserve(n);
+    m_Marks.resize(n);
   }
 
   // True when a sample was supported.
@@ -81,10 +93,11 @@ class ZuTrafo3d::RobustSearch {
   }
 
   // The points of the best set in the order of the pool, which then stand at its end.
-  PointPairs TakeBest() {
-    Move(m_Best);
+  const PointPairs& TakeBest() {
+    m_Sample.clear();
+    Append(m_Best);
     m_Pool.insert(m_Pool.end(), m_Sample.begin(), m_Sample.end());
-    return Pairs(m_Sample);
+    return SamplePairs();
   }
 
   const std::vector<int>& Pool() const { return m_Pool; }
@@ -92,64 +105,72 @@ class ZuTrafo3d::RobustSearch {
  private:
   using Marks = std::vector<unsigned char>;  // a point each
 
+  // A common point in both systems, for the tests of all points in each trial: the records
+  // themselves stand far apart in memory.
+  struct Coordinates {
+    double xB, yB, zB, xA, yA, zA;
+  };
+
   int Count() const { return static_cast<int>(m_Lists.common.size()); }
 
-  PointPairs Pairs(const std::vector<int>& numbers) const {
-    PointPairs pairs;
-    pairs.reserve(numbers.size());
-    for (const int k : numbers) pairs.push_back(m_Lists.common[static_cast<std::size_t>(k)]);
-    return pairs;
+  const PointPairs& SamplePairs() {
+    m_Pairs.clear();
+    for (const int k : m_Sample) m_Pairs.push_back(m_Lists.common[static_cast<std::size_t>(k)]);
+    return m_Pairs;
   }
 
   // Moves the points drawn from the pool to the sample, in the order of the draw.
   void MoveSample(const std::vector<unsigned int>& drawn) {
-    Marks marks(m_Lists.common.size());
-    for (const unsigned int k : drawn) marks[k] = 1;
-    Move(marks);
+    std::fill(m_Marks.begin(), m_Marks.end(), static_cast<unsigned char>(0));
+    for (const unsigned int k : drawn) m_Marks[k] = 1;
+    m_Sample.clear();
+    Append(m_Marks);
     m_Sample.assign(drawn.begin(), drawn.end());
   }
 
-  // Empties the sample and moves the marked points of the pool to it, in the order of the pool.
-  void Move(const Marks& marks) {
-    m_Sample.clear();
-    Append(marks);
-  }
-
+  // Moves the marked points of the pool to the end of the sample, in the order of the pool.
   void Append(const Marks& marks) {
-    const auto isMarked = [&](int k) { return marks[static_cast<std::size_t>(k)] != 0; };
-    std::copy_if(m_Pool.begin(), m_Pool.end(), std::back_inserter(m_Sample), isMarked);
-    m_Pool.erase(std::remove_if(m_Pool.begin(), m_Pool.end(), isMarked), m_Pool.end());
+    auto itKept = m_Pool.begin();
+    for (const int k : m_Pool) {
+      if (marks[static_cast<std::size_t>(k)] != 0) {
+        m_Sample.push_back(k);
+      } else {
+        *itKept++ = k;
+      }
+    }
+    m_Pool.erase(itKept, m_Pool.end());
   }
 
   // Estimates from the sample, takes those in that agree, and keeps the set if it is the largest so
   // far. The earliest of equals wins.
   bool Try() {
-    if (m_Trafo.RobustCalcAndCheckByControlPoints(Pairs(m_Sample), m_dTolerance2, m_iMinPoints) !=
+    if (m_Trafo.RobustCalcAndCheckByControlPoints(SamplePairs(), m_dTolerance2, m_iMinPoints) !=
         eRobustOk) {
       return false;
     }
-    Marks inliers(m_Lists.common.size());
-    int iInliers = static_cast<int>(m_Sample.size());
+    // The marks of the sample stand; they join those that agree.
     const ZuMatrix map = m_Trafo.GetAsMatrix();
     for (const int k : m_Pool) {
-      if (!Agrees(map, m_Lists.common[static_cast<std::size_t>(k)])) continue;
-      inliers[static_cast<std::size_t>(k)] = 1;
-      ++iInliers;
+      const auto u = static_cast<std::size_t>(k);
+      m_Marks[u] = Agrees(map.GetData(), m_Coordinates[u]) ? 1 : 0;
     }
-    Append(inliers);
-    if (!m_Trafo.CalcByPairs(Pairs(m_Sample), m_iMinPoints, false)) return false;
+    Append(m_Marks);
+    if (!m_Trafo.CalcByPairs(SamplePairs(), m_iMinPoints, false)) return false;
+    const int iInliers = static_cast<int>(m_Sample.size());
     if (iInliers <= m_iBest) return false;
-    for (const int k : m_Sample) inliers[static_cast<std::size_t>(k)] = 1;
-    m_Best = std::move(inliers);
+    m_Best = m_Marks;
     m_iBest = iInliers;
     return true;
   }
 
-  bool Agrees(const ZuMatrix& map, const PointPair& pair) const {
-    double x = pair.pSource->m_dX, y = pair.pSource->m_dY, z = pair.pSource->m_dZ;
-    map.PTrans3D(&x, &y, &z);
-    const double dx = pair.pTarget->m_dX - x, dy = pair.pTarget->m_dY - y,
-                 dz = pair.pTarget->m_dZ - z;
+  // As ZuMatrix::PTrans3D with e, whose last row is (0, 0, 0, 1): w is 1 or, for a point that is
+  // not finite, no number, and so is the residual then.
+  bool Agrees(const double* e, const Coordinates& p) const {
+    const double w = e[12] * p.xB + e[13] * p.yB + e[14] * p.zB + e[15];
+    if (w != 1.0) return false;
+    const double dx = p.xA - (e[0] * p.xB + e[1] * p.yB + e[2] * p.zB + e[3]);
+    const double dy = p.yA - (e[4] * p.xB + e[5] * p.yB + e[6] * p.zB + e[7]);
+    const double dz = p.zA - (e[8] * p.xB + e[9] * p.yB + e[10] * p.zB + e[11]);
     return dx * dx + dy * dy + dz * dz <= m_dTolerance2;
   }
 
@@ -158,8 +179,10 @@ class ZuTrafo3d::RobustSearch {
   double m_dTolerance2;
   int m_iMinPoints;
   ZuGenerateRandomIndex m_Random;
+  std::vector<Coordinates> m_Coordinates;
   std::vector<int> m_Pool, m_Sample;
-  Marks m_Best;
+  PointPairs m_Pairs;  // of the sample
+  Marks m_Marks, m_Best;
   int m_iBest = 0;
 };
 
