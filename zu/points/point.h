@@ -12,6 +12,7 @@
 #include "zu/points/flag.h"
 #include "zu/points/format_table.h"
 
+class ZuFieldCutter;
 class ZuReaderObject;
 class ZuRowWriter;
 class ZuVector;
@@ -125,8 +126,9 @@ class ZU_API ZuPoint : public ZuListnode, public ZuFlag {
  private:
   friend class ZuPointList;
 
-  // As Read, on a line without line end.
-  int ReadFields(std::string_view line, const TZuFormatTable<eZuPointRWMask>& table);
+  // As Read, on a line without line end; the columns end with null.
+  int ReadLine(std::string_view line, const ZuColumn* const* ppColumn);
+  void ReadField(ZuFieldCutter& fields, const ZuColumn& column);
   // Takes digits as the Id; anything else, and a zero if told so, as a name that gives the Id.
   void SetIdOrName(std::string_view text, bool bZeroIsName);
   void SetNameAndId(std::string_view text);

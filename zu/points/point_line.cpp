@@ -51,51 +51,59 @@ void ZuPoint::SetNameAndId(std::string_view text) {
   m_uId = GetIdFromAlphaNumericString(m_strName);
 }
 
+inline void ZuPoint::ReadField(ZuFieldCutter& fields, const ZuColumn& column) {
+  switch (column.eKind) {
+    case eZuColumnKind::Id:
+      m_uId = static_cast<unsigned int>(fields.Int());
+      break;
+    case eZuColumnKind::Name:
+      AssignText(m_strName, fields.Text());
+      break;
+    case eZuColumnKind::IdName:
+      SetIdOrName(fields.Text(), true);
+      break;
+    case eZuColumnKind::Flag:
+      m_iFlag = fields.Int();
+      break;
+    case eZuColumnKind::Code:
+      SetControlFromText(fields.Text());
+      break;
+    case eZuColumnKind::Short:
+      this->*column.pShort = static_cast<short int>(fields.Int());
+      break;
+    case eZuColumnKind::Int:
+      this->*column.pInt = fields.Int();
+      break;
+    case eZuColumnKind::Double:
+      this->*column.pDouble = fields.Double();
+      break;
+    case eZuColumnKind::Float:
+      this->*column.pFloat = static_cast<float>(fields.Double());
+      break;
+    default:  // the field is taken and nothing is kept of it
+      fields.Text();
+      break;
+  }
+}
+
 int ZuPoint::Read(char* szLine, const TZuFormatTable<eZuPointRWMask>& table) {
-  return ReadFields(WithoutLineEnd(szLine), table);
+  return Read(static_cast<const char*>(szLine), table);
 }
 
 int ZuPoint::Read(const char* szLine, const TZuFormatTable<eZuPointRWMask>& table) {
-  return ReadFields(WithoutLineEnd(szLine), table);
+  ZuFieldCutter fields(WithoutLineEnd(szLine));
+  int iField = 0;
+  while (table[iField] != eZuPointRWEnd && fields.FindField()) {
+    ReadField(fields, ZuFindColumn(table[iField++]));
+  }
+  return iField;
 }
 
-int ZuPoint::ReadFields(std::string_view line, const TZuFormatTable<eZuPointRWMask>& table) {
+int ZuPoint::ReadLine(std::string_view line, const ZuColumn* const* ppColumn) {
   ZuFieldCutter fields(line);
   int iField = 0;
-  for (; table[iField] != eZuPointRWEnd && fields.FindField(); ++iField) {
-    const ZuColumn& column = ZuFindColumn(table[iField]);
-    switch (column.eKind) {
-      case eZuColumnKind::Id:
-        m_uId = static_cast<unsigned int>(fields.Int());
-        break;
-      case eZuColumnKind::Name:
-        AssignText(m_strName, fields.Text());
-        break;
-      case eZuColumnKind::IdName:
-        SetIdOrName(fields.Text(), true);
-        break;
-      case eZuColumnKind::Flag:
-        m_iFlag = fields.Int();
-        break;
-      case eZuColumnKind::Code:
-        SetControlFromText(fields.Text());
-        break;
-      case eZuColumnKind::Short:
-        this->*column.pShort = static_cast<short int>(fields.Int());
-        break;
-      case eZuColumnKind::Int:
-        this->*column.pInt = fields.Int();
-        break;
-      case eZuColumnKind::Double:
-        this->*column.pDouble = fields.Double();
-        break;
-      case eZuColumnKind::Float:
-        this->*column.pFloat = static_cast<float>(fields.Double());
-        break;
-      default:  // the field is taken and nothing is kept of it
-        fields.Text();
-        break;
-    }
+  while (ppColumn[iField] != nullptr && fields.FindField()) {
+    ReadField(fields, *ppColumn[iField++]);
   }
   return iField;
 }
