@@ -16,7 +16,7 @@
 class TempFile {
  public:
   // The text is written byte for byte. The ending, if any, is that of the file's name (".prj").
-  explicit TempFile(std::string_view text = {}, std::string_view ending = {}) {
+  explicit TempFile(std::string_view text = "", std::string_view ending = {}) {
     m_strPath = (std::filesystem::temp_directory_path() / "zu_test_XXXXXX").string();
     m_strPath += ending;
     const int iFile = mkstemps(m_strPath.data(), static_cast<int>(ending.size()));
