@@ -4,8 +4,7 @@
 #include <cmath>
 #include <iterator>
 
-#include "zu/numerics/matrix.h"
-#include "zu/numerics/solver.h"
+#include "zu/numerics/internal/closest_points.h"
 
 namespace {
 
@@ -85,21 +84,9 @@ bool ZuCad2LinesMatch::Calc(double sinLimit) {
   return n.Norm() <= sinLimit ? CalcParallel(d1, d2) : CalcSkew(d1, d2, n);
 }
 
-// s n + t d1 - u d2 = b1 - a1
 bool ZuCad2LinesMatch::CalcSkew(const ZuVector3d& d1, const ZuVector3d& d2, const ZuVector3d& n) {
-  const ZuVector3d r = m_ptLine2A - m_ptLine1A;
-  ZuMatrix system(3, 3);
-  ZuMatrix solution(3, 1);
-  for (int i = 0; i < 3; ++i) {
-    system.SetElem(i + 1, 1, n[i]);
-    system.SetElem(i + 1, 2, d1[i]);
-    system.SetElem(i + 1, 3, -d2[i]);
-    solution.SetElem(i + 1, 1, r[i]);
-  }
-  if (GaussLoeserRelMax(system, solution) != 0) return false;
-  const double t = solution.GetElem(2, 1);
-  const double u = solution.GetElem(3, 1);
-
+  double t = 0.0, u = 0.0;
+  if (!ZuSolveClosestPoints(n, d1, d2, m_ptLine2A - m_ptLine1A, &t, &u)) return false;
   const ZuPoint3d m1 = m_ptLine1A + t * d1;
   const ZuPoint3d m2 = m_ptLine2A + u * d2;
   m_ptKeep1 = Farther(m_ptLine1A, m_ptLine1B, m1);

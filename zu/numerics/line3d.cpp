@@ -1,8 +1,7 @@
 #include "zu/numerics/line3d.h"
 
 #include "zu/numerics/bounding_box3d.h"
-#include "zu/numerics/matrix.h"
-#include "zu/numerics/solver.h"
+#include "zu/numerics/internal/closest_points.h"
 
 namespace {
 
@@ -36,20 +35,10 @@ double ZuLine3d::Intersect(const ZuLine3d& line, ZuPoint3d& p) const {
   const ZuVector3d c = a % b;
   if (!(c.Norm() > std::cos(kParallelAngle))) return -1.0;
 
-  // s c + t a - u b = start of the other - start of this
-  const ZuVector3d r = line.m_pStart - m_pStart;
-  ZuMatrix system(3, 3);
-  ZuMatrix solution(3, 1);
-  for (int i = 0; i < 3; ++i) {
-    system.SetElem(i + 1, 1, c[i]);
-    system.SetElem(i + 1, 2, a[i]);
-    system.SetElem(i + 1, 3, -b[i]);
-    solution.SetElem(i + 1, 1, r[i]);
-  }
-  if (GaussLoeserRelMax(system, solution) != 0) return -1.0;
-
-  const ZuPoint3d p1 = m_pStart + solution.GetElem(2, 1) * a;
-  const ZuPoint3d p2 = line.m_pStart + solution.GetElem(3, 1) * b;
+  double t = 0.0, u = 0.0;
+  if (!ZuSolveClosestPoints(c, a, b, line.m_pStart - m_pStart, &t, &u)) return -1.0;
+  const ZuPoint3d p1 = m_pStart + t * a;
+  const ZuPoint3d p2 = line.m_pStart + u * b;
   p = p1.MiddlePoint(p2);
   return p1.Distance(p2);
 }
