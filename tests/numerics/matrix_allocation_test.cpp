@@ -1,30 +1,8 @@
-// The test program's allocator counts, to show what never allocates.
+// What never allocates.
 #include <gtest/gtest.h>
 
-#include <cstdlib>
-#include <new>
-
+#include "tests/support/count_allocations.h"
 #include "zu/numerics/matrix.h"
-
-namespace {
-
-long g_iAllocations = 0;
-
-void* Allocate(std::size_t uSize) {
-  ++g_iAllocations;
-  void* p = std::malloc(uSize == 0 ? 1 : uSize);
-  if (p == nullptr) throw std::bad_alloc();
-  return p;
-}
-
-}  // namespace
-
-void* operator new(std::size_t uSize) { return Allocate(uSize); }
-void* operator new[](std::size_t uSize) { return Allocate(uSize); }
-void operator delete(void* p) noexcept { std::free(p); }
-void operator delete[](void* p) noexcept { std::free(p); }
-void operator delete(void* p, std::size_t) noexcept { std::free(p); }
-void operator delete[](void* p, std::size_t) noexcept { std::free(p); }
 
 namespace {
 
@@ -56,12 +34,12 @@ double UseAll(int n) {
 TEST(MatrixAllocation, SixteenElementsAndFewerNeverAllocate) {
   for (int n = 1; n <= 4; ++n) {
     SCOPED_TRACE(n);
-    const long iBefore = g_iAllocations;
+    const std::size_t uBefore = CountAllocations();
     const double dResult = UseAll(n);
-    const long iAfter = g_iAllocations;
-    EXPECT_EQ(iAfter - iBefore, 0) << dResult;
+    const std::size_t uAfter = CountAllocations();
+    EXPECT_EQ(uAfter - uBefore, 0U) << dResult;
   }
-  const long iBefore = g_iAllocations;
+  const std::size_t uBefore = CountAllocations();
   {
     ZuMatrix r(3, 3);
     ZuVector x(1.0, 0.0, 0.0), y(0.0, 1.0, 0.0), o(3);
@@ -75,8 +53,8 @@ TEST(MatrixAllocation, SixteenElementsAndFewerNeverAllocate) {
     ZuMatrix bordered(2, 3);
     bordered.Cholesky(x);
   }
-  EXPECT_EQ(g_iAllocations - iBefore, 0);
-  const long iBeforeHeap = g_iAllocations;
+  EXPECT_EQ(CountAllocations() - uBefore, 0U);
+  const std::size_t uBeforeHeap = CountAllocations();
   { ZuMatrix m(4, 5); }
-  EXPECT_EQ(g_iAllocations - iBeforeHeap, 1) << "the counter sees the library's allocations";
+  EXPECT_EQ(CountAllocations() - uBeforeHeap, 1U) << "the counter sees the library's allocations";
 }

@@ -6,7 +6,7 @@
 #include <limits>
 #include <vector>
 
-#include "tests/rectify/count_allocations.h"
+#include "tests/support/count_allocations.h"
 #include "tests/support/random_geometry.h"
 #include "zu/numerics/line.h"
 #include "zu/rectify/polygon.h"
