@@ -16,9 +16,9 @@ namespace cli {
 // Declares --columns; its default is what *pColumns holds, "id,x,y,z" as a rule.
 void AddColumnsOption(Options& options, std::string* pColumns);
 
-// Appends the points of a coordinate file; "-" is standard input. Passed over are empty lines, lines
-// that start with '#', and lines without an id (titles), these with a warning if they hold numbers.
-// An id that stands twice gets a warning, unless there is a column for the photo.
+// Appends the points of a coordinate file; "-" is standard input. Passed over are empty lines,
+// lines that start with '#', and lines without an id (titles), these with a warning if they hold
+// numbers. An id that stands twice gets a warning, unless there is a column for the photo.
 //
 // Throws CommandError (bad input) naming file and line: file missing or unreadable, no point in it,
 // a field missing or no number, a decimal comma, a line above 1999 bytes; or (usage) if there is no

@@ -91,9 +91,8 @@ TEST(PointRows, ARowThatTakesNoTokenEndsTheList) {
 }
 
 TEST(PointRows, ColumnsTakeTheirKindOfToken) {
-  const Found found(
-      "POINTS { \"P 1\" 3 13 2 1.5 5 6 skipped 7 8e0 1e2 9 0.5 2.5 }",
-      TableOf({2, 4, 5, 7, 16, 8, 9, 32, 20, 12, 105, 24, 25, 31}));
+  const Found found("POINTS { \"P 1\" 3 13 2 1.5 5 6 skipped 7 8e0 1e2 9 0.5 2.5 }",
+                    TableOf({2, 4, 5, 7, 16, 8, 9, 32, 20, 12, 105, 24, 25, 31}));
   ASSERT_EQ(found.list.Count(), 1);
   const ZuPoint& p = *found.list.First();
   EXPECT_EQ(p.GetName(), String("P 1"));

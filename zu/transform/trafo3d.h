@@ -59,9 +59,9 @@ class ZU_API ZuTrafo3d : public virtual ZuTrafo3dData {
   // not be used. GetCommonPoints() tells how many were found in either case.
   //
   // Flat sets (a facade, any three points) give a proper rotation, collinear ones a rotation that
-  // is arbitrary about the line. The scale is exact to about 1e-10, R orthogonal to 1e-9; with a set
-  // that is narrow and thin, but not flat, it loses digits: about 1e-8 at a hundredth of the length
-  // in both directions, 1e-4 at a thousandth.
+  // is arbitrary about the line. The scale is exact to about 1e-10, R orthogonal to 1e-9; with a
+  // set that is narrow and thin, but not flat, it loses digits: about 1e-8 at a hundredth of the
+  // length in both directions, 1e-4 at a thousandth.
   //
   // Required: with bUnitScale the scale keeps its estimated value, and R is a rotation only where
   // that value is 1.
