@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Builds the program and runs its main job on the samples: two measurements of the same stations are
-# joined into one system.
+# Builds the program and runs its main jobs on real data: measured pixels of thirteen photos become
+# points on a board, and two measurements of the same stations are joined into one system.
 set -euo pipefail
 cd "$(dirname "$0")"
 source .ci/packages.sh
@@ -17,11 +17,15 @@ run() {
   "$@"
 }
 
+run "$zu" measure samples/chessboard/left.prj --plane samples/chessboard/board.coo \
+  --check samples/chessboard/board.coo --unit mm -o out/measured.coo --report out/report.html
 run "$zu" transform samples/datum/local.coo --control samples/datum/wgs84.coo -o out/joined.coo
 
 cat <<TXT
 
 Files to open:
-  samples/datum/README.md   the seven stations, and the figures published for them
+  out/report.html           the measurement: verdict, residuals of each photo, plan, camera
+  out/measured.coo          photo, id, X, Y, Z of every measured point [mm]
   out/joined.coo            the stations of the first file in the system of the second
+  samples/chessboard/README.md, samples/datum/README.md   where the data come from
 TXT
