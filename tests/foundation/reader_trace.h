@@ -42,9 +42,13 @@ class Trace : public LinkHdl {
 
   // The notes; behind a | the entries of the error list as status@line.
   std::string Run(std::string_view text, int nOptions = kPlain) {
+    const TempFile file(text);
+    return RunFile(file.Path(), nOptions);
+  }
+  std::string RunFile(const char* szPath, int nOptions) {
     m_strNotes.clear();
-    TempFile file(text);
-    OpenReader reader(file.Path());
+    m_iRegistered = 0;
+    OpenReader reader(szPath);
     if ((nOptions & kSimple) != 0) {
       reader.SetSimpleMode(true);
       Register(reader, ZuReaderObject(Link(this, &Trace::Pair)));
@@ -58,7 +62,6 @@ class Trace : public LinkHdl {
     m_iResult = reader.DoProcess((nOptions & kOverBlockEnd) != 0);
     m_bAtRest = reader.IsAtRest(iKeywords);
     m_eStatus = reader.GetParser().GetStatus().m_eStatus;
-    m_iErrors = reader.GetReadErrorCount();
     std::string strErrors;
     for (const ZuReaderError* p = reader.GetReaderErrorList().First(); p; p = p->Next()) {
       strErrors += ' ' + std::to_string(p->m_eStatus) + '@' + std::to_string(p->m_uLine);
@@ -69,8 +72,6 @@ class Trace : public LinkHdl {
   int m_iResult = 0;
   bool m_bAtRest = false;
   eZuParserStatus m_eStatus = ParserStatusOK;
-  int m_iErrors = 0;
-  int m_iCalls = 0;
 
  private:
   template <class Function>
@@ -95,7 +96,6 @@ class Trace : public LinkHdl {
     return 1;
   }
   int Pair(ZuReaderObject* pObject) {
-    ++m_iCalls;
     const int i = pObject->TakeInt();
     const double d = pObject->TakeNumber();
     Note('(', i, ' ', d, ')');
