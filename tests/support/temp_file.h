@@ -51,7 +51,8 @@ class TempFile {
  private:
   void Store(std::FILE* pFile, std::string_view text) const {
     if (pFile == nullptr) throw std::runtime_error("cannot write " + m_strPath);
-    const bool bWritten = std::fwrite(text.data(), 1, text.size(), pFile) == text.size();
+    const bool bWritten =
+        text.empty() || std::fwrite(text.data(), 1, text.size(), pFile) == text.size();
     if (std::fclose(pFile) != 0 || !bWritten) throw std::runtime_error("cannot write " + m_strPath);
   }
 
