@@ -29,6 +29,22 @@ const std::vector<Command>& Commands() {
        "finds the affine transformation by the ids that both files hold, prints its coefficients\n"
        "and residuals, and writes the transformed points to fitted.coo.",
        DefineTrafo2d},
+      {"cloud info", "show the figures of point clouds",
+       "  zu cloud info samples/clouds/autzen.pts samples/clouds/milk_carton.ply\n"
+       "shows points, limits, centre and normals of each cloud.",
+       DefineCloudInfo},
+      {"cloud convert", "write point clouds in another format",
+       "  zu cloud convert samples/clouds/autzen.pts autzen.zpc\n"
+       "writes 1065 points with their intensities and colours as a binary cloud file.",
+       DefineCloudConvert},
+      {"cloud transform", "move point clouds",
+       "  zu cloud transform samples/clouds/autzen.pts near.pts --translate -635000,-848000,0\n"
+       "writes the points with smaller coordinates and shows their new limits.",
+       DefineCloudTransform},
+      {"cloud normals", "turn the normals of point clouds to the scanner",
+       "  zu cloud normals samples/clouds/milk_carton.ply carton.zpc --eye 0,0,0\n"
+       "gives each of 13704 points a normal that looks at the camera.",
+       DefineCloudNormals},
       {"camera info", "show the cameras of a file",
        "  zu camera info samples/chessboard/cameras.cam\n"
        "shows both cameras with their parameters and the radius up to which they invert",

@@ -1,0 +1,208 @@
+// zu cloud: figures of point clouds, conversion, transformation, normals.
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <cmath>
+#include <memory>
+#include <sstream>
+
+#include "cloud_files.h"
+#include "commands.h"
+#include "point_input.h"
+#include "text_table.h"
+#include "zu/numerics/affin_map3d.h"
+
+namespace cli {
+namespace {
+
+constexpr double kDegree = 3.14159265358979323846 / 180.0;
+
+struct Values {
+  std::vector<std::string> files;
+  std::string strIn, strOut;
+  std::string strColumns = "id,x,y,z";
+  std::string strMatrix, strTranslate, strRotate, strEye;
+};
+
+unsigned int CountSelected(const ZuPointCloud& cloud) {
+  unsigned int uSelected = 0;
+  for (const ZuScanPoint3d& p : cloud.GetPoints()) uSelected += p.IsSelected() ? 1 : 0;
+  return uSelected;
+}
+
+unsigned int CountNormals(const ZuPointCloud& cloud) {
+  unsigned int uNormals = 0, uTotal = 0;
+  cloud.CountNormals(uNormals, uTotal);
+  return uNormals;
+}
+
+Json CloudJson(const ZuPointCloud& cloud) {
+  const ZuBoundingBox3d& box = cloud.GetBox();
+  const ZuCenterPoint3d& centre = cloud.GetCenter();
+  Json json;
+  json["id"] = cloud.GetId();
+  json["name"] = cloud.GetName().chars();
+  json["points"] = cloud.GetPointCount();
+  json["selected"] = CountSelected(cloud);
+  json["min"] = nullptr;
+  json["max"] = nullptr;
+  json["centre"] = nullptr;
+  if (cloud.GetPointCount() > 0) {
+    json["min"] = {box.Xmin(), box.Ymin(), box.Zmin()};
+    json["max"] = {box.Xmax(), box.Ymax(), box.Zmax()};
+    json["centre"] = {centre.x(), centre.y(), centre.z()};
+  }
+  json["normals"] = CountNormals(cloud);
+  return json;
+}
+
+void WriteText(const ZuPointCloud& cloud, std::ostream& stream) {
+  stream << cloud.GetId() << " \"" << cloud.GetName().chars() << "\": " << cloud.GetPointCount()
+         << " points, " << CountSelected(cloud) << " selected, " << CountNormals(cloud)
+         << " with a normal\n";
+  if (cloud.GetPointCount() == 0) return;
+  const ZuBoundingBox3d& box = cloud.GetBox();
+  const ZuCenterPoint3d& centre = cloud.GetCenter();
+  TextTable table;
+  table.AddColumn("", TextTable::eLeft);
+  for (const char* szTitle : {"x", "y", "z"}) table.AddColumn(szTitle);
+  const auto row = [&table](const char* szName, double x, double y, double z) {
+    table.AddRow({szName, Fixed(x, 6), Fixed(y, 6), Fixed(z, 6)});
+  };
+  row("min", box.Xmin(), box.Ymin(), box.Zmin());
+  row("max", box.Xmax(), box.Ymax(), box.Zmax());
+  row("centre", centre.x(), centre.y(), centre.z());
+  table.Write(stream);
+}
+
+// What a command tells of its clouds.
+void Report(const ZuPointCloudContainer& clouds, Context& context) {
+  Json all = Json::array();
+  for (const ZuPointCloud* p = clouds.First(); p != nullptr; p = p->Next()) {
+    all.push_back(CloudJson(*p));
+    WriteText(*p, context.Text());
+  }
+  context.Root()["clouds"] = std::move(all);
+}
+
+// Numbers between commas or blanks. Throws CommandError where there are others than numbers.
+std::vector<double> Numbers(std::string strText, ExitCode code, const std::string& strWhere) {
+  std::replace(strText.begin(), strText.end(), ',', ' ');
+  std::istringstream stream(strText);
+  std::vector<double> numbers;
+  for (std::string strField; stream >> strField;) {
+    double dValue = 0.0;
+    const char* const pEnd = strField.data() + strField.size();
+    const auto result = std::from_chars(strField.data(), pEnd, dValue);
+    if (result.ec != std::errc() || result.ptr != pEnd || !std::isfinite(dValue)) {
+      throw CommandError(code, strWhere + ": " + strField + " is no finite number");
+    }
+    numbers.push_back(dValue);
+  }
+  return numbers;
+}
+
+std::array<double, 3> Triple(const std::string& strText, const char* szOption) {
+  const auto numbers = Numbers(strText, kUsage, szOption);
+  if (numbers.size() != 3) {
+    throw CommandError(kUsage,
+                       std::string(szOption) + ": three numbers such as 1,2.5,-3 are needed");
+  }
+  return {numbers[0], numbers[1], numbers[2]};
+}
+
+ZuAffinMap3d ReadMatrix(const std::string& strPath) {
+  const auto numbers = Numbers(ReadWholeFile(strPath), kBadInput, strPath);
+  const bool bLastRow = numbers.size() == 16 && numbers[12] == 0.0 && numbers[13] == 0.0 &&
+                        numbers[14] == 0.0 && numbers[15] == 1.0;
+  if (numbers.size() != 12 && !bLastRow) {
+    throw CommandError(kBadInput, strPath +
+                                      ": three rows of four numbers, translation last, with or "
+                                      "without a row 0 0 0 1, would be right");
+  }
+  ZuAffinMap3d map;
+  std::copy_n(numbers.begin(), 12, map.asDblArray());
+  return map;
+}
+
+ZuAffinMap3d MapOf(const Values& values) {
+  const int iGiven = (values.strMatrix.empty() ? 0 : 1) + (values.strTranslate.empty() ? 0 : 1) +
+                     (values.strRotate.empty() ? 0 : 1);
+  if (iGiven != 1) {
+    throw CommandError(kUsage, "one of --matrix, --translate and --rotate is needed");
+  }
+  if (!values.strMatrix.empty()) return ReadMatrix(values.strMatrix);
+  if (!values.strTranslate.empty()) {
+    const auto v = Triple(values.strTranslate, "--translate");
+    return ZuAffinMap3d::Translate(v[0], v[1], v[2]);
+  }
+  const auto v = Triple(values.strRotate, "--rotate");
+  return ZuAffinMap3d::RotXYZ(v[0] * kDegree, v[1] * kDegree, v[2] * kDegree);
+}
+
+ExitCode RunInfo(const Values& values, Context& context) {
+  ZuPointCloudContainer clouds;
+  for (const std::string& strFile : values.files) {
+    ReadClouds(strFile, values.strColumns, context, &clouds);
+  }
+  Report(clouds, context);
+  return kGood;
+}
+
+// Reads IN, does the work on each cloud, writes OUT.
+template <class Work>
+ExitCode RunOn(const Values& values, Context& context, Work work) {
+  ZuPointCloudContainer clouds;
+  ReadClouds(values.strIn, values.strColumns, context, &clouds);
+  for (ZuPointCloud* p = clouds.GetClouds().First(); p != nullptr; p = p->Next()) work(*p);
+  WriteClouds(&clouds, values.strOut, context);
+  Report(clouds, context);
+  return kGood;
+}
+
+std::shared_ptr<Values> InAndOut(Options& options) {
+  auto pValues = std::make_shared<Values>();
+  options.Positional("IN", &pValues->strIn, "binary, PTS, PLY or coordinate file");
+  options.Positional("OUT", &pValues->strOut, "new file: .zpc, .pts, .xyz, .ply, or coordinates");
+  AddColumnsOption(options, &pValues->strColumns);
+  return pValues;
+}
+
+}  // namespace
+
+Runner DefineCloudInfo(Options& options) {
+  auto pValues = std::make_shared<Values>();
+  AddColumnsOption(options, &pValues->strColumns);
+  options.Positionals("FILE", &pValues->files, "binary, PTS, PLY or coordinate files");
+  return [pValues](Context& context) { return RunInfo(*pValues, context); };
+}
+
+Runner DefineCloudConvert(Options& options) {
+  auto pValues = InAndOut(options);
+  return [pValues](Context& context) { return RunOn(*pValues, context, [](ZuPointCloud&) {}); };
+}
+
+Runner DefineCloudTransform(Options& options) {
+  auto pValues = InAndOut(options);
+  options.Option("--matrix", "FILE", &pValues->strMatrix, "rows of four numbers, translation last");
+  options.Option("--translate", "X,Y,Z", &pValues->strTranslate, "shift");
+  options.Option("--rotate", "A,B,C", &pValues->strRotate,
+                 "turn about x, then y, then z, in degrees");
+  return [pValues](Context& context) {
+    const ZuAffinMap3d map = MapOf(*pValues);
+    return RunOn(*pValues, context, [&map](ZuPointCloud& cloud) { cloud.Transform(map); });
+  };
+}
+
+Runner DefineCloudNormals(Options& options) {
+  auto pValues = InAndOut(options);
+  options.Option("--eye", "X,Y,Z", &pValues->strEye, "position of the scanner");
+  options.Required();
+  return [pValues](Context& context) {
+    const auto v = Triple(pValues->strEye, "--eye");
+    const ZuPoint3d eye(v[0], v[1], v[2]);
+    return RunOn(*pValues, context, [&eye](ZuPointCloud& cloud) { cloud.EstimateNormals(eye); });
+  };
+}
+
+}  // namespace cli
