@@ -1,0 +1,73 @@
+// The examples on the pages of docs/files are what the readers take.
+#include <gtest/gtest.h>
+
+#include <fstream>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "tests/support/project_file.h"
+#include "tests/support/temp_file.h"
+#include "zu/photo/camera_list.h"
+#include "zu/photo/reseau_file.h"
+
+namespace {
+
+// The fenced blocks of a page.
+std::vector<std::string> Examples(const char* szPage) {
+  std::ifstream stream(std::string(ZU_SOURCE_DIR "/docs/files/") + szPage);
+  std::vector<std::string> blocks;
+  bool bInside = false;
+  for (std::string strLine; std::getline(stream, strLine);) {
+    if (strLine.compare(0, 3, "```") == 0) {
+      bInside = !bInside;
+      if (bInside) blocks.emplace_back();
+    } else if (bInside) {
+      blocks.back() += strLine + "\n";
+    }
+  }
+  return blocks;
+}
+
+TEST(FilePages, Cameras) {
+  const auto examples = Examples("camera.md");
+  ASSERT_GE(examples.size(), 2U);
+  const TempFile full(examples[0]), simple(examples[1]);
+  const ZuCameraList fullList(full.Path()), simpleList(simple.Path());
+  ASSERT_EQ(fullList.Count(), 1);
+  EXPECT_EQ(fullList.First()->m_dC2, -0.000285451769);
+  ASSERT_EQ(simpleList.Count(), 1);
+  EXPECT_EQ(simpleList.First()->m_dRMax, 2.1 * 2.5);
+}
+
+TEST(FilePages, Reseaus) {
+  const auto examples = Examples("reseau.md");
+  ASSERT_EQ(examples.size(), 2U);
+  const TempFile reseau(examples[0]), digital(examples[1]);
+  ZuReseaufileList list;
+  EXPECT_EQ(list.ReadReseauFile(String(reseau.Path())), 1);
+  EXPECT_EQ(list.ReadReseauFile(String(digital.Path())), 1);
+  EXPECT_EQ(list.First()->GetCrossList().Count(), 4);
+}
+
+TEST(FilePages, Projects) {
+  const auto examples = Examples("project.md");
+  ASSERT_EQ(examples.size(), 2U);
+  const TempFile photo(examples[0]);
+  ProjectFile project(photo.Path());
+  EXPECT_EQ(project.Faults(), 0);
+  ASSERT_EQ(project.Photos().Count(), 1);
+  EXPECT_EQ(project.Photos().First()->GetPosAOR()[3], 374.336515);
+
+  const TempFile nested("PHOTO { PHOTOID 1 \"a.jpg\"\n" + examples[1] + "STATE 0 }\n");
+  ProjectFile rectified(nested.Path());
+  EXPECT_EQ(rectified.Faults(), 0);
+  ASSERT_EQ(rectified.Photos().First()->CountZuspTrafo(), 1);
+  const ZuZuspTrafo& trafo = *rectified.Photos().First()->FirstZuspTrafo();
+  EXPECT_EQ(trafo.GetPPList().Count(), 4);
+  EXPECT_EQ(trafo.GetRegion().Count(), 4);
+  EXPECT_EQ(trafo.GetParallelDef().GetConstraints().Count(), 1);
+  EXPECT_TRUE(rectified.Photos().First()->IsActive());
+}
+
+}  // namespace
