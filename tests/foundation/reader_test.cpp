@@ -6,6 +6,7 @@
 #include <fstream>
 #include <stdexcept>
 #include <string>
+#include <type_traits>
 #include <vector>
 
 #include "tests/foundation/reader_trace.h"
@@ -14,6 +15,8 @@
 namespace {
 
 constexpr int kGoOn = Trace::kGoOn;
+
+static_assert(!std::has_virtual_destructor_v<ZuReader>);  // required
 
 struct Case {
   std::string strText;
