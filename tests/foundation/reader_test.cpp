@@ -9,7 +9,7 @@
 #include <type_traits>
 #include <vector>
 
-#include "tests/foundation/reader_trace.h"
+#include "tests/foundation/reader_cases.h"
 #include "zu/foundation/logger.h"
 
 namespace {
@@ -17,23 +17,6 @@ namespace {
 constexpr int kGoOn = Trace::kGoOn;
 
 static_assert(!std::has_virtual_destructor_v<ZuReader>);  // required
-
-struct Case {
-  std::string strText;
-  std::string strNotes;
-  int nOptions = Trace::kPlain;
-};
-
-// Every case ends with result 1 and gives everything back.
-void ExpectNotes(const std::vector<Case>& cases) {
-  for (const Case& c : cases) {
-    SCOPED_TRACE(c.strText.substr(0, 100));
-    Trace trace;
-    EXPECT_EQ(trace.Run(c.strText, c.nOptions), c.strNotes);
-    EXPECT_EQ(trace.m_iResult, 1);
-    EXPECT_TRUE(trace.m_bAtRest);
-  }
-}
 
 // --- Keywords bound to data ----------------------------------------------------------------------
 

@@ -4,26 +4,11 @@
 #include <string>
 #include <vector>
 
-#include "tests/foundation/reader_trace.h"
+#include "tests/foundation/reader_cases.h"
 
 namespace {
 
 constexpr int kGoOn = Trace::kGoOn;
-
-struct Case {
-  std::string strText;
-  std::string strNotes;
-  int nOptions = Trace::kPlain;
-};
-
-void ExpectNotes(const std::vector<Case>& cases) {
-  for (const Case& c : cases) {
-    SCOPED_TRACE(c.strText.substr(0, 100));
-    Trace trace;
-    EXPECT_EQ(trace.Run(c.strText, c.nOptions), c.strNotes);
-    EXPECT_TRUE(trace.m_bAtRest);
-  }
-}
 
 // The same values give the same notes with and without braces, whatever item follows.
 TEST(ReaderValues, ChainsReadAlikeWithAndWithoutBlock) {

@@ -73,8 +73,7 @@ void ZuParser::SkipLine() {
   m_pCursor += std::strlen(m_pCursor);
 }
 
-void ZuParser::RaisePending() {
-  if (!m_bFaultPending) return;
+void ZuParser::ThrowPending() {
   m_bFaultPending = false;
   throw m_Status;
 }

@@ -153,7 +153,9 @@ class ZU_API ZuParser {
   void ClearUnused() { m_bUnused = false; }
 
   // Throws the fault of the token in hand if MoveOn has met one and nobody has been told.
-  void RaisePending();
+  void RaisePending() {
+    if (m_bFaultPending) ThrowPending();
+  }
   bool IsFaultPending() const { return m_bFaultPending; }
 
   // ParseForToken with the fault as result instead of an exception: 0, 1 or the fault.
@@ -176,6 +178,7 @@ class ZU_API ZuParser {
   void TokenizeWord();
   void EndWord(char* pEnd);
   void SetFault(eZuParserStatus eStatus);
+  [[noreturn]] void ThrowPending();
   eZuParserStatus ReadLine(std::istream& stream);
 
   // A line of the greatest length may have a byte order mark and a carriage return besides.

@@ -66,9 +66,10 @@ void ZuParser::TokenizeWord() {
   int nDigits = 0;
   int nLetters = 0;
   bool bFloat = false;
+  const char cDecPoint = m_cDecPoint;  // a local: the writes to the line leave it alone
   char* p = m_pCursor;
   for (; *p != 0 && (m_Lookup.GetFlags(*p) & kAnyClass) == 0; ++p) {
-    if (*p == m_cDecPoint) {
+    if (*p == cDecPoint) {
       *p = '.';
       bFloat = true;
     } else if (IsDigit(*p)) {
