@@ -20,8 +20,7 @@
 //    over a brace; they are for braces that are part of the record.
 //    A fault in the token behind the last value, such as 12abc, belongs to the next item. It waits
 //    and is thrown when that token is taken.
-// 2. Readers of keyword blocks register the keywords of the block and call DoProcess, which uses
-// the
+// 2. Readers of keyword blocks register the block's keywords and call DoProcess, which uses the
 //    token in hand first and returns at the block's }.
 // 3. A handler of an application that only looks at the token in hand, or reads on through the
 //    parser, has used up the last token it saw. It sets the skip-next-parse flag to give it back.
