@@ -57,7 +57,7 @@ TEST_F(ParallelDef, ConstraintsJoinTwoLinesOnceAType) {
 
   ASSERT_NE(def.MakeConstraintDefFromLastTwoDefLines(eConstraintParallel), nullptr);
   EXPECT_EQ(def.MakeConstraintDefFromLastTwoDefLines(eConstraintParallel), nullptr);
-  def.GetConstraints().Subtract(2u);  // leaves the two parallel ones
+  delete def.GetConstraints().Subtract(2u);  // leaves the two parallel ones
   ASSERT_TRUE(def.MakeLastTwoParallelConstraintsPerpendicular());
   EXPECT_EQ(def.GetConstraints().Count(), 6);
   EXPECT_TRUE(def.HasConstraintDef(2, 4, true, eConstraintPerpendicular));
