@@ -6,11 +6,12 @@
 
 #include "zu/foundation/writer.h"
 #include "zu/photo/camera_list.h"
+#include "zu/photo/internal/file_header.h"
+
+using zu::internal::CommentLine;
+using zu::internal::WriteTitle;
 
 namespace {
-
-constexpr char kProgram[] = "ZUVOVISION 10 Version ";
-constexpr char kVersion[] = "8.205";
 
 // The comment of the full form, line by line; an empty line follows it.
 constexpr const char* kFullHeader[] = {
@@ -26,10 +27,6 @@ constexpr const char* kFullHeader[] = {
     "       B1 B2      Affine Distortion",
     "       C1 C2      Tangential Distortion",
 };
-
-std::ostream& CommentLine(std::ostream& stream, const char* szText) {
-  return stream << ZuComment << szText << '\n';
-}
 
 }  // namespace
 
@@ -71,9 +68,7 @@ std::ostream& ZuCameraList::WriteFile(std::ostream& stream, const bool& bGentri)
 }
 
 std::ostream& ZuCameraList::WriteSimpleHeaderComment(std::ostream& stream) const {
-  CommentLine(stream, "");
-  stream << ZuComment << kProgram << kVersion << " Simple Camera File" << '\n';
-  CommentLine(stream, "");
+  WriteTitle(stream, " Simple Camera File");
   CommentLine(stream, "File Format: { Id  C  Xh  Yh  A1  A2  R0 \"Infotext\"}");
   CommentLine(stream, "");
   return stream << '\n';
@@ -91,9 +86,7 @@ std::ostream& ZuCameraList::WriteSimpleFormat(std::ostream& stream) const {
 int ZuCameraList::WriteFileFormatFull(const String& path) const {
   std::ofstream stream(path.chars());
   stream.imbue(std::locale::classic());
-  CommentLine(stream, "");
-  stream << ZuComment << kProgram << kVersion << " General Purpose Camera File" << '\n';
-  CommentLine(stream, "");
+  WriteTitle(stream, " General Purpose Camera File");
   for (const char* szLine : kFullHeader) CommentLine(stream, szLine);
   CommentLine(stream, "");
   stream << '\n';

@@ -8,14 +8,15 @@
 #include "zu/foundation/reader.h"
 #include "zu/foundation/writer.h"
 #include "zu/photo/detect_files.h"
+#include "zu/photo/internal/file_header.h"
 #include "zu/photo/reseau_data_desc.h"
 #include "zu/photo/reseau_file.h"
 #include "zu/rectify/polygon.h"
 
-namespace {
+using zu::internal::CommentLine;
+using zu::internal::WriteTitle;
 
-constexpr char kProgram[] = "ZUVOVISION 10 Version ";
-constexpr char kVersion[] = "8.205";
+namespace {
 
 // The comment of the reseau form; the kinds of crosses stand behind it.
 constexpr const char* kReseauHeader[] = {
@@ -37,15 +38,9 @@ constexpr const char* kDigitalHeader[] = {
     "",
 };
 
-std::ostream& CommentLine(std::ostream& stream, const char* szText) {
-  return stream << ZuComment << szText << '\n';
-}
-
 template <size_t N>
 void WriteHeader(std::ostream& stream, const char* szKind, const char* const (&lines)[N]) {
-  CommentLine(stream, "");
-  stream << ZuComment << kProgram << kVersion << szKind << '\n';
-  CommentLine(stream, "");
+  WriteTitle(stream, szKind);
   for (const char* szLine : lines) CommentLine(stream, szLine);
   stream << '\n';
 }
