@@ -15,7 +15,7 @@ constexpr int kFaultsTold = 2;    // faults of the message
 const char* WhatIsRight(int iStatus) {
   switch (iStatus) {
     case ParserErrorStream:
-      return "the file cannot be read, or a line is longer than 8512 characters";
+      return "the file cannot be read, or a line is longer than 8511 characters";
     case ParserErrorUnterminatedString:
       return "a text is not closed; \"text\" on one line would be right";
     case ParserErrorInvalidNumber:

@@ -5,21 +5,13 @@
 #include <random>
 
 #include "tests/support/cameras.h"
+#include "tests/support/planes.h"
 #include "zu/cloud/scan_point3d.h"
 #include "zu/numerics/line3d.h"
 #include "zu/photo/photo.h"
 #include "zu/photo/photo_region_tiles.h"
 
 namespace {
-
-ZuPlane MakePlane(double a, double b, double c, double d) {
-  ZuPlane plane;
-  plane.A() = a;
-  plane.B() = b;
-  plane.C() = c;
-  plane.D() = d;
-  return plane;
-}
 
 // 10 above the origin, looking down; image 36 x 24 mm, pixels of 0.01 mm, y up.
 ZuPhoto MakePhoto() {

@@ -8,6 +8,7 @@
 #include <locale>
 #include <sstream>
 
+#include "tests/support/planes.h"
 #include "tests/support/random_geometry.h"
 #include "zu/foundation/object.h"
 #include "zu/rectify/plane_list.h"
@@ -16,18 +17,9 @@ namespace {
 
 constexpr double kPi = 3.14159265358979323846;
 
-ZuPlane Plane(double a, double b, double c, double d) {
-  ZuPlane plane;
-  plane.A() = a;
-  plane.B() = b;
-  plane.C() = c;
-  plane.D() = d;
-  return plane;
-}
-
 // The unit normal at an angle from the z axis.
 ZuPlane Tilted(double dAngle, double d = 0.0) {
-  return Plane(std::sin(dAngle), 0.0, std::cos(dAngle), d);
+  return MakePlane(std::sin(dAngle), 0.0, std::cos(dAngle), d);
 }
 
 TEST(Plane, DefaultIsNoPlane) {
@@ -44,8 +36,8 @@ TEST(Plane, DefaultIsNoPlane) {
 
 TEST(Plane, CopiesTakeTheRecordAndStandInNoList) {
   ZuPlaneList list;
-  ZuPlane* pFirst = list.Add(Plane(1.0, 2.0, 3.0, 4.0));
-  ZuPlane* pLast = list.Add(Plane(5.0, 6.0, 7.0, 8.0));
+  ZuPlane* pFirst = list.Add(MakePlane(1.0, 2.0, 3.0, 4.0));
+  ZuPlane* pLast = list.Add(MakePlane(5.0, 6.0, 7.0, 8.0));
   pFirst->SetId(17);
   pFirst->SetName("wall");
   pFirst->SetActive(true);
@@ -67,12 +59,12 @@ TEST(Plane, CopiesTakeTheRecordAndStandInNoList) {
 }
 
 TEST(Plane, DistancesOfAnyLengthOfNormal) {
-  const ZuPlane plane = Plane(0.0, 3.0, 4.0, -10.0);
+  const ZuPlane plane = MakePlane(0.0, 3.0, 4.0, -10.0);
   EXPECT_EQ(plane.Dist(9.0, 0.0, 0.0), -2.0);
   EXPECT_EQ(plane.FastDist(9.0, 0.0, 0.0), -10.0);
   EXPECT_EQ(plane.Dist(ZuPoint(1, 0.0, 3.0, 4.0)), 3.0);
   // Required: planes differ by their D alone, also when the lengths of the normals differ.
-  EXPECT_EQ(plane.Dist(Plane(0.0, 6.0, 8.0, 5.0)), -15.0);
+  EXPECT_EQ(plane.Dist(MakePlane(0.0, 6.0, 8.0, 5.0)), -15.0);
   EXPECT_EQ(Tilted(0.0, 3.0).Dist(Tilted(1e-6, 1.0)), 0.0);
 }
 
@@ -82,7 +74,7 @@ TEST(Plane, AnglesAreBoundedAsStored) {
   const ZuPlane up = Tilted(0.0);
   EXPECT_TRUE(up.IsParallel(Tilted(0.9 * dParallel)));
   EXPECT_FALSE(up.IsParallel(Tilted(1.1 * dParallel)));
-  EXPECT_FALSE(up.IsParallel(Plane(0.0, 0.0, -1.0, 0.0)));  // the side counts
+  EXPECT_FALSE(up.IsParallel(MakePlane(0.0, 0.0, -1.0, 0.0)));  // the side counts
   const struct {
     double dAngle;
     bool bNormal;
@@ -99,7 +91,8 @@ TEST(Plane, OpposedNormalsInEveryDirectionGivePi) {
   RandomGeometry random(61);
   for (int i = 0; i < 100; ++i) {
     const ZuVector3d n = random.Direction() * (5.0 + random.Value(4.0));
-    EXPECT_NEAR(Plane(n.x, n.y, n.z, 0.0).CalcAngle(Plane(-n.x, -n.y, -n.z, 0.0)), kPi, 5e-8);
+    EXPECT_NEAR(MakePlane(n.x, n.y, n.z, 0.0).CalcAngle(MakePlane(-n.x, -n.y, -n.z, 0.0)), kPi,
+                5e-8);
   }
 }
 
@@ -109,22 +102,22 @@ TEST(Plane, IntersectionPointFollowsItsFormula) {
   RandomGeometry random(67);
   for (int i = 0; i < 50; ++i) {
     const ZuVector3d n1 = random.Direction(), n2 = random.Direction() * 3.0;
-    const ZuPlane one = Plane(n1.x, n1.y, n1.z, random.Value(9.0));
-    const ZuPlane other = Plane(n2.x, n2.y, n2.z, random.Value(9.0));
+    const ZuPlane one = MakePlane(n1.x, n1.y, n1.z, random.Value(9.0));
+    const ZuPlane other = MakePlane(n2.x, n2.y, n2.z, random.Value(9.0));
     ZuVector point(3), direction(3), point2(3);
     ASSERT_TRUE(one.CalcIntersection(point, direction, other));
     EXPECT_EQ(point[3], 0.0);
     EXPECT_TRUE(direction.IsNormalized(1e-14));
     const ZuVector3d cross = n1 % n2;
     EXPECT_NEAR(direction * ZuVector(cross.x, cross.y, cross.z), cross.Norm(), 1e-13);
-    ASSERT_TRUE(Plane(n1.x, n1.y, 7.0, one.D())
-                    .CalcIntersection(point2, direction, Plane(n2.x, -8.0, 9.0, other.D())));
+    ASSERT_TRUE(MakePlane(n1.x, n1.y, 7.0, one.D())
+                    .CalcIntersection(point2, direction, MakePlane(n2.x, -8.0, 9.0, other.D())));
     EXPECT_EQ(point2, point);
   }
   // Worked by hand: the determinant is 2 * 4 - 1 * 21 = -13.
   ZuVector point(3), direction(3);
-  ASSERT_TRUE(
-      Plane(1.0, 2.0, 0.0, 3.0).CalcIntersection(point, direction, Plane(4.0, 0.0, 1.0, 5.0)));
+  ASSERT_TRUE(MakePlane(1.0, 2.0, 0.0, 3.0)
+                  .CalcIntersection(point, direction, MakePlane(4.0, 0.0, 1.0, 5.0)));
   EXPECT_NEAR(point[1], (2.0 * -5.0 - 21.0) / -13.0, 1e-15);
   EXPECT_NEAR(point[2], (-3.0 * 4.0 + 5.0 * 21.0) / -13.0, 1e-15);
 }
@@ -134,10 +127,10 @@ TEST(Plane, IntersectionRefusesWhatHasNoLine) {
   EXPECT_FALSE(Tilted(0.0).CalcIntersection(point, direction, Tilted(1e-7)));
   EXPECT_EQ(direction, ZuVector(4.0, 5.0, 6.0));
   // No point can be fixed: the direction is written all the same.
-  EXPECT_FALSE(Tilted(0.0).CalcIntersection(point, direction, Plane(1.0, 0.0, 0.0, 0.0)));
+  EXPECT_FALSE(Tilted(0.0).CalcIntersection(point, direction, MakePlane(1.0, 0.0, 0.0, 0.0)));
   EXPECT_EQ(direction, ZuVector(0.0, 1.0, 0.0));
-  EXPECT_FALSE(
-      Plane(1.0, 0.0, 0.0, 2.0).CalcIntersection(point, direction, Plane(-1.0, 0.0, 0.0, 2.0)));
+  EXPECT_FALSE(MakePlane(1.0, 0.0, 0.0, 2.0)
+                   .CalcIntersection(point, direction, MakePlane(-1.0, 0.0, 0.0, 2.0)));
   EXPECT_EQ(point, ZuVector(1.0, 2.0, 3.0));
 }
 
@@ -145,12 +138,12 @@ TEST(Plane, PointForTheRayLiesOnTheNearestAxis) {
   const struct {
     ZuPlane plane;
     ZuVector expected;
-  } planes[] = {{Plane(2.0, 1.0, -1.0, 4.0), ZuVector(-2.0, 0.0, 0.0)},
-                {Plane(1.0, -2.0, 1.0, 4.0), ZuVector(0.0, 2.0, 0.0)},
-                {Plane(2.0, 0.0, 2.0, 4.0), ZuVector(0.0, 0.0, -2.0)}};
+  } planes[] = {{MakePlane(2.0, 1.0, -1.0, 4.0), ZuVector(-2.0, 0.0, 0.0)},
+                {MakePlane(1.0, -2.0, 1.0, 4.0), ZuVector(0.0, 2.0, 0.0)},
+                {MakePlane(2.0, 0.0, 2.0, 4.0), ZuVector(0.0, 0.0, -2.0)}};
   for (const auto& p : planes) EXPECT_EQ(p.plane.CalcPlaneVectorForSip(), p.expected);
   // Required: a tie of A and B falls to C, even when C is 0.
-  const ZuPlane tie = Plane(1.0, 1.0, 0.0, 4.0);
+  const ZuPlane tie = MakePlane(1.0, 1.0, 0.0, 4.0);
   EXPECT_FALSE(std::isfinite(tie.CalcPlaneVectorForSip()[3]));
 }
 
@@ -158,7 +151,7 @@ TEST(Plane, ProjectionWritesCoordinatesAlone) {
   RandomGeometry random(71);
   for (int i = 0; i < 20; ++i) {
     const ZuVector3d n = random.Direction();
-    const ZuPlane plane = Plane(n.x, n.y, n.z, random.Value(5.0));
+    const ZuPlane plane = MakePlane(n.x, n.y, n.z, random.Value(5.0));
     const ZuPoint p(3, random.Value(9.0), random.Value(9.0), random.Value(9.0));
     ZuPoint foot(8, 0.0, 0.0, 0.0);
     foot.m_dDX = 0.5;
@@ -170,12 +163,12 @@ TEST(Plane, ProjectionWritesCoordinatesAlone) {
   }
   // Required: n is not divided by its length a second time, so that 2 z = 0 mirrors the point.
   ZuPoint p(1, 0.0, 0.0, 5.0);
-  ASSERT_TRUE(Plane(0.0, 0.0, 2.0, 0.0).ProjectPoint(&p, p));
+  ASSERT_TRUE(MakePlane(0.0, 0.0, 2.0, 0.0).ProjectPoint(&p, p));
   EXPECT_EQ(p.m_dZ, -5.0);
 }
 
 TEST(Plane, MirrorKeepsThePointSet) {
-  ZuPlane plane = Plane(1.0, -2.0, 3.0, 4.0);
+  ZuPlane plane = MakePlane(1.0, -2.0, 3.0, 4.0);
   plane.MirrorNormal();
   EXPECT_EQ(plane.B(), 2.0);
   EXPECT_EQ(plane.FastDist(1.0, 1.0, 1.0), -6.0);
