@@ -10,6 +10,9 @@
 #include "tests/support/temp_file.h"
 #include "zu/photo/camera_list.h"
 #include "zu/photo/reseau_file.h"
+#include "zu/points/point_list.h"
+#include "zu/transform/lokal_system.h"
+#include "zu/transform/trafo2d.h"
 
 namespace {
 
@@ -68,6 +71,45 @@ TEST(FilePages, Projects) {
   EXPECT_EQ(trafo.GetRegion().Count(), 4);
   EXPECT_EQ(trafo.GetParallelDef().GetConstraints().Count(), 1);
   EXPECT_TRUE(rectified.Photos().First()->IsActive());
+}
+
+// Reads the example as a record that stands behind the keyword X.
+template <class T>
+void ReadRecord(const std::string& strText, T* pRecord) {
+  const TempFile file("X {" + strText + "}\n");
+  ZuReader reader(file.Path());
+  ZuReaderObject record("X", Link(pRecord, &T::Read));
+  reader.RegisterObject(record);
+  reader.DoProcess(false);
+  EXPECT_EQ(reader.GetReaderErrorList().Count(), 0);
+}
+
+TEST(FilePages, Points) {
+  const TempFile coordinates(Examples("coordinate_file.md").at(0));
+  const TempFile gsi(Examples("gsi.md").at(0));
+  ZuPointList list, station;
+  const eZuPointRWMask columns[] = {eZuPointRWId, eZuPointRWX, eZuPointRWY, eZuPointRWZ,
+                                    eZuPointRWEnd};
+  ASSERT_EQ(list.ReadFile(coordinates.Path(), columns), 2);
+  ASSERT_EQ(station.ReadGsiFile(gsi.Path()), 2);
+  EXPECT_EQ(station.First()->m_dY, 2000.0);
+  // Both pages show the same station: to a millimetre here, to a tenth there.
+  EXPECT_NEAR(station.Last()->m_dX, list.First()->m_dX, 5.1e-4);
+  EXPECT_NEAR(station.Last()->m_dZ, list.First()->m_dZ, 5.1e-4);
+}
+
+TEST(FilePages, Records) {
+  ZuLokalSystem system;
+  std::string strLocal = Examples("local_system.md").at(0);
+  strLocal = strLocal.substr(strLocal.find('{') + 1);
+  ReadRecord(strLocal.substr(0, strLocal.rfind('}')), &system);
+  EXPECT_EQ(system.m_uIdC, 103U);
+  EXPECT_EQ(system.m_dScale1Dist, 5.25);
+
+  ZuTrafo2d trafo;
+  ReadRecord(Examples("trafo2d.md").at(0), &trafo);
+  EXPECT_EQ(trafo.GetType(), eZuTrafo2DAffin);
+  EXPECT_EQ(trafo.GetCoef(5), 0.9999999999);
 }
 
 }  // namespace
