@@ -25,7 +25,7 @@ class ZU_API TZuBaseListHeader {
  public:
   TZuBaseListHeader() = default;
   TZuBaseListHeader(const TZuBaseListHeader& other) { other.CopyTo(this); }
-  virtual ~TZuBaseListHeader() { Destroy(); }
+  virtual ~TZuBaseListHeader() { DeleteNodes(); }
 
  protected:
   // Notification; nothing at this level.
@@ -141,9 +141,12 @@ class ZU_API TZuBaseListHeader {
   };
 
   // Changes of the chain without events.
-  void LinkLast(T* p) { LinkBefore(nullptr, p); }
+  void LinkLast(T* p);
   void LinkBefore(T* pBefore, T* p);  // null: at the tail
   void Unlink(T* p);
+
+  // Deletes all nodes from the head on, each unlinked first; no events.
+  void DeleteNodes();
 
   // Sorts the chain as SortedInsert with this comparison does, without events. Returns the number
   // of nodes.

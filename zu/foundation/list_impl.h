@@ -8,6 +8,18 @@
 #include "zu/foundation/list.h"
 
 template <class T>
+inline void TZuBaseListHeader<T>::LinkLast(T* p) {
+  Links(p).m_pPrev = m_pLast;
+  Links(p).m_pNext = nullptr;
+  if (m_pLast) {
+    Links(m_pLast).m_pNext = p;
+  } else {
+    m_pFirst = p;
+  }
+  m_pLast = p;
+}
+
+template <class T>
 void TZuBaseListHeader<T>::LinkBefore(T* pBefore, T* p) {
   T* pPrevious = pBefore ? PreviousOf(pBefore) : m_pLast;
   Links(p).m_pPrev = pPrevious;
@@ -31,6 +43,20 @@ void TZuBaseListHeader<T>::Unlink(T* p) {
   if (m_pLast == p) m_pLast = pPrevious;
   Links(p).m_pPrev = nullptr;
   Links(p).m_pNext = nullptr;
+}
+
+template <class T>
+void TZuBaseListHeader<T>::DeleteNodes() {
+  while (T* p = m_pFirst) {
+    m_pFirst = NextOf(p);
+    if (m_pFirst) {
+      Links(m_pFirst).m_pPrev = nullptr;
+    } else {
+      m_pLast = nullptr;
+    }
+    Links(p).m_pNext = nullptr;
+    delete p;
+  }
 }
 
 template <class T>
@@ -224,7 +250,9 @@ bool TZuBaseListHeader<T>::IsPtrInList(const void* pSearched) const {
 
 template <class T>
 TZuListHeader<T>::~TZuListHeader() {
-  this->Destroy();
+  // No derived list is left that could have a Subtract of its own, as Destroy would call.
+  this->DeleteNodes();
+  NotifyChanged(nullptr, nullptr);
   NotifyDestroyed();
   RemoveAllObservers();
 }

@@ -41,7 +41,9 @@ StrRep* PrependText(StrRep* rep, char const* t, int n) {
 
 }  // namespace
 
-String::String(String const& x) : rep(MakeRep(x.rep->s, x.rep->len)) {}
+StrRep* String::CopyRep(StrRep const* p) { return MakeRep(p->s, p->len); }
+
+void String::DropRep(StrRep* p) { zu_internal::FreeRep(p); }
 
 String::String(SubString const& x) : rep(MakeRep(x.chars(), x.Rest())) {}
 
@@ -60,13 +62,6 @@ String::String(int i) : rep(NilRep()) {
 String::String(double d) : rep(NilRep()) {
   const std::string strText = zu_internal::FormatDouble(DoubleForm().chars(), d);
   rep = MakeRep(strText.data(), static_cast<int>(strText.size()));
-}
-
-String::~String() { zu_internal::FreeRep(rep); }
-
-String& String::operator=(String const& y) {
-  rep = Scopy(rep, y.rep);
-  return *this;
 }
 
 String& String::operator=(SubString const& y) {

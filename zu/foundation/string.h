@@ -71,7 +71,7 @@ class ZU_API SubString {
 class ZU_API String {
  public:
   constexpr String() noexcept : rep(NilRep()) {}
-  String(String const& x);
+  String(String const& x) : rep(x.empty() ? NilRep() : CopyRep(x.rep)) {}
   String(String&& x) noexcept : rep(x.rep) { x.rep = NilRep(); }
   String(SubString const& x);
   String(char c);
@@ -79,9 +79,14 @@ class ZU_API String {
   String(char const* t, int len);  // a negative length is that of the terminated text
   String(int i);                   // "%d"
   String(double d);                // "%6.3f", whatever the process locale
-  virtual ~String();
+  virtual ~String() {
+    if (rep != NilRep()) DropRep(rep);
+  }
 
-  String& operator=(String const& y);
+  String& operator=(String const& y) {
+    if (rep != y.rep) rep = Scopy(rep, y.rep);
+    return *this;
+  }
   String& operator=(SubString const& y);
   String& operator=(char c);
   String& operator=(char const* y);
@@ -283,6 +288,10 @@ class ZU_API String {
   SubString Cut(StretchKind eKind, char c, int start);
   SubString Cut(StretchKind eKind, char const* t, int start);
   int Count(char const* t, int tl) const;
+
+  // Records without a name are made and deleted by the million: empty texts take no call.
+  static StrRep* CopyRep(StrRep const* p);
+  static void DropRep(StrRep* p);
 
   static constexpr StrRep* NilRep() noexcept { return const_cast<StrRep*>(&_nilStrRep); }
   String& Self() const { return const_cast<String&>(*this); }
