@@ -176,6 +176,8 @@ class ZU_API ZuMatrix {
   int m_iSpalten;         // columns
 
  private:
+  friend class ZuCalcPlane;  // a row for every point, all written
+
   struct Unset {};  // for results whose every element is written
   ZuMatrix(Unset, int iRows, int iCols) { Allocate(iRows, iCols); }
 

@@ -11,6 +11,7 @@
 #include "zu/foundation/valid_pointer.h"
 #include "zu/points/filter.h"
 #include "zu/rectify/internal/point_refill.h"
+#include "zu/rectify/internal/spare_points.h"
 
 namespace {
 
@@ -84,10 +85,14 @@ void AddPointsOfParallel(ZuPointList* pPoints, int iMode) {
 
 }  // namespace
 
+ZuCalcPlane::~ZuCalcPlane() {
+  ZuSparePoints::Keep(&m_filteredPoints);
+  ZuSparePoints::Keep(&m_pointsInPlane);
+}
+
 bool ZuCalcPlane::CalcPlaneFromFilteredPoints(ZuPointList* pPoints, bool bWriteBack, bool bForce) {
   m_bForcePlane = bForce;
-  KeepFilteredPoints(pPoints);
-  CalcZuPlane(&m_filteredPoints);
+  CalcZuPlane(&m_filteredPoints, KeepFilteredPoints(pPoints));
   if (m_eStatus != StatusOk) return false;
   if (bWriteBack) {
     if (pPoints == nullptr) return false;
@@ -96,15 +101,19 @@ bool ZuCalcPlane::CalcPlaneFromFilteredPoints(ZuPointList* pPoints, bool bWriteB
   return true;
 }
 
-void ZuCalcPlane::KeepFilteredPoints(ZuPointList* pPoints) {
+int ZuCalcPlane::KeepFilteredPoints(ZuPointList* pPoints) {
+  int n = 0;
   ZuPointRefill refill(&m_filteredPoints);
   if (IsValidPointer(pPoints)) {
     for (ZuPoint* p = pPoints->First(); p != nullptr; p = p->Next()) {
       p->m_dDX = p->m_dDY = p->m_dDZ = 0.0;
-      if (m_pCooFilter == nullptr || m_pCooFilter->Test(p) != 0) refill.Append(*p);
+      if (m_pCooFilter != nullptr && m_pCooFilter->Test(p) == 0) continue;
+      refill.Append(*p);
+      ++n;
     }
   }
   refill.Finish();
+  return n;
 }
 
 void ZuCalcPlane::WriteBackDeviations(ZuPointList* pPoints) const {

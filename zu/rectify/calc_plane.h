@@ -34,7 +34,7 @@ class ZU_API ZuCalcPlane {
   // Copies all; the filter is shared, and the last object that holds it deletes it.
   ZuCalcPlane(const ZuCalcPlane& other) = default;
   ZuCalcPlane& operator=(const ZuCalcPlane& other) = default;
-  virtual ~ZuCalcPlane() = default;
+  virtual ~ZuCalcPlane();
 
   // Fits a plane to the points that the filter accepts.
   //
@@ -118,7 +118,8 @@ class ZU_API ZuCalcPlane {
 
  private:
   bool CalcWithoutFilter(ZuPointList* pPoints);
-  void KeepFilteredPoints(ZuPointList* pPoints);
+  int KeepFilteredPoints(ZuPointList* pPoints);  // how many passed
+  bool CalcZuPlane(ZuPointList* pPoints, int n);
   void KeepExactPoints(ZuPointList* pPoints);
   void KeepFootPoints(ZuPointList* pPoints, const ZuMatrix& matrix);
   void WriteBackDeviations(ZuPointList* pPoints) const;

@@ -86,14 +86,18 @@ ZuVector AdjustHeights(ZuMatrix& matrix, const Columns& columns, const ZuVector&
 }  // namespace
 
 bool ZuCalcPlane::CalcZuPlane(ZuPointList* pPoints) {
+  return CalcZuPlane(pPoints, pPoints == nullptr ? 0 : pPoints->Count());
+}
+
+// n is the number of points, so that a long list needs no walk for it.
+bool ZuCalcPlane::CalcZuPlane(ZuPointList* pPoints, int n) {
   m_dMediumPointDist = 0.0;
   m_dSigma0 = 0.0;
-  const int n = pPoints == nullptr ? 0 : pPoints->Count();
   if (n < 3) {
     m_eStatus = TooLessPoints;
     return false;
   }
-  ZuMatrix matrix(n, 4);
+  ZuMatrix matrix(ZuMatrix::Unset(), n, 4);
   double* row = matrix.GetData();
   for (const ZuPoint* p = pPoints->First(); p != nullptr; p = p->Next(), row += 4) {
     row[0] = p->m_dX;

@@ -1,8 +1,9 @@
 // Fills a point list anew with copies, in the nodes that it holds already: a fit that is made again
-// and again allocates nothing.
+// and again allocates nothing, and a new one takes those of the fits before it.
 #pragma once
 
 #include "zu/points/point_list.h"
+#include "zu/rectify/internal/spare_points.h"
 
 class ZuPointRefill {
  public:
@@ -25,6 +26,12 @@ class ZuPointRefill {
     ZuPoint* pNode = m_pNext;
     if (pNode != nullptr) {
       m_pNext = pNode->Next();
+      *pNode = point;
+      return pNode;
+    }
+    pNode = m_spares.Take();
+    if (pNode != nullptr) {
+      m_nodes.LinkLast(pNode);
       *pNode = point;
     } else {
       pNode = new ZuPoint(point);
@@ -50,5 +57,6 @@ class ZuPointRefill {
 
   ZuPointList* m_pList;
   Nodes m_nodes;
+  ZuSparePoints m_spares;
   ZuPoint* m_pNext;  // the first node not yet used again
 };
