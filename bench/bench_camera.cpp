@@ -1,5 +1,6 @@
 // Camera: forward map, inverse table and its build, against the formulas and the table written out.
 #include <benchmark/benchmark.h>
+#include <sched.h>
 
 #include <cmath>
 #include <cstdlib>
@@ -110,7 +111,7 @@ BENCHMARK_CAPTURE(Inverse, raster_reference, false, true);
 BENCHMARK_CAPTURE(Inverse, random_ours, true, false);
 BENCHMARK_CAPTURE(Inverse, random_reference, true, true);
 
-// 609,961 forward calls into a fresh block, and the table itself on one and on all processors.
+// 609,961 forward calls into a fresh block.
 void TableBuildReference(benchmark::State& state) {
   const ZuCamera camera = test_cameras::ChessboardCap();
   constexpr int kNodes = 781;
@@ -128,15 +129,48 @@ void TableBuildReference(benchmark::State& state) {
 }
 BENCHMARK(TableBuildReference)->Unit(benchmark::kMillisecond)->UseRealTime();
 
-// OMP_THREAD_LIMIT=1 in the environment gives the figure of one thread.
+// Lets this thread, and those of a table that it starts, run on n processors.
+class OnProcessors {
+ public:
+  explicit OnProcessors(int n) {
+    if (sched_getaffinity(0, sizeof m_all, &m_all) != 0) std::abort();
+    cpu_set_t some;
+    CPU_ZERO(&some);
+    for (int i = 0; i < CPU_SETSIZE && n > 0; ++i) {
+      if (!CPU_ISSET(i, &m_all)) continue;
+      CPU_SET(i, &some);
+      --n;
+    }
+    m_bEnough = n == 0;
+    sched_setaffinity(0, sizeof some, &some);
+  }
+  OnProcessors(const OnProcessors&) = delete;
+  OnProcessors& operator=(const OnProcessors&) = delete;
+  ~OnProcessors() { sched_setaffinity(0, sizeof m_all, &m_all); }
+  bool AreEnough() const { return m_bEnough; }
+
+ private:
+  cpu_set_t m_all = {};
+  bool m_bEnough = false;
+};
+
+// The table with its matrix and all else that belongs to it; a table takes as many threads as it
+// has processors.
 void TableBuild(benchmark::State& state) {
   const ZuCamera camera = test_cameras::ChessboardCap();
+  static const plain::InverseTable table(camera, camera.m_dRMax);
+  ZuCamera::DeleteInvAdjustTables();
+  const OnProcessors processors(static_cast<int>(state.range(0)));
+  if (!processors.AreEnough()) state.SkipWithError("too few processors");
+  CheckEqual(
+      RandomPoints(3.2, 1 << 16), [&](double* x, double* y) { camera.InvAdjust(x, y); },
+      [&](double* x, double* y) { table.LookUp(x, y); });
   for (auto _ : state) {
     ZuCamera::DeleteInvAdjustTables();
     double x = 0.1, y = 0.1;
     benchmark::DoNotOptimize(camera.InvAdjust(&x, &y));
   }
 }
-BENCHMARK(TableBuild)->Unit(benchmark::kMillisecond)->UseRealTime();
+BENCHMARK(TableBuild)->Arg(1)->Arg(2)->Unit(benchmark::kMillisecond)->UseRealTime();
 
 }  // namespace

@@ -4,51 +4,11 @@
 
 #include <cmath>
 #include <cstdlib>
-#include <random>
 #include <vector>
 
-#include "tests/support/cameras.h"
-#include "zu/photo/photo.h"
+#include "bench/photo_sample.h"
 
 namespace {
-
-constexpr int kPoints = 4096;
-
-ZuPhoto MakePhoto() {
-  ZuPhoto photo(1, "a.jpg");
-  photo.SetDigiRegion(ZuRegion(0, 0, 639, 479));
-  const double pre[9] = {1, 0, 0.5, 0, -1, 479.5, 0, 0, 1};
-  const double main[9] = {0.0099, 0, -3.168, 0, 0.0099, -2.376, 0, 0, 1};
-  ZuTrafo2d trafo;
-  trafo.SetFromMatrix(ZuMatrix(pre, 3, 3), eZuTrafo2DAffin);
-  photo.SetReseauPreTrafo(trafo);
-  trafo.SetFromMatrix(ZuMatrix(main, 3, 3), eZuTrafo2DHelmert);
-  photo.SetReseauMainTrafo(trafo);
-  photo.SetCamera(test_cameras::ChessboardRadial());
-  photo.SetRotAOR(-0.164, 0.275, -0.0097);
-  photo.SetPosAOR(182.94, 83.86, 374.34);
-  photo.SetHasAOR(true);
-  return photo;
-}
-
-ZuPlane MakePlane() {
-  ZuPlane plane;
-  plane.A() = 0.02;
-  plane.B() = -0.01;
-  plane.C() = std::sqrt(1.0 - 0.0005);
-  plane.D() = 1.5;
-  return plane;
-}
-
-std::vector<ZuPoint> Points(double dHalf, double z) {
-  std::mt19937 random(2);
-  std::uniform_real_distribution<double> unit(-dHalf, dHalf);
-  std::vector<ZuPoint> points;
-  for (unsigned int i = 0; i < kPoints; ++i) {
-    points.emplace_back(i + 1, unit(random), unit(random), z * unit(random));
-  }
-  return points;
-}
 
 struct Xyz {
   double x, y, z;
@@ -80,10 +40,10 @@ void CheckNear(double a, double b) {
 }
 
 void RayMeetsPlane(benchmark::State& state, bool bReference) {
-  ZuPhoto photo = MakePhoto();
-  const ZuPlane plane = MakePlane();
+  ZuPhoto photo = photo_sample::MakePhoto();
+  const ZuPlane plane = photo_sample::MakePlane();
   const Bare bare(photo, plane);
-  const auto points = Points(2.0, 0.0);
+  const auto points = photo_sample::Points(2.0, 0.0);
   ZuPoint result;
   for (const ZuPoint& p : points) {
     photo.CalcSip(&result, plane, &p);
@@ -99,15 +59,15 @@ void RayMeetsPlane(benchmark::State& state, bool bReference) {
       }
     }
   }
-  state.SetItemsProcessed(state.iterations() * kPoints);
+  state.SetItemsProcessed(state.iterations() * photo_sample::kPoints);
 }
 BENCHMARK_CAPTURE(RayMeetsPlane, ours, false);
 BENCHMARK_CAPTURE(RayMeetsPlane, reference, true);
 
 // Pixel to object point in one call for a list, against the formulas a point.
 void PixelToObject(benchmark::State& state, bool bReference) {
-  ZuPhoto photo = MakePhoto();
-  const ZuPlane plane = MakePlane();
+  ZuPhoto photo = photo_sample::MakePhoto();
+  const ZuPlane plane = photo_sample::MakePlane();
   const Bare bare(photo, plane);
   const ZuCamera& camera = photo.GetCamera();
   ZuPointList list;
@@ -150,10 +110,10 @@ BENCHMARK_CAPTURE(PixelToObject, reference, true)->Unit(benchmark::kMillisecond)
 }
 
 void ObjectToAdjusted(benchmark::State& state, bool bReference) {
-  const ZuPhoto photo = MakePhoto();
-  const Bare bare(photo, MakePlane());
+  const ZuPhoto photo = photo_sample::MakePhoto();
+  const Bare bare(photo, photo_sample::MakePlane());
   const ZuBikoTransform transform(&photo, eObjectToAdjusted, false);
-  const auto points = Points(100.0, 0.1);
+  const auto points = photo_sample::Points(100.0, 0.1);
   for (auto _ : state) {
     for (const ZuPoint& p : points) {
       Xyz q{p.m_dX, p.m_dY, p.m_dZ};
@@ -165,18 +125,18 @@ void ObjectToAdjusted(benchmark::State& state, bool bReference) {
       benchmark::DoNotOptimize(q);
     }
   }
-  state.SetItemsProcessed(state.iterations() * kPoints);
+  state.SetItemsProcessed(state.iterations() * photo_sample::kPoints);
 }
 BENCHMARK_CAPTURE(ObjectToAdjusted, ours, false);
 BENCHMARK_CAPTURE(ObjectToAdjusted, reference, true);
 
 // Lists in the modes of one matrix, against a 3x3 product with division a point.
 void ListByMatrix(benchmark::State& state, bool bReference) {
-  const ZuPhoto photo = MakePhoto();
+  const ZuPhoto photo = photo_sample::MakePhoto();
   const ZuBikoTransform transform(&photo, eDigiToBiko, false);
   ZuMatrix m = photo.GetReseauTrafoMat();
   ZuPointList list;
-  for (const ZuPoint& p : Points(200.0, 0.0)) list.Add(p);
+  for (const ZuPoint& p : photo_sample::Points(200.0, 0.0)) list.Add(p);
   const double* e = m.GetData();
   for (auto _ : state) {
     if (!bReference) {
@@ -190,7 +150,7 @@ void ListByMatrix(benchmark::State& state, bool bReference) {
       p->m_dY = (e[3] * x + e[4] * y + e[5]) / w;
     }
   }
-  state.SetItemsProcessed(state.iterations() * kPoints);
+  state.SetItemsProcessed(state.iterations() * photo_sample::kPoints);
 }
 BENCHMARK_CAPTURE(ListByMatrix, ours, false);
 BENCHMARK_CAPTURE(ListByMatrix, reference, true);

@@ -13,45 +13,13 @@
 #include <utility>
 #include <vector>
 
+#include "bench/ring_sample.h"
 #include "zu/rectify/polygon.h"
 #include "zu/rectify/polygon_tools.h"
 
 namespace {
 
-struct Ring {
-  std::vector<double> x, y;
-};
-
-// A star around (0, 0).
-Ring Star(std::int64_t n) {
-  std::mt19937 random(9);
-  Ring ring;
-  for (std::int64_t i = 0; i < n; ++i) {
-    const double a = 6.283185307179586 * static_cast<double>(i) / static_cast<double>(n);
-    const double r = 70.0 + random() / 4294967295.0 * 30.0;
-    ring.x.push_back(r * std::cos(a));
-    ring.y.push_back(r * std::sin(a));
-  }
-  return ring;
-}
-
-ZuPolygon AsPolygon(const Ring& ring) {
-  ZuPolygon polygon(eLPolygonXY);
-  for (std::size_t i = 0; i < ring.x.size(); ++i)
-    polygon.AddPoint(ZuPoint(0, ring.x[i], ring.y[i]));
-  return polygon;
-}
-
-std::vector<ZuPoint> Queries() {
-  std::mt19937 random(10);
-  const auto value = [&random] { return random() / 4294967295.0 * 200.0 - 100.0; };
-  std::vector<ZuPoint> points;
-  for (unsigned int u = 1; u <= 64; ++u) {
-    const double x = value(), y = value();
-    points.emplace_back(u, x, y);
-  }
-  return points;
-}
+using namespace ring_sample;
 
 int Orientation(double x0, double y0, double x1, double y1, double x2, double y2) {
   const double dx1 = x1 - x0, dy1 = y1 - y0, dx2 = x2 - x0, dy2 = y2 - y0;

@@ -1,23 +1,58 @@
 #!/usr/bin/env bash
 # Runs the benchmarks of the release build (cmake --preset release && cmake --build build/release).
 #
-#   bench/run.sh [NAME...]   the named ones (all), the least of seven repetitions counts
-#   bench/run.sh --once      one short round of all, to see that they work
+#   bench/run.sh              all; prints the table of all rows and writes it into docs/performance.md
+#   bench/run.sh NAME...      the named ones; prints their rows
+#   bench/run.sh --table      no measurement; the table from the last results of each, into the page
+#   bench/run.sh --once       one short round of all, to see that they work and that no row is missing
+#
+# Seven repetitions in random order; the best of each counts, see bench/report/results.h.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 programs=build/release/bench
+results=$programs/results
+page=docs/performance.md
 
-options=(--benchmark_repetitions=7 --benchmark_enable_random_interleaving=true
-         --benchmark_report_aggregates_only=false)
-if [ "${1:-}" = --once ]; then
-  options=(--benchmark_min_time=0.01)
+# Files in memory, so that they tell of the work and not of the disk.
+if [ -z "${TMPDIR:-}" ] && [ -w /dev/shm ] &&
+   [ "$(df --output=avail -k /dev/shm | tail -n 1)" -gt 4000000 ]; then
+  export TMPDIR=/dev/shm
+fi
+
+measure() {
+  local folder=$1 name
   shift
-fi
+  mkdir -p "$folder"
+  for name in $names; do
+    program=$programs/bench_$name
+    [ -x "$program" ] || program=$programs/peers/bench_$name
+    echo "== $name"
+    "$program" --benchmark_out="$folder/$name.json" --benchmark_out_format=json "$@"
+  done
+}
 
-if [ $# -eq 0 ]; then
-  set -- $(cd "$programs" && ls | sed -n 's/^bench_\([a-z0-9_]*\)$/\1/p')
-fi
-for name in "$@"; do
-  echo "== $name"
-  "$programs/bench_$name" "${options[@]}"
-done
+names=$(find "$programs" -maxdepth 2 -name 'bench_*' -type f -executable ! -name bench_report \
+          -printf '%f\n' | sed 's/^bench_//' | sort)
+full=(--benchmark_repetitions=7 --benchmark_enable_random_interleaving=true)
+case ${1:-} in
+  --once)
+    rm -rf "$results-once"
+    measure "$results-once" --benchmark_min_time=0.01
+    "$programs/bench_report" bench/rows.txt "$results-once"
+    ;;
+  --table) "$programs/bench_report" bench/rows.txt "$results" "$page" ;;
+  '')
+    rm -rf "$results"
+    measure "$results" "${full[@]}"
+    "$programs/bench_report" bench/rows.txt "$results" "$page"
+    ;;
+  *)
+    names=$*
+    folder=$(mktemp -d)
+    trap 'rm -rf "$folder"' EXIT
+    measure "$folder" "${full[@]}"
+    "$programs/bench_report" bench/rows.txt "$folder"
+    mkdir -p "$results"
+    cp "$folder"/*.json "$results"
+    ;;
+esac
