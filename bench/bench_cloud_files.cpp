@@ -23,30 +23,6 @@ constexpr std::size_t kPtsWritePoints = 1'000'000;
 constexpr std::size_t kPlyPoints = 1'000'000;
 constexpr std::size_t kBinaryPoints = 10'000'000;
 
-void MakePts(const char* szPath) {
-  ZuPointCloud cloud;
-  Fill(cloud, Records(kPtsPoints));
-  std::FILE* fp = std::fopen(szPath, "wb");
-  std::fprintf(fp, "%zu\n", kPtsPoints);
-  cloud.WritePtsFile(fp, false);
-  std::fclose(fp);
-}
-
-void MakePly(const char* szPath) {
-  std::FILE* fp = std::fopen(szPath, "wb");
-  std::fprintf(fp, "ply\nformat ascii 1.0\nelement vertex %zu\n", kPlyPoints);
-  for (const char* szName : {"x", "y", "z", "nx", "ny", "nz", "red", "green", "blue"}) {
-    std::fprintf(fp, "property float %s\n", szName);
-  }
-  std::fprintf(fp, "end_header\n");
-  for (const auto& r : Records(kPlyPoints)) {
-    std::fprintf(fp, "%.6f %.6f %.6f %.4f %.4f %.4f %u %u %u\n", r.x / 1e6, r.y / 1e6, r.z / 1e6,
-                 0.5, -0.25, 0.8292, r.uColor & 0xFF, (r.uColor >> 8) & 0xFF,
-                 (r.uColor >> 16) & 0xFF);
-  }
-  std::fclose(fp);
-}
-
 void MakeBinary(const char* szPath) {
   ZuPointCloudContainer container;
   Fill(*container.AddCloud(), Records(kBinaryPoints));
@@ -54,11 +30,11 @@ void MakeBinary(const char* szPath) {
 }
 
 SharedFile& PtsFile() {
-  static SharedFile file(".pts", MakePts);
+  static SharedFile file(".pts", [](const char* szPath) { MakePts(szPath, kPtsPoints); });
   return file;
 }
 SharedFile& PlyFile() {
-  static SharedFile file(".ply", MakePly);
+  static SharedFile file(".ply", [](const char* szPath) { MakePly(szPath, kPlyPoints); });
   return file;
 }
 SharedFile& BinaryFile() {

@@ -81,6 +81,35 @@ inline void Fill(ZuPointCloud& cloud, const std::vector<reference::Record>& reco
   for (const auto& r : records) cloud.AddPoint(AsPoint(r));
 }
 
+// x y z, intensity, red green blue.
+inline void MakePts(const char* szPath, std::size_t n) {
+  ZuPointCloud cloud;
+  Fill(cloud, Records(n));
+  std::FILE* fp = std::fopen(szPath, "wb");
+  std::fprintf(fp, "%zu\n", n);
+  cloud.WritePtsFile(fp, false);
+  std::fclose(fp);
+}
+
+// x y z, normal, red green blue.
+inline void MakePly(const char* szPath, std::size_t n) {
+  std::FILE* fp = std::fopen(szPath, "wb");
+  std::fprintf(fp, "ply\nformat ascii 1.0\nelement vertex %zu\n", n);
+  for (const char* szName : {"x", "y", "z", "nx", "ny", "nz"}) {
+    std::fprintf(fp, "property float %s\n", szName);
+  }
+  for (const char* szName : {"red", "green", "blue"}) {
+    std::fprintf(fp, "property uchar %s\n", szName);
+  }
+  std::fprintf(fp, "end_header\n");
+  for (const auto& r : Records(n)) {
+    std::fprintf(fp, "%.6f %.6f %.6f %.4f %.4f %.4f %u %u %u\n", r.x / 1e6, r.y / 1e6, r.z / 1e6,
+                 0.5, -0.25, 0.8292, r.uColor & 0xFF, (r.uColor >> 8) & 0xFF,
+                 (r.uColor >> 16) & 0xFF);
+  }
+  std::fclose(fp);
+}
+
 // A file made when first asked for and removed at the end.
 class SharedFile {
  public:

@@ -3,14 +3,16 @@
 #
 #   bench/run.sh              all; prints the table of all rows and writes it into docs/performance.md
 #   bench/run.sh NAME...      the named ones; prints their rows
-#   bench/run.sh --table      no measurement; the table from the last results of each, into the page
+#   bench/run.sh --growth     how cost grows with n, to ten million elements; slopes and plot into docs
+#   bench/run.sh --table      no measurement; table, slopes and plot from the last results
 #   bench/run.sh --once       one short round of all, to see that they work and that no row is missing
 #
-# Seven repetitions in random order; the best of each counts, see bench/report/results.h.
+# Nine repetitions in random order; the best of each counts, see bench/report/results.h.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 programs=build/release/bench
 results=$programs/results
+growth=$results/growth.txt
 page=docs/performance.md
 
 # Files in memory, so that they tell of the work and not of the disk.
@@ -31,20 +33,36 @@ measure() {
   done
 }
 
+# The page's table, and slopes and plot where there are any.
+write_page() {
+  "$programs/bench_report" bench/rows.txt "$results" "$page"
+  if [ -f "$growth" ]; then
+    "$programs/bench_growth" --results "$growth" --table "$page" docs/images/growth.svg
+  fi
+}
+
 names=$(find "$programs" -maxdepth 2 -name 'bench_*' -type f -executable ! -name bench_report \
+          ! -name bench_growth \
           -printf '%f\n' | sed 's/^bench_//' | sort)
-full=(--benchmark_repetitions=7 --benchmark_enable_random_interleaving=true)
+full=(--benchmark_repetitions=9 --benchmark_min_time=0.15
+      --benchmark_enable_random_interleaving=true)
 case ${1:-} in
   --once)
     rm -rf "$results-once"
     measure "$results-once" --benchmark_min_time=0.01
+    "$programs/bench_growth" --once
     "$programs/bench_report" bench/rows.txt "$results-once"
     ;;
-  --table) "$programs/bench_report" bench/rows.txt "$results" "$page" ;;
+  --table) write_page ;;
+  --growth)
+    mkdir -p "$results"
+    "$programs/bench_growth" --results "$growth"
+    write_page
+    ;;
   '')
-    rm -rf "$results"
+    rm -f "$results"/*.json
     measure "$results" "${full[@]}"
-    "$programs/bench_report" bench/rows.txt "$results" "$page"
+    write_page
     ;;
   *)
     names=$*
