@@ -1,6 +1,4 @@
-// InvAdjust: the inverse table with its process-wide cache, and the iteration of unknown modes.
-#include <omp.h>
-
+// InvAdjust: the process-wide cache of inverse tables, and the iteration of unknown modes.
 #include <algorithm>
 #include <cmath>
 #include <limits>
@@ -12,11 +10,6 @@
 #include "zu/photo/internal/inverse_table.h"
 
 namespace {
-
-constexpr double kVanishing = 1e-10;  // of a homogeneous component [-]
-constexpr double kZuvoLimit = 30.0;   // half-width of a table when the camera gives none [mm]
-constexpr double kVivaLimit = 8.0;
-constexpr int kWalkSteps = 60;
 
 // Iteration of unknown modes: most rounds, end of the iteration [mm^2], and up to which difference
 // of squares the last answer serves as start [mm^2].
@@ -34,132 +27,7 @@ ZuInvAdjustTableList& Tables() {
   return tables;
 }
 
-int ClampCell(int i) { return std::clamp(i, 1, ZuInvAdjustTable::kCells); }
-
-// (x, y, 1) through a 3 x 3 matrix; (x, y) stay where the homogeneous component vanishes.
-void Map(const double* m, double* x, double* y) {
-  const double w = m[6] * *x + m[7] * *y + m[8];
-  if (!(std::fabs(w) >= kVanishing)) return;
-  const double xMapped = (m[0] * *x + m[1] * *y + m[2]) / w;
-  const double yMapped = (m[3] * *x + m[4] * *y + m[5]) / w;
-  *x = xMapped;
-  *y = yMapped;
-}
-
-double NewLimit(const ZuCamera& camera, double dOld) {
-  if (camera.m_dRMax != 0.0) return camera.m_dRMax;
-  if (camera.m_iMode == eCameraModeZuvo) return kZuvoLimit;
-  if (camera.m_iMode == eCameraModeViva) return kVivaLimit;
-  return dOld;  // no domain is known: the table finds nothing
-}
-
 }  // namespace
-
-bool ZuInvAdjustTable::IsFor(const ZuCamera& camera) const {
-  return m_iCameraId == camera.GetId() && m_dCameraC == camera.m_dC;
-}
-
-void ZuInvAdjustTable::Build(const ZuCamera& camera) {
-  if (m_dLimit != 0.0 && m_dLimit >= camera.m_dRMax) return;
-  m_dLimit = NewLimit(camera, m_dLimit);
-  m_iCameraId = camera.GetId();
-  m_dCameraC = camera.m_dC;
-  if (m_dLimit == 0.0) return;
-
-  ZuMatrix scale(3, 3), shift(3, 3);
-  scale.SetIdent();
-  scale[1][1] = scale[2][2] = 2.0 * m_dLimit / static_cast<double>(kCells);
-  shift.SetIdent();
-  shift[1][3] = shift[2][3] = -0.5 * kCells;
-  m_Matrix = scale * shift;
-
-  m_pNodes.reset(new Node[static_cast<size_t>(kNodes) * kNodes]);  // every node is set below
-  const double* pMatrix = m_Matrix.GetData();
-  Node* pNodes = m_pNodes.get();
-  const ZuCamera* pCamera = &camera;
-  omp_set_num_threads(omp_get_num_procs());
-#pragma omp parallel for schedule(static)
-  for (int i = 0; i < kNodes; ++i) {
-    Node* pNode = pNodes + static_cast<size_t>(i) * kNodes;
-    for (int j = 0; j < kNodes; ++j, ++pNode) {
-      double x = i, y = j;
-      Map(pMatrix, &x, &y);
-      pCamera->Adjust(&x, &y);
-      pNode->x = x;
-      pNode->y = y;
-    }
-  }
-}
-
-bool ZuInvAdjustTable::Contains(Cell cell, double X, double Y) const {
-  const Node& node = At(cell.i, cell.j);
-  return !(At(cell.i - 1, cell.j).x > X) && !(X > node.x) && !(At(cell.i, cell.j - 1).y > Y) &&
-         !(Y > node.y);
-}
-
-// Bisects both axes at once; each axis is judged in the row or column the other one stands in.
-ZuInvAdjustTable::Cell ZuInvAdjustTable::Bisect(double X, double Y) const {
-  int iLower = 1, iUpper = kCells, jLower = 1, jUpper = kCells;
-  bool bInI = false, bInJ = false;
-  Cell cell{1, 1};
-  while (iLower <= iUpper && jLower <= jUpper && !(bInI && bInJ)) {
-    cell.i = ClampCell((iLower + iUpper) >> 1);
-    cell.j = ClampCell((jLower + jUpper) >> 1);
-    const Node& node = At(cell.i, cell.j);
-    bInI = bInJ = false;
-    if (At(cell.i - 1, cell.j).x > X) {
-      iUpper = cell.i - 1;
-    } else if (X > node.x) {
-      iLower = cell.i + 1;
-    } else {
-      bInI = true;
-    }
-    if (At(cell.i, cell.j - 1).y > Y) {
-      jUpper = cell.j - 1;
-    } else if (Y > node.y) {
-      jLower = cell.j + 1;
-    } else {
-      bInJ = true;
-    }
-  }
-  return cell;
-}
-
-// The corrected grid is no straight lattice, a row's x depend on j: from the bisection's cell it
-// can be some steps to the one that holds the point.
-ZuInvAdjustTable::Cell ZuInvAdjustTable::Walk(Cell cell, double X, double Y) const {
-  for (int n = 0; n < kWalkSteps && !Contains(cell, X, Y); ++n) {
-    if (At(cell.i - 1, cell.j).x > X) {
-      cell.i = ClampCell(cell.i - 1);
-    } else if (X > At(cell.i, cell.j).x) {
-      cell.i = ClampCell(cell.i + 1);
-    }
-    if (At(cell.i, cell.j - 1).y > Y) {
-      cell.j = ClampCell(cell.j - 1);
-    } else if (Y > At(cell.i, cell.j).y) {
-      cell.j = ClampCell(cell.j + 1);
-    }
-  }
-  return cell;
-}
-
-bool ZuInvAdjustTable::LookUp(double* x, double* y) const {
-  const double X = *x, Y = *y;
-  if (m_pNodes == nullptr || std::fabs(X) >= m_dLimit || std::fabs(Y) >= m_dLimit) return false;
-
-  // Where the walk ran out, the cell reached extrapolates: near the border of a strongly bent
-  // table that is still the best answer.
-  const Cell cell = Walk(Bisect(X, Y), X, Y);
-  const Node& node = At(cell.i, cell.j);
-  const double xLow = At(cell.i - 1, cell.j).x, yLow = At(cell.i, cell.j - 1).y;
-  double fi = (cell.i - 1) + (X - xLow) / (node.x - xLow);
-  double fj = (cell.j - 1) + (Y - yLow) / (node.y - yLow);
-  Map(m_Matrix.GetData(), &fi, &fj);
-  if (!std::isfinite(fi) || !std::isfinite(fj)) return false;
-  *x = fi;
-  *y = fj;
-  return true;
-}
 
 ZuInvAdjustTable* GetInvAdjustTable(const ZuCamera& camera) {
   for (const auto& pTable : Tables()) {

@@ -31,15 +31,41 @@ class ZuInvAdjustTable {
   };
 
   const Node& At(int i, int j) const { return m_pNodes[static_cast<size_t>(i) * kNodes + j]; }
+  // Between which cells a bisection still looks.
+  struct Bounds {
+    int iLower = 1, iUpper = kCells, jLower = 1, jUpper = kCells;
+  };
+  struct Place {
+    float i, j;  // in the grid, 0 to kCells
+  };
+  static constexpr int kGuessCells = 32;  // of the lattice of guesses, along each axis
+  static constexpr int kGuessNodes = kGuessCells + 1;
+
+  static int ClampCell(int i) { return i < 1 ? 1 : i > kCells ? kCells : i; }
   bool Contains(Cell cell, double X, double Y) const;
-  Cell Bisect(double X, double Y) const;
+  Cell Bisect(const Bounds& bounds, double X, double Y) const;
+  Cell Step(Cell cell, double X, double Y) const;
   Cell Walk(Cell cell, double X, double Y) const;
+  Cell Find(double X, double Y) const;
+  void Interpolate(Cell cell, double X, double Y, double* fi, double* fj) const;
+
+  void FillGuesses();
+  // The cell that probably holds the point.
+  Cell Guess(double X, double Y) const;
+  // Whether the bisection of the whole table goes straight to this cell and ends there, as it does
+  // for all but few points in it. If not, *pBounds gets the bounds of its first step astray.
+  bool LeadsBisectionTo(Cell cell, double X, double Y, Bounds* pBounds) const;
 
   unsigned int m_iCameraId = 0;
   double m_dCameraC = 0.0;
   std::unique_ptr<Node[]> m_pNodes;  // none while the limit is 0
   double m_dLimit = 0.0;             // half-width in measured coordinates [mm], 0 until built
   ZuMatrix m_Matrix;                 // grid index to measured coordinates
+
+  // Where in the grid the nodes of a coarse lattice of corrected coordinates, -limit to limit, lie.
+  // What is interpolated between them misses by hundredths of a cell.
+  Place m_aGuesses[kGuessNodes * kGuessNodes];
+  double m_dGuessScale = 0.0;  // lattice cells per mm
 };
 
 // The camera's table, built at the first call of its id and constant; null for a NaN constant,
