@@ -120,6 +120,7 @@ ZU_SORT_BENCH(Record, kSorted);
 void BM_FindById(benchmark::State& state) {
   Sample<Record> sample(state.range(0), kShuffled);
   const unsigned int uLast = sample.aNodes.back()->GetId();
+  if (sample.list.Find(uLast) != sample.aNodes.back()) state.SkipWithError("another node");
   for (auto _ : state) benchmark::DoNotOptimize(sample.list.Find(uLast));
 }
 BENCHMARK(BM_FindById)->Arg(1000)->Arg(100000);
@@ -172,6 +173,9 @@ void BM_SortHelperFind(benchmark::State& state) {
   Sample<Record> sample(state.range(0), kShuffled);
   Thin<iGap>(sample);
   const ZuSortHelper<Record> helper(&sample.list);
+  for (Record* p : sample.aNodes) {
+    if (helper.Find(p->GetId()) != p) state.SkipWithError("another node");
+  }
   for (auto _ : state) {
     for (Record* p : sample.aNodes) benchmark::DoNotOptimize(helper.Find(p->GetId()));
   }

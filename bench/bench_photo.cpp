@@ -65,27 +65,39 @@ BENCHMARK_CAPTURE(RayMeetsPlane, ours, false);
 BENCHMARK_CAPTURE(RayMeetsPlane, reference, true);
 
 // Pixel to object point in one call for a list, against the formulas a point.
-void PixelToObject(benchmark::State& state, bool bReference) {
-  ZuPhoto photo = photo_sample::MakePhoto();
-  const ZuPlane plane = photo_sample::MakePlane();
-  const Bare bare(photo, plane);
-  const ZuCamera& camera = photo.GetCamera();
-  ZuPointList list;
-  for (int i = 0; i < 1000000; ++i) list.Add(ZuPoint(1, i % 640, (i / 640) % 480));
-  std::vector<ZuPoint*> nodes;
-  for (ZuPoint* p = list.First(); p != nullptr; p = p->Next()) nodes.push_back(p);
-  const double r02 = camera.m_dR0 * camera.m_dR0;
-  for (auto _ : state) {
-    state.PauseTiming();
-    for (int i = 0; i < 1000000; ++i) {
-      nodes[i]->m_dX = i % 640;
-      nodes[i]->m_dY = (i / 640) % 480;
+struct Pixels {
+  static constexpr int kCount = 1000000;
+
+  Pixels() : bare(photo, plane) {
+    for (int i = 0; i < kCount; ++i) list.Add(ZuPoint(1, 0.0, 0.0));
+    for (ZuPoint* p = list.First(); p != nullptr; p = p->Next()) nodes.push_back(p);
+    Restore();
+    Ours();
+    std::vector<Xyz> ours;
+    for (const ZuPoint* p : nodes) ours.push_back({p->m_dX, p->m_dY, p->m_dZ});
+    Restore();
+    Formulas();
+    for (std::size_t i = 0; i < kCount; ++i) {
+      CheckNear(ours[i].x, nodes[i]->m_dX);
+      CheckNear(ours[i].y, nodes[i]->m_dY);
+      CheckNear(ours[i].z, nodes[i]->m_dZ);
     }
-    state.ResumeTiming();
-    if (!bReference) {
-      photo.CalcSipList(&list, plane, eDigiToAdjusted);
-      continue;
+  }
+
+  void Restore() {
+    int i = 0;
+    for (ZuPoint* p : nodes) {
+      p->m_dX = i % 640;
+      p->m_dY = (i / 640) % 480;
+      ++i;
     }
+  }
+
+  void Ours() { photo.CalcSipList(&list, plane, eDigiToAdjusted); }
+
+  void Formulas() {
+    const ZuCamera& camera = photo.GetCamera();
+    const double r02 = camera.m_dR0 * camera.m_dR0;
     for (ZuPoint* p = list.First(); p != nullptr; p = p->Next()) {
       const double u = p->m_dX + 0.5, v = 479.5 - p->m_dY;
       const double xr = -3.168 + 0.0099 * u - camera.m_dXh, yr = -2.376 + 0.0099 * v - camera.m_dYh;
@@ -97,7 +109,23 @@ void PixelToObject(benchmark::State& state, bool bReference) {
       p->m_dZ = q.z;
     }
   }
-  state.SetItemsProcessed(state.iterations() * 1000000);
+
+  ZuPhoto photo = photo_sample::MakePhoto();
+  ZuPlane plane = photo_sample::MakePlane();
+  Bare bare;
+  ZuPointList list;
+  std::vector<ZuPoint*> nodes;
+};
+
+void PixelToObject(benchmark::State& state, bool bReference) {
+  static Pixels pixels;
+  for (auto _ : state) {
+    state.PauseTiming();
+    pixels.Restore();
+    state.ResumeTiming();
+    bReference ? pixels.Formulas() : pixels.Ours();
+  }
+  state.SetItemsProcessed(state.iterations() * Pixels::kCount);
 }
 BENCHMARK_CAPTURE(PixelToObject, ours, false)->Unit(benchmark::kMillisecond);
 BENCHMARK_CAPTURE(PixelToObject, reference, true)->Unit(benchmark::kMillisecond);
@@ -114,6 +142,13 @@ void ObjectToAdjusted(benchmark::State& state, bool bReference) {
   const Bare bare(photo, photo_sample::MakePlane());
   const ZuBikoTransform transform(&photo, eObjectToAdjusted, false);
   const auto points = photo_sample::Points(100.0, 0.1);
+  for (const ZuPoint& p : points) {
+    Xyz q{p.m_dX, p.m_dY, p.m_dZ};
+    transform.Transform(&q.x, &q.y, &q.z);
+    const Xyz expected = BareCollinearity(bare, p.m_dX, p.m_dY, p.m_dZ);
+    CheckNear(q.x, expected.x);
+    CheckNear(q.y, expected.y);
+  }
   for (auto _ : state) {
     for (const ZuPoint& p : points) {
       Xyz q{p.m_dX, p.m_dY, p.m_dZ};
@@ -131,23 +166,36 @@ BENCHMARK_CAPTURE(ObjectToAdjusted, ours, false);
 BENCHMARK_CAPTURE(ObjectToAdjusted, reference, true);
 
 // Lists in the modes of one matrix, against a 3x3 product with division a point.
+void ByMatrix(ZuPointList* pList, const double* m) {
+  for (ZuPoint* p = pList->First(); p != nullptr; p = p->Next()) {
+    const double x = p->m_dX, y = p->m_dY;
+    const double w = m[6] * x + m[7] * y + m[8];
+    p->m_dX = (m[0] * x + m[1] * y + m[2]) / w;
+    p->m_dY = (m[3] * x + m[4] * y + m[5]) / w;
+  }
+}
+
 void ListByMatrix(benchmark::State& state, bool bReference) {
   const ZuPhoto photo = photo_sample::MakePhoto();
   const ZuBikoTransform transform(&photo, eDigiToBiko, false);
-  ZuMatrix m = photo.GetReseauTrafoMat();
-  ZuPointList list;
-  for (const ZuPoint& p : photo_sample::Points(200.0, 0.0)) list.Add(p);
-  const double* e = m.GetData();
+  const ZuMatrix m = photo.GetReseauTrafoMat();
+  ZuPointList list, expected;
+  for (const ZuPoint& p : photo_sample::Points(200.0, 0.0)) {
+    list.Add(p);
+    expected.Add(p);
+  }
+  transform.Transform(&list);
+  ByMatrix(&expected, m.GetData());
+  const ZuPoint* q = expected.First();
+  for (const ZuPoint* p = list.First(); p != nullptr; p = p->Next(), q = q->Next()) {
+    CheckNear(p->m_dX, q->m_dX);
+    CheckNear(p->m_dY, q->m_dY);
+  }
   for (auto _ : state) {
-    if (!bReference) {
+    if (bReference) {
+      ByMatrix(&list, m.GetData());
+    } else {
       transform.Transform(&list);
-      continue;
-    }
-    for (ZuPoint* p = list.First(); p != nullptr; p = p->Next()) {
-      const double x = p->m_dX, y = p->m_dY;
-      const double w = e[6] * x + e[7] * y + e[8];
-      p->m_dX = (e[0] * x + e[1] * y + e[2]) / w;
-      p->m_dY = (e[3] * x + e[4] * y + e[5]) / w;
     }
   }
   state.SetItemsProcessed(state.iterations() * photo_sample::kPoints);
