@@ -21,8 +21,9 @@ if [ -z "${TMPDIR:-}" ] && [ -w /dev/shm ] &&
   export TMPDIR=/dev/shm
 fi
 
+# measure FOLDER OPTION... : runs the benchmarks in $names, one JSON file each.
 measure() {
-  local folder=$1 name
+  local folder=$1 name program
   shift
   mkdir -p "$folder"
   for name in $names; do
@@ -33,13 +34,8 @@ measure() {
   done
 }
 
-# The page's table, and slopes and plot where there are any.
-write_page() {
-  "$programs/bench_report" bench/rows.txt "$results" "$page"
-  if [ -f "$growth" ]; then
-    "$programs/bench_growth" --results "$growth" --table "$page" docs/images/growth.svg
-  fi
-}
+write_table() { "$programs/bench_report" bench/rows.txt "$results" "$page"; }
+write_growth() { "$programs/bench_growth" --results "$growth" --table "$page" docs/images/growth.svg; }
 
 names=$(find "$programs" -maxdepth 2 -name 'bench_*' -type f -executable ! -name bench_report \
           ! -name bench_growth \
@@ -53,16 +49,19 @@ case ${1:-} in
     "$programs/bench_growth" --once
     "$programs/bench_report" bench/rows.txt "$results-once"
     ;;
-  --table) write_page ;;
+  --table)
+    write_table
+    write_growth
+    ;;
   --growth)
     mkdir -p "$results"
     "$programs/bench_growth" --results "$growth"
-    write_page
+    write_growth
     ;;
   '')
     rm -f "$results"/*.json
     measure "$results" "${full[@]}"
-    write_page
+    write_table
     ;;
   *)
     names=$*

@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <exception>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -37,6 +38,9 @@ void Report(const std::string& strRows, const std::string& strFolder, const char
     std::erase_if(rows, [&](const auto& row) { return !results.Has(row.strProgram); });
   }
   const report::Table table = report::MakeTable(rows, results);
+  if (table.iNotMeasured == static_cast<int>(rows.size())) {
+    throw std::runtime_error(strFolder + ": no results");
+  }
   const std::string strHead = "Measured " + results.Days() + " on " + report::Machine() + ".\n\n";
   std::printf("%s%s\n%s", strHead.c_str(), table.strText.c_str(), Summary(table).c_str());
   if (szPage != nullptr) {
