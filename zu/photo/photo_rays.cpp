@@ -4,18 +4,20 @@
 #include "zu/cloud/scan_point3d.h"
 #include "zu/numerics/line3d.h"
 #include "zu/photo/photo.h"
+#include "zu/rectify/internal/sip_point.h"
 
 namespace {
 
 // A plane prepared for many rays: normal, and the product w . n of the intersection, with w from
 // the projection centre to a point of the plane.
 struct SipPlane {
-  SipPlane(const ZuPlane& plane, const ZuVector& X0) : a(plane.A()), b(plane.B()), c(plane.C()) {
-    const ZuVector q = plane.CalcPlaneVectorForSip();
-    dHeight = (q[1] - X0[1]) * a + (q[2] - X0[2]) * b + (q[3] - X0[3]) * c;
-    if (!std::isfinite(q[1]) || !std::isfinite(q[2]) || !std::isfinite(q[3])) {
+  SipPlane(const ZuPlane& plane, const double* X0) : a(plane.A()), b(plane.B()), c(plane.C()) {
+    double q[3];
+    ZuSipPoint(a, b, c, plane.D(), q);
+    dHeight = (q[0] - X0[0]) * a + (q[1] - X0[1]) * b + (q[2] - X0[2]) * c;
+    if (!std::isfinite(q[0]) || !std::isfinite(q[1]) || !std::isfinite(q[2])) {
       // The plane's point on an axis does not exist (a normal such as (1, 1, 0)): the same number.
-      dHeight = -plane.D() - (a * X0[1] + b * X0[2] + c * X0[3]);
+      dHeight = -plane.D() - (a * X0[0] + b * X0[1] + c * X0[2]);
     }
   }
 
@@ -23,21 +25,25 @@ struct SipPlane {
 };
 
 // X0 + t v, t = (w . n) / (v . n).
-void Meet(const SipPlane& plane, const ZuVector& X0, const double* v, ZuPoint* pResult) {
+void Meet(const SipPlane& plane, const double* X0, const double* v, ZuPoint* pResult) {
   const double t = plane.dHeight / (v[0] * plane.a + v[1] * plane.b + v[2] * plane.c);
-  pResult->m_dX = X0[1] + t * v[0];
-  pResult->m_dY = X0[2] + t * v[1];
-  pResult->m_dZ = X0[3] + t * v[2];
+  pResult->m_dX = X0[0] + t * v[0];
+  pResult->m_dY = X0[1] + t * v[1];
+  pResult->m_dZ = X0[2] + t * v[2];
+}
+
+// R (x, y, -|c|).
+void Direction(const double* R, double x, double y, double c, double* v) {
+  const double z = -std::fabs(c);
+  v[0] = R[0] * x + R[1] * y + R[2] * z;
+  v[1] = R[3] * x + R[4] * y + R[5] * z;
+  v[2] = R[6] * x + R[7] * y + R[8] * z;
 }
 
 }  // namespace
 
 void ZuPhoto::RayVector(double x, double y, double* v) const {
-  const double* R = m_RotAOR.GetData();
-  const double z = -std::fabs(m_Camera.m_dC);
-  v[0] = R[0] * x + R[1] * y + R[2] * z;
-  v[1] = R[3] * x + R[4] * y + R[5] * z;
-  v[2] = R[6] * x + R[7] * y + R[8] * z;
+  Direction(m_RotAOR.GetData(), x, y, m_Camera.m_dC, v);
 }
 
 void ZuPhoto::SetRayStart(ZuLine3d& line) const {
@@ -82,9 +88,10 @@ bool ZuPhoto::CalcRayEndPoint(ZuScanPoint3d* pResult, const ZuPoint* pAdjusted,
 
 void ZuPhoto::CalcSipNoErrorCheck(ZuPoint* pResult, const ZuPlane& plane,
                                   const ZuPoint* pAdjusted) const {
+  const double* X0 = m_PosAOR.GetData();
   double v[3];
-  RayVector(pAdjusted->m_dX, pAdjusted->m_dY, v);
-  Meet(SipPlane(plane, m_PosAOR), m_PosAOR, v, pResult);
+  Direction(m_RotAOR.GetData(), pAdjusted->m_dX, pAdjusted->m_dY, m_Camera.m_dC, v);
+  Meet(SipPlane(plane, X0), X0, v, pResult);
 }
 
 bool ZuPhoto::CalcSip(ZuPoint* pResult, const ZuPlane& plane, const ZuPoint* pAdjusted) {
@@ -121,13 +128,14 @@ int ZuPhoto::CalcSipList(ZuPointList* pList, const ZuPlane& plane, eConvertBikoM
     CalcSip(&none, plane, p);  // tells why
     return 0;
   }
-  const SipPlane sip(plane, m_PosAOR);
+  const double* X0 = m_PosAOR.GetData();
+  const SipPlane sip(plane, X0);
   int n = 0;
   for (; p != nullptr; p = p->Next(), ++n) {
     ConvertBiko(p, eMode);
     double v[3];
-    RayVector(p->m_dX, p->m_dY, v);
-    Meet(sip, m_PosAOR, v, p);
+    Direction(m_RotAOR.GetData(), p->m_dX, p->m_dY, m_Camera.m_dC, v);
+    Meet(sip, X0, v, p);
   }
   return n;
 }

@@ -9,6 +9,7 @@
 #include "zu/foundation/reader_object.h"
 #include "zu/foundation/writer.h"
 #include "zu/points/point.h"
+#include "zu/rectify/internal/sip_point.h"
 
 namespace {
 
@@ -56,8 +57,6 @@ void ZuPlane::Get(ZuVector* normal, double* d) const {
   *normal = m_vNormal;
   *d = m_dD;
 }
-
-int ZuPlane::IsValid() const { return A() != 0.0 || B() != 0.0 || C() != 0.0; }
 
 void ZuPlane::SetActive(bool bActive) {
   if (bActive) {
@@ -115,11 +114,9 @@ bool ZuPlane::CalcIntersection(ZuVector& point, ZuVector& direction, const ZuPla
 }
 
 ZuVector ZuPlane::CalcPlaneVectorForSip() const {
-  const double a = std::fabs(A()), b = std::fabs(B()), c = std::fabs(C());
-  if (a + b + c == 0.0) return ZuVector(3);
-  if (a > b && a > c) return ZuVector(-m_dD / A(), 0.0, 0.0);
-  if (b > a && b > c) return ZuVector(0.0, -m_dD / B(), 0.0);
-  return ZuVector(0.0, 0.0, -m_dD / C());
+  double q[3];
+  ZuSipPoint(A(), B(), C(), m_dD, q);
+  return ZuVector(q[0], q[1], q[2]);
 }
 
 bool ZuPlane::ProjectPoint(ZuPoint* result, const ZuPoint& p) const {

@@ -41,7 +41,7 @@ class ZU_API ZuPlane : public ZuListnode, public ZuFlag {
   void Get(ZuVector* normal, double* d) const;
 
   // 0 when A, B and C are all exactly 0, else 1.
-  int IsValid() const;
+  int IsValid() const { return A() != 0.0 || B() != 0.0 || C() != 0.0; }
 
   // The flag word masked with 2: 0 or 2.
   int IsActive() const { return IsFlagSet(eZuFlagActive); }
