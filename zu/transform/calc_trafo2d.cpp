@@ -45,6 +45,9 @@ class NormalEquations {
     }
   }
 
+  // An element of the triangle, rows and columns from 1.
+  void Set(int i, int j, double dSum) { m_Matrix[i][j] = dSum; }
+
   // The solution, all 0.0 where there is none that is finite.
   void Solve(double* pdSolution) {
     ZuVector x(m_iUnknowns);
@@ -57,6 +60,50 @@ class NormalEquations {
  private:
   int m_iUnknowns;
   ZuMatrix m_Matrix;
+};
+
+// The normal equations of a projective map, of the rows
+//
+//   x  y  1  0  0  0  -X x  -X y | X
+//   0  0  0  x  y  1  -Y x  -Y y | Y
+//
+// Sums that are equal are formed once, in the order of the points, those of X and Y side by side.
+class ProjectiveEquations {
+ public:
+  void Add(double x, double y, double X, double Y) {
+    const double left[] = {x, y, 1.0};
+    const double right[3][2] = {{-X * x, -Y * x}, {-X * y, -Y * y}, {X, Y}};
+    for (int i = 0; i < 3; ++i) {
+      for (int j = 0; j < 3; ++j) m_adLeft[i][j] += left[i] * left[j];
+    }
+    for (int i = 0; i < 3; ++i) {
+      for (int j = 0; j < 3; ++j) {
+        for (int k = 0; k < 2; ++k) m_adMixed[i][j][k] += left[i] * right[j][k];
+      }
+    }
+    for (int k = 0; k < 2; ++k) {
+      for (int i = 0; i < 3; ++i) {
+        for (int j = 0; j < 3; ++j) m_adRight[i][j] += right[i][k] * right[j][k];
+      }
+    }
+  }
+
+  void CopyTo(NormalEquations* pEquations) const {
+    for (int i = 0; i < 3; ++i) {
+      for (int j = 0; j < 3; ++j) {
+        if (j >= i) {
+          pEquations->Set(1 + i, 1 + j, m_adLeft[i][j]);
+          pEquations->Set(4 + i, 4 + j, m_adLeft[i][j]);
+          pEquations->Set(7 + i, 7 + j, m_adRight[i][j]);
+        }
+        pEquations->Set(1 + i, 7 + j, m_adMixed[i][j][0]);
+        pEquations->Set(4 + i, 7 + j, m_adMixed[i][j][1]);
+      }
+    }
+  }
+
+ private:
+  double m_adLeft[3][3] = {}, m_adMixed[3][3][2] = {}, m_adRight[3][3] = {};
 };
 
 void AddPolynomialRows(NormalEquations& equations, double x, double y, double X, double Y) {
@@ -81,10 +128,6 @@ void AddRows(NormalEquations& equations, eZuTrafo2DType eType, double x, double 
     case eZuTrafo2DAffin:
       equations.AddRow({1, 2, 3, 7}, {1.0, x, y, X});
       equations.AddRow({4, 5, 6, 7}, {1.0, x, y, Y});
-      break;
-    case eZuTrafo2DProjektiv:
-      equations.AddRow({1, 2, 3, 7, 8, 9}, {x, y, 1.0, -X * x, -X * y, X});
-      equations.AddRow({4, 5, 6, 7, 8, 9}, {x, y, 1.0, -Y * x, -Y * y, Y});
       break;
     default:
       AddPolynomialRows(equations, x, y, X, Y);
@@ -119,11 +162,21 @@ bool ZuCalcTrafo2D::Estimate(const ZuPointList* pSource, eZuTrafo2DType eType, d
   const Kind& kind = KindOf(eType);
   if (pSource == nullptr || !pSource->CountMoreThan(kind.iMinPoints - 1)) return false;
   NormalEquations equations(kind.iUnknowns);
-  const ZuSortHelper<ZuPoint> partners(m_pPPList);
-  for (const ZuPoint* p = pSource->First(); p != nullptr; p = p->Next()) {
-    const ZuPoint* pPartner = partners.Find(p->GetId());
-    if (pPartner == nullptr) continue;
-    AddRows(equations, eType, p->m_dX, p->m_dY, pPartner->m_dX, pPartner->m_dY);
+  const auto forPairs = [this, pSource](auto&& add) {
+    const ZuSortHelper<ZuPoint> partners(m_pPPList);
+    for (const ZuPoint* p = pSource->First(); p != nullptr; p = p->Next()) {
+      const ZuPoint* pPartner = partners.Find(p->GetId());
+      if (pPartner != nullptr) add(p->m_dX, p->m_dY, pPartner->m_dX, pPartner->m_dY);
+    }
+  };
+  if (eType == eZuTrafo2DProjektiv) {
+    ProjectiveEquations sums;
+    forPairs([&sums](double x, double y, double X, double Y) { sums.Add(x, y, X, Y); });
+    sums.CopyTo(&equations);
+  } else {
+    forPairs([&equations, eType](double x, double y, double X, double Y) {
+      AddRows(equations, eType, x, y, X, Y);
+    });
   }
   equations.Solve(pdSolution);
   m_eType = eType;
