@@ -17,7 +17,7 @@ void CheckCopies(const ZuCameraList& cameras) {
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* pData, std::size_t uSize) {
   const Input input(pData, uSize);
   const char* const szPath = input.Path();
-  const bool bTable = input.OneIn(256);  // a table takes most of a second here
+  const bool bTable = input.OneIn(64);  // a table takes most of a second here
 
   ZuCameraList cameras;
   Require(cameras.Read(szPath) == 1 && cameras.GetReadErrorText() != nullptr);

@@ -23,13 +23,13 @@ class StringProgram {
   void Run() {
     using Step = void (StringProgram::*)();
     static constexpr Step kSteps[] = {
-        &StringProgram::Assign,   &StringProgram::Append,     &StringProgram::Prepend,
-        &StringProgram::Replace,  &StringProgram::Delete,     &StringProgram::DeletePattern,
-        &StringProgram::Gsub,     &StringProgram::ChangeCase, &StringProgram::Search,
-        &StringProgram::Cut,      &StringProgram::StaleView,  &StringProgram::SplitAndJoin,
-        &StringProgram::Tokens,   &StringProgram::Replicate,  &StringProgram::Common,
-        &StringProgram::Compare,  &StringProgram::Move,       &StringProgram::Placeholders,
-        &StringProgram::Elements, &StringProgram::BeyondLimit};
+        &StringProgram::Assign,   &StringProgram::Append,      &StringProgram::Prepend,
+        &StringProgram::Replace,  &StringProgram::Delete,      &StringProgram::DeletePattern,
+        &StringProgram::Gsub,     &StringProgram::ChangeCase,  &StringProgram::Search,
+        &StringProgram::Cut,      &StringProgram::StaleView,   &StringProgram::SplitAndJoin,
+        &StringProgram::Tokens,   &StringProgram::Replicate,   &StringProgram::Common,
+        &StringProgram::Compare,  &StringProgram::Move,        &StringProgram::Placeholders,
+        &StringProgram::Elements, &StringProgram::BeyondLimit, &StringProgram::CutAt};
     for (int n = 0; !m_code.empty() && n < 200; ++n) {
       m_iTarget = static_cast<int>(Byte() % 4);
       (this->*kSteps[Byte() % std::size(kSteps)])();
@@ -264,6 +264,29 @@ class StringProgram {
                         Model().compare(static_cast<std::size_t>(iStart), text.size(), text) == 0;
     if (iStart >= 0) Require(Target().matches(pattern, iStart) == bWhole);
     Target().contains(pattern, iStart);
+    const char c = text.empty() ? 'a' : text[0];
+    Require(Target().index(c, iStart) == Find(Model(), std::string(1, c), iStart));
+    Require(Target().index(text.c_str(), iStart) == Find(Model(), text.c_str(), iStart));
+  }
+
+  // What stands before, through, from and after a position, of which one behind the end is good
+  // for nothing but `after`.
+  void CutAt() {
+    const int i = Position(), n = static_cast<int>(Model().size());
+    const std::string model = Model();
+    const auto u = static_cast<std::size_t>(std::max(i, 0));
+    const bool bInside = i >= 0 && i <= n;
+    Require(Get(Target().before(i)) == (bInside ? model.substr(0, u) : std::string()));
+    Require(Get(Target().from(i)) == (bInside ? model.substr(u) : std::string()));
+    Require(Get(Target().through(i)) == (i < n ? model.substr(0, i + 1U) : std::string()));
+    Require(Get(Target().after(i)) == (i < n ? model.substr(i + 1U) : std::string()));
+    const SubString half = Target().from(n / 2);
+    const std::string strHalf = model.substr(model.size() / 2);
+    Require(half.contains(Target().at(0, 1)) ==
+            (n > 0 && strHalf.find(model[0]) != std::string::npos));
+    Require(half.OK() && compare(half, half) == 0);
+    Target().del(static_cast<char>(Byte()), -1);
+    Model() = Get(Target());
   }
 
   // What stands before, through, from, after and at a match, into another register.
