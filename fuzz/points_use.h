@@ -55,7 +55,7 @@ inline void UsePoints(ZuPointList& list) {
   list.HasControlPoints();
   const int iCount = list.Count();
   ZuPointList copy(list);
-  copy.Sort();
+  if (iCount <= 1000) copy.Sort();  // ids more than 2^31 apart leave it to the plain insertion
   Require(copy.Count() == iCount);
   copy.Renumber(1, nullptr, 1);
   copy.RemoveControlInformation();
