@@ -8,6 +8,7 @@
 #include "zu/cloud/internal/stdio_file.h"
 #include "zu/cloud/internal/stream_writer.h"
 #include "zu/cloud/point_cloud_container.h"
+#include "zu/foundation/internal/without_memory.h"
 #include "zu/foundation/progress.h"
 
 namespace {
@@ -128,12 +129,15 @@ unsigned int ExportCloud(const ZuPointCloud& cloud, std::FILE* fp, WriteRun pfnW
 int ExportFile(const ZuPointCloudContainer& container, const char* szPath, WriteRun pfnWrite,
                bool* pbStopped) {
   *pbStopped = false;
-  ZuStdioFile file(szPath, "wb");
-  if (!file.Get()) return 0;
-  ZuProgress progress("Writing point clouds");
-  const bool bGood = pfnWrite(CloudRun(container.First(), nullptr), file.Get(), progress);
-  *pbStopped = progress.IsStopped();
-  return file.Close() && bGood ? 1 : 0;
+  const auto write = [&] {
+    ZuStdioFile file(szPath, "wb");
+    if (!file.Get()) return 0;
+    ZuProgress progress("Writing point clouds");
+    const bool bGood = pfnWrite(CloudRun(container.First(), nullptr), file.Get(), progress);
+    *pbStopped = progress.IsStopped();
+    return file.Close() && bGood ? 1 : 0;
+  };
+  return zu_internal::OrWithoutMemory(write, 0);
 }
 
 }  // namespace

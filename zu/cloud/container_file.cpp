@@ -6,6 +6,7 @@
 #include "zu/cloud/internal/stdio_file.h"
 #include "zu/cloud/point_cloud_container.h"
 #include "zu/foundation/debug.h"
+#include "zu/foundation/internal/without_memory.h"
 #include "zu/foundation/profiler.h"
 #include "zu/foundation/progress.h"
 
@@ -49,7 +50,7 @@ int ZuPointCloudContainer::Read(ZuFileBuff& buff) {
     dbgprintf("Error reading point clouds: what was read before memory ended is kept");
   }
   // A dropped cloud leaves its predecessor unobserved.
-  if (!m_pNotifyParent && m_Clouds.Last()) ChangeNotifyParent(m_Clouds.Last());
+  if (!m_pNotifyParent) Observe(m_Clouds.Last());
   m_iDirty = 0;
   m_Clouds.Renumber(1, nullptr, 1);
   return m_Clouds.Count();
@@ -81,16 +82,16 @@ void ZuPointCloudContainer::ReadClouds(ZuFileBuff& buff, int iVersion) {
 }
 
 int ZuPointCloudContainer::Write(const char* szPath) {
-  ZuStdioFile file(szPath, "wb");
-  return WriteAndClose(file);
+  return zu_internal::OrWithoutMemory([&] { return WriteFile(szPath); }, 0);
 }
 
 int ZuPointCloudContainer::Write(const wchar_t* szPath) {
-  ZuStdioFile file(szPath, "wb");
-  return WriteAndClose(file);
+  return zu_internal::OrWithoutMemory([&] { return WriteFile(szPath); }, 0);
 }
 
-int ZuPointCloudContainer::WriteAndClose(ZuStdioFile& file) {
+template <class Char>
+int ZuPointCloudContainer::WriteFile(const Char* szPath) {
+  ZuStdioFile file(szPath, "wb");
   const int iDirty = m_iDirty;
   if (!Write(file.Get())) return 0;
   if (file.Close() && !m_bStopped) return 1;

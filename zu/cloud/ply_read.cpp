@@ -18,6 +18,7 @@
 #include "zu/cloud/internal/token_split.h"
 #include "zu/cloud/point_cloud_container.h"
 #include "zu/foundation/debug.h"
+#include "zu/foundation/internal/without_memory.h"
 #include "zu/foundation/locale.h"
 #include "zu/foundation/unicode.h"
 
@@ -193,10 +194,10 @@ void ReadPoints(Source& source, ZuPointFeed& feed, ZuProgress& progress) {
 }  // namespace
 
 ZuPointCloud* ZuPointCloudContainer::ObsolteReadPlyFile(std::istream& stream) {
-  ZuCLocale locale;
   ZuProgress progress("Reading PLY file");
   ZuPointCloud* pCloud = nullptr;
   try {
+    const ZuCLocale locale;
     pCloud = AddCloud();
     ZuPointFeed feed(*pCloud);
     Source source(StreamInput{&stream}, StreamRest(stream));
@@ -211,16 +212,21 @@ ZuPointCloud* ZuPointCloudContainer::ObsolteReadPlyFile(std::istream& stream) {
 
 ZuPointCloud* ZuPointCloudContainer::ObsolteReadPlyFile(const char* szPath) {
   if (!szPath) return nullptr;
-  std::ifstream stream(szPath, std::ios::binary);
-  stream.peek();
-  if (!stream.is_open() || stream.bad()) return nullptr;  // bad: a folder
-  stream.clear();
-  ZuPointCloud* pCloud = ObsolteReadPlyFile(stream);
-  if (pCloud) pCloud->SetName(ZuCloudName(szPath));
-  return pCloud;
+  ZuPointCloud* pCloud = nullptr;
+  const auto read = [&] {
+    std::ifstream stream(szPath, std::ios::binary);
+    stream.peek();
+    if (!stream.is_open() || stream.bad()) return pCloud;  // bad: a folder
+    stream.clear();
+    pCloud = ObsolteReadPlyFile(stream);
+    if (pCloud) pCloud->SetName(ZuCloudName(szPath));
+    return pCloud;
+  };
+  zu_internal::OrWithoutMemory(read, pCloud);
+  return pCloud;  // also without the name
 }
 
 ZuPointCloud* ZuPointCloudContainer::ObsolteReadPlyFile(const wchar_t* szPath) {
-  const UniToAnsi path(szPath);
-  return ObsolteReadPlyFile(path());
+  const auto read = [&] { return ObsolteReadPlyFile(UniToAnsi(szPath)()); };
+  return zu_internal::OrWithoutMemory<ZuPointCloud*>(read, nullptr);
 }

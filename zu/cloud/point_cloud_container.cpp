@@ -2,6 +2,7 @@
 
 #include <ctime>
 #include <memory>
+#include <new>
 
 #include "zu/foundation/debug.h"
 #include "zu/points/point_list.h"
@@ -39,8 +40,18 @@ ZuPointCloud* ZuPointCloudContainer::AddCloudWithId(unsigned int uId) {
   spCloud->SetId(uId);
   ZuPointCloud* const pCloud = m_Clouds.Add(spCloud.release());
   ++m_iDirty;
-  ChangeNotifyParent(pCloud);
-  return pCloud;
+  if (Observe(pCloud)) return pCloud;
+  Delete(pCloud);
+  Observe(m_Clouds.Last());
+  throw std::bad_alloc();
+}
+
+bool ZuPointCloudContainer::Observe(ZuPointCloud* pCloud) {
+  try {
+    ChangeNotifyParent(pCloud);
+  } catch (const std::bad_alloc&) {
+  }
+  return m_pNotifyParent == pCloud;
 }
 
 ZuPointCloud* ZuPointCloudContainer::AddCloud(unsigned int uCount, const char* szName) {

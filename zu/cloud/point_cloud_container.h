@@ -77,14 +77,14 @@ class ZU_API ZuPointCloudContainer : public ZuObserver {
   int Write(const char* szPath);
   int Write(const wchar_t* szPath);
 
-  // Reads a PTS file into a new cloud; null when the file cannot be opened. The wide form names the
-  // cloud after the file.
+  // Reads a PTS file into a new cloud; null when the file cannot be opened or there is no memory
+  // for a cloud. The wide form names the cloud after the file.
   ZuPointCloud* ReadPtsFile(const char* szPath);
   ZuPointCloud* ReadPtsFile(const wchar_t* szPath);
 
   // Reads an ASCII PLY file whose lines have at least nine properties, x y z first and red green
-  // blue as the last three of nine, into a new cloud named after the file; null when the file
-  // cannot be opened. Coordinates are rounded to float.
+  // blue as the last three of nine, into a new cloud named after the file; null as above.
+  // Coordinates are rounded to float.
   ZuPointCloud* ObsolteReadPlyFile(const char* szPath);
   ZuPointCloud* ObsolteReadPlyFile(const wchar_t* szPath);
 
@@ -106,8 +106,11 @@ class ZU_API ZuPointCloudContainer : public ZuObserver {
   ZuPointCloud* ObsolteReadPlyFile(std::istream& stream);
 
   ZuPointCloud* AddCloudWithId(unsigned int uId);
+  // Leaves the cloud observed so far for this one; false without memory for that.
+  bool Observe(ZuPointCloud* pCloud);
   void ReadClouds(ZuFileBuff& buff, int iVersion);
-  int WriteAndClose(ZuStdioFile& file);
+  template <class Char>
+  int WriteFile(const Char* szPath);
 
   ZuPointCloudList m_Clouds;
   ZuBoundingBox3d m_Box;     // over all clouds

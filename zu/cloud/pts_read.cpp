@@ -14,6 +14,7 @@
 #include "zu/cloud/internal/token_split.h"
 #include "zu/cloud/point_cloud_container.h"
 #include "zu/foundation/debug.h"
+#include "zu/foundation/internal/without_memory.h"
 #include "zu/foundation/locale.h"
 #include "zu/foundation/profiler.h"
 
@@ -123,10 +124,10 @@ void ReadPoints(Source& source, ZuPointFeed& feed, ZuProgress& progress) {
 ZuPointCloud* ZuPointCloudContainer::ReadPtsFile(std::FILE* fp) {
   if (!fp) return nullptr;
   ZuProfiler profiler("ReadPTS fp");
-  ZuCLocale locale;
   ZuProgress progress("Reading PTS file");
   ZuPointCloud* pCloud = nullptr;
   try {
+    const ZuCLocale locale;
     pCloud = AddCloud();
     ZuPointFeed feed(*pCloud);
     Source source(ZuStdioInput{fp}, ZuStdioRest(fp));
@@ -140,13 +141,17 @@ ZuPointCloud* ZuPointCloudContainer::ReadPtsFile(std::FILE* fp) {
 }
 
 ZuPointCloud* ZuPointCloudContainer::ReadPtsFile(const char* szPath) {
-  const ZuStdioFile file(szPath, "rb");
-  return ReadPtsFile(file.Get());
+  const auto read = [&] { return ReadPtsFile(ZuStdioFile(szPath, "rb").Get()); };
+  return zu_internal::OrWithoutMemory<ZuPointCloud*>(read, nullptr);
 }
 
 ZuPointCloud* ZuPointCloudContainer::ReadPtsFile(const wchar_t* szPath) {
-  const ZuStdioFile file(szPath, "rb");
-  ZuPointCloud* pCloud = ReadPtsFile(file.Get());
-  if (pCloud) pCloud->SetName(ZuCloudName(szPath));
-  return pCloud;
+  ZuPointCloud* pCloud = nullptr;
+  const auto read = [&] {
+    pCloud = ReadPtsFile(ZuStdioFile(szPath, "rb").Get());
+    if (pCloud) pCloud->SetName(ZuCloudName(szPath));
+    return pCloud;
+  };
+  zu_internal::OrWithoutMemory(read, pCloud);
+  return pCloud;  // also without the name
 }

@@ -6,6 +6,7 @@
 #pragma once
 
 #include <climits>
+#include <cstddef>
 #include <new>
 #include <stdexcept>
 
@@ -18,7 +19,12 @@ class ZU_API TZuArray {
 
   TZuArray() : TZuArray(kDefaultSize) {}
   explicit TZuArray(int iSize) { Init(iSize, true); }
-  TZuArray(const TZuArray& other) : TZuArray(other.m_iSize) { AppendCopies(other); }
+  // The slots are made at the first element: for an array that mostly stays empty.
+  TZuArray(int iSize, std::nullptr_t) : m_iSize(iSize) {}
+  TZuArray(const TZuArray& other) : m_iSize(other.m_iSize) {
+    if (other.m_ppItems) Init(m_iSize, true);
+    AppendCopies(other);
+  }
   virtual ~TZuArray() {
     FreeElements();
     delete[] m_ppItems;
@@ -78,7 +84,7 @@ class ZU_API TZuArray {
   void QuickSort(int iLow, int iHigh);
   void InsertSort(int iLow, int iHigh);
 
-  T** m_ppItems = nullptr;  // slots; null from m_iCount on
+  T** m_ppItems = nullptr;  // slots; null from m_iCount on. None at all: not made yet
   int m_iCount = 0;         // elements in use
   int m_iSize = 0;          // number of slots
 

@@ -28,6 +28,7 @@ void TZuArray<T>::Reallocate(int iSize) {
 
 template <class T>
 void TZuArray<T>::Grow() {
+  if (!m_ppItems) return Reallocate(std::max(m_iSize, 1));
   if (m_iCount < m_iSize) return;
   if (m_iCount == INT_MAX) throw std::length_error("TZuArray: too many elements");
   Reallocate(m_iCount > INT_MAX / 2 ? INT_MAX : std::max(2 * m_iCount, 1));
@@ -65,6 +66,7 @@ void TZuArray<T>::FreeElements() {
 
 template <class T>
 void TZuArray<T>::AppendCopies(const TZuArray& other) {
+  if (!m_ppItems && other.m_iCount > 0) Reallocate(m_iSize);
   for (int i = 0; i < other.m_iCount; ++i) {
     const T* pItem = other.m_ppItems[i];
     m_ppItems[m_iCount] = pItem ? new (std::nothrow) T(*pItem) : nullptr;

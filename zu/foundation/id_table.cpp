@@ -1,10 +1,23 @@
 #include "zu/foundation/id_table.h"
 
 #include <algorithm>
+#include <new>
 #include <utility>
 #include <vector>
 
 #include "zu/foundation/reader_object.h"
+
+namespace {
+
+// Adds a value read. One without memory is no value of the file.
+template <class Table, class Value>
+void AddRead(Table& table, const Value& value) {
+  if (table.Add(value) != nullptr) return;
+  table.Remove(table.Count() - 1);
+  throw std::bad_alloc();
+}
+
+}  // namespace
 
 bool ZuIdPair::Sort() {
   if (m_uFirst <= m_uSecond) return false;
@@ -13,14 +26,14 @@ bool ZuIdPair::Sort() {
 }
 
 int ZuIdTable::Read(ZuReaderObject* pObject) {
-  pObject->ReadRows([&] { Add(pObject->TakeId()); });
+  pObject->ReadRows([&] { AddRead(*this, pObject->TakeId()); });
   return 1;
 }
 
 int ZuIdPairTable::Read(ZuReaderObject* pObject) {
   pObject->ReadRows([&] {
     const unsigned int uFirst = pObject->TakeId();
-    Add(ZuIdPair(uFirst, pObject->TakeId()));
+    AddRead(*this, ZuIdPair(uFirst, pObject->TakeId()));
   });
   return 1;
 }

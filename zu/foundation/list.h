@@ -24,7 +24,7 @@ template <class T>
 class ZU_API TZuBaseListHeader {
  public:
   TZuBaseListHeader() = default;
-  TZuBaseListHeader(const TZuBaseListHeader& other) { other.CopyTo(this); }
+  TZuBaseListHeader(const TZuBaseListHeader& other);
   virtual ~TZuBaseListHeader() { DeleteNodes(); }
 
  protected:
@@ -46,7 +46,8 @@ class ZU_API TZuBaseListHeader {
   virtual void SetNotify(bool bNotify);
   virtual void ForceNotify() { m_iNotifyLock = 0; }
 
-  // Deletes the nodes and appends copies of those of the source, with one event at the end.
+  // Deletes the nodes and appends copies of those of the source, with one event at the end. Throws
+  // std::bad_alloc, as the copy constructors of lists do, where there is no memory for all of them.
   virtual TZuBaseListHeader& operator=(const TZuBaseListHeader& other);
   virtual TZuBaseListHeader& operator+=(const TZuBaseListHeader& other);
 
@@ -88,8 +89,8 @@ class ZU_API TZuBaseListHeader {
   virtual void MoveTo(TZuBaseListHeader* pDest);
   virtual void Swap(TZuBaseListHeader* pOther);
 
-  // Appends a copy of every node to pDest and returns their number. pDest may be this list: the
-  // nodes that were there at the start are copied.
+  // Appends a copy of every node to pDest and returns their number, without those for which there
+  // is no memory. pDest may be this list: the nodes that were there at the start are copied.
   virtual int CopyTo(TZuBaseListHeader* pDest) const;
 
   // Deletes all nodes, or leaves them to their other owners.
@@ -147,6 +148,8 @@ class ZU_API TZuBaseListHeader {
 
   // Deletes all nodes from the head on, each unlinked first; no events.
   void DeleteNodes();
+  // A copy on the heap; null when there is no memory for it.
+  static T* CopyOf(const T& x);
 
   // Sorts the chain as SortedInsert with this comparison does, without events. Returns the number
   // of nodes.

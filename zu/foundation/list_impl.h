@@ -8,6 +8,13 @@
 #include "zu/foundation/list.h"
 
 template <class T>
+TZuBaseListHeader<T>::TZuBaseListHeader(const TZuBaseListHeader& other) {
+  if (other.CopyTo(this) == other.Count()) return;
+  DeleteNodes();
+  throw std::bad_alloc();
+}
+
+template <class T>
 inline void TZuBaseListHeader<T>::LinkLast(T* p) {
   Links(p).m_pPrev = m_pLast;
   Links(p).m_pNext = nullptr;
@@ -74,7 +81,7 @@ TZuBaseListHeader<T>& TZuBaseListHeader<T>::operator=(const TZuBaseListHeader& o
   {
     NotifyLock lock(this);
     Destroy();
-    other.CopyTo(this);
+    if (other.CopyTo(this) != other.Count()) throw std::bad_alloc();
   }
   NotifyMultiAdd();
   return *this;
@@ -84,6 +91,15 @@ template <class T>
 TZuBaseListHeader<T>& TZuBaseListHeader<T>::operator+=(const TZuBaseListHeader& other) {
   other.CopyTo(this);
   return *this;
+}
+
+template <class T>
+T* TZuBaseListHeader<T>::CopyOf(const T& x) {
+  try {
+    return new (std::nothrow) T(x);
+  } catch (const std::bad_alloc&) {
+    return nullptr;  // of its name, or of what else the record holds
+  }
 }
 
 template <class T>
@@ -194,7 +210,7 @@ int TZuBaseListHeader<T>::CopyTo(TZuBaseListHeader* pDest) const {
     NotifyLock lock(pDest);
     const T* pEnd = m_pLast;
     for (const T* p = m_pFirst; p; p = p == pEnd ? nullptr : NextOf(p)) {
-      if (pDest->Add(new (std::nothrow) T(*p))) ++iCount;
+      if (pDest->Add(CopyOf(*p))) ++iCount;
     }
   }
   pDest->NotifyMultiAdd();
@@ -275,7 +291,7 @@ TZuListHeader<T>& TZuListHeader<T>::operator=(const Base& other) {
 
 template <class T>
 T* TZuListHeader<T>::Add(const T& x) {
-  return Add(new (std::nothrow) T(x));
+  return Add(this->CopyOf(x));
 }
 
 template <class T>
@@ -317,12 +333,12 @@ T* TZuListHeader<T>::SortedReplace(T* p) {
 
 template <class T>
 T* TZuListHeader<T>::Replace(const T& x) {
-  return Replace(new (std::nothrow) T(x));
+  return Replace(this->CopyOf(x));
 }
 
 template <class T>
 T* TZuListHeader<T>::SortedReplace(const T& x) {
-  return SortedReplace(new (std::nothrow) T(x));
+  return SortedReplace(this->CopyOf(x));
 }
 
 template <class T>

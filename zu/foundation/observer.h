@@ -31,7 +31,8 @@ struct ZU_API ZuNotifyEvent {
 
 class ZU_API ZuStandardNotifier : public TZuArray<ZuObserver*> {
  public:
-  ZuStandardNotifier() = default;
+  // Room for 256 observers, which takes memory when the first one comes: every list is a notifier.
+  ZuStandardNotifier() : TZuArray<ZuObserver*>(kDefaultSize, nullptr) {}
   ZuStandardNotifier(const ZuStandardNotifier& other);
   ~ZuStandardNotifier() override;
 
@@ -64,7 +65,6 @@ class ZU_API ZuStandardNotifier : public TZuArray<ZuObserver*> {
 
  private:
   friend class ZuObserver;
-  void ReleaseTable();
   void EnterTables();
 };
 

@@ -82,6 +82,9 @@ class ZU_API ZuReader {
   // error handler that returns not 0 it goes on at the next token. A block whose very first token
   // is a fault is dropped, and its handler is not called.
   //
+  // Where memory ends, the run ends with the status 2, whose entry is the last of the error list if
+  // there is room for it; records complete before stay, and no exception leaves.
+  //
   // Required: on leaving, a last entry with status 5 is taken off the error list, also at the end
   // of an inner block. An application that needs every fault sets the error handler.
   int DoProcess(bool bContinueAtBlockEnd);
@@ -146,6 +149,7 @@ class ZU_API ZuReader {
   void DropToDepth(std::int64_t iDepth);
 
   bool HandleFault(ZuParserStatus const& status);
+  void EndWithoutMemory();
   void RemoveLastMisfit();
 
   std::ifstream m_Stream;

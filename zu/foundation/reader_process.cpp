@@ -5,6 +5,8 @@
 // depth. Before each item the run compares: deeper means that something was left unread, which is
 // dropped; less deep means that the } of this level has been given out.
 
+#include <new>
+
 #include "zu/foundation/reader.h"
 
 // The call of one handler. It gives back at its end, also by an exception, what the call has
@@ -47,10 +49,16 @@ class ZuReader::HandlerScope {
 int ZuReader::DoProcess(bool bContinueAtBlockEnd) {
   const eZuParserStatus eStatus = m_Parser.GetStatus().m_eStatus;
   if (eStatus == ParserStatusEOF || eStatus == ParserErrorStream) return 1;
-  if (m_bSimpleMode) {
-    DoProcessSimpleMode();
-  } else {
-    DoProcessItems(bContinueAtBlockEnd);
+  try {
+    if (m_bSimpleMode) {
+      DoProcessSimpleMode();
+    } else {
+      DoProcessItems(bContinueAtBlockEnd);
+    }
+  } catch (const std::bad_alloc&) {
+    // The handlers that are open give back what they hold first.
+    if (m_iOpenHandlers > 0) throw;
+    EndWithoutMemory();
   }
   RemoveLastMisfit();
   return 1;
@@ -221,6 +229,18 @@ bool ZuReader::HandleFault(ZuParserStatus const& status) {
     return false;
   }
   return bContinue;
+}
+
+void ZuReader::EndWithoutMemory() {
+  m_Parser.SkipLine();
+  m_Stream.setstate(std::ios::badbit);
+  m_Parser.SetStatus(ParserErrorStream);
+  try {
+    AddError(ParserErrorStream);
+    ParserError();
+  } catch (const std::bad_alloc&) {
+    // The status tells.
+  }
 }
 
 void ZuReader::SkipUnknownValue() {

@@ -50,14 +50,14 @@ class ZU_API ZuCameraList : public TZuListHeader<ZuCamera>, public LinkHdl {
   std::ostream& WriteSimpleHeaderComment(std::ostream& stream) const;
   std::ostream& WriteSimpleFormat(std::ostream& stream) const;
 
-  // Faults met by the last file read (the first one ends its reading), the line of the first and
-  // its text; 0 and "ParserStatusOK" without one.
+  // Faults met by the last file read (the first one ends its reading, as the end of memory does),
+  // the line of the first and its text; 0 and "ParserStatusOK" without one.
   int GetReadErrorCount() const { return m_iReadErrors; }
   unsigned int GetReadErrorLine() const { return m_FirstReadError.m_uLine; }
   const char* GetReadErrorText() const;
 
  private:
-  void ReadItems(ZuReader* pReader, ZuReaderObject* pItem);
+  void ReadItems(const char* szPath, ZuReaderObject* pItem);
   long NoteFault(ZuReader* pReader);
 
   int m_iReadErrors = 0;

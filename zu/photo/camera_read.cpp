@@ -2,6 +2,7 @@
 #include <cmath>
 
 #include "zu/foundation/file_name.h"
+#include "zu/foundation/internal/without_memory.h"
 #include "zu/foundation/reader.h"
 #include "zu/photo/camera_list.h"
 
@@ -53,32 +54,40 @@ int ZuCameraList::Read(const char* szPath) {
   const int iBefore = Count();
   ReadFileFormatFull(szPath);
   if (Count() == iBefore) ReadFileFormatSimple(szPath);
-  TestForMultipleCameras();
+  const auto test = [this] { return TestForMultipleCameras(); };
+  zu_internal::OrWithoutMemory(test, 0);
   return 1;
 }
 
 int ZuCameraList::ReadFileFormatFull(const char* szPath) {
-  if (szPath == nullptr || !ZuExistFile(szPath)) return 1;
-  ZuReader reader(szPath);
   ZuReaderObject object("CAMERA", Link(this, &ZuCameraList::ReadFormatFull));
-  ReadItems(&reader, &object);
-  return 1;
+  const auto read = [&] {
+    if (szPath != nullptr && ZuExistFile(szPath)) ReadItems(szPath, &object);
+    return 1;
+  };
+  return zu_internal::OrWithoutMemory(read, 1);
 }
 
 int ZuCameraList::ReadFileFormatSimple(const char* szPath) {
-  if (szPath == nullptr) return 1;
-  ZuReader reader(szPath);
   ZuReaderObject object(Link(this, &ZuCameraList::ReadFormatSimple));
-  ReadItems(&reader, &object);
-  return 1;
+  const auto read = [&] {
+    if (szPath != nullptr) ReadItems(szPath, &object);
+    return 1;
+  };
+  return zu_internal::OrWithoutMemory(read, 1);
 }
 
-void ZuCameraList::ReadItems(ZuReader* pReader, ZuReaderObject* pItem) {
+void ZuCameraList::ReadItems(const char* szPath, ZuReaderObject* pItem) {
+  // Until the reader stands, no memory for it is the fault.
+  m_iReadErrors = 1;
+  m_FirstReadError = ZuParserStatus();
+  m_FirstReadError.m_eStatus = ParserErrorStream;
+  ZuReader reader(szPath);
+  reader.SetParserErrorHdl(Link(this, &ZuCameraList::NoteFault));
+  reader.RegisterObject(*pItem);
   m_iReadErrors = 0;
   m_FirstReadError = ZuParserStatus();
-  pReader->SetParserErrorHdl(Link(this, &ZuCameraList::NoteFault));
-  pReader->RegisterObject(*pItem);
-  pReader->DoProcess(false);
+  reader.DoProcess(false);
 }
 
 // Notes the fault and ends the reading, as without a handler.

@@ -7,6 +7,7 @@
 #include <string_view>
 #include <vector>
 
+#include "zu/foundation/internal/without_memory.h"
 #include "zu/foundation/string.h"
 
 namespace {
@@ -16,12 +17,11 @@ constexpr size_t kLines = 40;    // lines of numbers looked at
 constexpr unsigned char kCloudMagic[4] = {0x0D, 0xF0, 0xBE, 0xBA};
 
 std::string ReadHead(const char* szPath) {
-  std::string head;
+  std::string head(kHead, '\0');
   std::FILE* fp = szPath != nullptr ? std::fopen(szPath, "rb") : nullptr;
-  if (fp == nullptr) return head;
-  head.resize(kHead);
-  head.resize(std::fread(head.data(), 1, kHead, fp));
-  std::fclose(fp);
+  const size_t nRead = fp != nullptr ? std::fread(head.data(), 1, kHead, fp) : 0;
+  if (fp != nullptr) std::fclose(fp);
+  head.resize(nRead);
   if (head.compare(0, 3, "\xEF\xBB\xBF") == 0) head.erase(0, 3);
   return head;
 }
@@ -177,8 +177,7 @@ bool IsGsi(std::string_view text) {
          (word[0] == '1' || word[0] == '4') && word[1] == '1';
 }
 
-eZuvoFile Detect(const char* szPath) {
-  const std::string head = ReadHead(szPath);
+eZuvoFile DetectHead(const std::string& head) {
   if (head.empty()) return eZuvoFileUnknown;
   if (head.size() >= 4 && std::memcmp(head.data(), kCloudMagic, 4) == 0) return eZuvoFileCloud;
   if (head.compare(0, 3, "ply") == 0 && (head.size() == 3 || head[3] == '\n' || head[3] == '\r')) {
@@ -187,6 +186,12 @@ eZuvoFile Detect(const char* szPath) {
   if (IsGsi(head)) return eZuvoFileGsi;
   const eZuvoFile eBlocks = DetectBlocks(head);
   return eBlocks != eZuvoFileUnknown ? eBlocks : DetectRows(head);
+}
+
+// A file for which there is no memory is unknown.
+eZuvoFile Detect(const char* szPath) {
+  const auto detect = [szPath] { return DetectHead(ReadHead(szPath)); };
+  return zu_internal::OrWithoutMemory(detect, eZuvoFileUnknown);
 }
 
 }  // namespace

@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <limits>
 
+#include "zu/foundation/internal/without_memory.h"
 #include "zu/points/point.h"
 
 ZU_INSTANTIATE_LIST(ZuReseauFile);
@@ -62,7 +63,7 @@ ZuReseauFile& ZuReseauFile::operator=(const ZuReseauFile& other) {
 }
 
 void ZuReseauFile::AddCross(unsigned int uId, double x, double y, short int sCode) {
-  m_CrossList.Add(ZuPoint(uId, x, y, 0.0, sCode));
+  zu_internal::Taken(m_CrossList.Add(ZuPoint(uId, x, y, 0.0, sCode)));
 }
 
 void ZuReseauFile::CreateDigitalFormat(int w, int h, double ccdX, double ccdY) {

@@ -121,9 +121,11 @@ class ZU_API ZuReseaufileList : public TZuListHeader<ZuReseauFile>, public LinkH
   // for a null photo.
   ZuReseauFile* FindReseauFile(const ZuReseauDataDesc& desc) const;
   ZuReseauFile* FindReseauFile(const ZuPhoto* pPhoto) const;
-  // False when the path does not open.
+  // False when the path does not open, or without memory.
   bool WriteDigitalCameraFormat(const String& path);
 
  private:
+  int ReadReseau(const String& path);
+  void ReadDigitalBlocks(const String& path);
   int ReadDigitalBlock(ZuReaderObject* pObject);
 };

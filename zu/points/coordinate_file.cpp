@@ -7,6 +7,7 @@
 #include <typeinfo>
 #include <vector>
 
+#include "zu/foundation/internal/without_memory.h"
 #include "zu/foundation/locale.h"
 #include "zu/foundation/unicode.h"
 #include "zu/foundation/writer.h"
@@ -27,13 +28,13 @@ std::vector<const ZuColumn*> ColumnsOf(const TZuFormatTable<eZuPointRWMask>& tab
 }  // namespace
 
 int ZuPointList::ReadFile(FILE* pFile, const TZuFormatTable<eZuPointRWMask>& table) {
-  ZuCLocale locale;
-  SetMask(table);
   // Without observers and with no derived class, whose Add may be its own, nobody can tell whether
   // a point was copied in or read in place; nor can the count change but by what is read.
   const bool bAlone = typeid(*this) == typeid(ZuPointList) && ZuStandardNotifier::Count() == 0;
   int iCount = bAlone ? Count() : 0;
   try {
+    const ZuCLocale locale;
+    SetMask(table);
     const std::vector<const ZuColumn*> columns = ColumnsOf(*this);
     ZuLineReader lines(pFile);
     std::string_view line;
@@ -42,7 +43,7 @@ int ZuPointList::ReadFile(FILE* pFile, const TZuFormatTable<eZuPointRWMask>& tab
       const int iFields = pPoint->ReadLine(line, columns.data());
       if (iFields > 0 && pPoint->m_uId != 0) {
         if (!bAlone) {
-          Add(*pPoint);
+          zu_internal::Taken(Add(*pPoint));
         } else {
           LinkLast(pPoint.release());
           ++iCount;
@@ -64,26 +65,39 @@ int ZuPointList::ReadFile(const char* szPath, const TZuFormatTable<eZuPointRWMas
 }
 
 int ZuPointList::ReadFile(const wchar_t* wszPath, const TZuFormatTable<eZuPointRWMask>& table) {
-  return ReadFile(UniToAnsi(wszPath)(), table);
+  const auto read = [&] { return ReadFile(UniToAnsi(wszPath)(), table); };
+  return zu_internal::OrWithoutMemory(read, 0);
 }
 
 int ZuPointList::WriteFile(const char* szPath) const {
   ZuWriterReset();
-  std::fstream file(szPath != nullptr ? szPath : "", std::ios::out);
-  file.imbue(std::locale::classic());
-  Write(file);
-  file.close();  // sets the failure state if that fails
-  return 1;
+  const auto write = [&] {
+    std::fstream file(szPath != nullptr ? szPath : "", std::ios::out);
+    file.imbue(std::locale::classic());
+    Write(file);
+    file.close();  // sets the failure state if that fails
+    return 1;
+  };
+  return zu_internal::OrWithoutMemory(write, 1);
 }
 
-int ZuPointList::WriteFile(const wchar_t* wszPath) const { return WriteFile(UniToAnsi(wszPath)()); }
+int ZuPointList::WriteFile(const wchar_t* wszPath) const {
+  const auto write = [&] { return WriteFile(UniToAnsi(wszPath)()); };
+  return zu_internal::OrWithoutMemory(write, 1);
+}
 
 int ZuPointList::WriteFile(const char* szPath, const TZuFormatTable<eZuPointRWMask>& table) {
-  SetMask(table);
-  return WriteFile(szPath);
+  const auto write = [&] {
+    SetMask(table);
+    return WriteFile(szPath);
+  };
+  return zu_internal::OrWithoutMemory(write, 1);
 }
 
 int ZuPointList::WriteFile(const wchar_t* wszPath, const TZuFormatTable<eZuPointRWMask>& table) {
-  SetMask(table);
-  return WriteFile(wszPath);
+  const auto write = [&] {
+    SetMask(table);
+    return WriteFile(wszPath);
+  };
+  return zu_internal::OrWithoutMemory(write, 1);
 }

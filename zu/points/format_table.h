@@ -3,6 +3,7 @@
 #pragma once
 
 #include <iosfwd>
+#include <new>
 
 #include "zu/export.h"
 #include "zu/foundation/array.h"
@@ -60,17 +61,20 @@ struct ZuUnitPair {
   bool operator<=(const ZuUnitPair& o) const { return !(o < *this); }
 };
 
-// Columns of type T (eZuPointRWMask), indices from 0.
+// Columns of type T (eZuPointRWMask), indices from 0. Where there is no memory for all columns of a
+// table, it is left empty and std::bad_alloc thrown: with fewer ones a file would be misread.
 template <class T>
 class TZuFormatTable {
  public:
   TZuFormatTable() = default;
   // Null makes an empty table.
   TZuFormatTable(const T* peTable) { SetTable(peTable); }
-  TZuFormatTable(const TZuFormatTable& other) = default;
+  TZuFormatTable(const TZuFormatTable& other) : m_Table(other.m_Table), m_Units(other.m_Units) {
+    CheckMemory();
+  }
   virtual ~TZuFormatTable() = default;
 
-  TZuFormatTable& operator=(const TZuFormatTable& other) = default;
+  TZuFormatTable& operator=(const TZuFormatTable& other);
   TZuFormatTable& operator=(const T* peTable) {
     SetTable(peTable);
     return *this;
@@ -88,7 +92,9 @@ class TZuFormatTable {
 
   // Appends the unit entry of a column that follows. SetTable does so for each of its columns;
   // entries beyond the columns have no effect.
-  void AddUnitEntry(eZuUnit eFrom, eZuUnit eTo) { m_Units.Add(ZuUnitPair(eFrom, eTo)); }
+  void AddUnitEntry(eZuUnit eFrom, eZuUnit eTo) {
+    if (m_Units.Add(ZuUnitPair(eFrom, eTo)) == nullptr) CheckMemory();
+  }
 
   // Sets the units of a column; nothing happens for one that isn't in the table. The form by index
   // sets the unit shown.
@@ -109,9 +115,10 @@ class TZuFormatTable {
   int Index(T eEntry) const { return m_Table.Search(eEntry, 0, -1); }
   bool IsIndex(int i) const { return i >= 0 && i < m_Table.Count(); }
   bool HasUnit(int i) const { return IsIndex(i) && i < m_Units.Count(); }
+  void CheckMemory();
 
-  TZuArray<T> m_Table{16};
-  TZuArray<ZuUnitPair> m_Units{16};
+  TZuArray<T> m_Table{16, nullptr};
+  TZuArray<ZuUnitPair> m_Units{16, nullptr};
 };
 
 // Writes the titles of the columns on one line, without a line end.
@@ -124,6 +131,26 @@ void TZuFormatTable<T>::SetTable(const T* peTable) {
     m_Table.Add(*peTable);
     AddUnitEntry(eZuUnitNone, eZuUnitNone);
   }
+  CheckMemory();
+}
+
+template <class T>
+TZuFormatTable<T>& TZuFormatTable<T>::operator=(const TZuFormatTable& other) {
+  m_Table = other.m_Table;
+  m_Units = other.m_Units;
+  CheckMemory();
+  return *this;
+}
+
+// Arrays keep an element without memory as null.
+template <class T>
+void TZuFormatTable<T>::CheckMemory() {
+  bool bWhole = true;
+  for (int i = 0; i < m_Table.Count(); ++i) bWhole = bWhole && m_Table.Item(i) != nullptr;
+  for (int i = 0; i < m_Units.Count(); ++i) bWhole = bWhole && m_Units.Item(i) != nullptr;
+  if (bWhole) return;
+  DelTable();
+  throw std::bad_alloc();
 }
 
 template <class T>

@@ -11,6 +11,7 @@
 #include <optional>
 #include <string_view>
 
+#include "zu/foundation/internal/without_memory.h"
 #include "zu/foundation/numbers.h"
 #include "zu/foundation/unicode.h"
 #include "zu/points/internal/line_reader.h"
@@ -135,7 +136,7 @@ int ZuPointList::ReadGsiFile(const char* szPath) {
       } else {
         point.SetNameAndId(text);
       }
-      Add(point);
+      zu_internal::Taken(Add(point));
     }
   } catch (const std::bad_alloc&) {
     // The points that found room stay.
@@ -143,4 +144,7 @@ int ZuPointList::ReadGsiFile(const char* szPath) {
   return Count();
 }
 
-int ZuPointList::ReadGsiFile(const wchar_t* wszPath) { return ReadGsiFile(UniToAnsi(wszPath)()); }
+int ZuPointList::ReadGsiFile(const wchar_t* wszPath) {
+  const auto read = [&] { return ReadGsiFile(UniToAnsi(wszPath)()); };
+  return zu_internal::OrWithoutMemory(read, 0);
+}

@@ -2,6 +2,7 @@
 
 #include <memory>
 
+#include "zu/foundation/internal/without_memory.h"
 #include "zu/foundation/reader.h"
 
 ZU_INSTANTIATE_LIST(ZuPlane);
@@ -21,11 +22,13 @@ int ZuPlaneList::Read50Plane(ZuReaderObject* pObject) {
 }
 
 int ZuPlaneList::ReadFile(const String& strFileName) {
-  ZuReader reader(strFileName.chars());
-  ZuReaderObject rows(Link(this, &ZuPlaneList::Read50Plane));
-  reader.RegisterObject(rows);
-  reader.DoProcess(false);
-  return 1;
+  const auto read = [&] {
+    ZuReader reader(strFileName.chars());
+    ZuReaderObject rows(Link(this, &ZuPlaneList::Read50Plane));
+    reader.RegisterObject(rows);
+    return reader.DoProcess(false);
+  };
+  return zu_internal::OrWithoutMemory(read, 1);
 }
 
 ZuPlane* ZuPlaneList::GetActivePlane() const {

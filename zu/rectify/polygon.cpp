@@ -2,9 +2,11 @@
 
 #include <algorithm>
 #include <cmath>
+#include <new>
 #include <ostream>
 
 #include "zu/foundation/debug.h"
+#include "zu/foundation/internal/without_memory.h"
 #include "zu/foundation/reader_object.h"
 #include "zu/rectify/polygon_tools.h"
 #include "zu/rectify/region.h"
@@ -41,9 +43,10 @@ ZuPolygon::ZuPolygon(const ZuRegion& region) : m_eMode(eLPolygonXY) {
 }
 
 bool ZuPolygon::AddPoint(const ZuPoint& point) {
-  if (m_points.IsEmpty()) m_ptMin = m_ptMax = point;
+  const bool bFirst = m_points.IsEmpty();
+  zu_internal::Taken(m_points.Add(point));
+  if (bFirst) m_ptMin = m_ptMax = point;
   UpdateMinMax(point);
-  m_points.Add(point);
   return true;
 }
 
@@ -62,7 +65,9 @@ void ZuPolygon::MakePolygon(const ZuPoint& p1, const ZuPoint& p2) {
   UpdateMinMax(p2);
   const double adX[] = {m_ptMin.m_dX, m_ptMax.m_dX, m_ptMax.m_dX, m_ptMin.m_dX};
   const double adY[] = {m_ptMin.m_dY, m_ptMin.m_dY, m_ptMax.m_dY, m_ptMax.m_dY};
-  for (int i = 0; i < 4; ++i) m_points.Add(ZuPoint(0, adX[i], adY[i]));
+  for (int i = 0; i < 4; ++i) {
+    zu_internal::Taken(m_points.Add(ZuPoint(0, adX[i], adY[i])));
+  }
   m_points.Renumber(1, nullptr, 1);
 }
 
@@ -134,8 +139,11 @@ int ZuPolygon::Read(ZuReaderObject* pObject) {
   };
   try {
     rows.Read(pObject);
-  } catch (...) {
+  } catch (const ZuParserStatus&) {
     takeRows();
+    throw;
+  } catch (const std::bad_alloc&) {
+    AddPoint(&rows);  // the two rows there are may be the first ones of more
     throw;
   }
   takeRows();
