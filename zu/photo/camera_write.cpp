@@ -4,6 +4,8 @@
 #include <locale>
 #include <ostream>
 
+#include "zu/foundation/internal/classic_stream.h"
+#include "zu/foundation/internal/without_memory.h"
 #include "zu/foundation/writer.h"
 #include "zu/photo/camera_list.h"
 #include "zu/photo/internal/file_header.h"
@@ -37,6 +39,7 @@ std::ostream& ZuCamera::WriteFullData(std::ostream& stream, bool) const { return
 std::ostream& ZuCamera::WriteTS15Data(std::ostream& stream) const { return stream; }
 
 std::ostream& ZuCamera::WriteGentriFormat(std::ostream& stream) const {
+  const zu_internal::ClassicStream classic(stream);
   stream << p8 << w4 << GetId() << w12 << std::fabs(m_dC);
   if (m_iMode == eCameraModeCap) {
     for (int i = 0; i < 5; ++i) stream << w12 << 0;
@@ -47,13 +50,14 @@ std::ostream& ZuCamera::WriteGentriFormat(std::ostream& stream) const {
 }
 
 int ZuCameraList::WriteFile(const String& path, bool bGentri) const {
-  std::ofstream stream(path.chars());
-  stream.imbue(std::locale::classic());
-  if (bGentri || ContainsOnlyGentriCams()) {
+  if (!bGentri && !ContainsOnlyGentriCams()) return WriteFileFormatFull(path);
+  const auto write = [&] {
+    std::ofstream stream(path.chars());
+    stream.imbue(std::locale::classic());
     WriteFile(stream, bGentri);
     return 1;
-  }
-  return WriteFileFormatFull(path);
+  };
+  return zu_internal::OrWithoutMemory(write, 1);
 }
 
 std::ostream& ZuCameraList::WriteFile(std::ostream& stream, const bool& bGentri) const {
@@ -75,7 +79,6 @@ std::ostream& ZuCameraList::WriteSimpleHeaderComment(std::ostream& stream) const
 }
 
 std::ostream& ZuCameraList::WriteSimpleFormat(std::ostream& stream) const {
-  stream.imbue(std::locale::classic());
   for (const ZuCamera* p = First(); p != nullptr; p = p->Next()) {
     stream << ZuBeginBlock;
     p->Write(stream) << ZuEndBlock << Zuendl;
@@ -84,15 +87,17 @@ std::ostream& ZuCameraList::WriteSimpleFormat(std::ostream& stream) const {
 }
 
 int ZuCameraList::WriteFileFormatFull(const String& path) const {
-  std::ofstream stream(path.chars());
-  stream.imbue(std::locale::classic());
-  WriteTitle(stream, " General Purpose Camera File");
-  for (const char* szLine : kFullHeader) CommentLine(stream, szLine);
-  CommentLine(stream, "");
-  stream << '\n';
-  for (const ZuCamera* p = First(); p != nullptr; p = p->Next()) {
-    stream << s10 << "CAMERA" << ZuBeginBlock << " " << ZuEndBlock << Zuendl;
-  }
-  stream.close();
-  return 1;
+  const auto write = [&] {
+    std::ofstream stream(path.chars());
+    stream.imbue(std::locale::classic());
+    WriteTitle(stream, " General Purpose Camera File");
+    for (const char* szLine : kFullHeader) CommentLine(stream, szLine);
+    CommentLine(stream, "");
+    stream << '\n';
+    for (const ZuCamera* p = First(); p != nullptr; p = p->Next()) {
+      stream << s10 << "CAMERA" << ZuBeginBlock << " " << ZuEndBlock << Zuendl;
+    }
+    return 1;
+  };
+  return zu_internal::OrWithoutMemory(write, 1);
 }

@@ -2,9 +2,12 @@
 #include <fstream>
 #include <iomanip>
 #include <locale>
+#include <memory>
 #include <ostream>
 
 #include "zu/foundation/file_name.h"
+#include "zu/foundation/internal/classic_stream.h"
+#include "zu/foundation/internal/without_memory.h"
 #include "zu/foundation/reader.h"
 #include "zu/foundation/writer.h"
 #include "zu/photo/detect_files.h"
@@ -65,13 +68,15 @@ void ReadRegion(ZuReaderObject* pObject, ZuRegion* pRegion) {
 }  // namespace
 
 int ZuReseauFile::ReadFile(const String& path) {
-  SetName(ZuGetFilename(path));
-  ZuReader reader(path.chars());
-  ZuReaderObject object(
-      Link(this, static_cast<int (ZuReseauFile::*)(ZuReaderObject*)>(&ZuReseauFile::Read)));
-  reader.RegisterObject(object);
-  reader.DoProcess(false);
-  return 1;
+  const auto read = [&] {
+    SetName(ZuGetFilename(path));
+    ZuReader reader(path.chars());
+    ZuReaderObject object(
+        Link(this, static_cast<int (ZuReseauFile::*)(ZuReaderObject*)>(&ZuReseauFile::Read)));
+    reader.RegisterObject(object);
+    return reader.DoProcess(false);
+  };
+  return zu_internal::OrWithoutMemory(read, 1);
 }
 
 int ZuReseauFile::Read(ZuReaderObject* pObject) {
@@ -83,7 +88,7 @@ int ZuReseauFile::Read(ZuReaderObject* pObject) {
     pObject->TakeBlockOpen();
     ZuPoint cross(pObject, m_CrossList.GetMask());
     pObject->TakeBlockClose();
-    m_CrossList.Add(cross);
+    zu_internal::Taken(m_CrossList.Add(cross));
   });
   return 1;
 }
@@ -119,6 +124,7 @@ std::ostream& ZuReseauFile::Write(std::ostream& stream) const {
 
 std::ostream& ZuReseauFile::WriteDigitalCameraFormat(std::ostream& stream) {
   if (m_CrossList.Count() != 4) return stream;
+  const zu_internal::ClassicStream classic(stream);
   const ZuPolygon box(&m_CrossList, eLPolygonXY);
   stream << '{' << w14 << std::left << Quoted(GetName()).chars() << w4 << m_uSubId << w14
          << std::left << Quoted(m_sComment).chars() << w6 << m_iExifPixelWidth << w6
@@ -136,27 +142,36 @@ ZuReseaufileList& ZuReseaufileList::operator=(const ZuReseaufileList& other) {
 
 int ZuReseaufileList::ReadReseauFile(const String& path) {
   const int iBefore = Count();
-  const ZuDetectZuvoFiles file(path);
-  if (file.IsType(eZuvoFileReseau)) {
-    const ZuReseauFile reseau(path);
-    if (!reseau.IsValid()) return 0;
-    ZuReseauFile* pOld = Find(ZuGetFilename(path), false);
-    if (pOld != nullptr) delete Subtract(pOld);
-    Add(reseau);
-    return 1;
-  }
-  if (!file.IsType(eZuvoFileDigitalCamera)) return 0;
+  const auto read = [&] {
+    const ZuDetectZuvoFiles file(path);
+    if (file.IsType(eZuvoFileReseau)) return ReadReseau(path);
+    if (file.IsType(eZuvoFileDigitalCamera)) ReadDigitalBlocks(path);
+    return Count() - iBefore;
+  };
+  const int iTaken = zu_internal::OrWithoutMemory(read, -1);
+  return iTaken >= 0 ? iTaken : Count() - iBefore;
+}
+
+int ZuReseaufileList::ReadReseau(const String& path) {
+  auto pReseau = std::make_unique<ZuReseauFile>(path);
+  if (!pReseau->IsValid()) return 0;
+  ZuReseauFile* pOld = Find(pReseau->GetName(), false);
+  if (pOld != nullptr) delete Subtract(pOld);
+  Add(pReseau.release());
+  return 1;
+}
+
+void ZuReseaufileList::ReadDigitalBlocks(const String& path) {
   ZuReader reader(path.chars());
   ZuReaderObject object(Link(this, &ZuReseaufileList::ReadDigitalBlock));
   reader.RegisterObject(object);
   reader.DoProcess(false);
-  return Count() - iBefore;
 }
 
 int ZuReseaufileList::ReadDigitalBlock(ZuReaderObject* pObject) {
-  ZuReseauFile reseau;
-  reseau.ReadDigitalCameraFormat(pObject);
-  if (reseau.IsValid()) Add(reseau);
+  auto pReseau = std::make_unique<ZuReseauFile>();
+  pReseau->ReadDigitalCameraFormat(pObject);
+  if (pReseau->IsValid()) Add(pReseau.release());
   return 1;
 }
 
@@ -168,10 +183,14 @@ ZuReseauFile* ZuReseaufileList::FindReseauFile(const ZuReseauDataDesc& desc) con
 }
 
 bool ZuReseaufileList::WriteDigitalCameraFormat(const String& path) {
-  std::ofstream stream(path.chars());
-  if (!stream) return false;
-  stream.imbue(std::locale::classic());
-  WriteDigitalHeader(stream);
-  for (ZuReseauFile* p = First(); p != nullptr; p = p->Next()) p->WriteDigitalCameraFormat(stream);
-  return true;
+  const auto write = [&] {
+    std::ofstream stream(path.chars());
+    if (!stream) return false;
+    stream.imbue(std::locale::classic());
+    WriteDigitalHeader(stream);
+    for (ZuReseauFile* p = First(); p != nullptr; p = p->Next())
+      p->WriteDigitalCameraFormat(stream);
+    return true;
+  };
+  return zu_internal::OrWithoutMemory(write, false);
 }

@@ -2,6 +2,7 @@
 
 #include <ostream>
 
+#include "zu/foundation/internal/classic_stream.h"
 #include "zu/foundation/reader_object.h"
 #include "zu/foundation/writer.h"
 
@@ -19,6 +20,7 @@ int ZuZuspDefLine::Read(ZuReaderObject* pObject) {
 }
 
 std::ostream& ZuZuspDefLine::Write(std::ostream& stream) const {
+  const zu_internal::ClassicStream classic(stream);
   return stream << w8 << GetId() << w8 << m_uBikoId1 << w8 << m_uBikoId2 << w8 << m_iXAxis << w8
                 << m_dValue;
 }
@@ -33,6 +35,7 @@ int ZuZuspDefLineConstraint::Read(ZuReaderObject* pObject) {
 }
 
 std::ostream& ZuZuspDefLineConstraint::Write(std::ostream& stream) const {
+  const zu_internal::ClassicStream classic(stream);
   return stream << w8 << m_uLineId1 << w8 << m_uLineId2 << w8 << static_cast<int>(m_eType) << w8
                 << m_dValue;
 }
