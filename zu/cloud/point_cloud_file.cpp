@@ -70,11 +70,16 @@ int ZuPointCloud::Read(ZuFileBuff& buff, int iVersion, ZuProgress& progress) {
 
   const std::uint32_t uCount = buff.ReadWord();
   ZuPointFeed feed(*this);
+  const std::size_t uBefore = m_aPoints.capacity();
   // The count is of all points of the array, as far as the file can hold them.
   if (uCount > m_aPoints.size()) {
     feed.Expect(uCount - m_aPoints.size(), buff.GetRest() / ZuScanPoint3d::FileSize + 1);
   }
   AddPoints(buff, uCount, feed, progress);
+  // Of a false count nothing stays: each cloud of a file may have one.
+  if (m_aPoints.capacity() > uBefore && m_aPoints.size() < m_aPoints.capacity() / 2) {
+    m_aPoints.shrink_to_fit();
+  }
   return 1;
 }
 

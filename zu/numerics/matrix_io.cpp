@@ -13,6 +13,17 @@ namespace {
 // Larger ones are not taken from a file [elements].
 constexpr std::int64_t kMaxElements = 1'000'000;
 
+// Takes up to n values. From a brace or the end of the file on, which stay in hand, they are 0.0:
+// no need to ask for each of a million.
+void TakeValues(ZuReaderObject* pObject, double* pdValues, std::ptrdiff_t n) {
+  std::ptrdiff_t i = 0;
+  while (i < n && !pObject->IsBlockOpen() && !pObject->IsEndOfRows()) {
+    pdValues[i++] = pObject->TakeValue();
+  }
+  if (i < n) pdValues[i++] = pObject->TakeValue();  // a fault that waits is thrown
+  std::fill(pdValues + i, pdValues + n, 0.0);
+}
+
 void PrintHeadline(const char* szFormat, std::va_list args) {
   char szHeadline[kZuDebugTextSize];
   const int iLength = std::vsnprintf(szHeadline, sizeof(szHeadline), szFormat, args);
@@ -35,8 +46,7 @@ int ZuMatrix::Read(ZuReaderObject* pObject) {
     if (pdOld != m_adInline) delete[] pdOld;
     Clear();  // a fault among the values leaves the rest of them at 0.0
   }
-  const std::ptrdiff_t n = Count();
-  for (std::ptrdiff_t i = 0; i < n; ++i) m_pdData[i] = pObject->TakeValue();
+  TakeValues(pObject, m_pdData, Count());
   return 1;
 }
 
@@ -65,7 +75,7 @@ int ZuVector::Read(ZuReaderObject* pObject) {
   double* pdOld = m_pdData;
   init(n);
   if (pdOld != m_adInline) delete[] pdOld;
-  for (int i = 0; i < n; ++i) m_pdData[i] = pObject->TakeValue();
+  TakeValues(pObject, m_pdData, n);
   return 1;
 }
 

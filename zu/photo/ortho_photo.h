@@ -65,7 +65,7 @@ class ZU_API ZuOrthoPhoto : public ZuPhoto {
   void Mirror(ZuPoint* pPoint) const;
 
   ZuZuspPlaneInfoList m_PlaneList;
-  TZuArray<unsigned int> m_aPlaneIds;
+  TZuArray<unsigned int> m_aPlaneIds{TZuArray<unsigned int>::kDefaultSize, nullptr};
   int m_iStatPixel = 0;
   double m_dStatTime = 1.0;
   ZuRegion m_ObjectRegion;

@@ -110,10 +110,8 @@ void ZuPhoto::CopyRecord(const ZuPhoto& other) {
   m_uLastZuspId = other.m_uLastZuspId;
   m_dPixelSize = other.m_dPixelSize;
   m_bFieldOfViewValid = other.m_bFieldOfViewValid;
-  for (int i = 0; i < 5; ++i) {
-    m_FovPlanes[i] = other.m_FovPlanes[i];
-    m_FovCorners[i] = other.m_FovCorners[i];
-  }
+  m_FovPlanes = other.m_FovPlanes;
+  m_FovCorners = other.m_FovCorners;
   m_sTpsSetupId = other.m_sTpsSetupId;
   for (int i = 0; i < 4; ++i) m_adPanorama[i] = other.m_adPanorama[i];
   m_iPanorama = other.m_iPanorama;

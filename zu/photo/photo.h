@@ -15,6 +15,7 @@
 
 #include "zu/export.h"
 #include "zu/foundation/list.h"
+#include "zu/foundation/seldom_array.h"
 #include "zu/foundation/sort_helper.h"
 #include "zu/numerics/matrix.h"
 #include "zu/numerics/vector.h"
@@ -406,8 +407,8 @@ class ZU_API ZuPhoto : public ZuListnode, public ZuFlag {
   ZuAttributeList m_AttributeList;
 
   bool m_bFieldOfViewValid = false;
-  ZuPlane m_FovPlanes[5];
-  ZuPoint m_FovCorners[5];
+  ZuSeldomArray<ZuPlane, 5> m_FovPlanes;
+  ZuSeldomArray<ZuPoint, 5> m_FovCorners;
   int m_iSipError = eZuSipNoError;
 
   String m_sTpsSetupId;

@@ -58,14 +58,14 @@ bool ZuPhoto::CalcFieldOfViewPlanes() {
   const ZuRegion region(GetBikoRegion());
   const double x1 = region.Left(), y1 = region.Bottom(), x2 = region.Right(), y2 = region.Top();
   const struct { double u, v; } corners[4] = {{x1, y1}, {x2, y1}, {x2, y2}, {x1, y2}};
-  for (unsigned int i = 0; i < 4; ++i) {
+  for (int i = 0; i < 4; ++i) {
     // On the negative side of the projection centre, where the film lies.
     const ZuVector film =
         m_PosAOR - m_RotAOR * ZuVector(corners[i].u, corners[i].v, -m_Camera.m_dC);
-    m_FovCorners[i] = ZuPoint(i + 1, film[1], film[2], film[3]);
+    m_FovCorners[i] = ZuPoint(static_cast<unsigned int>(i) + 1, film[1], film[2], film[3]);
   }
   m_FovCorners[4] = ZuPoint(5, m_PosAOR[1], m_PosAOR[2], m_PosAOR[3]);
-  const ZuPoint* p = m_FovCorners;
+  const ZuPoint* p = &m_FovCorners[0];
   for (int i = 0; i < 4; ++i) m_FovPlanes[i] = PlaneThrough({p + 4, p + i, p + (i + 1) % 4});
   m_FovPlanes[4] = PlaneThrough({p, p + 1, p + 2, p + 3});
   m_bFieldOfViewValid = true;

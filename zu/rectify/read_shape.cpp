@@ -1,30 +1,51 @@
 #include "zu/rectify/internal/read_shape.h"
 
+#include <cstdint>
+
 #include "zu/foundation/reader_object.h"
 #include "zu/numerics/matrix.h"
 #include "zu/numerics/vector.h"
 
-// The temporaries start in a shape that no record demands, so that a size which the readers of
-// matrix and vector refuse is told as a wrong shape too.
+namespace {
+
+// Larger ones are taken by no reader of matrices and vectors [elements].
+constexpr std::int64_t kMaxElements = 1'000'000;
+
+// Moves over the values of a shape that is not taken, without room for them: a file may claim a
+// million of them in a few bytes, again and again.
+void Refuse(ZuReaderObject* pObject, std::int64_t iElements, bool bShape, unsigned int uLine) {
+  if (bShape && iElements <= kMaxElements) {
+    const auto hasValue = [pObject] { return !pObject->IsBlockOpen() && !pObject->IsEndOfRows(); };
+    for (std::int64_t i = 0; i < iElements && hasValue(); ++i) pObject->TakeValue();
+  } else {
+    pObject->SkipNumbers();
+  }
+  pObject->GetStreamParser().RaisePending();
+  pObject->AddShapeError(uLine);
+}
+
+}  // namespace
 
 void zu::internal::ReadFixedShape(ZuReaderObject* pObject, ZuMatrix* pMatrix) {
   const unsigned int uLine = pObject->GetLine();
-  ZuMatrix read(1, 1);
-  read.Read(pObject);
-  if (read.GetZeilen() == pMatrix->GetZeilen() && read.GetSpalten() == pMatrix->GetSpalten()) {
-    *pMatrix = read;
-  } else {
-    pObject->AddShapeError(uLine);
+  const int iRows = pObject->TakeInt();
+  const int iCols = pObject->TakeInt();
+  if (iRows != pMatrix->GetZeilen() || iCols != pMatrix->GetSpalten()) {
+    const std::int64_t iElements = static_cast<std::int64_t>(iRows) * iCols;
+    return Refuse(pObject, iElements, iRows > 0 && iCols > 0, uLine);
   }
+  ZuMatrix read(iRows, iCols);  // a fault among the values leaves the record its own
+  for (int i = 1; i <= iRows; ++i) {
+    for (int j = 1; j <= iCols; ++j) read[i][j] = pObject->TakeValue();
+  }
+  *pMatrix = read;
 }
 
 void zu::internal::ReadFixedShape(ZuReaderObject* pObject, ZuVector* pVector) {
   const unsigned int uLine = pObject->GetLine();
-  ZuVector read(1);
-  read.Read(pObject);
-  if (read.GetSize() == pVector->GetSize()) {
-    *pVector = read;
-  } else {
-    pObject->AddShapeError(uLine);
-  }
+  const int n = pObject->TakeInt();
+  if (n != pVector->GetSize()) return Refuse(pObject, n, n > 0, uLine);
+  ZuVector read(n);
+  for (int i = 1; i <= n; ++i) read[i] = pObject->TakeValue();
+  *pVector = read;
 }
