@@ -18,10 +18,19 @@ constexpr int kMaxFiles = 16;
 char g_aPath[kMaxFiles][PATH_MAX];
 volatile sig_atomic_t g_aUsed[kMaxFiles];
 
+volatile sig_atomic_t g_bProgressLine;
+
+void EraseProgressLine() {
+  static constexpr char kErase[] = "\r\033[K";
+  // The line is an ornament: a terminal that is gone needs none.
+  [[maybe_unused]] const ssize_t n = write(STDERR_FILENO, kErase, sizeof(kErase) - 1);
+}
+
 void EndBySignal(int iSignal) {
   for (int i = 0; i < kMaxFiles; ++i) {
     if (g_aUsed[i]) unlink(g_aPath[i]);
   }
+  if (g_bProgressLine) EraseProgressLine();
   _exit(128 + iSignal);
 }
 
@@ -67,6 +76,11 @@ int RememberUnfinishedFile(const char* szPath) {
 
 void ForgetUnfinishedFile(int iSlot) {
   if (iSlot >= 0 && iSlot < kMaxFiles) g_aUsed[iSlot] = 0;
+}
+
+void SetProgressLine(bool bShown) {
+  if (g_bProgressLine && !bShown) EraseProgressLine();
+  g_bProgressLine = bShown ? 1 : 0;
 }
 
 SignalPause::SignalPause() {

@@ -13,6 +13,9 @@ void InstallSignalHandlers();
 int RememberUnfinishedFile(const char* szPath);
 void ForgetUnfinishedFile(int iSlot);
 
+// Whether a progress line stands on standard error, which an ending signal, or false, then erases.
+void SetProgressLine(bool bShown);
+
 // Holds the ending signals back while it lives: a file cannot appear without being remembered.
 class SignalPause {
  public:

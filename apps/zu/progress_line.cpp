@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "interrupt.h"
 #include "output_file.h"
 
 namespace cli {
@@ -18,14 +19,14 @@ ProgressLine::ProgressLine(std::string strTitle, bool bQuiet)
       m_next(Clock::now() + kPatience) {}
 
 ProgressLine::~ProgressLine() {
-  static constexpr char kErase[] = "\r\033[K";
-  if (m_bShown) WriteAll(STDERR_FILENO, kErase, sizeof(kErase) - 1);
+  if (m_bShown) SetProgressLine(false);
 }
 
 void ProgressLine::Update(double dFraction) {
   if (!m_bTerminal || Clock::now() < m_next) return;
   m_next = Clock::now() + kPeriod;
   m_bShown = true;
+  SetProgressLine(true);
   const int iPercent = dFraction > 0.0 ? static_cast<int>(100.0 * std::min(dFraction, 1.0)) : 0;
   const std::string strLine = "\r" + m_strTitle + " " + std::to_string(iPercent) + " %\033[K";
   WriteAll(STDERR_FILENO, strLine.data(), strLine.size());
