@@ -1,6 +1,7 @@
 #include "tests/cli/program.h"
 
 #include <fcntl.h>
+#include <grp.h>
 #include <signal.h>
 #include <sys/ioctl.h>
 #include <sys/resource.h>
@@ -35,6 +36,10 @@ void Move(int fd, int fdTo) {
     const rlim_t limit = static_cast<rlim_t>(options.iFileLimit);
     const rlimit both = {limit, limit};
     setrlimit(RLIMIT_FSIZE, &both);
+  }
+  constexpr uid_t kNobody = 65534;
+  if (options.bNobody && geteuid() == 0) {
+    if (setgroups(0, nullptr) != 0 || setgid(kNobody) != 0 || setuid(kNobody) != 0) _exit(126);
   }
   std::vector<char*> argv = {const_cast<char*>("zu")};
   for (const auto& strArgument : arguments) argv.push_back(const_cast<char*>(strArgument.c_str()));

@@ -21,6 +21,7 @@ struct RunOptions {
   std::string strStdout;      // file for standard output instead of Outcome::strOut
   long long iFileLimit = -1;  // largest file the program may write [bytes]
   bool bClosedPipe = false;   // nobody reads standard output
+  bool bNobody = false;       // run by a user that rights bind, where the test is run by root
   // Nobody reads standard output for a while, and then this signal comes.
   int iSignalWhileBlocked = 0;
 };
