@@ -222,9 +222,9 @@ class Project : public LinkHdl {
 
 void Project::Read(const char* szPath) {
   // Making a reader and its keywords is no reading: it may find no memory.
-  std::optional<ZuReader> reader;
+  bool bReading = false;
   try {
-    reader.emplace(szPath);
+    ZuReader reader(szPath);
     ZuReaderObject keywords[] = {
         {"PHOTO", Link(&m_photos, &ZuPhotoList::AddPhoto)},
         {"ORTHOPHOTO", Link(&m_orthoPhotos, &ZuOrthoPhotoList::AddPhoto)},
@@ -240,12 +240,13 @@ void Project::Read(const char* szPath) {
         {"MATRIX", Link(this, &Project::ReadInto<&Project::m_matrix>)},
         {"VECTOR", Link(this, &Project::ReadInto<&Project::m_vector>)},
     };
-    for (ZuReaderObject& keyword : keywords) reader->RegisterObject(keyword);
+    for (ZuReaderObject& keyword : keywords) reader.RegisterObject(keyword);
+    reader.SetParserErrorHdl(Link(this, &Project::GoOn));
+    bReading = true;
+    reader.DoProcess(false);
   } catch (const std::bad_alloc&) {
-    return;
+    if (bReading) throw;
   }
-  reader->SetParserErrorHdl(Link(this, &Project::GoOn));
-  reader->DoProcess(false);
 }
 
 Lines Project::Tell() const {
