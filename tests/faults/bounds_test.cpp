@@ -14,7 +14,7 @@
 
 namespace {
 
-constexpr std::size_t kSize = 64 * 1024;  // bytes of the smaller file
+constexpr std::size_t kSize = 32 * 1024;  // bytes of the smaller file
 
 const FileReader& ReaderOf(const HostileInput& input) {
   const auto& readers = FileReaders();
