@@ -35,7 +35,7 @@
 #include "zu/foundation/progress.h"
 #include "zu/foundation/reader.h"
 #include "zu/foundation/reader_object.h"
-#include "zu/foundation/seldom_array.h"
+#include "zu/foundation/seldom.h"
 #include "zu/foundation/sort_helper.h"
 #include "zu/foundation/str_rep.h"
 #include "zu/foundation/string.h"

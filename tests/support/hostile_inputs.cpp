@@ -78,9 +78,8 @@ const std::vector<HostileInput>& HostileInputs() {
       {"planes", kPlane, Repeated("{1\"\"1 1 1 1}\n")},
       {"cut planes", kPlane, Repeated("{1\"\"}\n")},
       {"photos", kProject, Repeated("PHOTO{PHOTOID 1\"a\"}\n")},
-      // A photo has some four kilobytes of fields, whatever its block holds.
-      {"photos without a field", kProject, Repeated("PHOTO{}\n"), 640},
-      {"orthophotos without a field", kProject, Repeated("ORTHOPHOTO{}\n"), 480},
+      {"photos without a field", kProject, Repeated("PHOTO{}\n")},
+      {"orthophotos without a field", kProject, Repeated("ORTHOPHOTO{}\n")},
       {"photos in photos", kProject, Nested("PHOTO{\n", "}\n")},
       {"orthophotos", kProject, Repeated("ORTHOPHOTO{ID 1\"a\"}\n")},
       {"rectifications of one photo", kProject,

@@ -25,6 +25,8 @@ constexpr double kGon = 63.66197723675813;  // in a radian
 constexpr eZuPointRWMask kRegoiFormat[] = {eZuPointRWId, eZuPointRWX,  eZuPointRWY,
                                            eZuPointRWDX, eZuPointRWDY, eZuPointRWEnd};
 
+bool IsSame(double a, double b) { return a == b && std::signbit(a) == std::signbit(b); }
+
 }  // namespace
 
 ZuPhoto::ZuPhoto(unsigned int uId) : ZuListnode(uId) { Init(); }
@@ -52,10 +54,10 @@ void ZuPhoto::Init() {
   m_ePhototype = eZuPhototypeAnalog;
   m_uDigitizerId = 1;
   m_DigiRegion.Set(0.0, 0.0, 0.0, 0.0);
-  m_BikoRegion.Set(0.0, 0.0, 0.0, 0.0);
-  m_Camera = ZuCamera();
+  m_BikoRegion.Reset();
+  m_Camera.Reset();
   m_ReseauData = ZuReseauDataDesc();
-  m_PreTrafo = m_MainTrafo = m_PolyInvTrafo = ZuReseauTrafo();
+  for (auto* pTrafo : {&m_PreTrafo, &m_MainTrafo, &m_PolyInvTrafo}) pTrafo->Reset();
   m_RotAOR.Clear();
   m_PosAOR.Clear();
   m_uLastZuspId = 0;
@@ -68,7 +70,7 @@ void ZuPhoto::Init() {
   m_iSipError = eZuSipNoError;
   m_sTpsSetupId = "";
   m_RegoiList.SetMask(kRegoiFormat);
-  m_BikoTransform = ZuBikoTransform();
+  m_BikoTransform.Reset();
 }
 
 ZuPhoto& ZuPhoto::operator=(const ZuPhoto& other) {
@@ -128,9 +130,15 @@ std::ostream& ZuPhoto::Write(std::ostream& stream) { return stream; }
 bool ZuPhoto::ExistFile() const { return ZuExistFile(m_strName); }
 
 const ZuRegion& ZuPhoto::GetBikoRegion() const {
-  const ZuRegion& region = m_BikoRegion;
+  PresentBikoRegion();
+  return m_BikoRegion.Own();
+}
+
+// Without memory for the region of a photo that has none.
+const ZuRegion& ZuPhoto::PresentBikoRegion() const {
+  const ZuRegion& region = *m_BikoRegion;
   if (std::fabs(region.Right() - region.Left()) < kEmptyRegion) CalcBikoRegionFromDigiRegion();
-  return m_BikoRegion;
+  return *m_BikoRegion;
 }
 
 void ZuPhoto::CalcBikoRegionFromDigiRegion() const {
@@ -138,17 +146,24 @@ void ZuPhoto::CalcBikoRegionFromDigiRegion() const {
   ZuPoint p1(0, digi.Left(), digi.Bottom()), p2(0, digi.Right(), digi.Top());
   ConvertBiko(&p1, eDigiToBiko);
   ConvertBiko(&p2, eDigiToBiko);
-  m_BikoRegion.Set(p1.m_dX, p1.m_dY, p2.m_dX, p2.m_dY);
+  const ZuRegion& region = *m_BikoRegion;
+  if (IsSame(region.Left(), p1.m_dX) && IsSame(region.Bottom(), p1.m_dY) &&
+      IsSame(region.Right(), p2.m_dX) && IsSame(region.Top(), p2.m_dY)) {
+    return;
+  }
+  m_BikoRegion.Own().Set(p1.m_dX, p1.m_dY, p2.m_dX, p2.m_dY);
 }
 
 double ZuPhoto::GetMaxBikoRadius() const {
-  const ZuRegion& region = GetBikoRegion();
+  const ZuRegion& region = PresentBikoRegion();
   const double d = std::sqrt(region.Width() * region.Width() + region.Height() * region.Height());
   return d * 0.5 * kMargin;
 }
 
 void ZuPhoto::CompleteCamera() {
-  if (m_Camera.m_dRMax == 0.0) m_Camera.m_dRMax = GetMaxBikoRadius();
+  if (m_Camera->m_dRMax != 0.0) return;
+  const double dRadius = GetMaxBikoRadius();
+  if (dRadius != 0.0) m_Camera.Own().m_dRMax = dRadius;
 }
 
 void ZuPhoto::SetCamera(const ZuCamera& camera) {
@@ -163,8 +178,8 @@ void ZuPhoto::SetCamera(const ZuCamera* pCamera) {
 
 ZuMatrix ZuPhoto::GetReseauTrafoMat() const {
   ZuMatrix pre(3, 3), main(3, 3);
-  m_PreTrafo.BuildMatrix(&pre);
-  m_MainTrafo.BuildMatrix(&main);
+  m_PreTrafo->BuildMatrix(&pre);
+  m_MainTrafo->BuildMatrix(&main);
   return main * pre;
 }
 
@@ -237,7 +252,7 @@ void ZuPhoto::GetAOR(ZuPoint* pPoint, bool bGon) const {
   }
   pPoint->SetId(m_uId);
   pPoint->m_iPhoto = static_cast<int>(m_uId);
-  pPoint->m_iCamera = static_cast<int>(m_Camera.GetId());
+  pPoint->m_iCamera = static_cast<int>(m_Camera->GetId());
 }
 
 void ZuPhoto::SetAOR(const ZuPhoto& other) {

@@ -11,11 +11,12 @@
 // a time: const operations fill caches.
 #pragma once
 
+#include <array>
 #include <iosfwd>
 
 #include "zu/export.h"
 #include "zu/foundation/list.h"
-#include "zu/foundation/seldom_array.h"
+#include "zu/foundation/seldom.h"
 #include "zu/foundation/sort_helper.h"
 #include "zu/numerics/matrix.h"
 #include "zu/numerics/vector.h"
@@ -138,8 +139,8 @@ class ZU_API ZuPhoto : public ZuListnode, public ZuFlag {
   // Half the diagonal of the Biko region, times 1.1 [mm].
   double GetMaxBikoRadius() const;
 
-  const ZuCamera& GetCamera() const { return m_Camera; }
-  ZuCamera& GetCamera() { return m_Camera; }
+  const ZuCamera& GetCamera() const { return m_Camera.Own(); }
+  ZuCamera& GetCamera() { return m_Camera.Own(); }
   // A camera without domain for its inverse gets GetMaxBikoRadius(). A null pointer leaves the
   // camera but completes it so.
   void SetCamera(const ZuCamera& camera);
@@ -149,16 +150,16 @@ class ZU_API ZuPhoto : public ZuListnode, public ZuFlag {
   ZuReseauDataDesc& ReseauData() { return m_ReseauData; }
   void SetReseauData(const ZuReseauDataDesc& desc) { m_ReseauData = desc; }
   // Digi to Pre, Pre to Biko, and Biko to Pre where the main one is a polynomial.
-  const ZuReseauTrafo& GetReseauPreTrafo() const { return m_PreTrafo; }
-  const ZuReseauTrafo& GetReseauMainTrafo() const { return m_MainTrafo; }
-  const ZuReseauTrafo& GetReseauPolyInv() const { return m_PolyInvTrafo; }
-  void SetReseauPreTrafo(const ZuTrafo2d& trafo) { m_PreTrafo.Set(trafo); }
-  void SetReseauMainTrafo(const ZuTrafo2d& trafo) { m_MainTrafo.Set(trafo); }
-  void SetPolyInvTrafo(const ZuTrafo2d& trafo) { m_PolyInvTrafo.Set(trafo); }
+  const ZuReseauTrafo& GetReseauPreTrafo() const { return m_PreTrafo.Own(); }
+  const ZuReseauTrafo& GetReseauMainTrafo() const { return m_MainTrafo.Own(); }
+  const ZuReseauTrafo& GetReseauPolyInv() const { return m_PolyInvTrafo.Own(); }
+  void SetReseauPreTrafo(const ZuTrafo2d& trafo) { m_PreTrafo.Own().Set(trafo); }
+  void SetReseauMainTrafo(const ZuTrafo2d& trafo) { m_MainTrafo.Own().Set(trafo); }
+  void SetPolyInvTrafo(const ZuTrafo2d& trafo) { m_PolyInvTrafo.Own().Set(trafo); }
   // 3x3, main times pre.
   ZuMatrix GetReseauTrafoMat() const;
-  const char* GetReseauTrafoName() const { return m_MainTrafo.GetTrafoName(); }
-  eZuTrafo2DType GetReseauTrafoType() const { return m_MainTrafo.GetType(); }
+  const char* GetReseauTrafoName() const { return m_MainTrafo->GetTrafoName(); }
+  eZuTrafo2DType GetReseauTrafoType() const { return m_MainTrafo->GetType(); }
 
   // --- Exterior orientation --------------------------------------------------------------------
 
@@ -213,7 +214,7 @@ class ZU_API ZuPhoto : public ZuListnode, public ZuFlag {
   const ZuPointList& GetImoList() const { return m_ImoList; }
   ZuPointList& GetMeasureList() { return m_MeasureList; }
   const ZuPointList& GetMeasureList() const { return m_MeasureList; }
-  ZuPointList& GetTempList() { return m_TempList; }
+  ZuPointList& GetTempList() { return m_TempList.Own(); }
   ZuSortHelper<ZuPoint>& GetSortHelperImo() { return m_ImoSorted; }
   ZuSortHelper<ZuPoint>& GetSortHelperMeasure() { return m_MeasureSorted; }
 
@@ -234,10 +235,10 @@ class ZU_API ZuPhoto : public ZuListnode, public ZuFlag {
   void CopyMeasureToImo(unsigned int uId, eConvertBikoMode eMode);
   void MoveImoToMeasure() { m_ImoList.MoveTo(&m_MeasureList); }
   void MoveMeasureToImo() { m_MeasureList.MoveTo(&m_ImoList); }
-  void MoveImoToTemp() { m_ImoList.MoveTo(&m_TempList); }
-  void MoveMeasureToTemp() { m_MeasureList.MoveTo(&m_TempList); }
-  void MoveTempToImo() { m_TempList.MoveTo(&m_ImoList); }
-  void MoveTempToMeasure() { m_TempList.MoveTo(&m_MeasureList); }
+  void MoveImoToTemp() { m_ImoList.MoveTo(&m_TempList.Own()); }
+  void MoveMeasureToTemp() { m_MeasureList.MoveTo(&m_TempList.Own()); }
+  void MoveTempToImo() { m_TempList.Own().MoveTo(&m_ImoList); }
+  void MoveTempToMeasure() { m_TempList.Own().MoveTo(&m_MeasureList); }
   void MoveImoTo(ZuPointList* pList) { m_ImoList.MoveTo(pList); }
   void MoveMeasureTo(ZuPointList* pList) { m_MeasureList.MoveTo(pList); }
   void CopyImoToMeasure() { m_ImoList.CopyTo(&m_MeasureList); }
@@ -281,7 +282,7 @@ class ZU_API ZuPhoto : public ZuListnode, public ZuFlag {
   void ConvertMeasure(eConvertBikoMode eMode) { ConvertList(&m_MeasureList, eMode); }
   // The photo's prepared conversion, for CalcRayDirection.
   void SetBikoTransform(eConvertBikoMode eMode, bool bFlipY);
-  const ZuBikoTransform& GetBikoTransform() const { return m_BikoTransform; }
+  const ZuBikoTransform& GetBikoTransform() const { return m_BikoTransform.Own(); }
 
   // Statistics of residuals [mm] against a tolerance in pixels; one at the limit counts as outside.
   void ResetImoStat();
@@ -339,8 +340,8 @@ class ZU_API ZuPhoto : public ZuListnode, public ZuFlag {
   // The pyramid of the field of view; false for an unoriented photo. Kept until the orientation
   // changes. Required: a change of camera or Biko region leaves it as it is.
   bool CalcFieldOfViewPlanes();
-  const ZuPlane& GetFovPlane(int i) const { return m_FovPlanes[i]; }    // 0..3 sides, 4 image
-  const ZuPoint& GetFovCorner(int i) const { return m_FovCorners[i]; }  // 0..3, 4 the centre
+  const ZuPlane& GetFovPlane(int i) const { return m_FovPlanes.Own()[i]; }    // 0..3 sides, 4 image
+  const ZuPoint& GetFovCorner(int i) const { return m_FovCorners.Own()[i]; }  // 0..3, 4 the centre
   // The object point lies in the image of an active, oriented photo; with bCheckDirection before
   // the camera too.
   bool IsInPhotoView(const ZuPoint& point, bool bCheckDirection) const;
@@ -360,7 +361,15 @@ class ZU_API ZuPhoto : public ZuListnode, public ZuFlag {
   int ReadDigital(ZuReaderObject* pObject);
   int ReadRotation(ZuReaderObject* pObject);
   int ReadPosition(ZuReaderObject* pObject);
+  int ReadCamera(ZuReaderObject* pObject);
+  int ReadCameraData(ZuReaderObject* pObject);
+  template <ZuSeldom<ZuReseauTrafo> ZuPhoto::*pTrafo,
+            int (ZuReseauTrafo::*pfnRead)(ZuReaderObject*)>
+  int ReadTrafo(ZuReaderObject* pObject) {
+    return ((this->*pTrafo).Own().*pfnRead)(pObject);
+  }
   void CompleteRead(bool bCheckActive);
+  const ZuRegion& PresentBikoRegion() const;
   void CompleteCamera();
   void CopyRecord(const ZuPhoto& other);
   static ZuPoint* SubtractFrom(ZuPointList& list, unsigned int uId);
@@ -378,12 +387,12 @@ class ZU_API ZuPhoto : public ZuListnode, public ZuFlag {
   eZuPhototype m_ePhototype = eZuPhototypeAnalog;
   unsigned int m_uDigitizerId = 1;
   ZuRegion m_DigiRegion;
-  mutable ZuRegion m_BikoRegion;
-  ZuCamera m_Camera;
+  ZuSeldom<ZuRegion> m_BikoRegion;
+  ZuSeldom<ZuCamera> m_Camera;
   ZuReseauDataDesc m_ReseauData;
-  ZuReseauTrafo m_PreTrafo;
-  ZuReseauTrafo m_MainTrafo;
-  ZuReseauTrafo m_PolyInvTrafo;
+  ZuSeldom<ZuReseauTrafo> m_PreTrafo;
+  ZuSeldom<ZuReseauTrafo> m_MainTrafo;
+  ZuSeldom<ZuReseauTrafo> m_PolyInvTrafo;
   ZuMatrix m_RotAOR = ZuMatrix(3, 3);
   ZuVector m_PosAOR = ZuVector(3);
   ZuZuspTrafoList m_ZuspList;
@@ -398,7 +407,7 @@ class ZU_API ZuPhoto : public ZuListnode, public ZuFlag {
   ZuSortHelper<ZuPoint> m_ImoSorted;
   ZuPointList m_MeasureList;
   ZuSortHelper<ZuPoint> m_MeasureSorted;
-  ZuPointList m_TempList;
+  ZuSeldom<ZuPointList> m_TempList;
   unsigned int m_uAktBikoId = 0;
   int m_iImoStatInside = 0;
   int m_iImoStatOutside = 0;
@@ -407,13 +416,13 @@ class ZU_API ZuPhoto : public ZuListnode, public ZuFlag {
   ZuAttributeList m_AttributeList;
 
   bool m_bFieldOfViewValid = false;
-  ZuSeldomArray<ZuPlane, 5> m_FovPlanes;
-  ZuSeldomArray<ZuPoint, 5> m_FovCorners;
+  ZuSeldom<std::array<ZuPlane, 5>> m_FovPlanes;
+  ZuSeldom<std::array<ZuPoint, 5>> m_FovCorners;
   int m_iSipError = eZuSipNoError;
 
   String m_sTpsSetupId;
   ZuPointList m_RegoiList;  // regions of interest: id, x, y, accuracies in x and y
-  ZuBikoTransform m_BikoTransform;
+  ZuSeldom<ZuBikoTransform> m_BikoTransform;
   double m_adPanorama[4] = {};  // of panoramas; carried along
   int m_iPanorama = 0;
 };

@@ -57,17 +57,19 @@ bool ZuPhoto::CalcFieldOfViewPlanes() {
   if (!m_bOriented) return false;
   const ZuRegion region(GetBikoRegion());
   const double x1 = region.Left(), y1 = region.Bottom(), x2 = region.Right(), y2 = region.Top();
+  auto& corner = m_FovCorners.Own();
+  auto& plane = m_FovPlanes.Own();
   const struct { double u, v; } corners[4] = {{x1, y1}, {x2, y1}, {x2, y2}, {x1, y2}};
-  for (int i = 0; i < 4; ++i) {
+  for (size_t i = 0; i < 4; ++i) {
     // On the negative side of the projection centre, where the film lies.
     const ZuVector film =
-        m_PosAOR - m_RotAOR * ZuVector(corners[i].u, corners[i].v, -m_Camera.m_dC);
-    m_FovCorners[i] = ZuPoint(static_cast<unsigned int>(i) + 1, film[1], film[2], film[3]);
+        m_PosAOR - m_RotAOR * ZuVector(corners[i].u, corners[i].v, -m_Camera->m_dC);
+    corner[i] = ZuPoint(static_cast<unsigned int>(i) + 1, film[1], film[2], film[3]);
   }
-  m_FovCorners[4] = ZuPoint(5, m_PosAOR[1], m_PosAOR[2], m_PosAOR[3]);
-  const ZuPoint* p = &m_FovCorners[0];
-  for (int i = 0; i < 4; ++i) m_FovPlanes[i] = PlaneThrough({p + 4, p + i, p + (i + 1) % 4});
-  m_FovPlanes[4] = PlaneThrough({p, p + 1, p + 2, p + 3});
+  corner[4] = ZuPoint(5, m_PosAOR[1], m_PosAOR[2], m_PosAOR[3]);
+  const ZuPoint* p = corner.data();
+  for (size_t i = 0; i < 4; ++i) plane[i] = PlaneThrough({p + 4, p + i, p + (i + 1) % 4});
+  plane[4] = PlaneThrough({p, p + 1, p + 2, p + 3});
   m_bFieldOfViewValid = true;
   return true;
 }
@@ -92,21 +94,21 @@ bool ZuPhoto::RescaleTo(double dFactor) {
   m_DigiRegion.Set(m_DigiRegion.Left() * dFactor, m_DigiRegion.Bottom() * dFactor,
                    m_DigiRegion.Right() * dFactor, m_DigiRegion.Top() * dFactor);
   ZuMatrix pre(3, 3);
-  m_PreTrafo.BuildMatrix(&pre);
-  m_PreTrafo.SetFromMatrix(pre * Scaling(1.0 / dFactor, 1.0 / dFactor), eZuTrafo2DHelmert);
+  m_PreTrafo->BuildMatrix(&pre);
+  m_PreTrafo.Own().SetFromMatrix(pre * Scaling(1.0 / dFactor, 1.0 / dFactor), eZuTrafo2DHelmert);
   return true;
 }
 
 bool ZuPhoto::RescaleTo(double fx, double fy) {
-  if (m_MainTrafo.GetType() == eZuTrafo2DPolynomial) return false;
+  if (m_MainTrafo->GetType() == eZuTrafo2DPolynomial) return false;
   ConvertList(&m_ImoList, eBikoToDigi);
   m_dPixelSize = 0.0;
   const ZuRegion region(GetBikoRegion());
-  m_BikoRegion.Set(region.Left() * fx, region.Bottom() * fy, region.Right() * fx,
-                   region.Top() * fy);
+  m_BikoRegion.Own().Set(region.Left() * fx, region.Bottom() * fy, region.Right() * fx,
+                         region.Top() * fy);
   ZuMatrix main(3, 3);
-  m_MainTrafo.BuildMatrix(&main);
-  m_MainTrafo.SetFromMatrix(Scaling(fx, fy) * main, m_MainTrafo.GetType());
+  m_MainTrafo->BuildMatrix(&main);
+  m_MainTrafo.Own().SetFromMatrix(Scaling(fx, fy) * main, m_MainTrafo->GetType());
   GetPixelSize();
   ConvertList(&m_ImoList, eDigiToBiko);
   return true;

@@ -84,25 +84,25 @@ void ZuPhoto::SetPhotoIdToMeasureList() { SetPhotoIdTo(m_MeasureList); }
 bool ZuPhoto::ConvertBiko(ZuPoint* pPoint, eConvertBikoMode eMode) const {
   switch (eMode) {
     case eDigiToPre:
-      m_PreTrafo.Transform(pPoint);
+      m_PreTrafo->Transform(pPoint);
       return true;
     case eDigiToBiko:
-      m_PreTrafo.Transform(pPoint);
-      m_MainTrafo.Transform(pPoint);
+      m_PreTrafo->Transform(pPoint);
+      m_MainTrafo->Transform(pPoint);
       return true;
     case ePreToBiko:
-      m_MainTrafo.Transform(pPoint);
+      m_MainTrafo->Transform(pPoint);
       return true;
     case eDigiToAdjusted:
-      m_PreTrafo.Transform(pPoint);
-      m_MainTrafo.Transform(pPoint);
-      m_Camera.Adjust(pPoint);
+      m_PreTrafo->Transform(pPoint);
+      m_MainTrafo->Transform(pPoint);
+      m_Camera->Adjust(pPoint);
       return true;
     case eBikoToAdjusted:
-      m_Camera.Adjust(pPoint);
+      m_Camera->Adjust(pPoint);
       return true;
     case eAdjustedToBiko:
-      m_Camera.InvAdjust(pPoint);
+      m_Camera->InvAdjust(pPoint);
       return true;
     case eBikoToDigi:
     case ePreToDigi:
@@ -122,7 +122,7 @@ void ZuPhoto::ConvertList(ZuPointList* pList, eConvertBikoMode eMode) const {
 }
 
 void ZuPhoto::SetBikoTransform(eConvertBikoMode eMode, bool bFlipY) {
-  m_BikoTransform.Set(this, eMode, bFlipY);
+  m_BikoTransform.Own().Set(this, eMode, bFlipY);
 }
 
 void ZuPhoto::ResetImoStat() {

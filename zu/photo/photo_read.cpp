@@ -46,16 +46,20 @@ int ZuPhoto::Read(ZuReaderObject* pObject) {
       {"AORM", Link(this, &ZuPhoto::ReadRotation)},
       {"AORV", Link(this, &ZuPhoto::ReadPosition)},
       {"TPS_SETUP_ID", &m_sTpsSetupId},
-      {"CAMERA", Link(&m_Camera, &ZuCamera::Read)},
-      {"CAMDATA", Link(&m_Camera, &ZuCamera::ReadFullData)},
-      {"PRERESEAU", Link(&m_PreTrafo, &ZuReseauTrafo::ReadV50)},
-      {"MAINRESEAU", Link(&m_MainTrafo, &ZuReseauTrafo::ReadV50)},
-      {"POLYRESINV", Link(&m_PolyInvTrafo, &ZuReseauTrafo::ReadV50)},
+      {"CAMERA", Link(this, &ZuPhoto::ReadCamera)},
+      {"CAMDATA", Link(this, &ZuPhoto::ReadCameraData)},
+      {"PRERESEAU", Link(this, &ZuPhoto::ReadTrafo<&ZuPhoto::m_PreTrafo, &ZuReseauTrafo::ReadV50>)},
+      {"MAINRESEAU",
+       Link(this, &ZuPhoto::ReadTrafo<&ZuPhoto::m_MainTrafo, &ZuReseauTrafo::ReadV50>)},
+      {"POLYRESINV",
+       Link(this, &ZuPhoto::ReadTrafo<&ZuPhoto::m_PolyInvTrafo, &ZuReseauTrafo::ReadV50>)},
       {"RESEAUFILE", &strReseau},
       {"RESEAUSUBID", &uReseauSubId},
-      {"PRERESTRAFO", Link(&m_PreTrafo, &ZuReseauTrafo::Read)},
-      {"MAINRESTRAFO", Link(&m_MainTrafo, &ZuReseauTrafo::Read)},
-      {"POLYRESINVTRAFO", Link(&m_PolyInvTrafo, &ZuReseauTrafo::Read)},
+      {"PRERESTRAFO", Link(this, &ZuPhoto::ReadTrafo<&ZuPhoto::m_PreTrafo, &ZuReseauTrafo::Read>)},
+      {"MAINRESTRAFO",
+       Link(this, &ZuPhoto::ReadTrafo<&ZuPhoto::m_MainTrafo, &ZuReseauTrafo::Read>)},
+      {"POLYRESINVTRAFO",
+       Link(this, &ZuPhoto::ReadTrafo<&ZuPhoto::m_PolyInvTrafo, &ZuReseauTrafo::Read>)},
       {"ZUSPTRAFO", Link(&m_ZuspList, &ZuZuspTrafoList::AddTrafoV50)},
       {"ZUSPPLANE", Link(&m_ZuspList, &ZuZuspTrafoList::AddTrafo)},
       {"LASTZUSPID", &m_uLastZuspId},
@@ -74,14 +78,20 @@ int ZuPhoto::Read(ZuReaderObject* pObject) {
 void ZuPhoto::CompleteRead(bool bCheckActive) {
   if (bCheckActive) SetFlag(eZuFlagActive);
   // Older files name the reseau in the pre-transformation alone.
-  if (!m_PreTrafo.GetName().empty()) {
-    m_ReseauData.SetName(m_PreTrafo.GetName());
+  if (!m_PreTrafo->GetName().empty()) {
+    m_ReseauData.SetName(m_PreTrafo->GetName());
     if (!IsDigital()) {
       m_sComment = m_strName;
       m_strName = "";
     }
   }
   CompleteCamera();
+}
+
+int ZuPhoto::ReadCamera(ZuReaderObject* pObject) { return m_Camera.Own().Read(pObject); }
+
+int ZuPhoto::ReadCameraData(ZuReaderObject* pObject) {
+  return m_Camera.Own().ReadFullData(pObject);
 }
 
 // USERDATA "text;page;rotation;text", of older files.
