@@ -18,6 +18,8 @@ class ZuSeldom {
     return *this;
   }
 
+  // Whether there is memory for the value.
+  bool IsOwn() const { return m_pValue != nullptr; }
   // Back to a default value.
   void Reset() {
     if (m_pValue) *m_pValue = T{};

@@ -29,6 +29,8 @@ bool IsSame(double a, double b) { return a == b && std::signbit(a) == std::signb
 
 }  // namespace
 
+ZuPhoto::RegoiList::RegoiList() : ZuPointList(kRegoiFormat) {}
+
 ZuPhoto::ZuPhoto(unsigned int uId) : ZuListnode(uId) { Init(); }
 
 ZuPhoto::ZuPhoto(unsigned int uId, const String& strName) : ZuListnode(uId, strName) {
@@ -69,7 +71,7 @@ void ZuPhoto::Init() {
   m_bFieldOfViewValid = false;
   m_iSipError = eZuSipNoError;
   m_sTpsSetupId = "";
-  m_RegoiList.SetMask(kRegoiFormat);
+  if (m_RegoiList.IsOwn()) m_RegoiList.Own().SetMask(kRegoiFormat);
   m_BikoTransform.Reset();
 }
 

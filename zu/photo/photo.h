@@ -124,7 +124,7 @@ class ZU_API ZuPhoto : public ZuListnode, public ZuFlag {
   void SetScreenFlags(int iFlags) { m_iScreenFlags = iFlags; }
   const String& GetTpsSetupId() const { return m_sTpsSetupId; }
   void SetTpsSetupId(const String& strId) { m_sTpsSetupId = strId; }
-  ZuPointList& GetRegoiList() { return m_RegoiList; }
+  ZuPointList& GetRegoiList() { return m_RegoiList.Own(); }
   // The image file is there.
   bool ExistFile() const;
 
@@ -361,6 +361,12 @@ class ZU_API ZuPhoto : public ZuListnode, public ZuFlag {
   int ReadDigital(ZuReaderObject* pObject);
   int ReadRotation(ZuReaderObject* pObject);
   int ReadPosition(ZuReaderObject* pObject);
+  // Regions of interest: id, x, y, accuracies in x and y.
+  struct RegoiList : ZuPointList {
+    RegoiList();
+  };
+
+  int ReadRegois(ZuReaderObject* pObject);
   int ReadCamera(ZuReaderObject* pObject);
   int ReadCameraData(ZuReaderObject* pObject);
   template <ZuSeldom<ZuReseauTrafo> ZuPhoto::*pTrafo,
@@ -421,7 +427,7 @@ class ZU_API ZuPhoto : public ZuListnode, public ZuFlag {
   int m_iSipError = eZuSipNoError;
 
   String m_sTpsSetupId;
-  ZuPointList m_RegoiList;  // regions of interest: id, x, y, accuracies in x and y
+  ZuSeldom<RegoiList> m_RegoiList;
   ZuSeldom<ZuBikoTransform> m_BikoTransform;
   double m_adPanorama[4] = {};  // of panoramas; carried along
   int m_iPanorama = 0;

@@ -66,7 +66,7 @@ int ZuPhoto::Read(ZuReaderObject* pObject) {
       {"SCREENPOS", Link(&m_ScreenPos, &ZuPosition::Read)},
       {"SCREENSIZE", &m_iScreenScale},
       {"SCREENFLAGS", &m_iScreenFlags},
-      {"REGOI", Link(&m_RegoiList, &ZuPointList::Read)},
+      {"REGOI", Link(this, &ZuPhoto::ReadRegois)},
   };
   for (ZuReaderObject& keyword : keywords) pObject->RegisterObject(keyword);
   pObject->DoProcess();
@@ -87,6 +87,8 @@ void ZuPhoto::CompleteRead(bool bCheckActive) {
   }
   CompleteCamera();
 }
+
+int ZuPhoto::ReadRegois(ZuReaderObject* pObject) { return m_RegoiList.Own().Read(pObject); }
 
 int ZuPhoto::ReadCamera(ZuReaderObject* pObject) { return m_Camera.Own().Read(pObject); }
 
