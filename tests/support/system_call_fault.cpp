@@ -51,6 +51,13 @@ const char* Name(const user_regs_struct& regs) {
   }
 }
 
+// Sanitizers ask by writes to a pipe whether memory can be read.
+bool IsPipe(pid_t pid, unsigned long long uDescriptor) {
+  const std::string strLink = "/proc/" + std::to_string(pid) + "/fd/" + std::to_string(uDescriptor);
+  char acTarget[5] = {};
+  return readlink(strLink.c_str(), acTarget, 5) == 5 && std::string(acTarget, 5) == "pipe:";
+}
+
 class Tracer {
  public:
   Tracer(pid_t pid, SystemCallFault fault) : m_pid(pid), m_fault(fault) {}
@@ -83,7 +90,7 @@ class Tracer {
     user_regs_struct regs;
     ptrace(PTRACE_GETREGS, m_pid, 0, &regs);
     const char* const szName = Name(regs);
-    if (szName == nullptr) return;
+    if (szName == nullptr || (*szName == 'w' && IsPipe(m_pid, regs.rdi))) return;
     pRun->calls.emplace_back(szName);
     if (static_cast<int>(pRun->calls.size()) != m_fault.iCall + 1) return;
     if (m_fault.iErrno == 0) {
