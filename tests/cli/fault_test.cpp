@@ -8,6 +8,8 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <filesystem>
+#include <ostream>
 
 #include "tests/cli/program.h"
 #include "tests/support/system_call_fault.h"
@@ -19,6 +21,13 @@ struct WritingCommand {
   std::vector<std::string> outputs;  // options and names of the result files
   std::string strInput;
 };
+
+std::ostream& operator<<(std::ostream& os, const WritingCommand& command) {
+  for (const std::string& str : command.arguments) {
+    os << std::filesystem::path(str).filename().string() << ' ';
+  }
+  return os;
+}
 
 std::vector<WritingCommand> WritingCommands() {
   const auto sample = [](const char* sz) { return Source(std::string("samples/") + sz); };
