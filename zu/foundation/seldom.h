@@ -30,11 +30,12 @@ class ZuSeldom {
   const T* operator->() const { return &**this; }
   // The value to change or to hold on to: it stays where it is as long as this object.
   T& Own() const {
-    if (!m_pValue) m_pValue.reset(new T{});
+    if (!m_pValue) Make();
     return *m_pValue;
   }
 
  private:
+  void Make() const;  // apart, so that Own() is small enough for every getter
   static const T& Default() {
     static const T value{};
     return value;
@@ -42,3 +43,8 @@ class ZuSeldom {
 
   mutable std::unique_ptr<T> m_pValue;
 };
+
+template <class T>
+void ZuSeldom<T>::Make() const {
+  m_pValue.reset(new T{});
+}

@@ -57,7 +57,7 @@ void ZuPhoto::Init() {
   m_uDigitizerId = 1;
   m_DigiRegion.Set(0.0, 0.0, 0.0, 0.0);
   m_BikoRegion.Reset();
-  m_Camera.Reset();
+  m_Camera = ZuCamera();
   m_ReseauData = ZuReseauDataDesc();
   for (auto* pTrafo : {&m_PreTrafo, &m_MainTrafo, &m_PolyInvTrafo}) pTrafo->Reset();
   m_RotAOR.Clear();
@@ -163,9 +163,7 @@ double ZuPhoto::GetMaxBikoRadius() const {
 }
 
 void ZuPhoto::CompleteCamera() {
-  if (m_Camera->m_dRMax != 0.0) return;
-  const double dRadius = GetMaxBikoRadius();
-  if (dRadius != 0.0) m_Camera.Own().m_dRMax = dRadius;
+  if (m_Camera.m_dRMax == 0.0) m_Camera.m_dRMax = GetMaxBikoRadius();
 }
 
 void ZuPhoto::SetCamera(const ZuCamera& camera) {
@@ -254,7 +252,7 @@ void ZuPhoto::GetAOR(ZuPoint* pPoint, bool bGon) const {
   }
   pPoint->SetId(m_uId);
   pPoint->m_iPhoto = static_cast<int>(m_uId);
-  pPoint->m_iCamera = static_cast<int>(m_Camera->GetId());
+  pPoint->m_iCamera = static_cast<int>(m_Camera.GetId());
 }
 
 void ZuPhoto::SetAOR(const ZuPhoto& other) {

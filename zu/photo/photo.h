@@ -139,8 +139,8 @@ class ZU_API ZuPhoto : public ZuListnode, public ZuFlag {
   // Half the diagonal of the Biko region, times 1.1 [mm].
   double GetMaxBikoRadius() const;
 
-  const ZuCamera& GetCamera() const { return m_Camera.Own(); }
-  ZuCamera& GetCamera() { return m_Camera.Own(); }
+  const ZuCamera& GetCamera() const { return m_Camera; }
+  ZuCamera& GetCamera() { return m_Camera; }
   // A camera without domain for its inverse gets GetMaxBikoRadius(). A null pointer leaves the
   // camera but completes it so.
   void SetCamera(const ZuCamera& camera);
@@ -367,8 +367,6 @@ class ZU_API ZuPhoto : public ZuListnode, public ZuFlag {
   };
 
   int ReadRegois(ZuReaderObject* pObject);
-  int ReadCamera(ZuReaderObject* pObject);
-  int ReadCameraData(ZuReaderObject* pObject);
   template <ZuSeldom<ZuReseauTrafo> ZuPhoto::*pTrafo,
             int (ZuReseauTrafo::*pfnRead)(ZuReaderObject*)>
   int ReadTrafo(ZuReaderObject* pObject) {
@@ -394,7 +392,7 @@ class ZU_API ZuPhoto : public ZuListnode, public ZuFlag {
   unsigned int m_uDigitizerId = 1;
   ZuRegion m_DigiRegion;
   ZuSeldom<ZuRegion> m_BikoRegion;
-  ZuSeldom<ZuCamera> m_Camera;
+  ZuCamera m_Camera;
   ZuReseauDataDesc m_ReseauData;
   ZuSeldom<ZuReseauTrafo> m_PreTrafo;
   ZuSeldom<ZuReseauTrafo> m_MainTrafo;

@@ -63,7 +63,7 @@ bool ZuPhoto::CalcFieldOfViewPlanes() {
   for (size_t i = 0; i < 4; ++i) {
     // On the negative side of the projection centre, where the film lies.
     const ZuVector film =
-        m_PosAOR - m_RotAOR * ZuVector(corners[i].u, corners[i].v, -m_Camera->m_dC);
+        m_PosAOR - m_RotAOR * ZuVector(corners[i].u, corners[i].v, -m_Camera.m_dC);
     corner[i] = ZuPoint(static_cast<unsigned int>(i) + 1, film[1], film[2], film[3]);
   }
   corner[4] = ZuPoint(5, m_PosAOR[1], m_PosAOR[2], m_PosAOR[3]);

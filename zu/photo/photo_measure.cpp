@@ -96,13 +96,13 @@ bool ZuPhoto::ConvertBiko(ZuPoint* pPoint, eConvertBikoMode eMode) const {
     case eDigiToAdjusted:
       m_PreTrafo->Transform(pPoint);
       m_MainTrafo->Transform(pPoint);
-      m_Camera->Adjust(pPoint);
+      m_Camera.Adjust(pPoint);
       return true;
     case eBikoToAdjusted:
-      m_Camera->Adjust(pPoint);
+      m_Camera.Adjust(pPoint);
       return true;
     case eAdjustedToBiko:
-      m_Camera->InvAdjust(pPoint);
+      m_Camera.InvAdjust(pPoint);
       return true;
     case eBikoToDigi:
     case ePreToDigi:

@@ -43,7 +43,7 @@ void Direction(const double* R, double x, double y, double c, double* v) {
 }  // namespace
 
 void ZuPhoto::RayVector(double x, double y, double* v) const {
-  Direction(m_RotAOR.GetData(), x, y, m_Camera->m_dC, v);
+  Direction(m_RotAOR.GetData(), x, y, m_Camera.m_dC, v);
 }
 
 void ZuPhoto::SetRayStart(ZuLine3d& line) const {
@@ -90,7 +90,7 @@ void ZuPhoto::CalcSipNoErrorCheck(ZuPoint* pResult, const ZuPlane& plane,
                                   const ZuPoint* pAdjusted) const {
   const double* X0 = m_PosAOR.GetData();
   double v[3];
-  Direction(m_RotAOR.GetData(), pAdjusted->m_dX, pAdjusted->m_dY, m_Camera->m_dC, v);
+  Direction(m_RotAOR.GetData(), pAdjusted->m_dX, pAdjusted->m_dY, m_Camera.m_dC, v);
   Meet(SipPlane(plane, X0), X0, v, pResult);
 }
 
@@ -134,7 +134,7 @@ int ZuPhoto::CalcSipList(ZuPointList* pList, const ZuPlane& plane, eConvertBikoM
   for (; p != nullptr; p = p->Next(), ++n) {
     ConvertBiko(p, eMode);
     double v[3];
-    Direction(m_RotAOR.GetData(), p->m_dX, p->m_dY, m_Camera->m_dC, v);
+    Direction(m_RotAOR.GetData(), p->m_dX, p->m_dY, m_Camera.m_dC, v);
     Meet(sip, X0, v, p);
   }
   return n;

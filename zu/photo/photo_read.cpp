@@ -46,8 +46,8 @@ int ZuPhoto::Read(ZuReaderObject* pObject) {
       {"AORM", Link(this, &ZuPhoto::ReadRotation)},
       {"AORV", Link(this, &ZuPhoto::ReadPosition)},
       {"TPS_SETUP_ID", &m_sTpsSetupId},
-      {"CAMERA", Link(this, &ZuPhoto::ReadCamera)},
-      {"CAMDATA", Link(this, &ZuPhoto::ReadCameraData)},
+      {"CAMERA", Link(&m_Camera, &ZuCamera::Read)},
+      {"CAMDATA", Link(&m_Camera, &ZuCamera::ReadFullData)},
       {"PRERESEAU", Link(this, &ZuPhoto::ReadTrafo<&ZuPhoto::m_PreTrafo, &ZuReseauTrafo::ReadV50>)},
       {"MAINRESEAU",
        Link(this, &ZuPhoto::ReadTrafo<&ZuPhoto::m_MainTrafo, &ZuReseauTrafo::ReadV50>)},
@@ -89,12 +89,6 @@ void ZuPhoto::CompleteRead(bool bCheckActive) {
 }
 
 int ZuPhoto::ReadRegois(ZuReaderObject* pObject) { return m_RegoiList.Own().Read(pObject); }
-
-int ZuPhoto::ReadCamera(ZuReaderObject* pObject) { return m_Camera.Own().Read(pObject); }
-
-int ZuPhoto::ReadCameraData(ZuReaderObject* pObject) {
-  return m_Camera.Own().ReadFullData(pObject);
-}
 
 // USERDATA "text;page;rotation;text", of older files.
 int ZuPhoto::ReadUserData(ZuReaderObject* pObject) {
