@@ -59,20 +59,22 @@ void ZuMasterLogger::SubtractLogger(ZuLogger* pLogger) {
   }
 }
 
-ZuMasterLogger::Walk::Walk(ZuMasterLogger* pMaster)
-    : m_pMaster(pMaster), m_pNext(pMaster->m_loggers.First()), m_pOuter(pMaster->m_pWalk) {
-  pMaster->m_pWalk = this;
-}
-
-ZuMasterLogger::Walk::~Walk() { m_pMaster->m_pWalk = m_pOuter; }
-
-ZuLogger* ZuMasterLogger::Walk::Next() {
-  while (m_pNext != nullptr) {
-    ZuLogger* const pLogger = m_pNext->GetLogger();
-    m_pNext = m_pNext->Next();
-    if (pLogger) return pLogger;
+template <class Call>
+void ZuMasterLogger::ForEachLogger(Call call) {
+  // Puts the walk outside back, also when a logger throws.
+  struct Restore {
+    Walk** ppWalk;
+    Walk* pOuter;
+    ~Restore() { *ppWalk = pOuter; }
+  };
+  Walk walk = {m_loggers.First(), m_pWalk};
+  const Restore restore = {&m_pWalk, m_pWalk};
+  m_pWalk = &walk;
+  while (walk.m_pNext != nullptr) {
+    ZuLogger* const pLogger = walk.m_pNext->GetLogger();
+    walk.m_pNext = walk.m_pNext->Next();
+    if (pLogger != nullptr) call(*pLogger);
   }
-  return nullptr;
 }
 
 void ZuMasterLogger::SetFormat(wchar_t const* szFormat) {
@@ -81,15 +83,13 @@ void ZuMasterLogger::SetFormat(wchar_t const* szFormat) {
 
 int ZuMasterLogger::Start() {
   int iResult = 0;
-  Walk walk(this);
-  while (ZuLogger* const pLogger = walk.Next()) iResult |= pLogger->Start() != 0;
+  ForEachLogger([&](ZuLogger& logger) { iResult |= logger.Start() != 0; });
   return iResult;
 }
 
 int ZuMasterLogger::Stop() {
   int iResult = 0;
-  Walk walk(this);
-  while (ZuLogger* const pLogger = walk.Next()) iResult |= pLogger->Stop() != 0;
+  ForEachLogger([&](ZuLogger& logger) { iResult |= logger.Stop() != 0; });
   return iResult;
 }
 
@@ -97,10 +97,9 @@ int ZuMasterLogger::Log(int iLevel, wchar_t const* szMessage) {
   wchar_t szLine[kLineLength];
   CopyCut(szLine, m_szFormat, kLineLength - 1);
   Format(szLine, szMessage ? szMessage : L"");
-  Walk walk(this);
-  while (ZuLogger* const pLogger = walk.Next()) {
-    if (iLevel <= pLogger->m_iLevel) pLogger->Log(iLevel, szLine);
-  }
+  ForEachLogger([&](ZuLogger& logger) {
+    if (iLevel <= logger.m_iLevel) logger.Log(iLevel, szLine);
+  });
   return 0;
 }
 

@@ -50,7 +50,8 @@ class ZU_API ZuLoggerRef : public ZuListnode {
 class ZU_API ZuMasterLogger : public ZuLogger {
  public:
   ZuMasterLogger();
-  // The loggers stay alive. A master that is registered with the application leaves it.
+  // The loggers stay alive. If this is the registered master, there is none afterwards. Not to be
+  // called from a logger: the walk over the loggers needs their list to its end.
   ~ZuMasterLogger() override;
   ZuMasterLogger(ZuMasterLogger const&) = delete;
   ZuMasterLogger& operator=(ZuMasterLogger const&) = delete;
@@ -84,27 +85,21 @@ class ZU_API ZuMasterLogger : public ZuLogger {
   wchar_t m_szFormat[kFormatLength + 1];
 
  private:
-  // A walk through the list, which holds while loggers come and go. Walks nest: a logger may log.
-  class Walk {
-   public:
-    explicit Walk(ZuMasterLogger* pMaster);
-    ~Walk();
-    Walk(Walk const&) = delete;
-    Walk& operator=(Walk const&) = delete;
-    ZuLogger* Next();  // passes over null loggers; null at the end
-
-   private:
-    friend class ZuMasterLogger;
-    ZuMasterLogger* m_pMaster;
+  // A place in the list, which holds while loggers come and go. Walks nest: a logger may log.
+  struct Walk {
     ZuLoggerRef* m_pNext;
     Walk* m_pOuter;
   };
+  // Calls call(logger) for each, null ones left out.
+  template <class Call>
+  void ForEachLogger(Call call);
 
   Walk* m_pWalk = nullptr;                  // the innermost
   TZuListHeader<ZuLoggerRef> m_subtracted;  // entries taken off, kept until the master ends
 };
 
-// The front door. The application owns the master and unregisters it (null) before it goes.
+// The front door. The application owns the master,
+// which takes itself off at its end; null takes it off before.
 class ZU_API ZuApplicationLogger {
  public:
   static void RegisterMasterLogger(ZuMasterLogger* pMaster);
