@@ -9,6 +9,7 @@ if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
   target_compile_options(zu_options INTERFACE -Wno-restrict -Wno-stringop-overflow
                          -Wno-array-bounds)
 endif()
-if(ZU_WERROR)
+# Below another project its compiler may warn of what ours does not know.
+if(ZU_WERROR AND PROJECT_IS_TOP_LEVEL)
   target_compile_options(zu_options INTERFACE -Werror)
 endif()
