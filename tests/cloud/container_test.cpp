@@ -1,6 +1,7 @@
 #include <ctime>
 
 #include "cloud_support.h"
+#include "tests/support/count_allocations.h"
 #include "zu/points/point_list.h"
 
 TEST(CloudContainer, CloudsGetFreeIdsAndCountAsChanges) {
@@ -58,27 +59,78 @@ TEST(CloudContainer, PointListsBecomeClouds) {
   EXPECT_EQ(CenterValues(container.GetCenter()), CenterValues(pCloud->GetCenter()));
 }
 
-// One cloud is observed, the last one; its end leaves no trace.
-TEST(CloudContainer, ChangesOfTheLastCloudReachTheListsObservers) {
+// Whichever cloud was added, dropped by a reader or deleted last.
+TEST(CloudContainer, ChangesOfEveryCloudReachTheListsObservers) {
   struct Recorder : ZuObserver {
     std::vector<std::pair<int, void*>> events;
     void Notify(ZuNotifyEvent* pEvent) override {
       events.emplace_back(pEvent->m_eType, pEvent->m_pItem);
     }
   } recorder;
-  OpenContainer container;
-  ZuPointCloud* pFirst = container.AddCloud();
-  ZuPointCloud* pLast = container.AddCloud();
-  recorder.SetNotifyParent(&container.GetClouds());
-  int iHint = 0;
-  pFirst->NotifyChanged(&iHint, nullptr);
+  std::vector<ZuPointCloud*> clouds;
+  {
+    OpenContainer container;
+    for (int i = 0; i < 5; ++i) clouds.push_back(container.AddCloud());
+    EXPECT_EQ(container.Parent(), clouds[4]);
+    for (const std::size_t uDeleted : {4u, 1u}) {
+      container.Delete(clouds[uDeleted]);
+      clouds.erase(clouds.begin() + static_cast<std::ptrdiff_t>(uDeleted));
+    }
+    recorder.SetNotifyParent(&container.GetClouds());
+    int iHint = 0;
+    for (ZuPointCloud* p : clouds) {
+      p->NotifyChanged(&iHint, nullptr);
+      p->NotifyChanged(&iHint, &container);  // left out
+    }
+    const std::pair<int, void*> changed(eZuNotifyChanged, nullptr);
+    EXPECT_EQ(recorder.events, (std::vector<std::pair<int, void*>>(3, changed)));
+    container.GetClouds().SubtractFirst();  // outlives the container
+  }
+  recorder.events.clear();
+  clouds[0]->NotifyChanged(nullptr, nullptr);
   EXPECT_TRUE(recorder.events.empty());
-  pLast->NotifyChanged(&iHint, nullptr);
-  pLast->NotifyChanged(&iHint, &container);  // left out
-  ASSERT_EQ(recorder.events.size(), 1u);
-  EXPECT_EQ(recorder.events[0], std::make_pair(static_cast<int>(eZuNotifyChanged), (void*)nullptr));
-  container.Delete(pLast);
-  EXPECT_EQ(container.Parent(), nullptr);
-  pLast = container.AddCloud();
-  EXPECT_EQ(container.Parent(), pLast);
+  delete clouds[0];
+}
+
+// The clouds with any bit of a mask, by the steps of a list.
+TEST(CloudContainer, StepsByFlags) {
+  ZuPointCloudContainer container;
+  for (const int iFlag : {0, 4, 0, 12, 8}) container.AddCloud()->SetFlag(iFlag);
+  ZuPointCloud* const pFirst = container.First();
+  ZuPointCloud* const pFourth = container.GetClouds().Get(3);
+  EXPECT_EQ(pFirst->First(4)->GetId(), 2u);
+  EXPECT_EQ(pFirst->First(2), pFirst);
+  EXPECT_EQ(pFourth->First(4), pFourth);
+  EXPECT_EQ(pFourth->Next(4), nullptr);
+  EXPECT_EQ(pFourth->Next(8)->GetId(), 5u);
+  EXPECT_EQ(pFourth->Previous(4)->GetId(), 2u);
+  EXPECT_EQ(pFourth->Previous(8), nullptr);
+}
+
+TEST(CloudContainer, JoinedCloudsGrowAsAVectorDoes) {
+  ZuPointCloud sum, part;
+  AddPoints(part, RandomPoints(10, 1));
+  int iMoves = 0;
+  for (int i = 0; i < 2000; ++i) {
+    const std::size_t uRoom = sum.GetPoints().capacity();
+    sum.Insert(&part);
+    iMoves += sum.GetPoints().capacity() != uRoom ? 1 : 0;
+  }
+  EXPECT_EQ(sum.GetPointCount(), 20000u);
+  EXPECT_LE(iMoves, 13);
+}
+
+// Writers on a caller's stream take no memory of their own.
+TEST(CloudContainer, WritersNeedNoMemory) {
+  ZuPointCloud cloud;
+  AddPoints(cloud, RandomPoints(2000, 1));
+  std::FILE* const fp = std::fopen("/dev/null", "wb");
+  std::setvbuf(fp, nullptr, _IONBF, 0);
+  const AllocationFault fault(0, true);
+  EXPECT_EQ(cloud.Write(fp), 1);
+  EXPECT_EQ(cloud.WritePtsFile(fp, true), 2000u);
+  EXPECT_EQ(cloud.ExportPts(fp), 2000u);
+  EXPECT_EQ(cloud.ExportPly(fp), 2000u);
+  EXPECT_FALSE(fault.HasStruck());
+  std::fclose(fp);
 }

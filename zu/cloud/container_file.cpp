@@ -49,8 +49,6 @@ int ZuPointCloudContainer::Read(ZuFileBuff& buff) {
   } catch (...) {
     dbgprintf("Error reading point clouds: what was read before memory ended is kept");
   }
-  // A dropped cloud leaves its predecessor unobserved.
-  if (!m_pNotifyParent) Observe(m_Clouds.Last());
   m_iDirty = 0;
   m_Clouds.Renumber(1, nullptr, 1);
   return m_Clouds.Count();

@@ -5,7 +5,7 @@
 #include <stdexcept>
 #include <utility>
 
-#include "zu/numerics/select_volume3d.h"
+#include "zu/points/internal/flag_walk.h"
 
 const char* const ZuPointCloud::gpDesc = "ZuPointCloud";
 
@@ -57,6 +57,16 @@ ZuPointCloud* ZuPointCloud::cast(const ZuObject* pObject) {
   return static_cast<ZuPointCloud*>(const_cast<ZuObject*>(pObject));
 }
 
+ZuPointCloud* ZuPointCloud::First(int iMask) { return zu::internal::FlagFirst(this, iMask); }
+
+ZuPointCloud* ZuPointCloud::Next(int iMask) const {
+  return zu::internal::FlagNext(const_cast<ZuPointCloud*>(this), iMask);
+}
+
+ZuPointCloud* ZuPointCloud::Previous(int iMask) const {
+  return zu::internal::FlagPrevious(const_cast<ZuPointCloud*>(this), iMask);
+}
+
 void ZuPointCloud::AddPoint(const ZuScanPoint3d& p) {
   m_aPoints.push_back(p);
   const ZuScanPoint3d& added = m_aPoints.back();  // p may have been one of this cloud's points
@@ -74,7 +84,8 @@ void ZuPointCloud::Reserve(unsigned int uCount) {
 void ZuPointCloud::Insert(const ZuPointCloud* pOther) {
   if (!pOther) return;
   const std::size_t uCount = pOther->m_aPoints.size();
-  m_aPoints.reserve(std::max(m_aPoints.size() + uCount, m_aPoints.capacity()));
+  const std::size_t uNeed = m_aPoints.size() + uCount, uRoom = m_aPoints.capacity();
+  if (uNeed > uRoom) m_aPoints.reserve(std::max(uNeed, std::min(2 * uRoom, m_aPoints.max_size())));
   // By index and copied: the other cloud may be this one.
   for (std::size_t i = 0; i < uCount; ++i) m_aPoints.push_back(ZuScanPoint3d(pOther->m_aPoints[i]));
   const ZuCenterPoint3d center = pOther->m_Center;

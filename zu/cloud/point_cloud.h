@@ -49,6 +49,12 @@ class ZU_API ZuPointCloud : public ZuListnode, public ZuFlag, public ZuStandardN
   ZuPointCloud* Next() const { return static_cast<ZuPointCloud*>(m_pNext); }
   ZuPointCloud* Previous() const { return static_cast<ZuPointCloud*>(m_pPrev); }
 
+  // The nearest cloud with any of these bits in its flag word: this one or one behind it, one
+  // behind it, one before it. Null where there is none.
+  ZuPointCloud* First(int iMask);
+  ZuPointCloud* Next(int iMask) const;
+  ZuPointCloud* Previous(int iMask) const;
+
   bool IsActive() const { return IsFlagSet(2) != 0; }
 
   // Appends a copy of p; box and centre take it in, and the box of the selection if p is selected.
@@ -58,7 +64,8 @@ class ZU_API ZuPointCloud : public ZuListnode, public ZuFlag, public ZuStandardN
   // "vector<T> too long" above 67,108,863 points in all; std::bad_alloc without memory.
   void Reserve(unsigned int uCount);
 
-  // Appends all points of another cloud; null does nothing.
+  // Appends all points of another cloud; null does nothing. The array grows as one by AddPoint
+  // does, so that many clouds can be joined one after the other.
   //
   // Required: the boxes are united as boxes, so that each box count rises by one and not by the
   // number of points. The centre counts points.

@@ -5,6 +5,7 @@
 #include <new>
 
 #include "zu/foundation/debug.h"
+#include "zu/foundation/internal/without_memory.h"
 #include "zu/points/point_list.h"
 
 ZU_INSTANTIATE_LIST(ZuPointCloud);
@@ -27,7 +28,10 @@ ZuScanPoint3d ScanPointOf(const ZuPoint& point) {
 
 ZuPointCloudContainer::ZuPointCloudContainer() = default;
 
-ZuPointCloudContainer::~ZuPointCloudContainer() = default;
+ZuPointCloudContainer::~ZuPointCloudContainer() {
+  // From the cloud added last on, which this observer finds first.
+  for (ZuPointCloud* p = m_Clouds.Last(); p; p = p->Previous()) p->RemoveObserver(this);
+}
 
 void ZuPointCloudContainer::Notify(ZuNotifyEvent*) { m_Clouds.NotifyChanged(nullptr, nullptr); }
 
@@ -42,16 +46,13 @@ ZuPointCloud* ZuPointCloudContainer::AddCloudWithId(unsigned int uId) {
   ++m_iDirty;
   if (Observe(pCloud)) return pCloud;
   Delete(pCloud);
-  Observe(m_Clouds.Last());
   throw std::bad_alloc();
 }
 
 bool ZuPointCloudContainer::Observe(ZuPointCloud* pCloud) {
-  try {
-    ChangeNotifyParent(pCloud);
-  } catch (const std::bad_alloc&) {
-  }
-  return m_pNotifyParent == pCloud;
+  // Without a parent it may enter a further table; it stays on those of the earlier clouds.
+  m_pNotifyParent = nullptr;
+  return zu_internal::OrWithoutMemory([&] { return pCloud->AddObserver(this); }, false);
 }
 
 ZuPointCloud* ZuPointCloudContainer::AddCloud(unsigned int uCount, const char* szName) {

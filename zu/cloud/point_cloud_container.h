@@ -27,12 +27,11 @@ class ZU_API ZuPointCloudContainer : public ZuObserver {
   ZuPointCloudContainer(const ZuPointCloudContainer&) = delete;
   ZuPointCloudContainer& operator=(const ZuPointCloudContainer&) = delete;
 
-  // A change of the observed cloud, passed on to the observers of the list.
+  // A change of a cloud, passed on to the observers of the list.
   void Notify(ZuNotifyEvent* pEvent) override;
 
-  // Adds an empty cloud with a free Id at the end of the list.
-  //
-  // Required: the container observes one cloud at a time, the one added last.
+  // Adds an empty cloud with a free Id at the end of the list. The container observes every cloud
+  // it has added, until one of both ends. Its notify parent is the one added last.
   ZuPointCloud* AddCloud();
 
   // Adds a cloud with room for uCount points; a null name leaves it unnamed. Null when there is no
@@ -106,7 +105,7 @@ class ZU_API ZuPointCloudContainer : public ZuObserver {
   ZuPointCloud* ObsolteReadPlyFile(std::istream& stream);
 
   ZuPointCloud* AddCloudWithId(unsigned int uId);
-  // Leaves the cloud observed so far for this one; false without memory for that.
+  // Stands on the cloud's table beside those of the other clouds; false without memory for that.
   bool Observe(ZuPointCloud* pCloud);
   void ReadClouds(ZuFileBuff& buff, int iVersion);
   template <class Char>

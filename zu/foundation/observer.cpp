@@ -1,6 +1,7 @@
 #include "zu/foundation/observer.h"
 
 #include <algorithm>
+#include <iterator>
 
 ZuStandardNotifier::ZuStandardNotifier(const ZuStandardNotifier& other)
     : TZuArray<ZuObserver*>(other) {
@@ -109,6 +110,7 @@ bool ZuObserver::StandsOn(const ZuStandardNotifier* pNotifier) const {
 }
 
 void ZuObserver::LeaveTable(const ZuStandardNotifier* pNotifier) {
-  const auto found = std::find(m_aTables.begin(), m_aTables.end(), pNotifier);
-  if (found != m_aTables.end()) m_aTables.erase(found);
+  // The table entered last is the first to be left as a rule.
+  const auto found = std::find(m_aTables.rbegin(), m_aTables.rend(), pNotifier);
+  if (found != m_aTables.rend()) m_aTables.erase(std::next(found).base());
 }
