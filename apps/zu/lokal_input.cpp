@@ -1,11 +1,9 @@
 #include "lokal_input.h"
 
-#include <charconv>
-#include <cmath>
-#include <filesystem>
 #include <map>
 
 #include "exit_code.h"
+#include "number_text.h"
 #include "point_input.h"
 #include "zu/foundation/reader.h"
 
@@ -46,12 +44,6 @@ bool SplitAtColon(const std::string& strText, std::string* pLeft, std::string* p
   *pLeft = strText.substr(0, uColon);
   *pRight = strText.substr(uColon + 1);
   return true;
-}
-
-bool ParseNumber(const std::string& strText, double* pdValue) {
-  const char* pEnd = strText.data() + strText.size();
-  const auto result = std::from_chars(strText.data(), pEnd, *pdValue);
-  return result.ec == std::errc() && result.ptr == pEnd && std::isfinite(*pdValue);
 }
 
 // Puts option texts into a definition.
@@ -122,10 +114,7 @@ class Parser {
     const ZuPoint* p = m_points.Find(String(strPoint.c_str()));
     if (p != nullptr) return p->GetId();
     unsigned int uId = 0;
-    const char* pEnd = strPoint.data() + strPoint.size();
-    const auto result = std::from_chars(strPoint.data(), pEnd, uId);
-    const bool bNumber = result.ec == std::errc() && result.ptr == pEnd && uId != 0;
-    if (bNumber && m_points.Find(uId) != nullptr) return uId;
+    if (ParseId(strPoint, &uId) && m_points.Find(uId) != nullptr) return uId;
     throw CommandError(
         kBadInput, m_strPoints + ": no point " + strPoint + ", which \"" + strText + "\" names");
   }
@@ -149,11 +138,9 @@ class Parser {
 // The first LOKAL block of a keyword file; other blocks are passed over.
 class DefinitionFile : public LinkHdl {
  public:
-  explicit DefinitionFile(const std::string& strPath) : m_strPath(strPath) {
-    if (!std::filesystem::is_regular_file(strPath)) {
-      throw CommandError(kBadInput, strPath + ": no such file; one with LOKAL { ... } is needed");
-    }
-    ZuReader reader(strPath.c_str());
+  explicit DefinitionFile(const std::string& strPath) {
+    const InputFile file(strPath, "a file with LOKAL { ... }");
+    ZuReader reader(file.Path().c_str());
     ZuReaderObject lokal("LOKAL", Link(this, &DefinitionFile::ReadSystem));
     reader.RegisterObject(lokal);
     reader.DoProcess(false);
@@ -162,7 +149,7 @@ class DefinitionFile : public LinkHdl {
     if (m_iSystems == 0 || pError != nullptr) {
       const unsigned uLine = pError != nullptr ? pError->m_uLine : 0;
       throw CommandError(
-          kBadInput, strPath + (uLine > 0 ? ":" + std::to_string(uLine) : "") +
+          kBadInput, file.Name() + (uLine > 0 ? ":" + std::to_string(uLine) : "") +
                          ": no whole definition; LOKAL { axis A B  plane C  origin x y z  three "
                          "times id id distance } would be right");
     }
@@ -178,7 +165,6 @@ class DefinitionFile : public LinkHdl {
     return 1;
   }
 
-  std::string m_strPath;
   ZuLokalSystem m_system;
   int m_iSystems = 0;
 };

@@ -11,33 +11,22 @@ namespace {
 struct NamedColumn {
   const char* szName;
   eZuPointRWMask eColumn;
-  bool bNumber;
+  ColumnKind kind;
 };
 
 constexpr NamedColumn kColumns[] = {
-    {"id", eZuPointRWId, false},
-    {"name", eZuPointRWName, false},
-    {"idname", eZuPointRWIdName, false},
-    {"flag", eZuPointRWFlag, true},
-    {"code", eZuPointRWCode, false},
-    {"codenum", eZuPointRWCodeNum, true},
-    {"photo", eZuPointRWPhoto, true},
-    {"camera", eZuPointRWCamera, true},
-    {"x", eZuPointRWX, true},
-    {"y", eZuPointRWY, true},
-    {"z", eZuPointRWZ, true},
-    {"dx", eZuPointRWDX, true},
-    {"dy", eZuPointRWDY, true},
-    {"dz", eZuPointRWDZ, true},
-    {"red1", eZuPointRWRedu1, true},
-    {"red2", eZuPointRWRedu2, true},
-    {"red3", eZuPointRWRedu3, true},
-    {"color", eZuPointRWColor, true},
-    {"nimo", eZuPointRWNImo, true},
-    {"vx", eZuPointRWVX, true},
-    {"vy", eZuPointRWVY, true},
-    {"vz", eZuPointRWVZ, true},
-    {"skip", eZuPointRWSkip, false},
+    {"id", eZuPointRWId, eIdColumn},           {"name", eZuPointRWName, eTextColumn},
+    {"idname", eZuPointRWIdName, eTextColumn}, {"flag", eZuPointRWFlag, eWholeColumn},
+    {"code", eZuPointRWCode, eTextColumn},     {"codenum", eZuPointRWCodeNum, eWholeColumn},
+    {"photo", eZuPointRWPhoto, eWholeColumn},  {"camera", eZuPointRWCamera, eWholeColumn},
+    {"x", eZuPointRWX, eNumberColumn},         {"y", eZuPointRWY, eNumberColumn},
+    {"z", eZuPointRWZ, eNumberColumn},         {"dx", eZuPointRWDX, eNumberColumn},
+    {"dy", eZuPointRWDY, eNumberColumn},       {"dz", eZuPointRWDZ, eNumberColumn},
+    {"red1", eZuPointRWRedu1, eNumberColumn},  {"red2", eZuPointRWRedu2, eNumberColumn},
+    {"red3", eZuPointRWRedu3, eNumberColumn},  {"color", eZuPointRWColor, eWholeColumn},
+    {"nimo", eZuPointRWNImo, eWholeColumn},    {"vx", eZuPointRWVX, eNumberColumn},
+    {"vy", eZuPointRWVY, eNumberColumn},       {"vz", eZuPointRWVZ, eNumberColumn},
+    {"skip", eZuPointRWSkip, eTextColumn},
 };
 
 const NamedColumn* FindByName(const std::string& strName) {
@@ -69,6 +58,10 @@ std::vector<eZuPointRWMask> ParseColumns(const std::string& strColumns) {
     const std::string strName = strColumns.substr(uBegin, uEnd - uBegin);
     const NamedColumn* pColumn = FindByName(strName);
     if (pColumn == nullptr) RefuseName(strName);
+    if (pColumn->eColumn != eZuPointRWSkip &&
+        std::find(columns.begin(), columns.end(), pColumn->eColumn) != columns.end()) {
+      throw CommandError(kUsage, "--columns: \"" + strName + "\" stands twice in " + strColumns);
+    }
     columns.push_back(pColumn->eColumn);
     uBegin = uEnd + 1;
   }
@@ -92,9 +85,9 @@ const char* ColumnName(eZuPointRWMask eColumn) {
   return pColumn == nullptr ? nullptr : pColumn->szName;
 }
 
-bool IsNumberColumn(eZuPointRWMask eColumn) {
+ColumnKind KindOf(eZuPointRWMask eColumn) {
   const NamedColumn* pColumn = FindByColumn(eColumn);
-  return pColumn != nullptr && pColumn->bNumber;
+  return pColumn == nullptr ? eTextColumn : pColumn->kind;
 }
 
 }  // namespace cli

@@ -10,7 +10,8 @@ namespace cli {
 
 using ColumnTable = TZuFormatTable<eZuPointRWMask>;
 
-// The columns that "id,x,y,z" names, in its order. Throws CommandError (usage) for an unknown name.
+// The columns that "id,x,y,z" names, in its order. Throws CommandError (usage) for an unknown name
+// and for one that stands twice, skip excepted.
 std::vector<eZuPointRWMask> ParseColumns(const std::string& strColumns);
 
 // There is a column id or idname.
@@ -21,7 +22,8 @@ ColumnTable TableOf(const std::vector<eZuPointRWMask>& columns);
 // The name in --columns; null for a column without one.
 const char* ColumnName(eZuPointRWMask eColumn);
 
-// True for columns whose text must be a number.
-bool IsNumberColumn(eZuPointRWMask eColumn);
+// What the text of a column must be.
+enum ColumnKind { eTextColumn, eIdColumn, eWholeColumn, eNumberColumn };
+ColumnKind KindOf(eZuPointRWMask eColumn);
 
 }  // namespace cli

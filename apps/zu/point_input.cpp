@@ -1,13 +1,7 @@
 #include "point_input.h"
 
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
-
 #include <algorithm>
-#include <cerrno>
 #include <cstdio>
-#include <cstring>
 #include <memory>
 #include <string_view>
 #include <unordered_set>
@@ -56,38 +50,15 @@ class PointReader : public ZuPointList {
 };
 
 // Checks and reads the text in slices of whole lines.
-void ReadInSlices(const ColumnTable& table, ProgressLine* pProgress, PointLines* pLines,
-                  std::string* pText, PointReader* pReader) {
-  for (size_t uBegin = 0; uBegin < pText->size();) {
-    const size_t uLineEnd = pText->find('\n', std::min(uBegin + kSlice, pText->size()));
-    const size_t uEnd = uLineEnd == std::string::npos ? pText->size() : uLineEnd + 1;
-    pLines->Check(pText->data() + uBegin, pText->data() + uEnd);
-    pReader->ReadText(std::string_view(pText->data() + uBegin, uEnd - uBegin), table);
+void ReadInSlices(const ColumnTable& table, std::string_view text, ProgressLine* pProgress,
+                  PointLines* pLines, PointReader* pReader) {
+  for (size_t uBegin = 0; uBegin < text.size();) {
+    const size_t uLineEnd = text.find('\n', std::min(uBegin + kSlice, text.size()));
+    const size_t uEnd = uLineEnd == text.npos ? text.size() : uLineEnd + 1;
+    pReader->ReadText(pLines->Take(text.substr(uBegin, uEnd - uBegin)), table);
     uBegin = uEnd;
-    pProgress->Update(static_cast<double>(uEnd) / static_cast<double>(pText->size()));
+    pProgress->Update(static_cast<double>(uEnd) / static_cast<double>(text.size()));
   }
-}
-
-[[noreturn]] void FailReading(const std::string& strPath) {
-  throw CommandError(kBadInput,
-                     NameInMessages(strPath) + ": cannot be read (" + std::strerror(errno) + ")");
-}
-
-void ReadAll(int fd, const std::string& strPath, std::string* pText) {
-  struct stat status = {};
-  if (fstat(fd, &status) != 0) FailReading(strPath);
-  size_t uFilled = 0;
-  // One byte more than the file has, so that its end is seen without growing.
-  pText->resize(S_ISREG(status.st_mode) ? static_cast<size_t>(status.st_size) + 1 : 1 << 16);
-  for (;;) {
-    const ssize_t n = read(fd, pText->data() + uFilled, pText->size() - uFilled);
-    if (n < 0 && errno == EINTR) continue;
-    if (n < 0) FailReading(strPath);
-    if (n == 0) break;
-    uFilled += static_cast<size_t>(n);
-    if (uFilled == pText->size()) pText->resize(2 * pText->size());
-  }
-  pText->resize(uFilled);
 }
 
 void WarnOfDoubleIds(const std::string& strName, const ZuPointList& points,
@@ -108,10 +79,6 @@ void AddColumnsOption(Options& options, std::string* pColumns) {
                  "camera x y z dx dy dz red1 red2 red3 color nimo vx vy vz skip");
 }
 
-std::string NameInMessages(const std::string& strPath) {
-  return strPath == "-" ? "standard input" : strPath;
-}
-
 void ReadPoints(const std::string& strPath, const std::string& strColumns, Context& context,
                 ZuPointList* pPoints) {
   if (!HasIdColumn(ParseColumns(strColumns))) {
@@ -124,28 +91,23 @@ void ReadPoints(const std::string& strPath, const std::string& strColumns, Conte
 void ReadPointsOrRows(const std::string& strPath, const std::string& strColumns, Context& context,
                       ZuPointList* pPoints) {
   const std::vector<eZuPointRWMask> columns = ParseColumns(strColumns);
-  const std::string strName = NameInMessages(strPath);
-  std::string strText = ReadWholeFile(strPath);
-  if (strText.compare(0, 3, "\xEF\xBB\xBF") == 0) strText.erase(0, 3);
-  PointLines lines(strName, strColumns, columns);
+  const InputFile file(strPath, "a coordinate file");
+  const std::string strText = file.Text();
+  std::string_view text = strText;
+  if (text.substr(0, 3) == "\xEF\xBB\xBF") text.remove_prefix(3);
+  PointLines lines(file.Name(), strColumns, columns);
   PointReader reader;
   {
-    ProgressLine progress("reading " + strName, context.IsQuiet());
-    ReadInSlices(TableOf(columns), &progress, &lines, &strText, &reader);
+    ProgressLine progress("reading " + file.Name(), context.IsQuiet());
+    ReadInSlices(TableOf(columns), text, &progress, &lines, &reader);
   }
   if (reader.Count() == 0) {
-    const char* const szHint =
-        "\nids are whole numbers other than 0; for names as ids give --columns idname,...";
-    throw CommandError(kBadInput, strName + ": holds no point that the columns " + strColumns +
-                                      " fit" + (HasIdColumn(columns) ? szHint : ""));
-  }
-  if (lines.SkippedLines() > 0) {
-    context.Warn(strName + ":" + std::to_string(lines.FirstSkippedLine()) + ": no id; " +
-                 std::to_string(lines.SkippedLines()) + " such lines passed over");
+    throw CommandError(
+        kBadInput, file.Name() + ": holds no point; lines of " + strColumns + " would be right");
   }
   pPoints->SetMask(TableOf(columns));
   reader.MoveTo(pPoints);
-  if (!reader.HasEntry(eZuPointRWPhoto)) WarnOfDoubleIds(strName, *pPoints, context);
+  if (!reader.HasEntry(eZuPointRWPhoto)) WarnOfDoubleIds(file.Name(), *pPoints, context);
 }
 
 void WritePoints(ZuPointList* pPoints, const std::string& strColumns, OutputFile* pOutput) {
@@ -169,17 +131,7 @@ std::string PointLabel(const ZuPoint& point) {
 }
 
 std::string ReadWholeFile(const std::string& strPath) {
-  std::string strText;
-  if (strPath == "-") {
-    ReadAll(STDIN_FILENO, strPath, &strText);
-    return strText;
-  }
-  const int fd = open(strPath.c_str(), O_RDONLY | O_CLOEXEC);
-  if (fd < 0) FailReading(strPath);
-  const auto closeDescriptor = [](const int* pDescriptor) { close(*pDescriptor); };
-  const std::unique_ptr<const int, decltype(closeDescriptor)> pGuard(&fd, closeDescriptor);
-  ReadAll(fd, strPath, &strText);
-  return strText;
+  return InputFile(strPath, "a file").Text();
 }
 
 }  // namespace cli

@@ -8,6 +8,7 @@
 #include <string>
 
 #include "context.h"
+#include "input_file.h"
 #include "options.h"
 #include "zu/points/point_list.h"
 
@@ -16,13 +17,14 @@ namespace cli {
 // Declares --columns; its default is what *pColumns holds, "id,x,y,z" as a rule.
 void AddColumnsOption(Options& options, std::string* pColumns);
 
-// Appends the points of a coordinate file; "-" is standard input. Passed over are empty lines,
-// lines that start with '#', and lines without an id (titles), these with a warning if they hold
-// numbers. An id that stands twice gets a warning, unless there is a column for the photo.
+// Appends the points of a coordinate file or pipe (input_file.h). Passed over are empty lines,
+// lines that start with '#', and titles. An id that stands twice gets a warning, unless there is a
+// column for the photo.
 //
-// Throws CommandError (bad input) naming file and line: file missing or unreadable, no point in it,
-// a field missing or no number, a decimal comma, a line above 1999 bytes; or (usage) if there is no
-// column for the id: points without one are not kept by coordinate files.
+// Throws CommandError (bad input) naming file, line and column: input missing or unreadable, no
+// point in it, a field missing, no finite number or no id from 1 to 4294967295, a decimal comma, a
+// line above 1999 bytes; or (usage) if there is no column for the id: points without one are not
+// kept by coordinate files.
 void ReadPoints(const std::string& strPath, const std::string& strColumns, Context& context,
                 ZuPointList* pPoints);
 
@@ -38,10 +40,7 @@ void WritePoints(ZuPointList* pPoints, const std::string& strColumns, OutputFile
 // The name of a point in messages and tables: its name, or else its id.
 std::string PointLabel(const ZuPoint& point);
 
-// The path, or "standard input" for "-".
-std::string NameInMessages(const std::string& strPath);
-
-// The whole of a file, or of standard input for "-". Throws CommandError (bad input).
+// The whole of an input. Throws CommandError (bad input).
 std::string ReadWholeFile(const std::string& strPath);
 
 }  // namespace cli

@@ -117,8 +117,7 @@ TEST(Plane, RefusesWhatDoesNotDetermineIt) {
   ExpectFailure(FitText("1 3 4 5\n2 3 4 5\n3 3 4 5\n"), 4, "BadPointDistrib");
   ExpectFailure(FitText(kLine), 4, "BadPointDistrib");
   ExpectFailure(FitText(kLine, {"--force"}), 4, "do not determine");
-  ExpectFailure(FitText("1 0 0 0\n2 1 0 0\n3 0 1 0\n4 1 nan 0\n"), 4, "point 4 are not finite");
-  ExpectFailure(FitText("1 0 0 0\n2 1 0 0\n3 0 1e999 0\n"), 4, "point 3 are not finite");
+  ExpectFailure(FitText("1 0 0 0\n2 1 0 0\n3 0 1 0\n4 1 nan 0\n"), 3, "standard input:4: column y");
 }
 
 TEST(Plane, ForceTakesPointsCloseToALine) {
@@ -138,5 +137,6 @@ TEST(Plane, TakesLinesWithoutIdsByTheirPlace) {
   ExpectFailure(FitText("0 0 1\n4 0\n", {"--columns", "x,y,z"}), 3,
                 "standard input:2: the line has 2 fields");
   ExpectFailure(FitText("# nothing\n", {"--columns", "x,y,z"}), 3, "holds no point");
-  ExpectFailure(FitText("x y z\n0 0 1\n", {"--columns", "x,y,z"}), 3, "standard input:1: \"x\"");
+  ExpectFailure(FitText("x y z\n0 0 1\n", {"--columns", "x,y,z"}), 3,
+                "standard input:1: column x: \"x\"");
 }

@@ -1,81 +1,99 @@
-// Coordinate files on the command line: what is read, what is refused, and how it is said.
+// Coordinate files on the command line: where they come from, what is read, what is refused, and
+// how it is said.
 #include <gtest/gtest.h>
 
 #include "tests/cli/program.h"
 
 namespace {
 
-Outcome TransformText(const std::string& strText, const std::string& strColumns = "id,x,y,z") {
-  const ScratchFolder folder;
-  const std::string strPath = folder.Write("points.coo", strText);
-  return RunZu({"transform", strPath, "--control", strPath, "--columns", strColumns, "--json"});
-}
+constexpr char kGood[] = "1 0 0 0\n2 1 0 0\n3 0 1 0\n";
 
 }  // namespace
 
-TEST(PointFile, ThatCannotBeReadIsNamed) {
-  const std::string strGood = Source("samples/datum/local.coo");
+TEST(PointFile, MayBeAPipeAndIsReadOnce) {
   const ScratchFolder folder;
-  ExpectFailure(RunZu({"transform", folder.Path("none.coo"), "--control", strGood}), 3,
-                "none.coo: cannot be read (No such file");
-  ExpectFailure(RunZu({"transform", strGood, "--control", folder.Path(".")}), 3,
-                "cannot be read (Is a directory)");
+  folder.Write("a.coo", kGood);
+  ExpectLines(
+      {
+          {"mkfifo f; cat a.coo > f & zu plane f --json | cmp - <(zu plane a.coo --json)", 0, "",
+           ""},
+          {"cat a.coo | zu plane - --json | cmp - <(zu plane a.coo --json)", 0, "", ""},
+          {"cat a.coo | zu plane /dev/stdin --json | cmp - <(zu plane a.coo --json)", 0, "", ""},
+          {"zu plane - --json < a.coo | cmp - <(zu plane a.coo --json)", 0, "", ""},
+          {"zu transform <(cat a.coo) --control <(cat a.coo)", 0, "3 common points", ""},
+          {"cat a.coo | zu transform - --control -", 2, "",
+           "standard input: has been read already"},
+          {"zu transform - --control - < a.coo", 2, "", "standard input: has been read already"},
+          {"zu plane /dev/zero", 3, "", "/dev/zero: is a device, not a file; a coordinate file"},
+          {"ulimit -f 64; yes 1 2 3 4 | zu plane -", 5, "", "standard input: cannot be kept (File"},
+          {"zu plane /dev/null", 3, "", "/dev/null: holds no point"},
+          {"zu plane none.coo", 3, "", "none.coo: no such file; a coordinate file is needed"},
+          {"zu plane a.coo/b", 3, "", "a.coo/b: no such file"},
+          {"zu transform a.coo --control .", 3, "", ".: is a folder; a coordinate file is needed"},
+          {"zu local a.coo --definition .", 3, "", ".: is a folder; a file with LOKAL { ... }"},
+      },
+      folder);
 }
 
-TEST(PointFile, WithoutAPointIsRefused) {
-  std::string strNoise;
-  for (unsigned u = 1, i = 0; i < 20000; ++i) {
-    u = u * 1664525U + 1013904223U;
-    const char c = static_cast<char>(u >> 24);
-    strNoise += c >= '0' && c <= '9' ? '?' : c;  // digits might make a point
-  }
-  for (const std::string& strText :
-       {std::string(), std::string("\n\n"), std::string("# title\nname x y z\n"),
-        std::string("\0\0\0\0", 4), std::string("A 1 2 3\n")}) {
-    ExpectFailure(TransformText(strText), 3, "holds no point");
-  }
-  EXPECT_EQ(TransformText(strNoise).iExit, 3);
-}
-
-TEST(PointFile, ALineWhosePointWouldBeInventedIsNamed) {
-  const std::string strGood = "1 0 0 0\n2 1 0 0\n";
-  ExpectFailure(TransformText(strGood + "3 0 1\n"), 3,
-                "points.coo:3: the line has 3 fields, the columns id,x,y,z need 4");
-  ExpectFailure(TransformText(strGood + "\n3 0 1m 0\n"), 3,
-                "points.coo:4: \"1m\" in column y is no number");
-  ExpectFailure(TransformText(strGood + "3 0,5 1,25 0,75\n"), 3,
-                "points.coo:3: the line has decimal commas");
-  ExpectFailure(TransformText("1 0 0 0\n2 1 0 " + std::string(2000, '0') + "\n"), 3,
-                "points.coo:2: the line has 2006 bytes");
-}
-
-TEST(PointFile, TakesEveryUsualForm) {
-  const std::string aTexts[] = {
-      "1 0 0 0\n2 1 0 0\n3 0 1 0",  // no line end at the end
-      "\xEF\xBB\xBF"
-      "1 0 0 0\r\n2 1 0 0\r\n3 0 1 0\r\n",     // byte order mark, carriage returns
-      "1,0,0,0\n2,1.5,0,0\n3,0,1.5,0\n",       // commas without blanks
-      "1; 0; 0; 0\n2; 1; 0; 0\n3; 0; 1; 0\n",  // semicolons
-      "# a b c\n1\t0\t0\t0 edge\n\n2 1 0 0 corner\n3 0 +1 0e0\n",  // comment, remarks
+// A fourth line behind three good ones: the number of points, or what the message holds.
+TEST(PointFile, ALineIsAPointOrNamed) {
+  const struct {
+    const char* szColumns;
+    const char* szLine;
+    size_t uPoints;
+    const char* szMessage;
+  } lines[] = {
+      {"id,x,y,z", "4,0,0,1", 4, ""},
+      {"id,x,y,z", "4; 0; 0; 1\r", 4, ""},
+      {"id,x,y,z", "4\t0\t+0\t1e0 remark", 4, ""},
+      {"id,x,y,z", "4 0 0 1 door, 2,5 m, left", 4, ""},
+      {"id,x,y,z", "4294967295 0 0 1", 4, ""},
+      {"id,x,y,z", "# 4 0 0 1", 3, ""},
+      {"id,x,y,z", "number x y z", 3, ""},
+      {"id,x,y,z", "\n\n", 3, ""},
+      {"idname,x,y,z", "\"Corner 3\" 0 0 1", 4, ""},
+      {"idname,x,y,z", "Corner 3;0;0;1", 4, ""},
+      {"idname,x,y,z", "Corner left 0 0 1", 4, ""},
+      {"id,x,y,z", "4 0 1", 0, "4: the line has 3 fields, the columns id,x,y,z need 4"},
+      {"id,x,y,z", "4;;0;0;1", 0, "4: column x: the field is empty"},
+      {"id,x,y,z", "4 0 1m 0", 0, "4: column y: \"1m\" is no number"},
+      {"id,x,y,z", "4 0 1 nan", 0, "4: column z: \"nan\" is no number"},
+      {"id,x,y,z", "4 1e400 0 0", 0, "4: column x: \"1e400\" is no number"},
+      {"id,x,y,z", "\n4 0,5 1,25 0,75", 0, "5: \"0,5\" has a decimal comma, 0.5 would be right"},
+      {"id,x,y,z", "4;0,5;1;0", 0, "4: \"0,5\" has a decimal comma"},
+      {"id,x,y", "4 12,5", 0, "4: \"12,5\" has a decimal comma"},
+      {"id,x,y,z", "4.5 0 0 0", 0, "4: column id: \"4.5\" is no id"},
+      {"id,x,y,z", "12abc 0 0 0", 0, "4: column id: \"12abc\" is no id"},
+      {"id,x,y,z", "-1 0 0 0", 0, "4: column id: \"-1\" is no id, a whole number from 1 to 42949"},
+      {"id,x,y,z", "4294967296 0 0 0", 0, "column id: \"4294967296\" is no id"},
+      {"id,x,y,z", "A 0 0 9", 0, "--columns idname,"},
+      {"id,photo,x,y", "4 1.5 0 9", 0, "column photo: \"1.5\" is no whole number"},
+      {"idname,x,y,z", "Corner left 0 0 1\nCorner 3 0 0 1", 0,
+       "line 4 has a name of several words"},
+      {"idname,x,y,z", "Corner 3,1,2,3", 0, "can be read in two ways"},
   };
-  for (const auto& strText : aTexts) {
-    const Outcome outcome = TransformText(strText);
-    ASSERT_EQ(outcome.iExit, 0) << strText << outcome.strErr;
-    EXPECT_EQ(outcome.Json()["common"], 3) << strText;
+  for (const auto& line : lines) {
+    SCOPED_TRACE(line.szLine);
+    const ScratchFolder folder;
+    const std::string strPath =
+        folder.Write("points.coo", std::string("\xEF\xBB\xBF") + kGood + line.szLine);
+    const Outcome outcome = RunZu({"trafo2d", strPath, "--control", strPath, "--type", "affin",
+                                   "--columns", line.szColumns, "--json"});
+    if (line.uPoints == 0) {
+      ExpectFailure(outcome, 3, line.szMessage);
+      continue;
+    }
+    ASSERT_EQ(outcome.iExit, 0) << outcome.strErr;
+    EXPECT_EQ(outcome.Json()["points"].size(), line.uPoints);
     EXPECT_EQ(outcome.strErr, "");
   }
-}
-
-TEST(PointFile, WarnsOfWhatItPassesOver) {
-  const std::string strText = "A 0 0 9\n1 0 0 0\n2 1 0 0\n3 0 1 0\n3 0 1 0\n";
-  const Outcome outcome = TransformText(strText);
-  EXPECT_EQ(outcome.iExit, 0);
-  EXPECT_NE(outcome.strErr.find("points.coo:1: no id"), std::string::npos) << outcome.strErr;
-  EXPECT_NE(outcome.strErr.find("point 3 stands more than once"), std::string::npos);
-
   const ScratchFolder folder;
-  const std::string strPath = folder.Write("points.coo", strText);
-  EXPECT_EQ(RunZu({"transform", strPath, "--control", strPath, "--quiet"}).strErr, "");
+  folder.Write("long.coo", kGood + ("4 0 0 " + std::string(2000, '0')) + "\n");
+  folder.Write("none.coo", std::string("# title\nnumber x y z\n\0 1 2 3\n", 29));
+  ExpectLines({{"zu plane long.coo", 3, "", "long.coo:4: the line has 2006 bytes"},
+               {"zu plane none.coo", 3, "", "none.coo: holds no point; lines of id,x,y,z"},
+               {"head -c 20000 " ZU_PROGRAM " | zu plane -", 3, "", "standard input"}},
+              folder);
 }
 
 // Names as ids, a control code and a column to pass over: the result file reads back with them.

@@ -98,6 +98,43 @@ Outcome RunZu(const std::vector<std::string>& arguments, const RunOptions& optio
   return outcome;
 }
 
+Outcome RunLine(const std::string& strLine, const ScratchFolder& folder) {
+  const ScratchFolder streams;
+  const std::string strScript = "set -o pipefail; zu() { '" ZU_PROGRAM "' \"$@\"; }; S='" +
+                                Source("samples") + "'; cd '" + folder.Path(".") + "'; { " +
+                                strLine + "\n} >'" + streams.Path("out") + "' 2>'" +
+                                streams.Path("err") + "' </dev/null";
+  const pid_t pid = fork();
+  if (pid == 0) {
+    execlp("bash", "bash", "-c", strScript.c_str(), nullptr);
+    _exit(127);
+  }
+  Outcome outcome;
+  outcome.iExit = ExitCodeOf(pid);
+  outcome.strOut = ReadFile(streams.Path("out"));
+  outcome.strErr = ReadFile(streams.Path("err"));
+  return outcome;
+}
+
+void ExpectLines(std::initializer_list<LineCase> cases, const ScratchFolder& folder) {
+  const auto holds = [](const std::string& strText, const char* szWanted) {
+    const bool bNot = szWanted[0] == '!';
+    return (strText.find(szWanted + (bNot ? 1 : 0)) == std::string::npos) == bNot;
+  };
+  for (const LineCase& line : cases) {
+    SCOPED_TRACE(line.szLine);
+    const Outcome outcome = RunLine(line.szLine, folder);
+    EXPECT_EQ(outcome.iExit, line.iExit) << outcome.strErr;
+    EXPECT_TRUE(holds(outcome.strOut, line.szOut)) << line.szOut << "\nin standard output:\n"
+                                                   << outcome.strOut;
+    EXPECT_TRUE(holds(outcome.strErr, line.szErr)) << line.szErr << "\nin standard error:\n"
+                                                   << outcome.strErr;
+    if (line.iExit < 2) continue;
+    EXPECT_EQ(outcome.strOut, "");
+    EXPECT_LE(std::count(outcome.strErr.begin(), outcome.strErr.end(), '\n'), 3) << outcome.strErr;
+  }
+}
+
 void ExpectFailure(const Outcome& outcome, int iExit, const std::string& strMessage) {
   EXPECT_EQ(outcome.iExit, iExit) << outcome.strErr;
   EXPECT_EQ(outcome.strOut, "");

@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <initializer_list>
 #include <nlohmann/json.hpp>
 #include <string>
 #include <vector>
@@ -27,6 +28,20 @@ struct RunOptions {
 };
 
 Outcome RunZu(const std::vector<std::string>& arguments, const RunOptions& options = {});
+
+// A command line as a user types it, run by a shell in the folder; $S are the samples. Where it has
+// pipes, the code of the last part that failed counts.
+Outcome RunLine(const std::string& strLine, const class ScratchFolder& folder);
+
+// A command line, its exit code, and what its streams hold; a text that begins with '!' must not be
+// there. A code above 1 goes with an empty standard output and at most three lines of message.
+struct LineCase {
+  const char* szLine;
+  int iExit;
+  const char* szOut;
+  const char* szErr;
+};
+void ExpectLines(std::initializer_list<LineCase> cases, const class ScratchFolder& folder);
 
 // A failing call gives its code, nothing on standard output, and one message of at most three lines
 // that holds the text.

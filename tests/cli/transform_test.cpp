@@ -152,10 +152,8 @@ TEST(Transform, RefusesWhatDoesNotDetermineIt) {
   ExpectFailure(JoinTexts(strTriangle, "1 0 0 0\n2 1 0 0\n9 0 1 0\n"), 4,
                 "have 2 points in common, 3 are needed");
   ExpectFailure(JoinTexts(strTriangle, strTriangle, {"--min-points=4"}), 4, "4 are needed");
-  const std::string aSources[] = {"1 5 5 5\n2 5 5 5\n3 5 5 5\n",    // one place
-                                  "1 0 0 0\n2 1 2 3\n3 2 4 6\n",    // one line
-                                  "1 0 0 0\n2 1 0 0\n3 0 nan 0\n",  // not finite
-                                  "1 0 0 0\n2 1 0 0\n3 0 1e999 0\n"};
+  const std::string aSources[] = {"1 5 5 5\n2 5 5 5\n3 5 5 5\n",   // one place
+                                  "1 0 0 0\n2 1 2 3\n3 2 4 6\n"};  // one line
   for (const auto& strSource : aSources) {
     ExpectFailure(JoinTexts(strSource, strTriangle), 4, "do not determine");
     ExpectFailure(JoinTexts(strTriangle, strSource), 4, "do not determine");
