@@ -122,7 +122,7 @@ TEST(Reader, BlocksNestAndEndAtTheirOwnBrace) {
       {"BLOCK { } BLOCK{}INT 1", "<><>1"},
       {"PAIR { 1 2.5 } PAIR { 3 4 }", "(1 2.5)(3 4)"},
       {"BLOCK { PAIR { 1 2 9 \"new\" { 9 { } } 9 } INT 3 } INT 4", "<(1 2)3>4"},
-      {"BLOCK { PAIR { 1 2 9x 9 } INT 3 } INT 4", "<(1 2)>4 | 4@1"},
+      {"BLOCK { PAIR { 1 2 9x 9 } INT 3 } INT 4", "<(1 2)3>4"},
       {"PAIR { 1 2 9 9x \"open } \n } INT 3", "(1 2)3"},  // nobody asks for the rest
       {"LOOK { 1 2 { 3 } } INT 4", "L14"},
       {"OPEN 1 { 2 { 3 } } INT 4", "O4"},

@@ -48,7 +48,7 @@ TEST(ReaderValues, TokenBehindTheLastValueIsTheNextItem) {
       {"PAIR 1 2 12abc INT 3", "(1 2)!4@13 | 4@1", kGoOn},
       {"PAIR 1 2\n\"open\nINT 3", "(1 2)!3@23 | 3@2", kGoOn},
       {"PAIR 1 2 12abc INT 3", "(1 2) | 4@1"},
-      {"PAIR { 1 2 12abc 7 } INT 3", "(1 2)!4@13 | 4@1", kGoOn},
+      {"PAIR { 1 2 12abc 7 } INT 3", "(1 2)3", kGoOn},
       {"GIVE INT 5 INT 6", "G56"},
       {"LOOK INT 5 INT 6", "L4!5@16", kGoOn},  // a token only looked at is used up
   });

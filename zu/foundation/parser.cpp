@@ -1,8 +1,10 @@
 #include "zu/foundation/parser.h"
 
 #include <algorithm>
+#include <charconv>
 #include <cstring>
 #include <istream>
+#include <limits>
 
 char const* GetZuParserStatusText(eZuParserStatus eStatus) {
   static constexpr char const* kTexts[] = {
@@ -11,6 +13,15 @@ char const* GetZuParserStatusText(eZuParserStatus eStatus) {
       "ParserErrorInvalidNumber", "ParserErrorNotSpecifiedToken"};
   const int i = eStatus;
   return i >= 0 && i < static_cast<int>(std::size(kTexts)) ? kTexts[i] : "ParserStatus??";
+}
+
+unsigned int ZuParserToken::GetId() const {
+  if (m_eType != eZuTokenInt) return 0;
+  if (m_iValue != std::numeric_limits<int>::max()) return static_cast<unsigned int>(m_iValue);
+  char const* const pDigits = m_szText + (*m_szText == '+' ? 1 : 0);
+  unsigned int uId = std::numeric_limits<unsigned int>::max();
+  std::from_chars(pDigits, pDigits + std::strlen(pDigits), uId);  // too large: leaves it
+  return uId;
 }
 
 ZuParser::ZuParser() : m_pToken(m_acLine), m_pCursor(m_acLine) { m_acLine[0] = 0; }
@@ -32,6 +43,14 @@ ZuParserToken const& ZuParser::Fetch(std::istream& stream) {
   return m_Token;
 }
 
+ZuParserToken const& ZuParser::FetchUnread(std::istream& stream) {
+  if (!m_bSkipNextParse) ReadToken(stream);
+  m_bSkipNextParse = false;
+  m_bUnused = false;
+  DropPending();
+  return m_Token;
+}
+
 void ZuParser::MoveOn(std::istream& stream) {
   if (m_bSkipNextParse) {
     m_bSkipNextParse = false;
@@ -49,7 +68,8 @@ eZuParserStatus ZuParser::ReadToken(std::istream& stream) {
   while (!Tokenize()) {
     m_eEnd = ReadLine(stream);
     if (m_eEnd == ParserStatusOK) continue;
-    m_Token = ZuParserToken{eZuTokenEof, 0, 0.0, ""};
+    m_Token = ZuParserToken{};
+    m_Token.m_eType = eZuTokenEof;
     m_iTokenDepth = m_iDepth;
     m_Status.m_eStatus = m_eEnd;
     m_bFaultPending = m_eEnd == ParserErrorStream;
@@ -61,16 +81,22 @@ eZuParserStatus ZuParser::ReadToken(std::istream& stream) {
 ZuParserToken const& ZuParser::GetToken(eZuTokentype eType) {
   RaisePending();
   if (m_Token.m_eType == eType) return m_Token;
+  if (eType == eZuTokenFloat && m_Token.IsFloat()) return m_Token;
   if (eType != eZuTokenNumber) RaiseMisfit();
-  if (m_Token.m_eType != eZuTokenInt && m_Token.m_eType != eZuTokenFloat) {
-    Raise(ParserErrorNotSpecifiedToken);
-  }
+  if (!m_Token.IsNumber()) Raise(ParserErrorNotSpecifiedToken);
   return m_Token;
 }
 
 void ZuParser::SkipLine() {
   m_cSaved = 0;
   m_pCursor += std::strlen(m_pCursor);
+}
+
+void ZuParser::DropPending() {
+  if (!m_bFaultPending) return;
+  if (m_eEnd == ParserErrorStream) ThrowPending();
+  m_bFaultPending = false;
+  m_Status.m_eStatus = m_eEnd;
 }
 
 void ZuParser::ThrowPending() {

@@ -42,8 +42,8 @@ class ZU_API ZuChLookup {
 enum eZuTokentype : int {
   eZuTokenOther = 0,    // a word with neither digit nor letter, such as a lone -
   eZuTokenInt = 1,      //
-  eZuTokenFloat = 2,    // a number with a decimal point or an exponent
-  eZuTokenNumber = 3,   // only asked for; an integer or a float meets it
+  eZuTokenFloat = 2,    // a number with a decimal point or an exponent; -inf, -nan
+  eZuTokenNumber = 3,   // only asked for; an integer, a float, the words inf and nan meet it
   eZuTokenKeyword = 4,  //
   eZuTokenString = 5,   //
   eZuTokenBlockOpen = 6,
@@ -61,10 +61,20 @@ struct ZU_API ZuParserToken {
   // a keyword is not recognised. Numbers are not hurt by it.
   char const* m_szText = "";
 
-  // The value of an integer or a float; 0.0 for any other token.
-  double GetNumber() const {
-    return m_eType == eZuTokenInt ? m_iValue : m_eType == eZuTokenFloat ? m_dValue : 0.0;
+  // A keyword that is the word inf or nan: a number where one is asked for, with its value above.
+  bool m_bNumberWord = false;
+
+  bool IsFloat() const {
+    return m_eType == eZuTokenFloat || (m_eType == eZuTokenKeyword && m_bNumberWord);
   }
+  bool IsNumber() const { return m_eType == eZuTokenInt || IsFloat(); }
+  // The value of a number; 0.0 for any other token.
+  double GetNumber() const {
+    return m_eType == eZuTokenInt ? m_iValue : IsFloat() ? m_dValue : 0.0;
+  }
+  // The value of an integer as an id: 0 to 4294967295 as they stand, more saturates there, one with
+  // a minus is taken modulo 2^32. 0 for any other token.
+  unsigned int GetId() const;
 };
 
 enum eZuParserStatus : int {
@@ -104,6 +114,10 @@ class ZU_API ZuParser {
   // The same, but a set skip-next-parse flag is cleared and the token in hand stays.
   ZuParserToken const& Fetch(std::istream& stream);
 
+  // Fetch for what nobody looks at: a fault in the token is dropped. A stream that has failed
+  // throws.
+  ZuParserToken const& FetchUnread(std::istream& stream);
+
   // Fetch for the readers of values (see reader_object.h): a fault in the new token is not thrown
   // here but waits until somebody takes that token or reads on. The token is marked as unused until
   // the next one is read.
@@ -121,6 +135,7 @@ class ZU_API ZuParser {
   double GetTokenFloat() { return GetToken(eZuTokenFloat).m_dValue; }
   char const* GetTokenString() { return GetToken(eZuTokenString).m_szText; }
   double GetTokenNumber() { return GetToken(eZuTokenNumber).GetNumber(); }
+  unsigned int GetTokenId() { return GetToken(eZuTokenInt).GetId(); }
 
   // Drops the rest of the line.
   void SkipLine();
@@ -157,6 +172,8 @@ class ZU_API ZuParser {
     if (m_bFaultPending) ThrowPending();
   }
   bool IsFaultPending() const { return m_bFaultPending; }
+  // Drops that fault; that of a failed stream is thrown.
+  void DropPending();
 
   // ParseForToken with the fault as result instead of an exception: 0, 1 or the fault.
   eZuParserStatus ReadToken(std::istream& stream);
@@ -176,6 +193,7 @@ class ZU_API ZuParser {
   void TokenizeBrace(eZuTokentype eType);
   void TokenizeString();
   void TokenizeWord();
+  void TokenizeKeyword(char const* pEnd);
   void EndWord(char* pEnd);
   void SetFault(eZuParserStatus eStatus);
   [[noreturn]] void ThrowPending();

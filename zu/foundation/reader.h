@@ -67,7 +67,8 @@ class ZU_API ZuReader {
   // the file, whose entry is the last of the error list. Not 0: go on. They call the link that was
   // set, with this reader as argument; 0 without one.
   //
-  // A handler of unknown keywords reports, calls SkipUnknownValue() and returns 1.
+  // A handler of unknown keywords reports, calls SkipUnknownValue() and returns 1; or it registers
+  // the keyword, sets the parser's skip-next-parse flag and returns 1, and the keyword is read.
   virtual long UnknownTokenFound();
   virtual long ParserError();
 
@@ -77,10 +78,14 @@ class ZU_API ZuReader {
   // Reads items up to the } that ends the present block, or, with bContinueAtBlockEnd, behind it
   // too. The end of the file ends it always and is no error. Returns 1.
   //
-  // A fault is entered in the error list. It ends the block whose items are read here (a record's
-  // own values, without a handler: the whole run), and reading goes on behind that block; with an
-  // error handler that returns not 0 it goes on at the next token. A block whose very first token
-  // is a fault is dropped, and its handler is not called.
+  // A fault is entered in the error list. It ends the items among which it stands: those of a block
+  // that registered keywords, with the reading going on behind that block, or those of the file,
+  // and so the run. A fault among the plain values of a record stands among the items of which the
+  // record is one, not in a block of its own: at the top of a file such a record ends the run, and
+  // so does one whose first token is a fault, whose handler is not called. With an error handler
+  // that returns not 0 reading goes on at the next token instead.
+  //
+  // No faults: what is wrong behind the values of a block, and in a block that nobody knows.
   //
   // Where memory ends, the run ends with the status 2, whose entry is the last of the error list if
   // there is room for it; records complete before stay, and no exception leaves.
@@ -89,8 +94,9 @@ class ZU_API ZuReader {
   // of an inner block. An application that needs every fault sets the error handler.
   int DoProcess(bool bContinueAtBlockEnd);
 
-  // Reads on behind the } of the block in which the parser stands, or to the end of the file. Adds
-  // a copy of the parser's status to the error list.
+  // Reads on behind the } of the block in which the parser stands, or to the end of the file, over
+  // whatever stands there. Adds a copy of the parser's status to the error list: one entry, with
+  // the status 0 and the line for a block that nobody knows.
   void SkipCurrentBlock();
 
   // Skips what follows an unknown keyword: its block, or one token, but never a }.

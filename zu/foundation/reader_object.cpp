@@ -21,7 +21,9 @@ ZuReaderObject::ZuReaderObject(char const* szKeyword, int* piTarget)
     : ZuReaderObject(szKeyword, eZuTokenInt, piTarget, false) {}
 
 ZuReaderObject::ZuReaderObject(char const* szKeyword, unsigned int* puTarget)
-    : ZuReaderObject(szKeyword, eZuTokenInt, puTarget, false) {}
+    : ZuReaderObject(szKeyword, eZuTokenInt, puTarget, false) {
+  m_bUnsigned = true;
+}
 
 ZuReaderObject::ZuReaderObject(char const* szKeyword, double* pdTarget)
     : ZuReaderObject(szKeyword, eZuTokenNumber, pdTarget, false) {}
@@ -66,6 +68,8 @@ void ZuReaderObject::KeywordFound() {
       if (m_pData == nullptr) break;
       if (m_bBool) {
         *static_cast<bool*>(m_pData) = iValue != 0;
+      } else if (m_bUnsigned) {
+        *static_cast<unsigned int*>(m_pData) = parser.GetTokenId();
       } else {
         *static_cast<int*>(m_pData) = iValue;
       }
@@ -92,6 +96,12 @@ int ZuReaderObject::TakeInt() {
   const int iValue = GetStreamParser().GetTokenInt();
   Move();
   return iValue;
+}
+
+unsigned int ZuReaderObject::TakeId() {
+  const unsigned int uValue = GetStreamParser().GetTokenId();
+  Move();
+  return uValue;
 }
 
 double ZuReaderObject::TakeNumber() {
@@ -123,7 +133,7 @@ void ZuReaderObject::Skip() {
 
 void ZuReaderObject::SkipNumbers() {
   GetStreamParser().RaisePending();
-  while (Token().m_eType == eZuTokenInt || Token().m_eType == eZuTokenFloat) Move();
+  while (Token().IsNumber()) Move();
 }
 
 void ZuReaderObject::TakeBlockOpen() {
@@ -133,6 +143,17 @@ void ZuReaderObject::TakeBlockOpen() {
 
 void ZuReaderObject::TakeBlockClose() {
   GetStreamParser().GetToken(eZuTokenBlockClose);
+  Move();
+}
+
+void ZuReaderObject::TakeRestOfBlock() {
+  ZuParser& parser = GetStreamParser();
+  parser.DropPending();
+  for (std::int64_t nOpen = 1; !(IsBlockClose() && nOpen == 1);) {
+    if (IsEndOfFile()) parser.RaiseMisfit();
+    nOpen += IsBlockOpen() ? 1 : IsBlockClose() ? -1 : 0;
+    parser.FetchUnread(m_pReader->GetStream());
+  }
   Move();
 }
 

@@ -57,8 +57,8 @@ class ZU_API ZuReaderObject : public ZuListnode {
   // A value of one token, stored in the target, which must live as long as the keyword. Another
   // kind of token than the one needed is the fault 5.
   ZuReaderObject(char const* szKeyword, int* piTarget);
-  ZuReaderObject(char const* szKeyword, unsigned int* puTarget);
-  ZuReaderObject(char const* szKeyword, double* pdTarget);  // integer or float
+  ZuReaderObject(char const* szKeyword, unsigned int* puTarget);  // 0 to 4294967295
+  ZuReaderObject(char const* szKeyword, double* pdTarget);        // integer, float, inf or nan
   ZuReaderObject(char const* szKeyword, String* pstrTarget);
   ZuReaderObject(char const* szKeyword, bool* pbTarget);  // integer, true if not 0
 
@@ -92,23 +92,26 @@ class ZU_API ZuReaderObject : public ZuListnode {
   // The token in hand as a value, which is moved over. Another token is the fault 5 (the end of the
   // file 1) and stays in hand.
   int TakeInt();
-  unsigned int TakeId() { return static_cast<unsigned int>(TakeInt()); }
-  double TakeNumber();  // integer or float
+  unsigned int TakeId();  // an integer from 0 to 4294967295, see ZuParserToken::GetId
+  double TakeNumber();    // integer, float, inf or nan
   String TakeString();
 
-  // The value of an integer or a float; any other token counts as 0.0. Braces and the end of the
+  // The value of a number; any other token counts as 0.0. Braces and the end of the
   // file count as 0.0 too and stay in hand.
   double TakeValue();
 
   // Moves over the token in hand, whatever its kind. A brace or the end of the file throws as
   // above.
   void Skip();
-  // Moves over integers and floats up to the first other token.
+  // Moves over numbers up to the first other token.
   void SkipNumbers();
 
   // Moves over a brace that belongs to the record.
   void TakeBlockOpen();
   void TakeBlockClose();
+  // Moves over what is left of the block in which the token in hand stands and over its }: values
+  // that a newer writer added, faulty ones and blocks too. The end of the file throws.
+  void TakeRestOfBlock();
 
   bool IsBlockOpen() const { return Token().m_eType == eZuTokenBlockOpen; }
   bool IsBlockClose() const { return Token().m_eType == eZuTokenBlockClose; }
@@ -122,6 +125,9 @@ class ZU_API ZuReaderObject : public ZuListnode {
   // the error list; the row is lost. Any other misfit is thrown; rows stored before stay.
   template <class Row>
   void ReadRows(Row&& readRow);
+  // One such row: false where a } or the end of the file, which stays in hand, has cut it.
+  template <class Row>
+  bool ReadRow(Row&& readRow);
 
   // Line of the token in hand, for a message.
   unsigned int GetLine() const;
@@ -148,6 +154,7 @@ class ZU_API ZuReaderObject : public ZuListnode {
   void* m_pData = nullptr;
   eZuTokentype m_eType = eZuTokenOther;  // eZuTokenOther: the handler is called
   bool m_bBool = false;                  // an integer goes to a bool
+  bool m_bUnsigned = false;              // an integer goes to an unsigned int
   Link m_Link;
   Link m_Link2;
   bool m_bCut = false;  // the keyword was longer than what is kept
@@ -157,12 +164,17 @@ template <class Row>
 void ZuReaderObject::ReadRows(Row&& readRow) {
   while (!IsEndOfRows()) {
     const std::uint64_t uBefore = MoveCount();
-    try {
-      readRow();
-    } catch (ZuParserStatus const& status) {
-      if (!EndsRows(status)) throw;
-      return;
-    }
-    if (MoveCount() == uBefore) return;
+    if (!ReadRow(readRow) || MoveCount() == uBefore) return;
+  }
+}
+
+template <class Row>
+bool ZuReaderObject::ReadRow(Row&& readRow) {
+  try {
+    readRow();
+    return true;
+  } catch (ZuParserStatus const& status) {
+    if (!EndsRows(status)) throw;
+    return false;
   }
 }

@@ -119,9 +119,7 @@ bool ZuReader::ReturnToDepth(std::int64_t* piDepth, bool bContinueAtBlockEnd) {
 void ZuReader::DropToDepth(std::int64_t iDepth) {
   m_Parser.SkipNextParse(false);
   while (m_Parser.GetDepth() > iDepth) {
-    const eZuParserStatus eStatus = m_Parser.ReadToken(m_Stream);
-    if (eStatus == ParserErrorStream) m_Parser.RaisePending();
-    if (eStatus == ParserStatusEOF) return;
+    if (m_Parser.FetchUnread(m_Stream).m_eType == eZuTokenEof) return;
   }
 }
 
@@ -163,7 +161,9 @@ bool ZuReader::ProcessUnknown() {
   m_Parser.ClearUnused();
   const bool bContinue = UnknownTokenFound() != 0;
   if (m_Parser.IsUnused()) m_Parser.SkipNextParse(true);
-  if (m_Parser.GetMoveCount() == uBefore) m_Parser.SkipNextParse(false);
+  // A word that is still unknown would be found again without end.
+  const bool bSame = m_Parser.GetMoveCount() == uBefore;
+  if (bSame && FindObject(m_Parser.GetToken().m_szText) == nullptr) m_Parser.SkipNextParse(false);
   return bContinue;
 }
 
@@ -206,11 +206,14 @@ void ZuReader::CallWithUnnamed(ZuReaderObject* pObject) {
 }
 
 // The first token of the block, or the { of a block without keyword, is in hand. A token in hand
-// behind the block that a reader of values has moved to is kept; any other skip flag is cleared.
+// behind the block that a reader of values has moved to is kept; any other skip flag is cleared. A
+// fault behind the values, still inside the block, goes with the rest of the block.
 void ZuReader::CallWithBlock(ZuReaderObject* pObject, std::int64_t iOuterDepth) {
   Call(pObject, true);
-  m_Parser.SkipNextParse(m_Parser.IsUnused() && m_Parser.GetTokenDepth() <= iOuterDepth);
+  const bool bBehind = m_Parser.GetTokenDepth() <= iOuterDepth;
+  m_Parser.SkipNextParse(bBehind && m_Parser.IsUnused());
   m_Parser.ClearUnused();
+  if (!bBehind) m_Parser.DropPending();
   m_Parser.RaisePending();
 }
 
@@ -246,6 +249,7 @@ void ZuReader::EndWithoutMemory() {
 void ZuReader::SkipUnknownValue() {
   switch (Fetch().m_eType) {
     case eZuTokenBlockOpen:
+      m_Parser.SetStatus(ParserStatusOK);  // whatever was dropped before
       SkipCurrentBlock();
       break;
     case eZuTokenBlockClose:
@@ -259,7 +263,7 @@ void ZuReader::SkipUnknownValue() {
 void ZuReader::SkipCurrentBlock() {
   AddError(m_Parser.GetStatus().m_eStatus);
   for (std::int64_t nOpen = 1; nOpen > 0;) {
-    switch (Fetch().m_eType) {
+    switch (m_Parser.FetchUnread(m_Stream).m_eType) {
       case eZuTokenBlockOpen:
         ++nOpen;
         break;

@@ -1,5 +1,7 @@
 // The cutting of one line into tokens.
 
+#include <string_view>
+
 #include "zu/foundation/numbers.h"
 #include "zu/foundation/parser.h"
 
@@ -12,6 +14,14 @@ bool IsLetter(char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
 // What ends a word; further bits that an application sets mean nothing here.
 constexpr int kAnyClass =
     eZuChSeparator | eZuChComment | eZuChString | eZuChBlockOpen | eZuChBlockClose;
+
+bool IsSign(char c) { return c == '-' || c == '+'; }
+
+// The words for what no digits tell, as writers put them: inf and nan, with a sign or without.
+bool IsNumberWord(std::string_view word) {
+  if (IsSign(word.front())) word.remove_prefix(1);
+  return word == "inf" || word == "nan";
+}
 
 }  // namespace
 
@@ -82,8 +92,7 @@ void ZuParser::TokenizeWord() {
   }
 
   if (nLetters > 0) {
-    m_Token.m_eType = eZuTokenKeyword;
-    if (!IsLetter(*m_pToken)) SetFault(ParserErrorInvalidNumber);
+    TokenizeKeyword(p);
   } else if (nDigits == 0) {
     m_Token.m_eType = eZuTokenOther;
   } else if (bFloat) {
@@ -94,6 +103,20 @@ void ZuParser::TokenizeWord() {
     m_Token.m_iValue = ZuAtoi(m_pToken, p);
   }
   EndWord(p);
+}
+
+// A word with letters. With a sign in front inf and nan can be nothing but numbers; without one
+// they are keywords too.
+void ZuParser::TokenizeKeyword(char const* pEnd) {
+  m_Token.m_eType = eZuTokenKeyword;
+  m_Token.m_bNumberWord = IsNumberWord({m_pToken, pEnd});
+  if (m_Token.m_bNumberWord) m_Token.m_dValue = ZuAtof(m_pToken, pEnd);
+  if (IsLetter(*m_pToken)) return;
+  if (m_Token.m_bNumberWord) {
+    m_Token.m_eType = eZuTokenFloat;
+  } else {
+    SetFault(ParserErrorInvalidNumber);
+  }
 }
 
 // Terminates the text of a word and leaves the cursor at what follows it.

@@ -20,7 +20,6 @@ void Refuse(ZuReaderObject* pObject, std::int64_t iElements, bool bShape, unsign
   } else {
     pObject->SkipNumbers();
   }
-  pObject->GetStreamParser().RaisePending();
   pObject->AddShapeError(uLine);
 }
 
