@@ -2,6 +2,7 @@
 
 #include <iomanip>
 #include <ostream>
+#include <utility>
 
 namespace {
 
@@ -29,6 +30,10 @@ std::ostream& Precision(std::ostream& stream, int iDigits) {
 }  // namespace
 
 void ZuWriterReset() { g_iIndent = 0; }
+
+ZuWriterStart::ZuWriterStart() : m_iFormer(std::exchange(g_iIndent, 0)) {}
+
+ZuWriterStart::~ZuWriterStart() { g_iIndent = m_iFormer; }
 
 std::ostream& ZuBeginBlock(std::ostream& stream) {
   ++g_iIndent;

@@ -3,8 +3,8 @@
 //   stream << s12 << "CAMERA" << ZuBeginBlockNL << "C" << w12 << 35.127 << ZuEndBlockNL << Zuendl;
 //
 // The indent level is one for the whole process, not one for each stream: one file is written at a
-// time, and its writer calls ZuWriterReset() first. Numbers follow the stream's locale; writers of
-// files imbue the classic one.
+// time, and its writer starts with a ZuWriterStart or calls ZuWriterReset(). Numbers follow the
+// stream's locale; writers of files imbue the classic one.
 #pragma once
 
 #include <iosfwd>
@@ -12,6 +12,18 @@
 #include "zu/export.h"
 
 ZU_API void ZuWriterReset();  // indent level 0
+
+// Writes at level 0 for its lifetime; then the level of whoever was writing before comes back.
+class ZU_API ZuWriterStart {
+ public:
+  ZuWriterStart();
+  ~ZuWriterStart();
+  ZuWriterStart(ZuWriterStart const&) = delete;
+  ZuWriterStart& operator=(ZuWriterStart const&) = delete;
+
+ private:
+  int m_iFormer;
+};
 
 // Braces are written as items: a width that is set applies to them.
 ZU_API std::ostream& ZuBeginBlock(std::ostream& stream);    // level +1, {

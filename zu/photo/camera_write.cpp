@@ -61,6 +61,7 @@ int ZuCameraList::WriteFile(const String& path, bool bGentri) const {
 }
 
 std::ostream& ZuCameraList::WriteFile(std::ostream& stream, const bool& bGentri) const {
+  const ZuWriterStart start;
   if (!bGentri) {
     WriteSimpleHeaderComment(stream);
     return WriteSimpleFormat(stream);
@@ -87,6 +88,7 @@ std::ostream& ZuCameraList::WriteSimpleFormat(std::ostream& stream) const {
 }
 
 int ZuCameraList::WriteFileFormatFull(const String& path) const {
+  const ZuWriterStart start;
   const auto write = [&] {
     std::ofstream stream(path.chars());
     stream.imbue(std::locale::classic());

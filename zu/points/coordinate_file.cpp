@@ -70,7 +70,7 @@ int ZuPointList::ReadFile(const wchar_t* wszPath, const TZuFormatTable<eZuPointR
 }
 
 int ZuPointList::WriteFile(const char* szPath) const {
-  ZuWriterReset();
+  const ZuWriterStart start;
   const auto write = [&] {
     std::fstream file(szPath != nullptr ? szPath : "", std::ios::out);
     file.imbue(std::locale::classic());
