@@ -75,6 +75,10 @@ class ZU_API ZuCamera : public ZuListnode, public ZuFlag {
   // of the inverse table. False and point untouched: id 0, NaN constant, point outside the table
   // (|x| or |y| at or above its half-width), no finite answer.
   //
+  // Required: true also for a point that no node pair of the table encloses, such as one beyond the
+  // corrected border of the image: the answer is then extrapolated from the cell at which the
+  // search ended, and Adjust of it may lie far from (x, y). InvAdjustExact refuses such points.
+  //
   // Required: a pinhole camera answers true here, leaving the point, although Adjust answers
   // false. Applications branch on the pair of answers.
   //
@@ -82,8 +86,9 @@ class ZU_API ZuCamera : public ZuListnode, public ZuFlag {
   // parameter the old table still answers until DeleteInvAdjustTables; building 609,961 nodes at
   // every edit would stop an interactive calibration.
   //
-  // The first call of an (id, c) pair builds the table (9.8 MB) on all processors; later calls
-  // allocate nothing.
+  // The first call of an (id, c) pair builds the table on all processors; later calls allocate
+  // nothing. Each table takes 9.8 MB and stays: a calibration that changes c adds one with every
+  // value it tries, until DeleteInvAdjustTables.
   bool InvAdjust(double* x, double* y) const;
   bool InvAdjust(ZuPoint* pPoint) const;
   bool InvAdjust(ZuPointList* pList) const;
@@ -169,7 +174,8 @@ class ZU_API ZuCamera : public ZuListnode, public ZuFlag {
   double m_dC2 = 0.0;
   double m_dB1 = 0.0;  // affinity coefficients (CAP)
   double m_dB2 = 0.0;
-  double m_dRMax = 0.0;  // half-width of the inverse table's domain [mm]
+  double m_dRMax = 0.0;                       // half-width of the inverse table's domain [mm]
+  static constexpr double kTableReach = 2.1;  // m_dRMax in units of r0 where a file gives none
   int m_iMode = eCameraModeZuvo;
   // Last call of InvAdjust; a copy starts with zeros.
   mutable double m_dLastInX = 0.0;

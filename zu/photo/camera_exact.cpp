@@ -17,7 +17,6 @@ constexpr int kNewtonRounds = 60;
 constexpr int kHalvings = 30;
 constexpr double kStep = 1e-6;        // of a difference quotient [mm]
 constexpr double kDefaultReach = 30;  // search radius of a camera without RM and r0 [mm]
-constexpr double kTableReach = 2.1;   // RM in units of r0
 constexpr int kRadiusSteps = 256;     // samples of the search for the valid radius
 constexpr double kCapReach = 3.0;     // corrected over measured distances of the search, mode 2
 constexpr int kRadiusBisections = 60;
@@ -31,7 +30,7 @@ double Length(Vec2 v) { return std::hypot(v.x, v.y); }
 // Half-width of the square of measured coordinates the camera is meant for [mm].
 double HalfWidth(const ZuCamera& camera) {
   if (camera.m_dRMax != 0.0) return std::fabs(camera.m_dRMax);
-  if (camera.m_dR0 != 0.0) return kTableReach * std::fabs(camera.m_dR0);
+  if (camera.m_dR0 != 0.0) return ZuCamera::kTableReach * std::fabs(camera.m_dR0);
   return kDefaultReach;
 }
 

@@ -6,12 +6,6 @@
 #include "zu/foundation/reader.h"
 #include "zu/photo/camera_list.h"
 
-namespace {
-
-constexpr double kTableReach = 2.1;  // m_dRMax in units of r0, where a file gives none
-
-}  // namespace
-
 // { 1 4.915686 0.227808 0.065727 -0.00966481955 -0.000198009113 2.5 "left radial" }
 int ZuCamera::Read(ZuReaderObject* pObject) {
   SetId(pObject->TakeId());
