@@ -33,6 +33,7 @@
 #include "zu/foundation/parser.h"
 #include "zu/foundation/profiler.h"
 #include "zu/foundation/progress.h"
+#include "zu/foundation/read_faults.h"
 #include "zu/foundation/reader.h"
 #include "zu/foundation/reader_object.h"
 #include "zu/foundation/seldom.h"

@@ -9,11 +9,9 @@
 
 #include "zu/export.h"
 #include "zu/foundation/list.h"
-#include "zu/foundation/parser.h"
+#include "zu/foundation/read_faults.h"
 #include "zu/foundation/string.h"
 #include "zu/photo/camera.h"
-
-class ZuReader;
 
 class ZU_API ZuCameraList : public TZuListHeader<ZuCamera>, public LinkHdl {
  public:
@@ -43,6 +41,7 @@ class ZU_API ZuCameraList : public TZuListHeader<ZuCamera>, public LinkHdl {
 
   // With bGentri the adjustment program's lines; otherwise the simple form when all cameras have
   // mode 0, else the full form. Always 1; a path that does not open is not reported.
+  // All forms begin at indent level 0 and put back the level of a writer that was at work.
   // Required: the simple and the full form carry header and empty blocks only.
   int WriteFile(const String& path, bool bGentri) const;
   std::ostream& WriteFile(std::ostream& stream, const bool& bGentri) const;
@@ -50,16 +49,14 @@ class ZU_API ZuCameraList : public TZuListHeader<ZuCamera>, public LinkHdl {
   std::ostream& WriteSimpleHeaderComment(std::ostream& stream) const;
   std::ostream& WriteSimpleFormat(std::ostream& stream) const;
 
-  // Faults met by the last file read (the first one ends its reading, as the end of memory does),
-  // the line of the first and its text; 0 and "ParserStatusOK" without one.
-  int GetReadErrorCount() const { return m_iReadErrors; }
-  unsigned int GetReadErrorLine() const { return m_FirstReadError.m_uLine; }
-  const char* GetReadErrorText() const;
+  // Faults met by the last file read, memory that ended among them, and the line and text of the
+  // fault i; 0 and "ParserStatusOK" where there is none.
+  int GetReadErrorCount() const { return m_ReadFaults.GetCount(); }
+  unsigned int GetReadErrorLine(int i = 0) const { return m_ReadFaults.GetLine(i); }
+  const char* GetReadErrorText(int i = 0) const { return m_ReadFaults.GetText(i); }
 
  private:
   void ReadItems(const char* szPath, ZuReaderObject* pItem);
-  long NoteFault(ZuReader* pReader);
 
-  int m_iReadErrors = 0;
-  ZuParserStatus m_FirstReadError;
+  ZuReadFaults m_ReadFaults;
 };

@@ -72,26 +72,11 @@ int ZuCameraList::ReadFileFormatSimple(const char* szPath) {
 }
 
 void ZuCameraList::ReadItems(const char* szPath, ZuReaderObject* pItem) {
-  // Until the reader stands, no memory for it is the fault.
-  m_iReadErrors = 1;
-  m_FirstReadError = ZuParserStatus();
-  m_FirstReadError.m_eStatus = ParserErrorStream;
+  m_ReadFaults.Begin();
   ZuReader reader(szPath);
-  reader.SetParserErrorHdl(Link(this, &ZuCameraList::NoteFault));
   reader.RegisterObject(*pItem);
-  m_iReadErrors = 0;
-  m_FirstReadError = ZuParserStatus();
+  m_ReadFaults.Follow(&reader);
   reader.DoProcess(false);
-}
-
-// Notes the fault and ends the reading, as without a handler.
-long ZuCameraList::NoteFault(ZuReader* pReader) {
-  if (m_iReadErrors++ == 0) m_FirstReadError = *pReader->GetReaderErrorList().Last();
-  return 0;
-}
-
-const char* ZuCameraList::GetReadErrorText() const {
-  return GetZuParserStatusText(m_FirstReadError.m_eStatus);
 }
 
 int ZuCameraList::ReadFormatFull(ZuReaderObject* pObject) {

@@ -125,7 +125,7 @@ double ZuReseauFile::GetCCDMPixel() const {
   return static_cast<double>(m_iExifPixelWidth) * static_cast<double>(m_iExifPixelHeight);
 }
 
-String ZuReseauFile::GetDescName() {
+String ZuReseauFile::GetDescName() const {
   String text = GetName();
   char szPart[64];
   if (m_uSubId != 0) {
@@ -138,7 +138,7 @@ String ZuReseauFile::GetDescName() {
   return text;
 }
 
-int ZuReseauFile::FindCrossId(unsigned int& uFirst, unsigned int& uSecond) {
+int ZuReseauFile::FindCrossId(unsigned int& uFirst, unsigned int& uSecond) const {
   const ZuPoint* p =
       FindNearest(ZuPoint(0, m_PhotoRegion.Left(), m_PhotoRegion.Top(), 0.0, 0), nullptr);
   if (p != nullptr) uFirst = p->GetId();
@@ -164,7 +164,7 @@ int ZuReseauFile::SelectCross(unsigned int* puIds, int n) {
   return iFound;
 }
 
-int ZuReseauFile::FindUserSelectedCrosses(unsigned int* puIds, int iMax) {
+int ZuReseauFile::FindUserSelectedCrosses(unsigned int* puIds, int iMax) const {
   int iFound = 0;
   for (const ZuPoint* p = m_CrossList.First(); p != nullptr && iFound < iMax; p = p->Next()) {
     if (p->IsFlagSet(kSelected) != 0) puIds[iFound++] = p->GetId();

@@ -12,6 +12,7 @@
 
 #include "zu/export.h"
 #include "zu/foundation/list.h"
+#include "zu/foundation/read_faults.h"
 #include "zu/foundation/string.h"
 #include "zu/points/point_list.h"
 #include "zu/rectify/region.h"
@@ -30,14 +31,25 @@ class ZU_API ZuReseauFile : public ZuListnode {
   // A format of the photo's own: its file name as comment, its Biko region, its pixel count.
   explicit ZuReseauFile(const ZuPhoto* pPhoto);
   ~ZuReseauFile() override;
+  // Takes the format; faults of its reading stay with the source. Throws std::bad_alloc where there
+  // is no memory for all crosses.
   ZuReseauFile& operator=(const ZuReseauFile& other);
   ZuReseauFile* Next() const { return static_cast<ZuReseauFile*>(m_pNext); }
   ZuReseauFile* Previous() const { return static_cast<ZuReseauFile*>(m_pPrev); }
 
-  // The name becomes the path's file name. Always 1; IsValid tells whether a format was read.
+  // The name becomes the path's file name. Always 1; IsValid tells whether a format was read, and
+  // the operations below what was wrong with the file.
   int ReadFile(const String& path);
-  // Handler of the reseau form, entered with the comment in hand.
-  // Required: the format is valid once both regions are read, also without a cross.
+  // Faults met by ReadFile, memory that ended among them, and the line and text of the fault i; 0
+  // and "ParserStatusOK" where there is none.
+  int GetReadErrorCount() const { return m_ReadFaults.GetCount(); }
+  unsigned int GetReadErrorLine(int i = 0) const { return m_ReadFaults.GetLine(i); }
+  const char* GetReadErrorText(int i = 0) const { return m_ReadFaults.GetText(i); }
+  const ZuReadFaults& GetReadFaults() const { return m_ReadFaults; }
+  // Handler of the reseau form, entered with the comment in hand. What follows the values of a
+  // region or a cross in its block is dropped, and a cross with too few values; another misfit
+  // among the crosses leaves by the parser's exception. Crosses before stay. Required: the format
+  // is valid once both regions are read, also without a cross.
   int Read(ZuReaderObject* pObject);
   // Handler of one block of the digital form, entered with '{' or with the name in hand.
   int ReadDigitalCameraFormat(ZuReaderObject* pObject);
@@ -61,22 +73,22 @@ class ZU_API ZuReseauFile : public ZuListnode {
   double GetCCDMPixel() const;
   // Name, " (sub id)" when not 0, " w * h Pixel".
   // Required: without pixel counts the plain name, the sub id left out.
-  String GetDescName();
+  String GetDescName() const;
 
   // The crosses nearest to the photo region's corners (x1, y2) and (x2, y1). Non-zero when the
   // second was found; an id is only written when its cross was found.
-  int FindCrossId(unsigned int& uFirst, unsigned int& uSecond);
+  int FindCrossId(unsigned int& uFirst, unsigned int& uSecond) const;
   ZuPoint* FindNearest(const ZuPoint& point, double* pdDistance) const;
   // Selects the crosses of these ids alone, returns how many were found. Null or 0: 0, no change.
   int SelectCross(unsigned int* puIds, int n);
   // Ids of the selected crosses in list order, at most iMax; their number.
-  int FindUserSelectedCrosses(unsigned int* puIds, int iMax);
+  int FindUserSelectedCrosses(unsigned int* puIds, int iMax) const;
 
   // Required: the two region blocks are written empty.
   std::ostream& Write(std::ostream& stream) const;
-  std::ostream& WriteHeaderComment(std::ostream& stream);
+  std::ostream& WriteHeaderComment(std::ostream& stream) const;
   // One line of the digital form, nothing unless the format has exactly four crosses.
-  std::ostream& WriteDigitalCameraFormat(std::ostream& stream);
+  std::ostream& WriteDigitalCameraFormat(std::ostream& stream) const;
 
   unsigned int GetSubId() const { return m_uSubId; }
   void SetSubId(unsigned int uSubId) { m_uSubId = uSubId; }
@@ -94,6 +106,7 @@ class ZU_API ZuReseauFile : public ZuListnode {
 
  protected:
   void AddCross(unsigned int uId, double x, double y, short int sCode);
+  void ReadCross(ZuReaderObject* pObject);
 
   unsigned int m_uSubId = 0;
   String m_sComment;
@@ -103,6 +116,7 @@ class ZU_API ZuReseauFile : public ZuListnode {
   bool m_bValid = false;
   int m_iExifPixelWidth = 0;
   int m_iExifPixelHeight = 0;
+  ZuReadFaults m_ReadFaults;
 };
 
 ZU_DECLARE_LIST(ZuReseauFile);
@@ -117,15 +131,22 @@ class ZU_API ZuReseaufileList : public TZuListHeader<ZuReseauFile>, public LinkH
   // Takes the formats of a reseau file, in place of one of the same name, or of a digital camera
   // file, beside those it has; other files give nothing. Number of formats taken.
   int ReadReseauFile(const String& path);
+  // Faults met by the last ReadReseauFile, as ZuReseauFile tells them; a file that cannot be read
+  // is one, a file of another kind is none.
+  int GetReadErrorCount() const { return m_ReadFaults.GetCount(); }
+  unsigned int GetReadErrorLine(int i = 0) const { return m_ReadFaults.GetLine(i); }
+  const char* GetReadErrorText(int i = 0) const { return m_ReadFaults.GetText(i); }
   // First format that matches name and sub id, or null; the second form for a photo's key, null
   // for a null photo.
   ZuReseauFile* FindReseauFile(const ZuReseauDataDesc& desc) const;
   ZuReseauFile* FindReseauFile(const ZuPhoto* pPhoto) const;
   // False when the path does not open, or without memory.
-  bool WriteDigitalCameraFormat(const String& path);
+  bool WriteDigitalCameraFormat(const String& path) const;
 
  private:
   int ReadReseau(const String& path);
   void ReadDigitalBlocks(const String& path);
   int ReadDigitalBlock(ZuReaderObject* pObject);
+
+  ZuReadFaults m_ReadFaults;
 };

@@ -59,21 +59,29 @@ String Quoted(const String& text) {
   return quoted;
 }
 
+bool IsReadable(const String& path) {
+  std::ifstream stream(path.chars(), std::ios::binary);
+  stream.peek();
+  return stream.is_open() && !stream.bad();
+}
+
 void ReadRegion(ZuReaderObject* pObject, ZuRegion* pRegion) {
   pObject->TakeBlockOpen();
   pRegion->Read(pObject);
-  pObject->TakeBlockClose();
+  pObject->TakeRestOfBlock();
 }
 
 }  // namespace
 
 int ZuReseauFile::ReadFile(const String& path) {
   const auto read = [&] {
+    m_ReadFaults.Begin();
     SetName(ZuGetFilename(path));
     ZuReader reader(path.chars());
     ZuReaderObject object(
         Link(this, static_cast<int (ZuReseauFile::*)(ZuReaderObject*)>(&ZuReseauFile::Read)));
     reader.RegisterObject(object);
+    m_ReadFaults.Follow(&reader);
     return reader.DoProcess(false);
   };
   return zu_internal::OrWithoutMemory(read, 1);
@@ -84,13 +92,17 @@ int ZuReseauFile::Read(ZuReaderObject* pObject) {
   ReadRegion(pObject, &m_PhotoRegion);
   ReadRegion(pObject, &m_BoxRegion);
   m_bValid = true;
-  pObject->ReadRows([&] {
-    pObject->TakeBlockOpen();
-    ZuPoint cross(pObject, m_CrossList.GetMask());
-    pObject->TakeBlockClose();
-    zu_internal::Taken(m_CrossList.Add(cross));
-  });
+  pObject->ReadRows([&] { ReadCross(pObject); });
   return 1;
+}
+
+// { 11 -3.168 2.376 2 }
+void ZuReseauFile::ReadCross(ZuReaderObject* pObject) {
+  ZuPoint cross;
+  pObject->TakeBlockOpen();
+  const bool bWhole = pObject->ReadRow([&] { cross.Read(pObject, m_CrossList.GetMask()); });
+  pObject->TakeRestOfBlock();
+  if (bWhole) zu_internal::Taken(m_CrossList.Add(cross));
 }
 
 int ZuReseauFile::ReadDigitalCameraFormat(ZuReaderObject* pObject) {
@@ -104,7 +116,7 @@ int ZuReseauFile::ReadDigitalCameraFormat(ZuReaderObject* pObject) {
   return 1;
 }
 
-std::ostream& ZuReseauFile::WriteHeaderComment(std::ostream& stream) {
+std::ostream& ZuReseauFile::WriteHeaderComment(std::ostream& stream) const {
   WriteHeader(stream, " Reseau File", kReseauHeader);
   return stream;
 }
@@ -122,10 +134,11 @@ std::ostream& ZuReseauFile::Write(std::ostream& stream) const {
   return stream;
 }
 
-std::ostream& ZuReseauFile::WriteDigitalCameraFormat(std::ostream& stream) {
+std::ostream& ZuReseauFile::WriteDigitalCameraFormat(std::ostream& stream) const {
   if (m_CrossList.Count() != 4) return stream;
   const zu_internal::ClassicStream classic(stream);
-  const ZuPolygon box(&m_CrossList, eLPolygonXY);
+  ZuPolygon box(eLPolygonXY);
+  box.AddPoint(&m_CrossList);
   stream << '{' << w14 << std::left << Quoted(GetName()).chars() << w4 << m_uSubId << w14
          << std::left << Quoted(m_sComment).chars() << w6 << m_iExifPixelWidth << w6
          << m_iExifPixelHeight << w6 << p6 << box.Width() << w6 << p6 << box.Height() << "  }\n";
@@ -143,9 +156,14 @@ ZuReseaufileList& ZuReseaufileList::operator=(const ZuReseaufileList& other) {
 int ZuReseaufileList::ReadReseauFile(const String& path) {
   const int iBefore = Count();
   const auto read = [&] {
+    m_ReadFaults.Begin();
     const ZuDetectZuvoFiles file(path);
     if (file.IsType(eZuvoFileReseau)) return ReadReseau(path);
-    if (file.IsType(eZuvoFileDigitalCamera)) ReadDigitalBlocks(path);
+    if (file.IsType(eZuvoFileDigitalCamera)) {
+      ReadDigitalBlocks(path);
+    } else if (IsReadable(path)) {
+      m_ReadFaults.Clear();
+    }
     return Count() - iBefore;
   };
   const int iTaken = zu_internal::OrWithoutMemory(read, -1);
@@ -154,6 +172,7 @@ int ZuReseaufileList::ReadReseauFile(const String& path) {
 
 int ZuReseaufileList::ReadReseau(const String& path) {
   auto pReseau = std::make_unique<ZuReseauFile>(path);
+  m_ReadFaults = pReseau->GetReadFaults();
   if (!pReseau->IsValid()) return 0;
   ZuReseauFile* pOld = Find(pReseau->GetName(), false);
   if (pOld != nullptr) delete Subtract(pOld);
@@ -165,6 +184,7 @@ void ZuReseaufileList::ReadDigitalBlocks(const String& path) {
   ZuReader reader(path.chars());
   ZuReaderObject object(Link(this, &ZuReseaufileList::ReadDigitalBlock));
   reader.RegisterObject(object);
+  m_ReadFaults.Follow(&reader);
   reader.DoProcess(false);
 }
 
@@ -182,7 +202,7 @@ ZuReseauFile* ZuReseaufileList::FindReseauFile(const ZuReseauDataDesc& desc) con
   return nullptr;
 }
 
-bool ZuReseaufileList::WriteDigitalCameraFormat(const String& path) {
+bool ZuReseaufileList::WriteDigitalCameraFormat(const String& path) const {
   const auto write = [&] {
     std::ofstream stream(path.chars());
     if (!stream) return false;
