@@ -77,6 +77,8 @@ void ZuPhoto::Init() {
 
 ZuPhoto& ZuPhoto::operator=(const ZuPhoto& other) {
   if (this == &other) return *this;
+  m_ImoSorted.Set(nullptr);
+  m_MeasureSorted.Set(nullptr);
   m_MeasureList.Destroy();
   m_ZuspList.Destroy();
   m_AttributeList.Destroy();

@@ -70,7 +70,8 @@ class ZU_API ZuPhoto : public ZuListnode, public ZuFlag {
   virtual double GetPixelSize() const;
   virtual double GetPixelSizeX() const;
   virtual double GetPixelSizeY() const;
-  // This id minus the other's, formed in 32 bits: lists of photos ascend by id.
+  // This id minus the other's, formed in 32 bits: sorted lists of photos ascend by id, as long as
+  // their ids are less than 2^31 apart.
   virtual int Compare(ZuListnode* pOther) const;
   // Required: writes nothing; the record is read by the library and not written by it.
   virtual std::ostream& Write(std::ostream& stream);
@@ -78,8 +79,12 @@ class ZU_API ZuPhoto : public ZuListnode, public ZuFlag {
   // earlier one of the same target. Returns 1.
   virtual int Read(ZuReaderObject* pObject);
 
-  // Destroys this photo's lists; the copy has none, and its orientation, camera and
-  // transformations are the source's.
+  // Takes the record: orientation, camera, transformations, regions. Of the lists it takes none and
+  // destroys this photo's Imo, Measure, rectification and attribute list, whose id indexes are
+  // detached.
+  //
+  // Required: the Temp list and the regions of interest stay as they are; points that an
+  // application has parked are not those of the photo that is replaced.
   ZuPhoto& operator=(const ZuPhoto& other);
   // Sets the defaults; id, name and lists stay.
   void Init();
@@ -248,7 +253,11 @@ class ZU_API ZuPhoto : public ZuListnode, public ZuFlag {
 
   ZuPoint* FindImo(unsigned int uId) const { return m_ImoList.Find(uId, 0, nullptr); }
   ZuPoint* FindMeasure(unsigned int uId) const { return m_MeasureList.Find(uId, 0, nullptr); }
-  // By the index as it was at the last SetImoSorted or SetMeasureSorted; null before.
+  // By the index as it was at the last SetImoSorted or SetMeasureSorted; null before. Where this
+  // photo deletes a point (DestroyImo, DestroyMeasure, an AddImo or AddMeasure that replaces, an
+  // assignment) no index answers with it: both are built anew, or detached by the assignment.
+  // Points that were subtracted or moved are still found: who deletes them calls SetImoSorted
+  // again.
   ZuPoint* FindSortedImo(unsigned int uId) { return m_ImoSorted.Find(uId); }
   ZuPoint* FindSortedMeasure(unsigned int uId) { return m_MeasureSorted.Find(uId); }
   void SetImoSorted() { m_ImoSorted.Set(&m_ImoList); }
@@ -262,8 +271,8 @@ class ZU_API ZuPhoto : public ZuListnode, public ZuFlag {
   ZuPoint* LastMeasure() const { return m_MeasureList.Last(); }
   int CountImo() const { return m_ImoList.Count(); }
   int CountMeasure() const { return m_MeasureList.Count(); }
-  void DestroyImo() { m_ImoList.Destroy(); }
-  void DestroyMeasure() { m_MeasureList.Destroy(); }
+  void DestroyImo();
+  void DestroyMeasure();
 
   // Required: looks at the Measure list alone; ids of the Imo list may come again.
   unsigned int GetFreeBikoId() const { return m_MeasureList.GetFreeId(0); }
@@ -348,8 +357,9 @@ class ZU_API ZuPhoto : public ZuListnode, public ZuFlag {
   bool Overlap(const ZuPoint* pPoint) const { return GetDigiRegion().Overlap(pPoint); }
   bool Overlap(const ZuRegion* pRegion) const { return GetDigiRegion().Overlap(pRegion); }
 
-  // For an image resampled by a factor: digital region, scale and pixel size grow, Bikos stay; the
-  // pre-transformation becomes a Helmert one. False, nothing changed, for 0.
+  // For an image resampled by a factor: digital region and scale grow, Bikos stay; the
+  // pre-transformation becomes a Helmert one, and the pixel size is derived anew from it. False,
+  // nothing changed, for 0.
   bool RescaleTo(double dFactor);
   // Required: this form scales the Biko region and the main transformation instead, and carries the
   // Imo list along. False, nothing changed, with a polynomial main transformation.
@@ -377,6 +387,11 @@ class ZU_API ZuPhoto : public ZuListnode, public ZuFlag {
   void CompleteCamera();
   void CopyRecord(const ZuPhoto& other);
   static ZuPoint* SubtractFrom(ZuPointList& list, unsigned int uId);
+  class IndexPause;
+  ZuPoint* ReplaceIn(ZuPointList& list, ZuPoint* pPoint);
+  void Prepare(ZuPoint* pPoint, eConvertBikoMode eMode) const;
+  using AddPoint = ZuPoint* (ZuPhoto::*)(ZuPoint*, eConvertBikoMode);
+  void MoveConverted(ZuPointList& list, unsigned int uId, eConvertBikoMode eMode, AddPoint pfnAdd);
   void SetPhotoIdTo(ZuPointList& list);
   void RayVector(double x, double y, double* pdVector) const;
   double PixelLength(double dx, double dy) const;

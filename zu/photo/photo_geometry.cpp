@@ -89,7 +89,7 @@ bool ZuPhoto::IsInPhotoView(const ZuPoint& point, bool bCheckDirection) const {
 
 bool ZuPhoto::RescaleTo(double dFactor) {
   if (dFactor == 0.0) return false;
-  m_dPixelSize *= dFactor;
+  m_dPixelSize = 0.0;
   m_dScale *= dFactor;
   m_DigiRegion.Set(m_DigiRegion.Left() * dFactor, m_DigiRegion.Bottom() * dFactor,
                    m_DigiRegion.Right() * dFactor, m_DigiRegion.Top() * dFactor);

@@ -3,39 +3,99 @@
 #include <cmath>
 #include <memory>
 
+#include "zu/foundation/internal/without_memory.h"
 #include "zu/photo/photo.h"
+
+namespace {
+
+constexpr auto kConverted = static_cast<eConvertBikoMode>(0);  // converts nothing more
+
+}  // namespace
+
+// While points may be deleted the id indexes know none, for observers too that are called
+// meanwhile. Those that stood on their list are built anew at the end.
+class ZuPhoto::IndexPause {
+ public:
+  explicit IndexPause(ZuPhoto* pPhoto)
+      : m_indexes{{&pPhoto->m_ImoSorted, pPhoto->m_ImoSorted.GetList()},
+                  {&pPhoto->m_MeasureSorted, pPhoto->m_MeasureSorted.GetList()}} {
+    for (const Index& index : m_indexes) index.pIndex->Set(nullptr);
+  }
+  IndexPause(const IndexPause&) = delete;
+  IndexPause& operator=(const IndexPause&) = delete;
+
+  ~IndexPause() {
+    for (const Index& index : m_indexes) {
+      const auto build = [&index] { return index.pIndex->Set(index.pList), true; };
+      if (!zu_internal::OrWithoutMemory(build, false)) index.pIndex->Set(nullptr);
+    }
+  }
+
+ private:
+  struct Index {
+    ZuSortHelper<ZuPoint>* pIndex;
+    const TZuListHeader<ZuPoint>* pList;
+  };
+
+  const Index m_indexes[2];
+};
+
+void ZuPhoto::Prepare(ZuPoint* pPoint, eConvertBikoMode eMode) const {
+  ConvertBiko(pPoint, eMode);
+  pPoint->m_iPhoto = static_cast<int>(m_uId);
+}
+
+ZuPoint* ZuPhoto::ReplaceIn(ZuPointList& list, ZuPoint* pPoint) {
+  const bool bIndexed = m_ImoSorted.Count() + m_MeasureSorted.Count() > 0;
+  if (!bIndexed || list.Find(pPoint->GetId(), 0, nullptr) == nullptr) return list.Replace(pPoint);
+  const IndexPause pause(this);
+  return list.Replace(pPoint);
+}
 
 ZuPoint* ZuPhoto::AddImo(ZuPoint* pPoint, eConvertBikoMode eMode) {
   if (pPoint == nullptr) return nullptr;
-  ConvertBiko(pPoint, eMode);
-  pPoint->m_iPhoto = static_cast<int>(m_uId);
-  return m_ImoList.Replace(pPoint);
+  Prepare(pPoint, eMode);
+  return ReplaceIn(m_ImoList, pPoint);
 }
 
 ZuPoint* ZuPhoto::AddImo(const ZuPoint& point, eConvertBikoMode eMode) {
-  return AddImo(new ZuPoint(point), eMode);
+  auto pCopy = std::make_unique<ZuPoint>(point);
+  Prepare(pCopy.get(), eMode);
+  return ReplaceIn(m_ImoList, pCopy.release());
 }
 
 ZuPoint* ZuPhoto::AddImoFast(ZuPoint* pPoint, eConvertBikoMode eMode) {
   if (pPoint == nullptr) return nullptr;
-  ConvertBiko(pPoint, eMode);
-  pPoint->m_iPhoto = static_cast<int>(m_uId);
+  Prepare(pPoint, eMode);
   return m_ImoList.Add(pPoint);
 }
 
 ZuPoint* ZuPhoto::AddImoFast(const ZuPoint& point, eConvertBikoMode eMode) {
-  return AddImoFast(new ZuPoint(point), eMode);
+  auto pCopy = std::make_unique<ZuPoint>(point);
+  Prepare(pCopy.get(), eMode);
+  return m_ImoList.Add(pCopy.release());
 }
 
 ZuPoint* ZuPhoto::AddMeasure(ZuPoint* pPoint, eConvertBikoMode eMode) {
   if (pPoint == nullptr) return nullptr;
-  ConvertBiko(pPoint, eMode);
-  pPoint->m_iPhoto = static_cast<int>(m_uId);
-  return m_MeasureList.Replace(pPoint);
+  Prepare(pPoint, eMode);
+  return ReplaceIn(m_MeasureList, pPoint);
 }
 
 ZuPoint* ZuPhoto::AddMeasure(const ZuPoint& point, eConvertBikoMode eMode) {
-  return AddMeasure(new ZuPoint(point), eMode);
+  auto pCopy = std::make_unique<ZuPoint>(point);
+  Prepare(pCopy.get(), eMode);
+  return ReplaceIn(m_MeasureList, pCopy.release());
+}
+
+void ZuPhoto::DestroyImo() {
+  const IndexPause pause(this);
+  m_ImoList.Destroy();
+}
+
+void ZuPhoto::DestroyMeasure() {
+  const IndexPause pause(this);
+  m_MeasureList.Destroy();
 }
 
 // Nothing is told to observers about an id that is not there.
@@ -44,12 +104,26 @@ ZuPoint* ZuPhoto::SubtractFrom(ZuPointList& list, unsigned int uId) {
   return p != nullptr ? list.Subtract(p) : nullptr;
 }
 
+// A conversion that throws leaves the point where it is, as it is.
+void ZuPhoto::MoveConverted(ZuPointList& list, unsigned int uId, eConvertBikoMode eMode,
+                            AddPoint pfnAdd) {
+  ZuPoint* p = list.Find(uId, 0, nullptr);
+  if (p == nullptr) return;
+  ZuPoint converted(*p);
+  ConvertBiko(&converted, eMode);
+  list.Subtract(p);
+  p->m_dX = converted.m_dX;
+  p->m_dY = converted.m_dY;
+  p->m_dZ = converted.m_dZ;
+  (this->*pfnAdd)(p, kConverted);
+}
+
 void ZuPhoto::MoveImoToMeasure(unsigned int uId, eConvertBikoMode eMode) {
-  AddMeasure(SubtractImo(uId), eMode);
+  MoveConverted(m_ImoList, uId, eMode, &ZuPhoto::AddMeasure);
 }
 
 void ZuPhoto::MoveMeasureToImo(unsigned int uId, eConvertBikoMode eMode) {
-  AddImo(SubtractMeasure(uId), eMode);
+  MoveConverted(m_MeasureList, uId, eMode, &ZuPhoto::AddImo);
 }
 
 void ZuPhoto::CopyImoToMeasure(unsigned int uId, eConvertBikoMode eMode) {
