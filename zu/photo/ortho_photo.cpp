@@ -4,6 +4,8 @@
 #include <ostream>
 #include <utility>
 
+#include "zu/foundation/internal/notify_lock.h"
+#include "zu/foundation/internal/without_memory.h"
 #include "zu/foundation/reader.h"
 
 ZU_INSTANTIATE_LIST(ZuOrthoPhoto);
@@ -21,10 +23,11 @@ ZuOrthoPhoto::~ZuOrthoPhoto() = default;
 ZuOrthoPhoto& ZuOrthoPhoto::operator=(const ZuOrthoPhoto& other) {
   if (this == &other) return *this;
   ZuPhoto::operator=(other);
-  m_PlaneList.SetNotify(false);
-  m_PlaneList.Destroy();
-  other.m_PlaneList.CopyTo(&m_PlaneList);
-  m_PlaneList.SetNotify(true);
+  {
+    const zu_internal::NotifyLock lock(&m_PlaneList);
+    m_PlaneList.Destroy();
+    zu_internal::CopyAll(other.m_PlaneList, &m_PlaneList);
+  }
   m_aPlaneIds = other.m_aPlaneIds;
   m_iStatPixel = other.m_iStatPixel;
   m_dStatTime = other.m_dStatTime;

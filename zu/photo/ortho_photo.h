@@ -17,7 +17,8 @@ class ZU_API ZuOrthoPhoto : public ZuPhoto {
   explicit ZuOrthoPhoto(ZuReaderObject* pObject);
   ZuOrthoPhoto(const ZuOrthoPhoto& other);
   ~ZuOrthoPhoto() override;
-  // Takes the planes too, without events of their list.
+  // Takes the planes too, without events of their list. Throws std::bad_alloc where there is no
+  // memory for all of them.
   ZuOrthoPhoto& operator=(const ZuOrthoPhoto& other);
 
   bool IsOrthoPhoto() const override { return true; }

@@ -54,7 +54,7 @@ ZuReseauFile& ZuReseauFile::operator=(const ZuReseauFile& other) {
   m_PhotoRegion = other.m_PhotoRegion;
   m_BoxRegion = other.m_BoxRegion;
   m_CrossList.Destroy();
-  other.m_CrossList.CopyTo(&m_CrossList);
+  zu_internal::CopyAll(other.m_CrossList, &m_CrossList);
   m_CrossList.SetMask(kCrossFormat);
   m_bValid = other.m_bValid;
   m_iExifPixelWidth = other.m_iExifPixelWidth;

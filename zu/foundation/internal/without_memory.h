@@ -22,4 +22,10 @@ Node* Taken(Node* pNode) {
   return pNode;
 }
 
+// Appends copies of all nodes. A list leaves out those for which it finds no memory.
+template <class List>
+void CopyAll(const List& from, List* pTo) {
+  if (from.CopyTo(pTo) != from.Count()) throw std::bad_alloc();
+}
+
 }  // namespace zu_internal
