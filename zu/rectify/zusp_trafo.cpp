@@ -137,7 +137,7 @@ ZuZuspTrafo* ZuZuspTrafo::Next(int iMask) { return zu::internal::FlagNext(this, 
 
 ZuZuspTrafo* ZuZuspTrafo::Previous(int iMask) { return zu::internal::FlagPrevious(this, iMask); }
 
-std::ostream& ZuZuspTrafo::Write(std::ostream& stream) { return stream; }
+std::ostream& ZuZuspTrafo::Write(std::ostream& stream) const { return stream; }
 
 unsigned int IsZuspActive(const ZuObject* pTrafo) {
   return static_cast<const ZuZuspTrafo*>(pTrafo)->IsActive() ? 1 : 0;

@@ -53,7 +53,8 @@ class ZU_API ZuZuspTrafo : public ZuListnode, public ZuFlag {
   // Object to measured coordinates. True always.
   //
   // Required: the inverses are formed once. SetZuspMat and SetTransMat leave them in force; who
-  // sets a matrix after an inverse call makes a new record, as drawings hold on to the old one.
+  // sets a matrix after an inverse call makes a new record, as drawings hold on to the old one. A
+  // record that is read anew is a new one.
   bool InvTransform(ZuPoint* pPoint) const;
   bool InvTransform(const ZuPoint* pIn, ZuPoint* pOut) const;
 
@@ -107,7 +108,7 @@ class ZU_API ZuZuspTrafo : public ZuListnode, public ZuFlag {
   // Older positional form; ids of points and the target points are derived. Returns 1.
   int ReadV50(ZuReaderObject* pObject);
   // Required: writes nothing; the record is read by the library and not written by it.
-  std::ostream& Write(std::ostream& stream);
+  std::ostream& Write(std::ostream& stream) const;
 
  protected:
   void ApplyStages(double* x, double* y, double* z) const;
@@ -146,7 +147,7 @@ ZU_API unsigned int HasZuspRegion(const ZuObject* pTrafo);
 
 // The border of what is rectified, in image coordinates, into `out`: the record's region, else the
 // photo's image, each edge in nine segments where the distortion stage bends it. Returns the number
-// of points.
+// of points. `out` may be the region's own list.
 //
 // Required: a region is given as it stands, also where distortion is compensated.
 ZU_API int ZuGetZuspBikoPoints(ZuPointList& out, ZuPhoto* pPhoto, ZuZuspTrafo* pTrafo);

@@ -18,8 +18,10 @@ double ZuZuspTrafo::GetOriginalPixelArea(const ZuPhoto* pPhoto) const {
 int ZuGetZuspBikoPoints(ZuPointList& out, ZuPhoto* pPhoto, ZuZuspTrafo* pTrafo) {
   if (pTrafo == nullptr) return out.Count();
   if (pTrafo->HasRegion()) {
+    const ZuPointList& region = pTrafo->GetRegion().GetPoints();
+    if (&out == &region) return out.Count();
     out.Destroy();
-    pTrafo->GetRegion().GetPoints().CopyTo(&out);
+    region.CopyTo(&out);
     return out.Count();
   }
   if (pPhoto == nullptr) return out.Count();

@@ -22,6 +22,7 @@ int ZuZuspTrafo::ReadTransMat(ZuReaderObject* pObject) {
 
 // { ZUSPID 1 "facade" ACTIV 1 ZUSPTRAFO { 3 3 ... } TRAFO3D { 4 4 ... } VALIDREGION { x y ... } }
 int ZuZuspTrafo::Read(ZuReaderObject* pObject) {
+  m_bInverseValid = false;
   m_polyBiko.SetMode(eLPolygonIdXY);
   m_polyPP.SetMode(eLPolygonIdXYZ);
   bool bDistortion = false, bActive = false, bRegionActive = false;
@@ -50,6 +51,8 @@ int ZuZuspTrafo::Read(ZuReaderObject* pObject) {
 
 // 1 "facade" 1  H02 H12 H22 H01 H11 H21 H00 H10 H20  { 4 4 ... } { x y ... } x y x y x y x y
 int ZuZuspTrafo::ReadV50(ZuReaderObject* pObject) {
+  m_bInverseValid = false;
+  m_polyBiko.GetPoints().Destroy();
   ZuObject::Read(pObject);
   SetActive(pObject->TakeInt() != 0);
   for (int iColumn = 3; iColumn >= 1; --iColumn) {
@@ -57,7 +60,7 @@ int ZuZuspTrafo::ReadV50(ZuReaderObject* pObject) {
   }
   pObject->TakeBlockOpen();
   zu::internal::ReadFixedShape(pObject, &m_matTrans);
-  pObject->TakeBlockClose();
+  pObject->TakeRestOfBlock();
   pObject->TakeBlockOpen();
   m_polyRegion.Read(pObject);
   pObject->TakeBlockClose();
