@@ -1,5 +1,18 @@
 // A PTS file; what is exported reads back.
+#include "zu/cloud/pts_file.h"
+
 #include "fuzz/cloud_use.h"
+
+// By the strict reader: what it took is written so that it takes all of it again.
+static void ReadStrictly(const Input& input) {
+  ZuPointCloudContainer clouds, again;
+  const ZuCloudReading reading = ZuReadPts(input.Path(), clouds);
+  if (reading.m_pCloud == nullptr) return;
+  Require(ZuWritePts(Input::OutputPath(), clouds, {eZuPtsAuto, reading.m_eIntensity, true}));
+  const ZuCloudReading back = ZuReadPts(Input::OutputPath(), again);
+  Require(back.m_Findings.IsWhole());
+  Require(back.m_pCloud->GetPointCount() == reading.m_pCloud->GetPointCount());
+}
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* pData, std::size_t uSize) {
   const Input input(pData, uSize);
@@ -12,5 +25,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* pData, std::size_t uSi
   Require(pAgain != nullptr);
   RequireSamePoints(*pCloud, *pAgain);
   UseClouds(clouds);
+  ReadStrictly(input);
   return 0;
 }

@@ -2,9 +2,15 @@
 #pragma once
 
 #include "zu/cad/lines_match.h"
+#include "zu/cloud/cloud_detect.h"
+#include "zu/cloud/cloud_findings.h"
+#include "zu/cloud/cloud_reading.h"
 #include "zu/cloud/file_buff.h"
+#include "zu/cloud/intensity_scale.h"
+#include "zu/cloud/ply_file.h"
 #include "zu/cloud/point_cloud.h"
 #include "zu/cloud/point_cloud_container.h"
+#include "zu/cloud/pts_file.h"
 #include "zu/cloud/scan_header.h"
 #include "zu/cloud/scan_point3d.h"
 #include "zu/export.h"

@@ -1,5 +1,7 @@
 // The binary cloud file: magic word, version, number of clouds, the clouds.
 #include <cstdint>
+#include <string>
+#include <utility>
 
 #include "zu/cloud/file_buff.h"
 #include "zu/cloud/internal/little_endian.h"
@@ -14,6 +16,55 @@ namespace {
 
 constexpr std::uint32_t kContainerMagic = 0xBABEF00D;
 constexpr std::uint32_t kVersion = 2;  // of every file written
+
+// What a file announces and does not hold. A file may have very many damaged clouds: the first is
+// told, the others are counted.
+class Losses {
+ public:
+  // Points of cloud i, from 0, that are missing.
+  void AddPoints(std::uint32_t i, std::uint64_t uMissing) {
+    if (uMissing == 0) return;
+    if (m_uPoints == 0) m_uCutCloud = i;
+    m_uPoints += uMissing;
+  }
+
+  // Cloud i, from 0, which begins at a position of the file, is none.
+  void AddCloud(std::uint32_t i, std::uint64_t uPos) {
+    if (m_uClouds++ == 0) {
+      m_uBadCloud = i;
+      m_uBadPos = uPos;
+    }
+  }
+
+  void Report(std::uint32_t uAnnounced, std::uint32_t uTried, std::uint64_t uRest, bool bStopped,
+              ZuCloudFindings& findings) const {
+    const auto add = [&findings](eZuCloudFinding eKind, std::string strText) {
+      findings.Add(eKind, 0, 0, std::move(strText));
+    };
+    const auto text = [](std::uint64_t u) { return std::to_string(u); };
+    if (bStopped) add(eZuCloudCut, "reading was stopped");
+    if (m_uClouds > 0) {
+      add(eZuCloudCut, "cloud " + text(m_uBadCloud + 1ull) + " at byte " + text(m_uBadPos) +
+                           " is damaged; dropped clouds: " + text(m_uClouds));
+    }
+    if (m_uPoints > 0) {
+      add(eZuCloudCut,
+          "cloud " + text(m_uCutCloud + 1ull) +
+              " ends early; points that are announced and missing: " + text(m_uPoints));
+    }
+    if (!bStopped && uTried < uAnnounced) {
+      add(eZuCloudCut,
+          text(uAnnounced) + " clouds are announced, the file ends after " + text(uTried));
+    }
+    if (!bStopped && uTried == uAnnounced && uRest > 0) {
+      add(eZuCloudDropped, text(uRest) + " bytes stand behind the last cloud");
+    }
+  }
+
+ private:
+  std::uint64_t m_uPoints = 0, m_uClouds = 0, m_uBadPos = 0;
+  std::uint32_t m_uCutCloud = 0, m_uBadCloud = 0;
+};
 
 }  // namespace
 
@@ -39,6 +90,7 @@ int ZuPointCloudContainer::Read(const wchar_t* szPath) {
 
 int ZuPointCloudContainer::Read(ZuFileBuff& buff) {
   m_bStopped = false;
+  m_Findings.Clear();
   if (buff.GetError() != eZuFileBuffGood || buff.GetSize() == 0) return 0;
   ZuProfiler profiler("Read Zuvoformat");
   if (buff.ReadWord() != kContainerMagic) return 0;
@@ -48,6 +100,7 @@ int ZuPointCloudContainer::Read(ZuFileBuff& buff) {
     ReadClouds(buff, iVersion);
   } catch (...) {
     dbgprintf("Error reading point clouds: what was read before memory ended is kept");
+    m_Findings.AddMemoryEnded();
   }
   m_iDirty = 0;
   m_Clouds.Renumber(1, nullptr, 1);
@@ -60,11 +113,15 @@ void ZuPointCloudContainer::ReadClouds(ZuFileBuff& buff, int iVersion) {
   // Ids count on from the first free one, without a walk of the list for each cloud; they are given
   // anew at the end.
   unsigned int uId = m_Clouds.GetFreeId(m_uNextIdHint);
-  for (std::uint32_t i = 0; i < uClouds && !buff.IsEnd() && !m_bStopped; ++i) {
+  Losses losses;
+  std::uint32_t i = 0;
+  for (; i < uClouds && !buff.IsEnd() && !m_bStopped; ++i) {
     ZuPointCloud* const pCloud = AddCloudWithId(uId);
+    const std::uint64_t uPos = buff.GetPosition();
+    std::uint64_t uMissing = 0;
     int iGood = 0;
     try {
-      iGood = pCloud->Read(buff, iVersion, progress);
+      iGood = pCloud->Read(buff, iVersion, progress, &uMissing);
     } catch (...) {
       UpdateCenterAndBox(pCloud);  // the points that had memory stay
       throw;
@@ -72,11 +129,14 @@ void ZuPointCloudContainer::ReadClouds(ZuFileBuff& buff, int iVersion) {
     if (iGood) {
       UpdateCenterAndBox(pCloud);
       ++uId;
+      losses.AddPoints(i, uMissing);
     } else {
       Delete(pCloud);
+      losses.AddCloud(i, uPos);
     }
     m_bStopped = progress.IsStopped();
   }
+  losses.Report(uClouds, i, buff.GetRest(), m_bStopped, m_Findings);
 }
 
 int ZuPointCloudContainer::Write(const char* szPath) {

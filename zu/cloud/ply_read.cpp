@@ -147,22 +147,6 @@ const char* ReadPlainLine(const char* p, PointOnLine& point) {
   return *p == '\n' ? p : nullptr;
 }
 
-// The next line, from source.Begin() to the returned line end, which at the end of the text is
-// End(); null when there is none or none is wanted.
-const char* NextLine(Source& source, ZuProgress& progress) {
-  std::size_t uSearched = 0;
-  for (;;) {
-    const char* const pBegin = source.Begin();
-    const char* const pFrom = pBegin + uSearched;
-    const std::size_t uLeft = static_cast<std::size_t>(source.End() - pFrom);
-    const void* pFound = std::memchr(pFrom, '\n', uLeft);
-    if (pFound) return static_cast<const char*>(pFound);
-    if (source.IsComplete()) return pBegin == source.End() ? nullptr : source.End();
-    uSearched += uLeft;
-    if (!source.Refill(progress)) return nullptr;
-  }
-}
-
 // Adds the points of the plain lines that stand whole in the text in hand.
 void AddPlainLines(Source& source, ZuPointFeed& feed) {
   const char* pBegin = source.Begin();
@@ -178,7 +162,7 @@ void AddPlainLines(Source& source, ZuPointFeed& feed) {
 
 void ReadPoints(Source& source, ZuPointFeed& feed, ZuProgress& progress) {
   Header header;
-  while (const char* pEnd = NextLine(source, progress)) {
+  while (const char* pEnd = ZuNextLine(source, progress)) {
     const char* const pBegin = source.Begin();
     const char* const pText = pEnd > pBegin && pEnd[-1] == '\r' ? pEnd - 1 : pEnd;
     if (!header.bEnded) {

@@ -94,9 +94,15 @@ class ZU_API ZuPointCloud : public ZuListnode, public ZuFlag, public ZuStandardN
 
   // Moves every point and those of the undo stack, and forms box and centre anew. True.
   //
-  // Required: normals, the eye and the box of the selection stay as they are. Estimate the normals
-  // again after a turn; Select forms the box of the selection anew.
+  // Required: normals, the eye and the box of the selection stay as they are. TransformNormals
+  // turns the normals; Select forms the box of the selection anew.
   bool Transform(const ZuAffinMap3d& map);
+
+  // Turns the normals, those of the undo stack too, as the map turns the surface, and gives them
+  // the length 1: with the linear part A of the map a normal n becomes A^-T n. Beside Transform,
+  // which moves the points alone. False, normals unchanged, for a map without inverse. A point
+  // without a normal stays without.
+  bool TransformNormals(const ZuAffinMap3d& map);
 
   // Keeps the eye and turns the normal of every point to it: (eye - p) / |eye - p|. A point on the
   // eye gets a normal that is not a number.
@@ -163,8 +169,9 @@ class ZU_API ZuPointCloud : public ZuListnode, public ZuFlag, public ZuStandardN
   friend class ZuPointFeed;
 
   // The file forms as parts of a longer operation that shows its own progress. nDone of nAll points
-  // were written before; a stopped writer ends after any point.
-  int Read(ZuFileBuff& buff, int iVersion, ZuProgress& progress);
+  // were written before; a stopped writer ends after any point. *puMissing becomes how many of the
+  // points that a good cloud announces the file does not hold.
+  int Read(ZuFileBuff& buff, int iVersion, ZuProgress& progress, std::uint64_t* puMissing);
   int Write(std::FILE* fp, ZuProgress& progress, std::int64_t nDone, std::int64_t nAll) const;
 
   static const char* const gpDesc;

@@ -40,42 +40,52 @@ bool AddWholePoints(ZuFileBuff& buff, std::uint32_t& uCount, ZuPointFeed& feed) 
   return n > 0;
 }
 
-void AddPoints(ZuFileBuff& buff, std::uint32_t uCount, ZuPointFeed& feed, ZuProgress& progress) {
+// True when the last point is one that the file ends within.
+bool AddPoints(ZuFileBuff& buff, std::uint32_t uCount, ZuPointFeed& feed, ZuProgress& progress) {
   while (uCount > 0 && AddWholePoints(buff, uCount, feed)) {
-    if (!progress.SetPosition(Signed(buff.GetPosition()), Signed(buff.GetSize()))) return;
+    if (!progress.SetPosition(Signed(buff.GetPosition()), Signed(buff.GetSize()))) return false;
   }
   // The file may end within a point, or within its magic word.
   ZuScanPoint3d point;
-  if (uCount > 0 && point.Read(buff)) feed.Add(point);
+  if (uCount == 0 || !point.Read(buff)) return false;
+  feed.Add(point);
+  return true;
 }
 
 }  // namespace
 
 int ZuPointCloud::Read(ZuFileBuff& buff, int iVersion) {
   ZuProgress progress("Reading point cloud");
+  std::uint64_t uMissing = 0;
   try {
-    return Read(buff, iVersion, progress);
+    return Read(buff, iVersion, progress, &uMissing);
   } catch (...) {
     dbgprintf("Error reading a point cloud: points read before memory ended are kept");
     return 1;
   }
 }
 
-int ZuPointCloud::Read(ZuFileBuff& buff, int iVersion, ZuProgress& progress) {
+int ZuPointCloud::Read(ZuFileBuff& buff, int iVersion, ZuProgress& progress,
+                       std::uint64_t* puMissing) {
   if (buff.ReadWord() != kCloudMagic) return 0;
   char acName[kNameSize + 1] = {};
   if (buff.Read(acName, kNameSize) > 0) SetName(String(acName));
   if (!buff.IsEnd()) m_iFlag = static_cast<int>(buff.ReadWord());
   if (iVersion > 1) m_Header.Read(buff);
 
+  // A cloud without its count is cut, however many points it had.
+  const bool bHasCount = buff.GetRest() >= sizeof(std::uint32_t);
   const std::uint32_t uCount = buff.ReadWord();
+  const std::size_t uFirst = m_aPoints.size();
   ZuPointFeed feed(*this);
   const std::size_t uBefore = m_aPoints.capacity();
   // The count is of all points of the array, as far as the file can hold them.
   if (uCount > m_aPoints.size()) {
     feed.Expect(uCount - m_aPoints.size(), buff.GetRest() / ZuScanPoint3d::FileSize + 1);
   }
-  AddPoints(buff, uCount, feed, progress);
+  const bool bLastIsCut = AddPoints(buff, uCount, feed, progress);
+  const std::size_t uWhole = m_aPoints.size() - uFirst - (bLastIsCut ? 1 : 0);
+  *puMissing = bHasCount ? uCount - uWhole : 1;
   // Of a false count nothing stays: each cloud of a file may have one.
   if (m_aPoints.capacity() > uBefore && m_aPoints.size() < m_aPoints.capacity() / 2) {
     m_aPoints.shrink_to_fit();

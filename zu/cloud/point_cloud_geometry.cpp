@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <cmath>
 
 #include "zu/cloud/internal/map_rows.h"
@@ -11,6 +12,9 @@
 namespace {
 
 constexpr unsigned int kPlaneSamples = 35;  // points that a common normal is fitted to, about
+
+// The determinant of a map whose largest element is 1 counts as 0 up to here [-].
+constexpr double kSingular = 1e-12;
 
 void PrintMap(const ZuAffinMap3d& map) {
   const double* pd = map.asDblArray();
@@ -38,6 +42,43 @@ bool ZuPointCloud::Transform(const ZuAffinMap3d& map) {
   m_Center = center.Center();
   for (auto& aPoints : m_aUndo) {
     for (ZuScanPoint3d& p : aPoints) rows.Transform(p);
+  }
+  return true;
+}
+
+bool ZuPointCloud::TransformNormals(const ZuAffinMap3d& map) {
+  // The cofactors of A are A^-T times its determinant, whose sign alone counts for a direction.
+  const double* const m = map.asDblArray();
+  double adCofactors[3][3], dDet = 0.0, dSize = 0.0;
+  for (int i = 0; i < 3; ++i) {
+    const double* const pNext = m + 4 * ((i + 1) % 3);
+    const double* const pLast = m + 4 * ((i + 2) % 3);
+    for (int k = 0; k < 3; ++k) {
+      const int k1 = (k + 1) % 3, k2 = (k + 2) % 3;
+      adCofactors[i][k] = pNext[k1] * pLast[k2] - pNext[k2] * pLast[k1];
+      dDet += i == 0 ? m[k] * adCofactors[0][k] : 0.0;
+      dSize = std::max(dSize, std::fabs(m[4 * i + k]));
+    }
+  }
+  if (!(std::fabs(dDet) > kSingular * dSize * dSize * dSize)) return false;
+
+  const double dSign = dDet > 0.0 ? 1.0 : -1.0;
+  const auto turn = [&](ZuScanPoint3d& p) {
+    if (!p.HasNormVector()) return;
+    const double adOld[3] = {p.m_fNX, p.m_fNY, p.m_fNZ};
+    double adNew[3];
+    for (int i = 0; i < 3; ++i) {
+      const double* const pRow = adCofactors[i];
+      adNew[i] = dSign * (pRow[0] * adOld[0] + pRow[1] * adOld[1] + pRow[2] * adOld[2]);
+    }
+    const double dLength = std::hypot(adNew[0], adNew[1], adNew[2]);
+    p.m_fNX = static_cast<float>(adNew[0] / dLength);
+    p.m_fNY = static_cast<float>(adNew[1] / dLength);
+    p.m_fNZ = static_cast<float>(adNew[2] / dLength);
+  };
+  for (ZuScanPoint3d& p : m_aPoints) turn(p);
+  for (auto& aPoints : m_aUndo) {
+    for (ZuScanPoint3d& p : aPoints) turn(p);
   }
   return true;
 }

@@ -90,3 +90,22 @@ class ZuLineSource {
   char* m_pEnd = nullptr;
   bool m_bComplete = false;  // nothing comes behind End()
 };
+
+// The next line, from source.Begin() to the returned line end, which at the end of the text is
+// End(); null when there is none or none is wanted, or when no line end comes within uMost bytes,
+// which are in hand then.
+template <class Input>
+const char* ZuNextLine(ZuLineSource<Input>& source, ZuProgress& progress,
+                       std::size_t uMost = static_cast<std::size_t>(-1)) {
+  std::size_t uSearched = 0;
+  for (;;) {
+    const char* const pBegin = source.Begin();
+    const char* const pFrom = pBegin + uSearched;
+    const std::size_t uLeft = static_cast<std::size_t>(source.End() - pFrom);
+    const void* pFound = std::memchr(pFrom, '\n', uLeft);
+    if (pFound) return static_cast<const char*>(pFound);
+    if (source.IsComplete()) return pBegin == source.End() ? nullptr : source.End();
+    uSearched += uLeft;
+    if (uSearched > uMost || !source.Refill(progress)) return nullptr;
+  }
+}

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <new>
+#include <span>
 
 #include "zu/cloud/internal/running_mean.h"
 #include "zu/cloud/point_cloud.h"
@@ -12,7 +13,11 @@
 class ZuPointFeed {
  public:
   explicit ZuPointFeed(ZuPointCloud& cloud)
-      : m_cloud(cloud), m_box(cloud.m_Box), m_selBox(cloud.m_SelBox), m_center(cloud.m_Center) {}
+      : m_cloud(cloud),
+        m_uFirst(cloud.m_aPoints.size()),
+        m_box(cloud.m_Box),
+        m_selBox(cloud.m_SelBox),
+        m_center(cloud.m_Center) {}
   ~ZuPointFeed() {
     m_cloud.m_Box = m_box;
     m_cloud.m_SelBox = m_selBox;
@@ -35,6 +40,10 @@ class ZuPointFeed {
     m_box.Update(x, y, z);
   }
 
+  // The points added so far, for values that only the whole file explains. Positions and selection
+  // are told already: they stay.
+  std::span<ZuScanPoint3d> GetAdded() { return std::span(m_cloud.m_aPoints).subspan(m_uFirst); }
+
   // A file announces uCount more points, of which uRoom at most can be in what is left of it. Only
   // a hint: nothing is reserved where the array's own growth is as good, so that any number of
   // announcements costs no more than the points that come, and no memory is no failure yet.
@@ -52,6 +61,7 @@ class ZuPointFeed {
 
  private:
   ZuPointCloud& m_cloud;
+  std::size_t m_uFirst;  // points that were there before
   ZuBoundingBox3d m_box;
   ZuBoundingBox3d m_selBox;
   ZuRunningMean m_center;
