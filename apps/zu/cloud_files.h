@@ -4,21 +4,45 @@
 #include <string>
 
 #include "context.h"
+#include "options.h"
+#include "zu/cloud/intensity_scale.h"
 #include "zu/cloud/point_cloud_container.h"
 
 namespace cli {
 
-// Adds the clouds of a binary, PTS, PLY or coordinate file; clouds without a name are named after
-// the file. Throws CommandError (bad input): no such file, no cloud in it, a binary file that ends
-// early.
-//
-// A text of lines with four fields is a coordinate file when it has no line for the count and each
-// line starts with a whole number or a name, and a PTS file otherwise.
-void ReadClouds(const std::string& strPath, const std::string& strColumns, Context& context,
-                ZuPointCloudContainer* pClouds);
+// How clouds are read and written, by the options of a command.
+struct CloudOptions {
+  std::string strColumns;             // of a coordinate file; empty: by its content
+  bool bPartial = false;              // take what a cut file holds
+  std::string strPly = "ascii";       // ascii, binary, binary-big, library
+  std::string strPts = "auto";        // auto, plain, intensity, rgb
+  std::string strIntensity = "auto";  // auto, 255, 65535, 2000
+};
 
-// Writes all clouds as the ending says: .zpc binary, .pts and .xyz PTS, .ply PLY, any other a
-// coordinate file of id, x, y, z. Throws CommandError (cannot write).
-void WriteClouds(ZuPointCloudContainer* pClouds, const std::string& strPath, Context& context);
+// Declares the options that reading has, and those of writing.
+void AddCloudInput(Options& options, CloudOptions* pCloudOptions);
+void AddCloudOutput(Options& options, CloudOptions* pCloudOptions);
+
+// Adds the clouds of a binary, PTS, PLY or coordinate file, or of a pipe that gives one; clouds
+// without a name are named after the file. Gives the scale of their intensities, none where the
+// file does not tell. What a reader assumed, dropped or limited becomes a warning.
+//
+// Text without a count whose lines are numbers is a PTS file where the name ends in .pts or .xyz, a
+// coordinate file where it ends in .csv or .coo or --columns is given, and otherwise what its first
+// column shows.
+//
+// Throws CommandError (bad input) naming file, line and column: no such file, no cloud in it, text
+// that is no number, fewer points than announced unless a part is wanted.
+eZuIntensityScale ReadClouds(const std::string& strPath, const CloudOptions& options,
+                             Context& context, ZuPointCloudContainer* pClouds);
+
+// Throws CommandError (usage) unless the name has an ending by which clouds are written.
+void CheckCloudEnding(const std::string& strPath);
+
+// Writes all clouds as the ending says: .zpc binary, .pts, .ply, .xyz lines of x y z, .csv, and
+// .coo or .txt a coordinate file of id, x, y, z. What the format does not keep is told in a
+// warning. Throws CommandError (cannot write).
+void WriteClouds(ZuPointCloudContainer* pClouds, const std::string& strPath,
+                 const CloudOptions& options, eZuIntensityScale eIntensity, Context& context);
 
 }  // namespace cli

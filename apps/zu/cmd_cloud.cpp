@@ -20,7 +20,7 @@ constexpr double kDegree = 3.14159265358979323846 / 180.0;
 struct Values {
   std::vector<std::string> files;
   std::string strIn, strOut;
-  std::string strColumns = "id,x,y,z";
+  CloudOptions cloud;
   std::string strMatrix, strTranslate, strRotate, strEye;
 };
 
@@ -143,7 +143,7 @@ ZuAffinMap3d MapOf(const Values& values) {
 ExitCode RunInfo(const Values& values, Context& context) {
   ZuPointCloudContainer clouds;
   for (const std::string& strFile : values.files) {
-    ReadClouds(strFile, values.strColumns, context, &clouds);
+    ReadClouds(strFile, values.cloud, context, &clouds);
   }
   Report(clouds, context);
   return kGood;
@@ -152,19 +152,57 @@ ExitCode RunInfo(const Values& values, Context& context) {
 // Reads IN, does the work on each cloud, writes OUT.
 template <class Work>
 ExitCode RunOn(const Values& values, Context& context, Work work) {
+  CheckCloudEnding(values.strOut);
   ZuPointCloudContainer clouds;
-  ReadClouds(values.strIn, values.strColumns, context, &clouds);
+  const eZuIntensityScale eIntensity = ReadClouds(values.strIn, values.cloud, context, &clouds);
   for (ZuPointCloud* p = clouds.GetClouds().First(); p != nullptr; p = p->Next()) work(*p);
-  WriteClouds(&clouds, values.strOut, context);
+  WriteClouds(&clouds, values.strOut, values.cloud, eIntensity, context);
   Report(clouds, context);
   return kGood;
+}
+
+// Moves a cloud, its normals with it.
+void Move(const ZuAffinMap3d& map, ZuPointCloud& cloud) {
+  if (CountNormals(cloud) > 0 && !cloud.TransformNormals(map)) {
+    throw CommandError(kUndetermined,
+                       "the map has no inverse: it makes the cloud flat, and its normals cannot be "
+                       "turned");
+  }
+  cloud.Transform(map);
+}
+
+// Points on the eye have no direction to it.
+unsigned int CountOn(const ZuPoint3d& eye, const ZuPointCloud& cloud) {
+  unsigned int uOn = 0;
+  for (const ZuScanPoint3d& p : cloud.GetPoints()) {
+    uOn += p.x == eye.x && p.y == eye.y && p.z == eye.z ? 1 : 0;
+  }
+  return uOn;
+}
+
+ExitCode RunNormals(const Values& values, Context& context) {
+  const auto v = Triple(values.strEye, "--eye");
+  const ZuPoint3d eye(v[0], v[1], v[2]);
+  unsigned int uOn = 0;
+  const ExitCode eCode = RunOn(values, context, [&eye, &uOn](ZuPointCloud& cloud) {
+    cloud.EstimateNormals(eye);
+    uOn += CountOn(eye, cloud);
+  });
+  context.Text() << "each normal is the direction from its point to the eye, not that of a "
+                    "surface\n";
+  context.Root()["normals_are"] = "directions to the eye";
+  if (uOn == 0) return eCode;
+  context.Warn("points that stand on the eye and have no direction to it: " + std::to_string(uOn));
+  return kNotAcceptable;
 }
 
 std::shared_ptr<Values> InAndOut(Options& options) {
   auto pValues = std::make_shared<Values>();
   options.Positional("IN", &pValues->strIn, "binary, PTS, PLY or coordinate file");
-  options.Positional("OUT", &pValues->strOut, "new file: .zpc, .pts, .xyz, .ply, or coordinates");
-  AddColumnsOption(options, &pValues->strColumns);
+  options.Positional("OUT", &pValues->strOut,
+                     "new file: .zpc, .ply, .pts, .xyz, .csv, .coo or .txt");
+  AddCloudInput(options, &pValues->cloud);
+  AddCloudOutput(options, &pValues->cloud);
   return pValues;
 }
 
@@ -172,7 +210,10 @@ std::shared_ptr<Values> InAndOut(Options& options) {
 
 Runner DefineCloudInfo(Options& options) {
   auto pValues = std::make_shared<Values>();
-  AddColumnsOption(options, &pValues->strColumns);
+  AddCloudInput(options, &pValues->cloud);
+  pValues->cloud.strPly = "auto";
+  options.Choice("--ply", {"auto", "library"}, &pValues->cloud.strPly,
+                 "library takes nine columns of a PLY file by their places");
   options.Positionals("FILE", &pValues->files, "binary, PTS, PLY or coordinate files");
   return [pValues](Context& context) { return RunInfo(*pValues, context); };
 }
@@ -190,7 +231,7 @@ Runner DefineCloudTransform(Options& options) {
                  "turn about x, then y, then z, in degrees");
   return [pValues](Context& context) {
     const ZuAffinMap3d map = MapOf(*pValues);
-    return RunOn(*pValues, context, [&map](ZuPointCloud& cloud) { cloud.Transform(map); });
+    return RunOn(*pValues, context, [&map](ZuPointCloud& cloud) { Move(map, cloud); });
   };
 }
 
@@ -198,11 +239,7 @@ Runner DefineCloudNormals(Options& options) {
   auto pValues = InAndOut(options);
   options.Option("--eye", "X,Y,Z", &pValues->strEye, "position of the scanner");
   options.Required();
-  return [pValues](Context& context) {
-    const auto v = Triple(pValues->strEye, "--eye");
-    const ZuPoint3d eye(v[0], v[1], v[2]);
-    return RunOn(*pValues, context, [&eye](ZuPointCloud& cloud) { cloud.EstimateNormals(eye); });
-  };
+  return [pValues](Context& context) { return RunNormals(*pValues, context); };
 }
 
 }  // namespace cli

@@ -37,13 +37,14 @@ const std::vector<Command>& Commands() {
        "  zu cloud convert samples/clouds/autzen.pts autzen.zpc\n"
        "writes 1065 points with their intensities and colours as a binary cloud file.",
        DefineCloudConvert},
-      {"cloud transform", "move point clouds",
+      {"cloud transform", "move point clouds and their normals",
        "  zu cloud transform samples/clouds/autzen.pts near.pts --translate -635000,-848000,0\n"
        "writes the points with smaller coordinates and shows their new limits.",
        DefineCloudTransform},
-      {"cloud normals", "turn the normals of point clouds to the scanner",
+      {"cloud normals", "set the normals of point clouds to the direction to the scanner",
        "  zu cloud normals samples/clouds/milk_carton.ply carton.zpc --eye 0,0,0\n"
-       "gives each of 13704 points a normal that looks at the camera.",
+       "gives each of 13704 points the direction to the camera as its normal; the normals of the\n"
+       "surface, which the file holds, are replaced.",
        DefineCloudNormals},
       {"camera info", "show the cameras of a file",
        "  zu camera info samples/chessboard/cameras.cam\n"

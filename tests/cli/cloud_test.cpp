@@ -1,19 +1,41 @@
 // zu cloud on the clouds of samples/clouds and on files made for a purpose.
 #include <gtest/gtest.h>
 
+#include <cmath>
+
 #include "tests/cli/program.h"
 
 namespace {
 
+using Arguments = std::vector<std::string>;
+
 std::string Sample(const std::string& strName) { return Source("samples/clouds/" + strName); }
 
-nlohmann::json Info(const std::string& strPath) {
-  const auto result = RunZu({"cloud", "info", strPath, "--json"}).Json();
+nlohmann::json Info(const std::string& strPath, const Arguments& options = {}) {
+  Arguments arguments = {"cloud", "info", strPath, "--json"};
+  arguments.insert(arguments.end(), options.begin(), options.end());
+  const auto result = RunZu(arguments).Json();
   EXPECT_EQ(result["clouds"].size(), 1u);
   return result["clouds"][0];
 }
 
+// Converts and returns what was written.
+std::string Converted(const std::string& strIn, const std::string& strOut,
+                      const Arguments& options = {}) {
+  Arguments arguments = {"cloud", "convert", strIn, strOut};
+  arguments.insert(arguments.end(), options.begin(), options.end());
+  const auto outcome = RunZu(arguments);
+  EXPECT_EQ(outcome.iExit, 0) << outcome.strErr;
+  return ReadFile(strOut);
+}
+
 const char* const kSamples[] = {"autzen.pts", "site_56_8.pts", "milk_carton.ply", "plane_scan.xyz"};
+
+const std::string kPly =
+    "ply\nformat ascii 1.0\nelement vertex 2\nproperty double z\nproperty double x\n"
+    "property double y\nproperty float nx\nproperty float ny\nproperty float nz\n"
+    "property uchar intensity\nend_header\n"
+    "3 5403200.123 2 0 0 1 0\n6 4 5 1 0 0 255\n";
 
 }  // namespace
 
@@ -21,7 +43,8 @@ TEST(Cloud, InfoGivesTheExpectedFigures) {
   const auto all = nlohmann::json::parse(ReadFile(Sample("expected.json")));
   for (const char* szName : kSamples) {
     SCOPED_TRACE(szName);
-    const auto cloud = Info(Sample(szName));
+    const bool bPly = std::string(szName) == "milk_carton.ply";
+    const auto cloud = Info(Sample(szName), bPly ? Arguments{"--ply", "library"} : Arguments{});
     const auto& expected = all.at(szName);
     EXPECT_EQ(cloud["points"], expected["points"]);
     EXPECT_EQ(cloud["min"], expected["min"]);
@@ -32,82 +55,206 @@ TEST(Cloud, InfoGivesTheExpectedFigures) {
       EXPECT_NEAR(cloud["centre"][i].get<double>(), expected["centre"][i].get<double>(), 1e-6);
     }
   }
+  const auto carton = Info(Sample("milk_carton.ply"));
+  EXPECT_EQ(carton["normals"], 13704);
+  EXPECT_EQ(carton["min"][0], -0.140082896);  // all digits of the file
 }
 
-// PTS to binary to PTS: the second text holds the numbers of the first, and so does a third.
+// Through every format and back: the numbers stay.
 TEST(Cloud, ConvertKeepsTheNumbers) {
   const ScratchFolder folder;
+  const std::string strPts = folder.Path("a.pts");
   for (const char* szName : kSamples) {
     SCOPED_TRACE(szName);
-    const std::string strBinary = folder.Path("a.zpc"), strText = folder.Path("b.pts"),
-                      strAgain = folder.Path("c.pts");
-    ASSERT_EQ(RunZu({"cloud", "convert", Sample(szName), strBinary}).iExit, 0);
-    ASSERT_EQ(RunZu({"cloud", "convert", strBinary, strText}).iExit, 0);
-    ASSERT_EQ(RunZu({"cloud", "convert", strText, strAgain}).iExit, 0);
-    EXPECT_EQ(ReadFile(strText), ReadFile(strAgain));
-    auto first = Info(Sample(szName)), second = Info(strText);
-    first.erase("name");
-    second.erase("name");
-    EXPECT_EQ(first, second);
+    const std::string strText = Converted(Sample(szName), strPts);
+    const struct {
+      const char* szName;
+      Arguments options;
+    } ways[] = {{"a.zpc", {}},
+                {"a.ply", {}},
+                {"a.ply", {"--ply", "binary"}},
+                {"a.ply", {"--ply", "binary-big"}}};
+    for (const auto& way : ways) {
+      const std::string strThrough = folder.Path(way.szName);
+      Converted(strPts, strThrough, way.options);
+      // A binary or PLY file does not tell that intensities were of -2000 to 2000.
+      EXPECT_EQ(
+          Converted(strThrough, folder.Path("b.pts"),
+                    {"--pts-intensity", szName[0] == 'a' || szName[0] == 's' ? "2000" : "auto"}),
+          strText);
+    }
+    const std::string strCsv = Converted(strPts, folder.Path("a.csv"));
+    const std::string strXyz = Converted(strPts, folder.Path("a.xyz"));
+    EXPECT_EQ(strCsv.substr(0, 11), "id,x,y,z\n1,");
+    EXPECT_EQ(Converted(folder.Path("a.csv"), folder.Path("b.xyz")), strXyz);
+    EXPECT_EQ(Converted(folder.Path("a.xyz"), folder.Path("b.csv")), strCsv);
+    EXPECT_EQ(Info(folder.Path("a.csv"))["max"], Info(strPts)["max"]);
   }
 }
 
-TEST(Cloud, KindsAreToldByContent) {
+TEST(Cloud, PlyByNamesAndPtsByDialects) {
+  const ScratchFolder folder;
+  const std::string strPly = folder.Write("in.ply", kPly), strOut = folder.Path("out.ply");
+  EXPECT_NE(Converted(strPly, strOut).find("5403200.123 2 3 0 0 1 0\n"), std::string::npos);
+  EXPECT_NE(Converted(strPly, strOut, {"--ply", "binary-big"}).find("binary_big_endian"),
+            std::string::npos);
+  EXPECT_EQ(Info(strOut)["max"][0], 5403200.123);
+  EXPECT_EQ(Info(strOut)["normals"], 2);
+  EXPECT_NE(Converted(strPly, strOut, {"--ply", "ascii"}).find("property double x"),
+            std::string::npos);
+
+  const std::string strPts =
+      folder.Write("in.pts", "3\n1 2 3 0 9 8 7\n1 2 3 7 6 5 4\n1 2 3 255 3 2 1\n");
+  const struct {
+    const char* szDialect;
+    const char* szText;
+  } dialects[] = {{"auto", "3\n1 2 3 0 9 8 7\n1 2 3 7 6 5 4\n1 2 3 255 3 2 1\n"},
+                  {"rgb", "3\n1 2 3 0 9 8 7\n1 2 3 7 6 5 4\n1 2 3 255 3 2 1\n"},
+                  {"intensity", "3\n1 2 3 0\n1 2 3 7\n1 2 3 255\n"},
+                  {"plain", "3\n1 2 3\n1 2 3\n1 2 3\n"}};
+  for (const auto& dialect : dialects) {
+    EXPECT_EQ(Converted(strPts, folder.Path("o.pts"), {"--pts-dialect", dialect.szDialect}),
+              dialect.szText);
+  }
+  const std::string strLevels = "2\n1 2 3 1\n1 2 3 65535\n";
+  EXPECT_EQ(Converted(folder.Write("l.pts", strLevels), folder.Path("o.pts")), strLevels);
+}
+
+TEST(Cloud, KindsAreToldByEndingColumnsAndContent) {
   const ScratchFolder folder;
   const struct {
+    const char* szName;
     const char* szText;
+    Arguments options;
     double dX;  // the first coordinate shows how the line was taken
-  } files[] = {{"2\n1 2 3 4\n5 6 7 8\n", 1.0},
-               {"101 2 3 4\n102 6 7 8\n", 2.0},
-               {"1.5 2 3 4\n2.5 6 7 8\n", 1.5},
-               {"# title\n101 2 3 4\n", 2.0},
-               {"1 2 3\n4 5 6\n", 1.0}};
+  } files[] = {{"c.dat", "2\n1 2 3 4\n5 6 7 8\n", {}, 1.0},
+               {"c.pts", "101 2 3 4\n102 6 7 8\n", {}, 101.0},
+               {"c.xyz", "101 2 3\n102 6 7\n", {}, 101.0},
+               {"c.coo", "101 2 3 4\n102 6 7 8\n", {}, 2.0},
+               {"c.dat", "101 2 3 4\n102 6 7 8\n", {"--columns", "id,x,y,z"}, 2.0},
+               {"c.pts", "101 2 3 4\n102 6 7 8\n", {"--columns", "skip,x,y,z"}, 2.0},
+               {"c.dat", "101 2.5 3 4.5\n102 6 7 8\n", {}, 2.5},
+               {"c.dat", "P1 2.5 3 4\nP2 6 7 8\n", {}, 2.5},
+               {"c.dat", "1.5 2 3 4\n2.5 6 7 8\n", {}, 1.5},
+               {"c.csv", "x,y,z,i\n1.5,2,3,4\n2,3,4,5\n", {}, 1.5},
+               {"c.csv", "1;2.5;3;4\n2;3;4;5\n", {}, 2.5},
+               {"c.dat", "# title\n1 2 3\n4 5 6\n", {}, 1.0}};
   for (const auto& file : files) {
     SCOPED_TRACE(file.szText);
-    EXPECT_EQ(Info(folder.Write("cloud.dat", file.szText))["min"][0], file.dX);
+    EXPECT_EQ(Info(folder.Write(file.szName, file.szText), file.options)["min"][0], file.dX);
   }
 }
 
-TEST(Cloud, TransformMovesAndNormalsLookAtTheEye) {
+// What is no cloud, or not all of one, is told with its place and changes nothing.
+TEST(Cloud, NothingWrongPasses) {
+  const ScratchFolder folder;
+  const std::string strOut = folder.Write("out.zpc", "old"), strIn = Sample("site_56_8.pts");
+  const std::string strBinary = Converted(strIn, folder.Path("s.zpc"));
+  int iFile = 0;
+  const auto info = [&](const std::string& strText, const char* szName = "c.pts") {
+    const std::string strName = std::to_string(++iFile) + szName;
+    return Arguments{"cloud", "info", folder.Write(strName, strText)};
+  };
+  const auto convert = [&](const std::string& strTo) {
+    return Arguments{"cloud", "convert", strIn, folder.Path(strTo)};
+  };
+  const auto transform = [&](const Arguments& options) {
+    Arguments arguments = {"cloud", "transform", strIn, strOut};
+    arguments.insert(arguments.end(), options.begin(), options.end());
+    return arguments;
+  };
+  const struct {
+    Arguments arguments;
+    int iExit;
+    const char* szMessage;
+  } cases[] = {
+      {{"cloud", "info", folder.Path("none.pts")}, 3, "no such file"},
+      {{"cloud", "info", "/dev/zero"}, 3, "device"},
+      {{"cloud", "info", "/tmp"}, 3, "folder"},
+      {{"cloud", "info", "/etc/passwd"}, 3, "text: \"root:"},
+      {info("//X Y Z\n1 2 3\n"), 3, "column names"},
+      {info(std::string("LASF\x01\x02\0\0", 8), "c.las"), 3, "looks like a LAS"},
+      {info("*110001+0000000000000012 81..00+0000000000001234\n", "c.gsi"), 3, "GSI"},
+      {info("1 2 3 4\n5 6 7 8\n", "c.dat"), 3, "--columns"},
+      {info("1 2 3\n4 5,5 6\n"), 3, "c.pts:2:3: \"5,5\" has a decimal comma, 5.5"},
+      {info("3\n1 2 3\n4 5 6\n"), 3, "c.pts:1: 3 points are announced, 2 are there\n--partial"},
+      {info(kPly.substr(0, kPly.size() - 20), "c.ply"), 3, "c.ply:12: the file ends within a line"},
+      {info(kPly.substr(0, kPly.size() - 16), "c.ply"), 3, "1 are there\n--partial"},
+      {info(kPly.substr(0, 30), "c.ply"), 3, "header"},
+      {info(strBinary.substr(0, strBinary.size() - 1), "c.zpc"), 3, "missing: 1\n--partial"},
+      {info("\x0D\xF0\xBE\xBA", "c.zpc"), 3, "no point cloud"},
+      {info("1 2 3\n", "c.zpc"), 3, "binary cloud"},
+      {info("1 2 3\n", "c.ply"), 3, "ply"},
+      {info("a\n"), 3, "text: \"a\""},
+      {convert("x.las"), 2, ".zpc, .pts"},
+      {convert("x"), 2, ".zpc, .pts"},
+      {convert("no/such/out.pts"), 5, "no/such"},
+      {transform({}), 2, "--matrix"},
+      {transform({"--translate", "1,2"}), 2, "three"},
+      {transform({"--matrix", folder.Write("m", "1 2")}), 3, "rows of four"}};
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.szMessage);
+    ExpectFailure(RunZu(c.arguments), c.iExit, c.szMessage);
+  }
+  RunOptions small;
+  small.iFileLimit = 1000;
+  ExpectFailure(RunZu({"cloud", "convert", Sample("autzen.pts"), strOut}, small), 5, "out.zpc");
+  EXPECT_EQ(ReadFile(strOut), "old");
+
+  // The part that is there, on request and with a warning.
+  for (const auto& arguments :
+       {info("3\n1 2 3\n4 5 6\n"), info(strBinary.substr(0, strBinary.size() - 1), "c.zpc")}) {
+    Arguments partial = arguments;
+    partial.push_back("--partial");
+    const auto outcome = RunZu(partial);
+    EXPECT_EQ(outcome.iExit, 0);
+    EXPECT_NE(outcome.strErr.find("announced"), std::string::npos);
+    EXPECT_NE(outcome.strOut.find(arguments[2].back() == 's' ? " 2 points" : " 8 points"),
+              std::string::npos)
+        << outcome.strOut;
+  }
+}
+
+TEST(Cloud, PipesGiveWhatTheFileGives) {
+  const ScratchFolder folder;
+  Converted(Sample("autzen.pts"), folder.Path("a.zpc"));
+  Converted(Sample("autzen.pts"), folder.Path("a.csv"));
+  for (const std::string& strPath : {Sample("autzen.pts"), Sample("milk_carton.ply"),
+                                     folder.Path("a.zpc"), folder.Path("a.csv")}) {
+    for (const char* szPipe : {"-", "/dev/stdin"}) {
+      RunOptions options;
+      options.strInput = ReadFile(strPath);
+      auto piped = RunZu({"cloud", "info", szPipe, "--json"}, options).Json()["clouds"][0];
+      auto file = Info(strPath);
+      piped.erase("name");
+      file.erase("name");
+      EXPECT_EQ(piped, file) << strPath;
+    }
+  }
+}
+
+TEST(Cloud, TransformTurnsNormalsAndTheEyeGivesDirections) {
   const ScratchFolder folder;
   const std::string strOut = folder.Path("out.ply");
   const std::string strPoints = folder.Write("in.xyz", "1 0 0\n0 0 5\n");
   const std::string strMatrix = folder.Write("m.txt", "0 -1 0 10\n1 0 0 20\n0 0 1 30\n");
-  const auto limits = [&](const std::vector<std::string>& options) {
-    std::vector<std::string> arguments = {"cloud", "transform", strPoints, folder.Path("o.pts"),
-                                          "--json"};
+  const auto limits = [&](const Arguments& options) {
+    Arguments arguments = {"cloud", "transform", strPoints, folder.Path("o.pts"), "--json"};
     arguments.insert(arguments.end(), options.begin(), options.end());
     const auto cloud = RunZu(arguments).Json()["clouds"][0];
     return std::vector<double>{cloud["max"][0], cloud["max"][1], cloud["max"][2]};
   };
   EXPECT_EQ(limits({"--translate=-1,2.5,3"}), (std::vector<double>{0.0, 2.5, 8.0}));
   EXPECT_EQ(limits({"--matrix", strMatrix}), (std::vector<double>{10.0, 21.0, 35.0}));
-  const auto turned = limits({"--rotate=0,0,90"});
-  EXPECT_NEAR(turned[1], 1.0, 1e-15);
-  EXPECT_NEAR(turned[0], 0.0, 1e-15);
+  EXPECT_NEAR(limits({"--rotate=0,0,90"})[1], 1.0, 1e-15);
 
-  const auto result = RunZu({"cloud", "normals", strPoints, strOut, "--eye", "1,0,10", "--json"});
-  EXPECT_EQ(result.Json()["clouds"][0]["normals"], 2);
-  EXPECT_NE(ReadFile(strOut).find("1 0 0 0 0 1 0 0 0\n"), std::string::npos);
-}
+  const std::string strPly = folder.Write("n.ply", kPly);
+  ASSERT_EQ(RunZu({"cloud", "transform", strPly, strOut, "--matrix", strMatrix}).iExit, 0);
+  EXPECT_NE(ReadFile(strOut).find(" 36 0 1 0 255\n"), std::string::npos) << ReadFile(strOut);
 
-TEST(Cloud, FailuresLeaveTheOldFile) {
-  const ScratchFolder folder;
-  const std::string strOut = folder.Write("out.zpc", "old");
-  const std::string strIn = Sample("site_56_8.pts");
-  ExpectFailure(RunZu({"cloud", "info", folder.Path("none.pts")}), 3, "no such file");
-  ExpectFailure(RunZu({"cloud", "info", folder.Write("x.zpc", "\x0D\xF0\xBE\xBA")}), 3,
-                "no point cloud");
-  ExpectFailure(RunZu({"cloud", "convert", folder.Write("e.pts", "a\n"), strOut}), 3,
-                "no point cloud");
-  ExpectFailure(RunZu({"cloud", "transform", strIn, strOut}), 2, "--matrix");
-  ExpectFailure(RunZu({"cloud", "transform", strIn, strOut, "--translate", "1,2"}), 2, "three");
-  ExpectFailure(RunZu({"cloud", "transform", strIn, strOut, "--matrix", folder.Write("m", "1 2")}),
-                3, "rows of four");
-  RunOptions small;
-  small.iFileLimit = 1000;
-  ExpectFailure(RunZu({"cloud", "convert", Sample("autzen.pts"), strOut}, small), 5, "out.zpc");
-  ExpectFailure(RunZu({"cloud", "convert", strIn, folder.Path("no/such/out.pts")}), 5, "no/such");
-  EXPECT_EQ(ReadFile(strOut), "old");
-  EXPECT_EQ(folder.Names(), (std::vector<std::string>{"e.pts", "m", "out.zpc", "x.zpc"}));
+  const auto result = RunZu({"cloud", "normals", strPoints, strOut, "--eye", "1,0,10"});
+  EXPECT_EQ(result.iExit, 0);
+  EXPECT_NE(result.strOut.find("direction from its point to the eye"), std::string::npos);
+  EXPECT_NE(ReadFile(strOut).find("1 0 0 0 0 1\n"), std::string::npos);
+  EXPECT_EQ(RunZu({"cloud", "normals", strPoints, strOut, "--eye", "1,0,0"}).iExit, 1);
 }

@@ -55,6 +55,7 @@ class HeaderReader {
   bool Fault(std::string strText) {
     // A file that was cut ends within a line.
     const eZuCloudFinding eKind = m_bLineEnds ? eZuCloudFault : eZuCloudCut;
+    if (!m_bLineEnds) strText = "the file ends within its header: " + strText;
     m_findings.Add(eKind, m_header.uLines, 0, std::move(strText));
     return false;
   }

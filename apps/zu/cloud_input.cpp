@@ -1,0 +1,237 @@
+// Reading clouds: what kind of file it is, the reader for it, and what that reader found.
+#include <algorithm>
+#include <cstdio>
+#include <fstream>
+#include <sstream>
+
+#include "cloud_files.h"
+#include "exit_code.h"
+#include "input_file.h"
+#include "point_input.h"
+#include "progress_line.h"
+#include "zu/cloud/cloud_detect.h"
+#include "zu/cloud/ply_file.h"
+#include "zu/cloud/pts_file.h"
+#include "zu/foundation/file_name.h"
+
+namespace cli {
+namespace {
+
+constexpr std::size_t kHead = 16384;  // bytes that tell a file's kind
+
+const char* const kNeeded =
+    "a binary cloud file (.zpc), PTS, PLY, lines of x y z, or a coordinate file with --columns";
+
+std::string ReadHead(const InputFile& file) {
+  std::ifstream stream(file.Path(), std::ios::binary);
+  std::string strHead(kHead, '\0');
+  stream.read(strHead.data(), static_cast<std::streamsize>(kHead));
+  strHead.resize(static_cast<std::size_t>(stream.gcount()));
+  return strHead;
+}
+
+std::string EndingOf(const std::string& strPath) {
+  const std::size_t uDot = strPath.find_last_of("./");
+  if (uDot == std::string::npos || strPath[uDot] == '/') return "";
+  std::string strEnding = strPath.substr(uDot);
+  for (char& c : strEnding) c = static_cast<char>(c >= 'A' && c <= 'Z' ? c + ('a' - 'A') : c);
+  return strEnding;
+}
+
+[[noreturn]] void Refuse(const InputFile& file, const std::string& strWhat) {
+  throw CommandError(kBadInput, file.Name() + ": " + strWhat + "\n" + kNeeded + " would be right");
+}
+
+eZuCloudFile KindOf(const InputFile& file, const std::string& strHead,
+                    const CloudOptions& options) {
+  std::string strLooksLike;
+  const eZuCloudFile eKind = ZuDetectCloudFile(strHead.data(), strHead.size(), &strLooksLike);
+  const std::string strEnding = EndingOf(file.Name());
+  if (eKind == eZuCloudFileBinary || eKind == eZuCloudFilePly) return eKind;
+  if (eKind == eZuCloudFileNone) {
+    // Titles may stand above the points of a coordinate file.
+    const bool bText = strLooksLike.compare(0, 5, "text:") == 0;
+    if (bText && !options.strColumns.empty()) return eZuCloudFileCoordinates;
+    Refuse(file, "looks like " + strLooksLike + ", not like a point cloud");
+  }
+  if (strEnding == ".zpc") Refuse(file, "does not start as a binary cloud file");
+  if (strEnding == ".ply") Refuse(file, "does not start with \"ply\"");
+  if (!options.strColumns.empty()) return eZuCloudFileCoordinates;
+  if (strEnding == ".pts" || strEnding == ".xyz") return eZuCloudFilePts;
+  if (strEnding == ".csv" || strEnding == ".coo") return eZuCloudFileCoordinates;
+  if (eKind == eZuCloudFileEither) {
+    throw CommandError(
+        kBadInput, file.Name() +
+                       ": the first column may be ids or x coordinates; --columns id,x,y,z or "
+                       "--columns x,y,z\nsays which, or a name that ends in .pts, .xyz or .coo");
+  }
+  return eKind;
+}
+
+// "file:12:5: text".
+std::string Placed(const std::string& strName, const ZuCloudFinding& finding) {
+  std::string strText = strName;
+  if (finding.m_uLine > 0) strText += ":" + std::to_string(finding.m_uLine);
+  if (finding.m_uColumn > 0) strText += ":" + std::to_string(finding.m_uColumn);
+  return strText + ": " + finding.m_strText;
+}
+
+// Findings as warnings; what is missing ends the command unless a part is wanted.
+void TellFindings(const ZuCloudFindings& findings, const InputFile& file,
+                  const CloudOptions& options, Context& context) {
+  if (const ZuCloudFinding* p = findings.First(eZuCloudFault)) {
+    throw CommandError(kBadInput, Placed(file.Name(), *p));
+  }
+  const ZuCloudFinding* const pCut = findings.First(eZuCloudCut);
+  if (pCut != nullptr && !options.bPartial) {
+    throw CommandError(kBadInput, Placed(file.Name(), *pCut) + "\n--partial takes what is there");
+  }
+  for (const ZuCloudFinding& finding : findings) context.Warn(Placed(file.Name(), finding));
+}
+
+// ---- coordinate files
+
+// The fields of the first line that is no comment.
+std::vector<std::string> FirstFields(const std::string& strHead) {
+  std::istringstream stream(strHead);
+  for (std::string strLine; std::getline(stream, strLine);) {
+    std::vector<std::string> fields;
+    const char* const szDelimiters = " \t\r,;\"";
+    for (std::size_t u = strLine.find_first_not_of(szDelimiters); u != strLine.npos;) {
+      const std::size_t uEnd = std::min(strLine.find_first_of(szDelimiters, u), strLine.size());
+      fields.push_back(strLine.substr(u, uEnd - u));
+      u = strLine.find_first_not_of(szDelimiters, uEnd);
+    }
+    if (!fields.empty() && fields[0][0] != '#') return fields;
+  }
+  return {};
+}
+
+bool IsWholeNumber(const std::string& strText) {
+  return !strText.empty() && strText.find_first_not_of("0123456789") == strText.npos;
+}
+
+// The columns that a first line of their names tells; empty for any other line.
+std::string ColumnsByNames(const std::vector<std::string>& fields) {
+  static const char* const kNames[] = {"id", "name", "x", "y", "z"};
+  std::string strColumns;
+  int iAxes = 0;
+  for (std::string strName : fields) {
+    for (char& c : strName) c = static_cast<char>(c >= 'A' && c <= 'Z' ? c + ('a' - 'A') : c);
+    if (IsWholeNumber(strName)) return "";
+    iAxes += strName == "x" || strName == "y" || strName == "z" ? 1 : 0;
+    const bool bKnown =
+        std::find(std::begin(kNames), std::end(kNames), strName) != std::end(kNames);
+    strColumns += (strColumns.empty() ? "" : ",") + (bKnown ? strName : "skip");
+  }
+  return iAxes == 3 ? strColumns : "";
+}
+
+std::string ColumnsByContent(const std::vector<std::string>& fields) {
+  if (fields.size() < 4) return "x,y,z";
+  if (IsWholeNumber(fields[0])) return "id,x,y,z";
+  const bool bNumber = fields[0].find_first_not_of("0123456789+-.eE") == std::string::npos;
+  return bNumber ? "x,y,z" : "idname,x,y,z";
+}
+
+// A copy of the file whose line of column names has become a comment. No line changes its number.
+class WithoutNames {
+ public:
+  explicit WithoutNames(const InputFile& file) : m_fp(std::tmpfile()) {
+    std::string strText = file.Text();
+    const std::size_t u = strText.find_first_of("\"xyzinXYZIN");
+    if (u != std::string::npos) strText[u] = '#';
+    const bool bWritten = m_fp != nullptr &&
+                          std::fwrite(strText.data(), 1, strText.size(), m_fp) == strText.size() &&
+                          std::fflush(m_fp) == 0;
+    if (!bWritten) {
+      if (m_fp != nullptr) std::fclose(m_fp);
+      throw CommandError(kBadInput, file.Name() + ": no room for a copy in the temporary folder");
+    }
+  }
+  ~WithoutNames() { std::fclose(m_fp); }
+  WithoutNames(const WithoutNames&) = delete;
+  WithoutNames& operator=(const WithoutNames&) = delete;
+
+  std::string Path() const { return "/proc/self/fd/" + std::to_string(fileno(m_fp)); }
+
+ private:
+  std::FILE* m_fp;
+};
+
+// Bytes that stand elsewhere, as those of a pipe do, are told by the name of their file.
+void ReadCoordinates(const std::string& strPath, const std::string& strName,
+                     const std::string& strColumns, Context& context, ZuPointList* pList) {
+  try {
+    ReadPointsOrRows(strPath, strColumns, context, pList);
+  } catch (const CommandError& error) {
+    std::string strText = error.what();
+    const std::size_t u = strText.find(strPath);
+    if (u != std::string::npos) strText.replace(u, strPath.size(), strName);
+    throw CommandError(error.Code(), strText);
+  }
+}
+
+void ReadCoordinateFile(const InputFile& file, const std::string& strHead,
+                        const std::string& strColumns, Context& context, ZuPointList* pList) {
+  const auto fields = FirstFields(strHead);
+  const std::string strNames = ColumnsByNames(fields);
+  if (strColumns.empty() && !strNames.empty()) {
+    return ReadCoordinates(WithoutNames(file).Path(), file.Name(), strNames, context, pList);
+  }
+  ReadCoordinates(file.Path(), file.Name(),
+                  strColumns.empty() ? ColumnsByContent(fields) : strColumns, context, pList);
+}
+
+void NameClouds(ZuPointCloud* p, const std::string& strPath) {
+  for (; p != nullptr; p = p->Next()) {
+    if (p->GetName().empty()) p->SetName(ZuGetFilenameNoExt(strPath.c_str()));
+  }
+}
+
+}  // namespace
+
+eZuIntensityScale ReadClouds(const std::string& strPath, const CloudOptions& options,
+                             Context& context, ZuPointCloudContainer* pClouds) {
+  const LibraryProgress progress(context.IsQuiet());
+  const InputFile file(strPath, "a cloud file");
+  const std::string strHead = ReadHead(file);
+  const eZuCloudFile eKind = KindOf(file, strHead, options);
+  ZuPointCloud* const pLast = pClouds->GetClouds().Last();
+  eZuIntensityScale eIntensity = eZuIntensityNone;
+  const auto take = [&](const ZuCloudReading& reading) {
+    TellFindings(reading.m_Findings, file, options, context);
+    eIntensity = reading.m_eIntensity;
+  };
+  if (eKind == eZuCloudFileBinary) {
+    pClouds->Read(file.Path().c_str());
+    TellFindings(pClouds->GetFindings(), file, options, context);
+  } else if (eKind == eZuCloudFilePly && options.strPly == "library") {
+    pClouds->ObsolteReadPlyFile(file.Path().c_str());
+  } else if (eKind == eZuCloudFilePly) {
+    take(ZuReadPly(file.Path().c_str(), *pClouds));
+  } else if (eKind == eZuCloudFilePts) {
+    take(ZuReadPts(file.Path().c_str(), *pClouds));
+  } else {
+    ZuPointList list;
+    ReadCoordinateFile(file, strHead, options.strColumns, context, &list);
+    ZuPointCloud* const pCloud = pClouds->AddCloud(&list);
+    if (pCloud != nullptr) pCloud->SetName(String());
+  }
+  ZuPointCloud* const pFirst = pLast != nullptr ? pLast->Next() : pClouds->First();
+  unsigned int uPoints = 0;
+  for (const ZuPointCloud* p = pFirst; p != nullptr; p = p->Next()) uPoints += p->GetPointCount();
+  // A container without clouds, or of empty ones, is whole; a text without a point is no cloud.
+  if (eKind == eZuCloudFileBinary ? pFirst == nullptr : uPoints == 0) {
+    Refuse(file, "no point cloud in the file");
+  }
+  NameClouds(pFirst, file.Name());
+  return eIntensity;
+}
+
+void AddCloudInput(Options& options, CloudOptions* p) {
+  AddColumnsOption(options, &p->strColumns);
+  options.Flag("--partial", &p->bPartial, "take the points of a file that ends too early");
+}
+
+}  // namespace cli
