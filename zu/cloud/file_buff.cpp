@@ -5,10 +5,12 @@
 
 #include "zu/cloud/internal/file_access.h"
 #include "zu/cloud/internal/little_endian.h"
+#include "zu/foundation/internal/build_size.h"
 
 namespace {
 
-constexpr std::size_t kWindow = 256 * 1024;  // bytes; small enough for the second-level cache
+// Bytes; small enough for the second-level cache.
+constexpr std::size_t kWindow = ZuBuildSize(256 * 1024, 4096);
 
 }  // namespace
 

@@ -12,13 +12,15 @@
 #include <memory>
 #include <utility>
 
+#include "zu/foundation/internal/build_size.h"
 #include "zu/foundation/progress.h"
 
 template <class Input>  // std::size_t Read(char*, std::size_t): fewer than asked at the end only
 class ZuLineSource {
  public:
-  static constexpr std::size_t BlockSize = 256 * 1024;  // bytes; stays in the second-level cache
-  static constexpr std::size_t Slack = 16;              // readable bytes behind End()
+  // Bytes; stays in the second-level cache.
+  static constexpr std::size_t BlockSize = ZuBuildSize(256 * 1024, 256);
+  static constexpr std::size_t Slack = 16;  // readable bytes behind End()
 
   // uSize: how many bytes the input has, 0 if nobody knows.
   ZuLineSource(Input input, std::uint64_t uSize) : m_input(input), m_uSize(uSize) { Allocate(); }

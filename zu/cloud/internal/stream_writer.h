@@ -6,6 +6,8 @@
 #include <cstddef>
 #include <cstdio>
 
+#include "zu/foundation/internal/build_size.h"
+
 class ZuStreamWriter {
  public:
   explicit ZuStreamWriter(std::FILE* fp) : m_fp(fp) {}
@@ -35,7 +37,7 @@ class ZuStreamWriter {
   bool IsGood() const { return m_bGood; }
 
  private:
-  static constexpr std::size_t kBlock = 32 * 1024;  // bytes
+  static constexpr std::size_t kBlock = ZuBuildSize(32 * 1024, 4096);  // bytes
 
   std::FILE* m_fp;
   std::size_t m_uUsed = 0;

@@ -4,13 +4,14 @@
 
 #include <memory>
 
+#include "zu/foundation/internal/build_size.h"
 #include "zu/numerics/matrix.h"
 
 class ZuCamera;
 
 class ZuInvAdjustTable {
  public:
-  static constexpr int kNodes = 781;  // along each axis
+  static constexpr int kNodes = ZuBuildSize(781, 29);  // along each axis
   static constexpr int kCells = kNodes - 1;
 
   ZuInvAdjustTable() : m_Matrix(3, 3) {}
@@ -38,7 +39,8 @@ class ZuInvAdjustTable {
   struct Place {
     float i, j;  // in the grid, 0 to kCells
   };
-  static constexpr int kGuessCells = 32;  // of the lattice of guesses, along each axis
+  static constexpr int kGuessCells =
+      ZuBuildSize(32, 4);  // of the lattice of guesses, along each axis
   static constexpr int kGuessNodes = kGuessCells + 1;
 
   static int ClampCell(int i) { return i < 1 ? 1 : i > kCells ? kCells : i; }

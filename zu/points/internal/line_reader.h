@@ -6,6 +6,8 @@
 #include <memory>
 #include <string_view>
 
+#include "zu/foundation/internal/build_size.h"
+
 // Gives lines without their line end and the carriage returns before it, each up to its first NUL
 // byte. A byte order mark at the start is passed over. A line above kMaxLine bytes is given in
 // pieces of that length. Text that a read error cuts is dropped. Memory is one block, whatever the
@@ -22,7 +24,7 @@ class ZuLineReader {
   bool IsPiece() const { return m_bPiece; }
 
  private:
-  static constexpr std::size_t kBlock = 65536;
+  static constexpr std::size_t kBlock = ZuBuildSize(65536, 2048);  // above kMaxLine
 
   void FillBlock();
 
