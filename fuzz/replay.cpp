@@ -3,6 +3,8 @@
 //   zu_fuzz_replay FOLDER...          the files of FOLDER/<target>/, each through its target
 //   zu_fuzz_replay --grow BYTES FOLDER...
 //
+// Ends with 1 if a target has no input at all.
+//
 // With --grow each file is repeated up to that size, and the slowest one of each target is told:
 // what grows faster than the file shows here.
 #include <algorithm>
@@ -14,6 +16,7 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <map>
 #include <string>
 #include <vector>
 
@@ -91,6 +94,7 @@ bool IsTarget(const std::filesystem::path& folder) {
 
 int main(int argc, char** argv) {
   int iFirst = 1, iRun = 0;
+  std::map<std::string, int> runs;
   std::size_t uGrow = 0;
   if (argc > 2 && std::strcmp(argv[1], "--grow") == 0) {
     uGrow = std::strtoul(argv[2], nullptr, 10);
@@ -104,9 +108,15 @@ int main(int argc, char** argv) {
       return 1;
     }
     for (const Target& target : kTargets) {
-      iRun += RunFolder(target, std::filesystem::path(argv[i]) / target.szName, uGrow);
+      runs[target.szName] +=
+          RunFolder(target, std::filesystem::path(argv[i]) / target.szName, uGrow);
     }
   }
+  for (const Target& target : kTargets) {
+    if (runs[target.szName] == 0) std::fprintf(stderr, "%s: no input\n", target.szName);
+    iRun += runs[target.szName];
+  }
   std::printf("%d inputs\n", iRun);
-  return iRun > 0 ? 0 : 1;
+  const auto isIdle = [&](const Target& target) { return runs[target.szName] == 0; };
+  return std::any_of(std::begin(kTargets), std::end(kTargets), isIdle) ? 1 : 0;
 }
