@@ -10,6 +10,7 @@
 #
 #   JOBS           targets at a time (number of processors)
 #   FUZZ_TIMEOUT   seconds that one input may take (20)
+#   FUZZ_FINDINGS  findings after which a target is left (10)
 #   FUZZ_NO_BUILD  not empty: takes the targets as they are
 set -uo pipefail
 cd "$(dirname "$0")/.."
@@ -30,7 +31,8 @@ campaign=build/fuzz/campaign
 history=$campaign/history.tsv
 max_length=12000  # bytes of an input: room for a line longer than any line buffer
 seed_length=3000  # of a sample; what follows in a large one is more of the same
-max_findings=10   # of a target in one run
+grown_length=5000 # of one more seed: beyond the blocks by which a build for fuzzing reads
+max_findings=${FUZZ_FINDINGS:-10}  # of a target in one run
 
 if [ -z "${FUZZ_NO_BUILD:-}" ]; then
   source .ci/packages.sh
@@ -64,9 +66,12 @@ stage_seeds() {
   local file seeds=$campaign/seeds/$1
   rm -rf "$seeds"
   mkdir -p "$seeds" "$campaign/corpus/$1" "$campaign/findings"
-  for file in $(samples "$1") fuzz/seeds/"$1"/* fuzz/regression/"$1"/*; do
-    [ -f "$file" ] && head -c "$seed_length" "$file" >"$seeds/$(basename "$file")"
+  for file in $(samples "$1"); do head -c "$seed_length" "$file" >"$seeds/$(basename "$file")"; done
+  for file in fuzz/seeds/"$1"/* fuzz/regression/"$1"/*; do
+    [ -f "$file" ] && cp "$file" "$seeds"
   done
+  file=$(find fuzz/seeds/"$1" -type f -size +0 | sort | head -n 1)
+  [ -n "$file" ] && yes "$file" | xargs cat 2>/dev/null | head -c $grown_length >"$seeds/grown"
 }
 
 # One start of a target; adds a line to the history: target, seconds, processor seconds, inputs,
@@ -128,9 +133,12 @@ touch "$history"
 first=$(($(wc -l <"$history") + 1))
 TMPDIR=$(mktemp -d "$([ -w /dev/shm ] && echo /dev/shm || echo /tmp)/zu_fuzz_XXXXXX")
 export TMPDIR
-# What the sanitizer keeps of freed memory and of each allocation's callers: little is enough to
-# find a fault, and more slows the targets and fills memory over hours.
-export ASAN_OPTIONS=quarantine_size_mb=64:malloc_context_size=12${ASAN_OPTIONS:+:$ASAN_OPTIONS}
+# Variables of functions that have returned are watched. What the sanitizer keeps of freed memory and of
+# each allocation's callers: little is enough to find a fault, and more slows the targets and fills
+# memory over hours.
+export ASAN_OPTIONS=detect_stack_use_after_return=1:quarantine_size_mb=64:malloc_context_size=12${ASAN_OPTIONS:+:$ASAN_OPTIONS}
+# Waiting threads would take the time of the other targets.
+export OMP_THREAD_LIMIT=1
 trap 'rm -rf "$TMPDIR"' EXIT
 failed=0
 running=0
