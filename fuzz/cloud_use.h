@@ -55,11 +55,6 @@ inline void UseClouds(ZuPointCloudContainer& clouds) {
   Require(clouds.Delete(clouds.First()));
 }
 
-// The same number, or both none; a zero keeps its sign.
-inline bool IsSame(double a, double b) {
-  return (std::isnan(a) && std::isnan(b)) || (a == b && std::signbit(a) == std::signbit(b));
-}
-
 // Position, colour and intensity as they were.
 inline void RequireSamePoints(const ZuPointCloud& a, const ZuPointCloud& b) {
   Require(a.GetPointCount() == b.GetPointCount());

@@ -4,16 +4,26 @@
 // choose beside the bytes, it derives from them.
 #pragma once
 
+#include <cmath>
 #include <cstdint>
+#include <cstdio>
 #include <cstdlib>
+#include <string>
 #include <string_view>
+#include <vector>
 
 #include "tests/support/temp_file.h"
+#include "zu/foundation/logger.h"
 #include "zu/foundation/reader.h"
 
 // What a target holds to be true of any input.
 inline void Require(bool bGood) {
   if (!bGood) std::abort();
+}
+
+// The same number, or both none; a zero keeps its sign.
+inline bool IsSame(double a, double b) {
+  return (std::isnan(a) && std::isnan(b)) || (a == b && std::signbit(a) == std::signbit(b));
 }
 
 class Input {
@@ -43,13 +53,6 @@ class Input {
     return m_text.empty() ? 0U : static_cast<unsigned char>(m_text.back());
   }
 
-  // True for one input in n: for what takes long.
-  bool OneIn(unsigned n) const {
-    std::uint32_t uHash = 2166136261U;  // FNV-1a, by G. Fowler, L. C. Noll, K.-P. Vo
-    for (const char c : m_text) uHash = (uHash ^ static_cast<unsigned char>(c)) * 16777619U;
-    return uHash % n == 0;
-  }
-
  private:
   std::string_view m_text;
 };
@@ -63,6 +66,37 @@ struct FaultCounter : public LinkHdl {
   int m_iFaults = 0;
 };
 
+// Keeps what the application's logger is given.
+struct LogLines : public ZuLogger {
+  LogLines() : ZuLogger(2) {}
+  int Log(int, const wchar_t* szText) override {
+    lines.emplace_back(szText);
+    return 0;
+  }
+  std::vector<std::wstring> lines;
+};
+
+// The log of a reader's errors tells their number and the line and status of each.
+inline void CheckErrorLog(ZuReader& reader) {
+  const int iCount = reader.GetReadErrorCount();
+  if (iCount > 20) return;
+  ZuMasterLogger master;
+  LogLines log;
+  master.SetFormat(L"$mesg");
+  master.AddLogger(&log);
+  ZuApplicationLogger::RegisterMasterLogger(&master);
+  reader.LogErrorsToApplicationLogger();
+  ZuApplicationLogger::RegisterMasterLogger(nullptr);
+  Require(log.lines.size() == (iCount == 0 ? 0U : static_cast<std::size_t>(iCount) + 1U));
+  std::size_t i = 0;
+  for (const ZuReaderError* p = reader.GetReaderErrorList().First(); p != nullptr; p = p->Next()) {
+    char szLine[100];
+    const int n = std::snprintf(szLine, sizeof(szLine), " - Line: %06u, Status: %s", p->m_uLine,
+                                GetZuParserStatusText(p->m_eStatus));
+    Require(log.lines[++i] == std::wstring(szLine, szLine + n));
+  }
+}
+
 // Runs a reader with these keywords over a file. With bGoOn it goes on behind faults.
 template <std::size_t N>
 void ReadKeywords(const char* szPath, ZuReaderObject (&keywords)[N], bool bGoOn) {
@@ -71,4 +105,5 @@ void ReadKeywords(const char* szPath, ZuReaderObject (&keywords)[N], bool bGoOn)
   if (bGoOn) reader.SetParserErrorHdl(Link(&faults, &FaultCounter::Count));
   for (ZuReaderObject& keyword : keywords) reader.RegisterObject(keyword);
   Require(reader.DoProcess(false) == 1);
+  CheckErrorLog(reader);
 }

@@ -23,8 +23,8 @@ inline bool IsKept(double d) {
 }
 inline bool IsKept(unsigned int uId) { return uId <= 2147483647U; }
 
-// Tables of applications, and for other bytes up to five columns out of the input's last ones:
-// every id that has a meaning, and some that have none.
+// Tables of applications, and for other bytes up to twelve columns out of the input's last ones, to
+// the first 0 or line end: every id that has a meaning, and some that have none.
 inline Columns TakeColumns(const Input& input) {
   static constexpr eZuPointRWMask kTables[][6] = {
       {eZuPointRWIdName, eZuPointRWX, eZuPointRWY, eZuPointRWZ, eZuPointRWEnd},
@@ -35,13 +35,23 @@ inline Columns TakeColumns(const Input& input) {
   const unsigned uOption = input.Option() ^ '\n';
   if (uOption < std::size(kTables)) return Columns(kTables[uOption]);
   std::vector<eZuPointRWMask> columns;
-  for (std::size_t i = input.Text().size(); i-- > 0 && columns.size() < 5;) {
+  for (std::size_t i = input.Text().size(); i-- > 0 && columns.size() < 12;) {
     const auto uByte = static_cast<unsigned char>(input.Text()[i]);
-    if (uByte == 0) break;
+    if (uByte == 0 || (uByte == '\n' && !columns.empty())) break;
     columns.push_back(static_cast<eZuPointRWMask>(uByte));
   }
   columns.push_back(eZuPointRWEnd);
   return Columns(columns.data());
+}
+
+// The same points in the same order: id, name and coordinates.
+inline void RequireSamePoints(const ZuPointList& a, const ZuPointList& b) {
+  Require(a.Count() == b.Count());
+  const ZuPoint* q = b.First();
+  for (const ZuPoint* p = a.First(); p != nullptr; p = p->Next(), q = q->Next()) {
+    Require(p->GetId() == q->GetId() && p->GetName() == q->GetName());
+    Require(IsClose(p->m_dX, q->m_dX) && IsClose(p->m_dY, q->m_dY) && IsClose(p->m_dZ, q->m_dZ));
+  }
 }
 
 // Searches and orders of a list.

@@ -25,11 +25,11 @@ class Project : public LinkHdl {
     ReadKeywords(szPath, keywords, bGoOn);
   }
 
-  void Use(bool bTable) {
+  void Use() {
     const ZuPlane plane = m_Planes.IsEmpty() ? ZuPlane() : *m_Planes.First();
     int iLeft = 3;  // of many like ones
     for (ZuPhoto* p = m_Photos.First(); p != nullptr && iLeft-- > 0; p = p->Next()) {
-      UsePhoto(*p, plane, bTable && iLeft == 2);
+      UsePhoto(*p, plane, iLeft == 2);
     }
     iLeft = 3;
     for (ZuOrthoPhoto* p = m_OrthoPhotos.First(); p != nullptr && iLeft-- > 0; p = p->Next()) {
@@ -84,6 +84,6 @@ class Project : public LinkHdl {
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* pData, std::size_t uSize) {
   const Input input(pData, uSize);
   Project project(input.Path(), (input.Option() & 4U) != 0);
-  project.Use(input.OneIn(512));
+  project.Use();
   return 0;
 }

@@ -1,11 +1,41 @@
-// Reseau files and digital camera files.
+// Reseau files and digital camera files; both forms, written, read back.
 #include <sstream>
 
-#include "fuzz/input.h"
+#include "fuzz/points_use.h"
 #include "zu/photo/reseau_data_desc.h"
 #include "zu/photo/reseau_file.h"
+#include "zu/rectify/polygon.h"
 
 namespace {
+
+constexpr double kDigits6 = 1e-5;   // relative, of six digits and the rounding of the last
+constexpr int kLongestText = 2000;  // leaves a line room for two of them
+
+bool IsWritable(const String& text) { return text.length() <= kLongestText && !text.contains('"'); }
+
+void CheckCrosses(const ZuReseauFile& reseau) {
+  const ZuPointList& crosses = reseau.GetCrossList();
+  for (const ZuPoint* p = crosses.First(); p != nullptr; p = p->Next()) {
+    if (!IsKept(p->GetId()) || !IsKept(p->m_dX) || !IsKept(p->m_dY)) return;
+  }
+  if (!IsWritable(reseau.GetComment())) return;
+  std::ostringstream os;
+  reseau.Write(os);
+  std::string strText = os.str();
+  for (int i = 0; i < 2; ++i) {  // regions are written empty
+    const std::size_t uRegion = strText.find("{}", reseau.GetComment().length());
+    Require(uRegion != std::string::npos);
+    strText.replace(uRegion, 2, "{ -1 -1 1 1 }");
+  }
+  ZuReseauFile again;
+  again.ReadFile(String(Input::Path(strText)));
+  Require(again.IsValid() && again.GetComment() == reseau.GetComment());
+  RequireSamePoints(crosses, again.GetCrossList());
+  const ZuPoint* q = again.GetCrossList().First();
+  for (const ZuPoint* p = crosses.First(); p != nullptr; p = p->Next(), q = q->Next()) {
+    Require(p->GetControlFlags() == q->GetControlFlags());
+  }
+}
 
 void Use(ZuReseauFile& reseau) {
   reseau.GetReseauWidth();
@@ -19,11 +49,45 @@ void Use(ZuReseauFile& reseau) {
   Require(reseau.FindUserSelectedCrosses(auIds, 4) <= 4);
   std::ostringstream os;
   reseau.WriteHeaderComment(os);
-  reseau.Write(os);
   reseau.WriteDigitalCameraFormat(os);
   ZuReseauFile copy(reseau);
   copy.GenerateDummyData();
   Require(copy.IsValid() == reseau.IsValid());
+  CheckCrosses(reseau);
+}
+
+ZuPolygon Frame(const ZuReseauFile& reseau) {
+  ZuPointList crosses(reseau.GetCrossList());
+  return ZuPolygon(&crosses, eLPolygonXY);
+}
+
+// Whether a line of the digital form gives this format back.
+bool IsDigital(const ZuReseauFile& reseau) {
+  if (reseau.GetCrossList().Count() != 4 || !IsKept(reseau.GetSubId())) return false;
+  const ZuPolygon frame = Frame(reseau);
+  return IsWritable(reseau.GetName()) && IsWritable(reseau.GetComment()) &&
+         std::isfinite(1e6 * frame.Width()) && std::isfinite(1e6 * frame.Height());
+}
+
+bool IsNear(double a, double b) { return std::fabs(a - b) <= kDigits6 * std::fabs(a) + 1e-320; }
+
+void CheckDigitalForm(ZuReseaufileList& list) {
+  ZuReseaufileList digital, again;
+  for (ZuReseauFile* p = list.First(); p != nullptr; p = p->Next()) {
+    if (IsDigital(*p)) digital.Add(*p);
+  }
+  Require(digital.WriteDigitalCameraFormat(Input::OutputPath()));
+  Require(again.ReadReseauFile(String(Input::OutputPath())) == digital.Count());
+  ZuReseauFile* q = again.First();
+  for (ZuReseauFile* p = digital.First(); p != nullptr; p = p->Next(), q = q->Next()) {
+    Require(p->GetName() == q->GetName() && p->GetSubId() == q->GetSubId());
+    Require(p->GetComment() == q->GetComment());
+    Require(p->GetExifPixelWidth() == q->GetExifPixelWidth());
+    Require(p->GetExifPixelHeight() == q->GetExifPixelHeight());
+    Require(IsNear(Frame(*p).Width(), Frame(*q).Width()));
+    Require(IsNear(Frame(*p).Height(), Frame(*q).Height()));
+    Require(again.FindReseauFile(ZuReseauDataDesc(q)) != nullptr);
+  }
 }
 
 }  // namespace
@@ -34,19 +98,16 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* pData, std::size_t uSi
 
   ZuReseauFile reseau;
   Require(reseau.ReadFile(String(szPath)) == 1);
-  Use(reseau);
-
   ZuReseaufileList list;
   Require(list.ReadReseauFile(String(szPath)) == list.Count());
+  Use(reseau);
   int iLeft = 8;
   for (ZuReseauFile* p = list.First(); p != nullptr && iLeft-- > 0; p = p->Next()) {
     Use(*p);
     Require(list.FindReseauFile(ZuReseauDataDesc(p)) != nullptr);
   }
   const ZuReseaufileList copy(list);
-  Require(copy.Count() == list.Count() && list.WriteDigitalCameraFormat(Input::OutputPath()));
-  ZuReseaufileList again;
-  again.ReadReseauFile(String(Input::OutputPath()));
-  again.ReadReseauFile(String(szPath));
+  Require(copy.Count() == list.Count());
+  CheckDigitalForm(list);
   return 0;
 }
