@@ -6,6 +6,7 @@
 
 #include "svg.h"
 #include "zu/photo/camera.h"
+#include "zu/photo/photo.h"
 
 namespace cli {
 
@@ -30,9 +31,9 @@ bool DisplacementAt(const ZuCamera& camera, double x, double y, Displacement* pR
   return std::isfinite(pResult->dx) && std::isfinite(pResult->dy);
 }
 
-double FarthestCorner(const ZuCamera& camera, ImageSize image) {
-  return std::hypot(image.dHalfWidth + std::fabs(camera.m_dXh),
-                    image.dHalfHeight + std::fabs(camera.m_dYh));
+double FarthestCorner(const ZuCamera& camera, ImageExtent image) {
+  return std::hypot(std::max(image.dRight - camera.m_dXh, camera.m_dXh - image.dLeft),
+                    std::max(image.dTop - camera.m_dYh, camera.m_dYh - image.dBottom));
 }
 
 struct Direction {
@@ -59,7 +60,7 @@ Curve CurveAlong(const ZuCamera& camera, Direction direction, double dReach) {
   return curve;
 }
 
-void DrawCurve(Svg& svg, const ZuCamera& camera, ImageSize image, double dLeft, double dTop,
+void DrawCurve(Svg& svg, const ZuCamera& camera, ImageExtent image, double dLeft, double dTop,
                double dWidth, double dHeight) {
   const double dReach = FarthestCorner(camera, image);
   const auto directions = CurveDirections(camera);
@@ -99,25 +100,22 @@ struct Vector {
 };
 
 // A grid over the image, as square as the sides allow.
-std::vector<Vector> GridVectors(const ZuCamera& camera, ImageSize image, double* pdSpacing) {
-  *pdSpacing = 2.0 * std::max(image.dHalfWidth, image.dHalfHeight) / (kVectors - 1);
-  const int nx =
-      std::max(2, static_cast<int>(std::lround(2.0 * image.dHalfWidth / *pdSpacing)) + 1);
-  const int ny =
-      std::max(2, static_cast<int>(std::lround(2.0 * image.dHalfHeight / *pdSpacing)) + 1);
+std::vector<Vector> GridVectors(const ZuCamera& camera, ImageExtent image, double* pdSpacing) {
+  const double dWidth = image.dRight - image.dLeft, dHeight = image.dTop - image.dBottom;
+  *pdSpacing = std::max(dWidth, dHeight) / (kVectors - 1);
+  const int nx = std::max(2, static_cast<int>(std::lround(dWidth / *pdSpacing)) + 1);
+  const int ny = std::max(2, static_cast<int>(std::lround(dHeight / *pdSpacing)) + 1);
   std::vector<Vector> vectors;
   for (int i = 0; i < nx; ++i) {
     for (int j = 0; j < ny; ++j) {
-      Vector v{image.dHalfWidth * (2.0 * i / (nx - 1) - 1.0),
-               image.dHalfHeight * (2.0 * j / (ny - 1) - 1.0),
-               {}};
+      Vector v{image.dLeft + dWidth * i / (nx - 1), image.dBottom + dHeight * j / (ny - 1), {}};
       if (DisplacementAt(camera, v.x, v.y, &v.d)) vectors.push_back(v);
     }
   }
   return vectors;
 }
 
-void DrawVectors(Svg& svg, const ZuCamera& camera, ImageSize image, double dLeft, double dTop,
+void DrawVectors(Svg& svg, const ZuCamera& camera, ImageExtent image, double dLeft, double dTop,
                  double dWidth, double dHeight) {
   double dSpacing = 0.0, dLongest = 0.0;
   const auto vectors = GridVectors(camera, image, &dSpacing);
@@ -125,14 +123,16 @@ void DrawVectors(Svg& svg, const ZuCamera& camera, ImageSize image, double dLeft
   double dFactor = dLongest > 0.0 ? kLongestVector * dSpacing / dLongest : 1.0;
   if (dLongest > 0.0) dFactor = SvgRoundDown(dFactor);
 
-  SvgPlot plot(svg, dLeft, dTop, dWidth, dHeight, {-1.1 * image.dHalfWidth, 1.1 * image.dHalfWidth},
-               {-1.1 * image.dHalfHeight, 1.1 * image.dHalfHeight});
+  const double dMarginX = 0.05 * (image.dRight - image.dLeft);
+  const double dMarginY = 0.05 * (image.dTop - image.dBottom);
+  SvgPlot plot(svg, dLeft, dTop, dWidth, dHeight, {image.dLeft - dMarginX, image.dRight + dMarginX},
+               {image.dBottom - dMarginY, image.dTop + dMarginY});
   plot.MakeSquareScale();
   plot.DrawFrame("Displacement over the image, drawn " + SvgNumber(dFactor) + " times as long",
                  "x [mm]", "y [mm]");
-  svg.Rect(plot.X(-image.dHalfWidth), plot.Y(image.dHalfHeight),
-           2.0 * image.dHalfWidth * plot.PixelsPerUnit(),
-           2.0 * image.dHalfHeight * plot.PixelsPerUnit(),
+  svg.Rect(plot.X(image.dLeft), plot.Y(image.dTop),
+           (image.dRight - image.dLeft) * plot.PixelsPerUnit(),
+           (image.dTop - image.dBottom) * plot.PixelsPerUnit(),
            "fill='none' stroke='#333' stroke-width='1.5'");
   for (const Vector& v : vectors) {
     svg.Arrow(plot.X(v.x), plot.Y(v.y), plot.X(v.x + dFactor * v.d.dx),
@@ -143,8 +143,8 @@ void DrawVectors(Svg& svg, const ZuCamera& camera, ImageSize image, double dLeft
   svg.Text(plot.X(camera.m_dXh) + 8.0, plot.Y(camera.m_dYh) - 7.0, "principal point", 12.0, "start",
            0.0, "fill='#c1272d' stroke='white' stroke-width='3' paint-order='stroke'");
   svg.Text(dLeft + dWidth, dTop + dHeight + 52.0,
-           "longest " + SvgNumber(dLongest * kMicrometres) + " \xC2\xB5m, frame: image", 12.0,
-           "end");
+           "longest " + SvgNumber(dLongest * kMicrometres) + " \xC2\xB5m, frame: " + image.szWhat,
+           12.0, "end");
 }
 
 std::string CameraTitle(const ZuCamera& camera) {
@@ -153,20 +153,28 @@ std::string CameraTitle(const ZuCamera& camera) {
 
 }  // namespace
 
-ImageSize DefaultImageSize(const ZuCamera& camera) {
+ImageExtent CameraExtent(const ZuCamera& camera) {
   double d = std::fabs(camera.m_dRMax != 0.0 ? camera.m_dRMax : 2.1 * camera.m_dR0);
   if (!(d > 0.0) || !std::isfinite(d)) d = 1.0;
-  return {d, d};
+  return {-d, -d, d, d, "domain of the camera"};
 }
 
-std::string DistortionCurve(const ZuCamera& camera, ImageSize image, double dWidth,
+ImageExtent PhotoExtent(const ZuPhoto& photo) {
+  ZuRegion region(photo.GetBikoRegion());
+  region.Sort();
+  const double dBorderX = 0.5 * photo.GetPixelSizeX(), dBorderY = 0.5 * photo.GetPixelSizeY();
+  return {region.Left() - dBorderX, region.Bottom() - dBorderY, region.Right() + dBorderX,
+          region.Top() + dBorderY, "image"};
+}
+
+std::string DistortionCurve(const ZuCamera& camera, ImageExtent image, double dWidth,
                             double dHeight) {
   Svg svg(dWidth, dHeight);
   DrawCurve(svg, camera, image, 90.0, 34.0, dWidth - 120.0, dHeight - 84.0);
   return svg.Document(CameraTitle(camera) + ", distortion");
 }
 
-std::string CameraPlot(const ZuCamera& camera, ImageSize image) {
+std::string CameraPlot(const ZuCamera& camera, ImageExtent image) {
   constexpr double kWidth = 1240.0, kHeight = 640.0;
   Svg svg(kWidth, kHeight);
   svg.Text(0.5 * kWidth, 30.0, CameraTitle(camera) + ": lens distortion", 20.0, "middle", 0.0,

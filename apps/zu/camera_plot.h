@@ -4,22 +4,28 @@
 #include <string>
 
 class ZuCamera;
+class ZuPhoto;
 
 namespace cli {
 
-// Half-width and half-height of an image around (0, 0) [mm].
-struct ImageSize {
-  double dHalfWidth, dHalfHeight;
+// The image in the image system [mm], and what it is ("image", "domain of the camera").
+struct ImageExtent {
+  double dLeft, dBottom, dRight, dTop;
+  const char* szWhat;
 };
 
-// The image that the camera is meant for: its table's half-width, or 2.1 r0.
-ImageSize DefaultImageSize(const ZuCamera& camera);
+// What a camera without photo is meant for: the square of its inverse table (RM, or 2.1 r0), which
+// reaches beyond the image.
+ImageExtent CameraExtent(const ZuCamera& camera);
+// The image of a photo, to the borders of its outer pixels.
+ImageExtent PhotoExtent(const ZuPhoto& photo);
 
 // Radial displacement [um] over the distance from the principal point [mm], outwards to the
 // farthest corner of the image; in the models with tangential terms along +x, +y and -x, -y.
-std::string DistortionCurve(const ZuCamera& camera, ImageSize image, double dWidth, double dHeight);
+std::string DistortionCurve(const ZuCamera& camera, ImageExtent image, double dWidth,
+                            double dHeight);
 
 // Curve and displacement vectors of the image side by side: a document of its own.
-std::string CameraPlot(const ZuCamera& camera, ImageSize image);
+std::string CameraPlot(const ZuCamera& camera, ImageExtent image);
 
 }  // namespace cli

@@ -1,14 +1,17 @@
-#include <iostream>
+// zu camera: the cameras of a file, their distortion forward and back, drawn, and as lines of the
+// adjustment program.
+#include <cmath>
 #include <locale>
 #include <memory>
 #include <sstream>
 
 #include "camera_plot.h"
 #include "commands.h"
+#include "point_input.h"
+#include "project_input.h"
 #include "text_table.h"
-#include "zu/foundation/file_name.h"
 #include "zu/photo/camera_list.h"
-#include "zu/photo/detect_files.h"
+#include "zu/photo/photo_view.h"
 #include "zu/points/point.h"
 
 namespace cli {
@@ -28,31 +31,6 @@ const char* ModeText(int iMode) {
     default:
       return "unknown";
   }
-}
-
-ZuCameraList ReadCameras(const std::string& strPath) {
-  const ZuDetectZuvoFiles file(strPath.c_str());
-  if (!file.IsType(eZuvoFileCamera) && !file.IsType(eZuvoFileSimpleCamera)) {
-    if (!ZuExistFile(strPath.c_str())) {
-      throw CommandError(kBadInput, strPath + ": no such file; a camera file is needed");
-    }
-    throw CommandError(kBadInput,
-                       strPath + ": " + GetZuvoFileText(file.GetType()) +
-                           "; a camera file with blocks CAMERA { ID 1 C ... } or\n{ id c "
-                           "xh yh a1 a2 r0 \"name\" } would be right");
-  }
-  ZuCameraList cameras(strPath.c_str());
-  if (cameras.GetReadErrorCount() > 0) {
-    throw CommandError(kBadInput, strPath + ":" + std::to_string(cameras.GetReadErrorLine()) +
-                                      ": " + cameras.GetReadErrorText() +
-                                      "; numbers, \"names\" and closed blocks would be right");
-  }
-  if (cameras.IsEmpty()) {
-    throw CommandError(kBadInput, strPath +
-                                      ": no camera in the file; CAMERA { ID 1 C ... } or { id "
-                                      "c xh yh a1 a2 r0 \"name\" } would be right");
-  }
-  return cameras;
 }
 
 const ZuCamera& FindCamera(const ZuCameraList& cameras, unsigned uId, const std::string& strPath) {
@@ -117,7 +95,7 @@ Runner DefineCameraInfo(Options& options) {
   auto pPath = std::make_shared<std::string>();
   options.Positional("FILE", pPath.get(), "camera file, either form");
   return [pPath](Context& context) {
-    const ZuCameraList cameras = ReadCameras(*pPath);
+    const ZuCameraList cameras = ReadCameras(*pPath, context);
     context.Root()["cameras"] = Json::array();
     for (const ZuCamera* p = cameras.First(); p != nullptr; p = p->Next()) {
       if (p != cameras.First()) context.Text() << '\n';
@@ -146,10 +124,16 @@ struct AdjustedPoint {
 AdjustedPoint AdjustOne(const ZuCamera& camera, const AdjustValues& values, const ZuPoint& point) {
   AdjustedPoint result{point.GetId(), point.m_dX, point.m_dY, true, ""};
   if (!values.bInverse) {
-    result.bGood = camera.Adjust(&result.x, &result.y);
-    result.szWhy = "no forward model";
+    if (!camera.Adjust(&result.x, &result.y)) {
+      result.szWhy = "no forward model";
+    } else if (!ZuIsInCameraDomain(camera, point.m_dX, point.m_dY)) {
+      result.szWhy = "outside the image that the camera is meant for";
+    }
+    result.bGood = *result.szWhy == 0;
   } else if (values.bTable) {
-    result.bGood = camera.InvAdjust(&result.x, &result.y);
+    result.bGood =
+        camera.InvAdjust(&result.x, &result.y) &&
+        (camera.m_iMode == eCameraModePinhole || ZuIsInCameraDomain(camera, result.x, result.y));
     result.szWhy = "outside the inverse table";
   } else {
     const eCameraInverse eStatus = camera.InvAdjustExact(&result.x, &result.y);
@@ -159,30 +143,8 @@ AdjustedPoint AdjustOne(const ZuCamera& camera, const AdjustValues& values, cons
   return result;
 }
 
-std::vector<ZuPoint> ReadStandardInput() {
-  constexpr eZuPointRWMask kColumns[] = {eZuPointRWId, eZuPointRWX, eZuPointRWY, eZuPointRWEnd};
-  const TZuFormatTable<eZuPointRWMask> table(kColumns);
-  std::vector<ZuPoint> points;
-  std::string strLine;
-  for (int iLine = 1; std::getline(std::cin, strLine); ++iLine) {
-    const size_t first = strLine.find_first_not_of(" \t\r");
-    if (first == std::string::npos || strLine[first] == '#') continue;
-    ZuPoint point;
-    if (point.Read(strLine.c_str(), table) < 3 || point.GetId() == 0) {
-      throw CommandError(kBadInput, "standard input:" + std::to_string(iLine) + ": \"" +
-                                        strLine.substr(0, 60) +
-                                        "\" is no point; id x y in mm would be right");
-    }
-    points.push_back(point);
-  }
-  if (points.empty()) {
-    throw CommandError(kBadInput, "standard input: no point; lines of id x y in mm would be right");
-  }
-  return points;
-}
-
 ExitCode RunAdjust(const AdjustValues& values, Context& context) {
-  const ZuCameraList cameras = ReadCameras(values.strPath);
+  const ZuCameraList cameras = ReadCameras(values.strPath, context);
   const ZuCamera& camera = FindCamera(cameras, values.uId, values.strPath);
   int iRefused = 0;
   std::string strLines;
@@ -190,12 +152,15 @@ ExitCode RunAdjust(const AdjustValues& values, Context& context) {
   json["camera"] = camera.GetId();
   json["inverse"] = values.bInverse;
   json["points"] = Json::array();
-  for (const ZuPoint& point : ReadStandardInput()) {
-    const AdjustedPoint result = AdjustOne(camera, values, point);
+  ZuPointList points;
+  ReadPoints("-", "id,x,y", context, &points);
+  for (const ZuPoint* p = points.First(); p != nullptr; p = p->Next()) {
+    const AdjustedPoint result = AdjustOne(camera, values, *p);
     Json entry;
     entry["id"] = result.uId;
     entry["x"] = result.bGood ? Json(result.x) : Json();
     entry["y"] = result.bGood ? Json(result.y) : Json();
+    if (!result.bGood) entry["reason"] = result.szWhy;
     json["points"].push_back(entry);
     if (result.bGood) {
       strLines +=
@@ -229,29 +194,73 @@ namespace {
 
 struct PlotValues {
   std::string strPath, strOut;
-  unsigned uId = 0;
+  unsigned uId = 0, uPhoto = 0;
   double dWidth = 0.0, dHeight = 0.0;
+  bool bId = false, bPhoto = false, bWidth = false, bHeight = false;
 };
 
-ExitCode RunPlot(const PlotValues& values, Context& context) {
-  const ZuCameraList cameras = ReadCameras(values.strPath);
+void CheckSide(const char* szOption, double dSide) {
+  if (dSide > 0.0 && std::isfinite(dSide)) return;
+  throw CommandError(kUsage, std::string(szOption) + ": " + Shortest(dSide) +
+                                 " is no length; mm above 0 would be right");
+}
+
+ZuCamera CameraOfFile(const PlotValues& values, Context& context, ImageExtent* pImage) {
+  const ZuCameraList cameras = ReadCameras(values.strPath, context);
   const ZuCamera& camera = FindCamera(cameras, values.uId, values.strPath);
+  *pImage = CameraExtent(camera);
+  return camera;
+}
+
+ZuCamera CameraOfPhoto(const PlotValues& values, Context& context, ImageExtent* pImage) {
+  const auto pProject = OpenProject(values.strPath, false);
+  const ZuPhoto& photo = FindPhoto(*pProject, values.uPhoto, values.strPath);
+  const std::string strLacks = pProject->Lacks(photo, Project::eNeedCamera | Project::eNeedPixels);
+  if (!strLacks.empty()) {
+    throw CommandError(kUndetermined, NameInMessages(values.strPath) + ": photo " +
+                                          std::to_string(values.uPhoto) + " " + strLacks);
+  }
+  WarnOf(*pProject, values.strPath, context);
+  *pImage = PhotoExtent(photo);
+  return photo.GetCamera();
+}
+
+ExitCode RunPlot(const PlotValues& values, Context& context) {
+  if (values.bId == values.bPhoto) {
+    throw CommandError(
+        kUsage,
+        "--id N tells the camera of a camera file, --photo N the photo of a project; "
+        "one of the two would be right");
+  }
+  if (values.bWidth) CheckSide("--width", values.dWidth);
+  if (values.bHeight) CheckSide("--height", values.dHeight);
+  ImageExtent image{};
+  const ZuCamera camera = values.bPhoto ? CameraOfPhoto(values, context, &image)
+                                        : CameraOfFile(values, context, &image);
   double x = camera.m_dXh, y = camera.m_dYh;
   if (!camera.Adjust(&x, &y)) {
-    throw CommandError(kUndetermined, values.strPath + ": camera " + std::to_string(values.uId) +
+    throw CommandError(kUndetermined, NameInMessages(values.strPath) + ": camera " +
+                                          std::to_string(camera.GetId()) +
                                           " has no forward model to draw (id 0, pinhole or an "
                                           "unknown mode); modes 0, 1 and 2 have one");
   }
-  ImageSize image = DefaultImageSize(camera);
-  if (values.dWidth > 0.0) image.dHalfWidth = 0.5 * values.dWidth;
-  if (values.dHeight > 0.0) image.dHalfHeight = 0.5 * values.dHeight;
+  if (values.bWidth) {
+    image.dLeft = -0.5 * values.dWidth;
+    image.dRight = 0.5 * values.dWidth;
+  }
+  if (values.bHeight) {
+    image.dBottom = -0.5 * values.dHeight;
+    image.dTop = 0.5 * values.dHeight;
+  }
+  if (values.bWidth && values.bHeight) image.szWhat = "image";
+  const double dWidth = image.dRight - image.dLeft, dHeight = image.dTop - image.dBottom;
   context.NewOutput(values.strOut).Stream() << CameraPlot(camera, image);
-  context.Text() << "Distortion of camera " << camera.GetId() << " over "
-                 << Shortest(2.0 * image.dHalfWidth) << " x " << Shortest(2.0 * image.dHalfHeight)
-                 << " mm drawn to " << values.strOut << '\n';
+  context.Text() << "Distortion of camera " << camera.GetId() << " over " << Fixed(dWidth, 3)
+                 << " x " << Fixed(dHeight, 3) << " mm (" << image.szWhat << ") drawn to "
+                 << values.strOut << '\n';
   context.Root()["file"] = values.strOut;
   context.Root()["camera"] = camera.GetId();
-  context.Root()["image"] = {2.0 * image.dHalfWidth, 2.0 * image.dHalfHeight};
+  context.Root()["image"] = {dWidth, dHeight};
   return kGood;
 }
 
@@ -259,14 +268,22 @@ ExitCode RunPlot(const PlotValues& values, Context& context) {
 
 Runner DefineCameraPlot(Options& options) {
   auto pValues = std::make_shared<PlotValues>();
-  options.Positional("FILE", &pValues->strPath, "camera file, either form");
-  options.Option("--id", "N", &pValues->uId, "the camera");
-  options.Required();
-  options.Option("--width", "MM", &pValues->dWidth, "width of the image; twice the camera's RM");
-  options.Option("--height", "MM", &pValues->dHeight, "height of the image; twice the camera's RM");
+  options.Positional("FILE", &pValues->strPath, "camera file, either form, or a project");
+  options.Option("--id", "N", &pValues->uId, "the camera of a camera file");
+  options.Option("--photo", "N", &pValues->uPhoto,
+                 "the photo of a project, whose image is drawn to its borders");
+  options.Option("--width", "MM", &pValues->dWidth,
+                 "width of the image around the axis; a camera file does not tell it");
+  options.Option("--height", "MM", &pValues->dHeight, "height of the image");
   options.Option("-o,--output", "FILE", &pValues->strOut, "the drawing, SVG");
   options.Required();
-  return [pValues](Context& context) { return RunPlot(*pValues, context); };
+  return [pValues, options](Context& context) {
+    pValues->bId = options.Given("--id");
+    pValues->bPhoto = options.Given("--photo");
+    pValues->bWidth = options.Given("--width");
+    pValues->bHeight = options.Given("--height");
+    return RunPlot(*pValues, context);
+  };
 }
 
 Runner DefineCameraGentri(Options& options) {
@@ -277,7 +294,7 @@ Runner DefineCameraGentri(Options& options) {
   options.Positional("FILE", &pValues->strPath, "camera file, either form");
   options.Option("-o,--output", "FILE", &pValues->strOut, "write the lines to a file, too");
   return [pValues](Context& context) {
-    const ZuCameraList cameras = ReadCameras(pValues->strPath);
+    const ZuCameraList cameras = ReadCameras(pValues->strPath, context);
     std::ostringstream lines;
     lines.imbue(std::locale::classic());
     cameras.WriteFile(lines, true);

@@ -5,6 +5,7 @@
 #include "measure_report.h"
 #include "measure_run.h"
 #include "point_input.h"
+#include "project_input.h"
 #include "text_table.h"
 
 namespace cli {
@@ -14,22 +15,36 @@ namespace {
 struct Values {
   std::string strProject, strPlane, strCheck, strOut, strReport;
   std::string strUnit = "object units";
-  bool bFlip = false;
+  bool bFlip = false, bPartial = false;
 };
 
+Json Or(bool bThere, double dValue) { return bThere ? Json(dValue) : Json(); }
+
 Json PhotoJson(const MeasuredPhoto& photo) {
+  const bool bChecked = photo.iChecked > 0;
   Json json;
   json["id"] = photo.pPhoto->GetId();
   json["name"] = photo.pPhoto->GetName().chars();
   json["points"] = photo.points.size();
   json["checked"] = photo.iChecked;
-  json["rms"] = photo.iChecked > 0 ? Json(photo.dRms) : Json();
-  json["rms_x"] = photo.iChecked > 0 ? Json(photo.dRmsX) : Json();
-  json["rms_y"] = photo.iChecked > 0 ? Json(photo.dRmsY) : Json();
-  json["rms_z"] = photo.iChecked > 0 ? Json(photo.dRmsZ) : Json();
+  json["rms"] = Or(bChecked, photo.dRms);
+  json["rms_x"] = Or(bChecked, photo.dRmsX);
+  json["rms_y"] = Or(bChecked, photo.dRmsY);
+  json["rms_z"] = Or(bChecked, photo.dRmsZ);
+  json["rms_pixels"] = Or(bChecked, photo.dRmsPixels);
   json["worst"] = photo.pWorst != nullptr
                       ? Json{{"id", photo.pWorst->uId}, {"length", photo.pWorst->Length()}}
                       : Json();
+  return json;
+}
+
+Json PointJson(unsigned uPhoto, const MeasuredPoint& p) {
+  Json json{{"photo", uPhoto}, {"id", p.uId}, {"x", p.x}, {"y", p.y}, {"z", p.z}};
+  json["dx"] = Or(p.bChecked, p.dx);
+  json["dy"] = Or(p.bChecked, p.dy);
+  json["dz"] = Or(p.bChecked, p.dz);
+  json["pixel_dx"] = Or(p.bChecked, p.rx);
+  json["pixel_dy"] = Or(p.bChecked, p.ry);
   return json;
 }
 
@@ -41,20 +56,26 @@ void AddJson(const Measurement& result, Context& context) {
                        {"points", result.iPlanePoints},
                        {"sigma0", result.dSigma0}};
   root["photos"] = Json::array();
-  root["rms"] = result.iChecked > 0 ? Json(result.dRms) : Json();
+  root["rms"] = Or(result.iChecked > 0, result.dRms);
+  root["rms_pixels"] = Or(result.iChecked > 0, result.dRmsPixels);
   root["checked"] = result.iChecked;
-  root["not_met"] = result.iNotMet;
+  root["not_met"] = result.refused.size();
+  root["left_out"] = Json::array();
+  root["refused"] = Json::array();
   root["points"] = Json::array();
+  if (!context.IsJson()) return;
+  for (const LeftOutPhoto& photo : result.leftOut) {
+    root["left_out"].push_back(Json{
+        {"photo", photo.uPhoto}, {"measurements", photo.uMeasurements}, {"reason", photo.strWhy}});
+  }
+  for (const RefusedPoint& point : result.refused) {
+    root["refused"].push_back(
+        Json{{"photo", point.uPhoto}, {"id", point.uId}, {"reason", point.strWhy}});
+  }
   for (const MeasuredPhoto& photo : result.photos) {
     root["photos"].push_back(PhotoJson(photo));
-    if (!context.IsJson()) continue;
     for (const MeasuredPoint& p : photo.points) {
-      Json point{
-          {"photo", photo.pPhoto->GetId()}, {"id", p.uId}, {"x", p.x}, {"y", p.y}, {"z", p.z}};
-      point["dx"] = p.bChecked ? Json(p.dx) : Json();
-      point["dy"] = p.bChecked ? Json(p.dy) : Json();
-      point["dz"] = p.bChecked ? Json(p.dz) : Json();
-      root["points"].push_back(point);
+      root["points"].push_back(PointJson(photo.pPhoto->GetId(), p));
     }
   }
 }
@@ -64,7 +85,7 @@ void Print(const Measurement& result, const Values& values, std::ostream& stream
   TextTable table;
   table.AddColumn("photo");
   table.AddColumn("file", TextTable::eLeft);
-  for (const char* szTitle : {"points", "RMS", "X", "Y", "Z", "worst", "point"}) {
+  for (const char* szTitle : {"points", "RMS", "X", "Y", "Z", "pixels", "worst", "point"}) {
     table.AddColumn(szTitle);
   }
   for (const MeasuredPhoto& photo : result.photos) {
@@ -72,8 +93,8 @@ void Print(const Measurement& result, const Values& values, std::ostream& stream
                                       photo.pPhoto->GetName().chars(),
                                       std::to_string(photo.points.size())};
     if (photo.pWorst != nullptr) {
-      for (const double d :
-           {photo.dRms, photo.dRmsX, photo.dRmsY, photo.dRmsZ, photo.pWorst->Length()}) {
+      for (const double d : {photo.dRms, photo.dRmsX, photo.dRmsY, photo.dRmsZ, photo.dRmsPixels,
+                             photo.pWorst->Length()}) {
         cells.push_back(Fixed(d, 4));
       }
       cells.push_back(std::to_string(photo.pWorst->uId));
@@ -98,12 +119,15 @@ void WriteObjectPoints(const Measurement& result, std::ostream& stream) {
 }
 
 ExitCode Run(const Values& values, Context& context) {
-  Project project(values.strProject, context);
+  const auto pProject = OpenProject(values.strProject, values.bPartial);
   ZuPointList planePoints, check;
   ReadPoints(values.strPlane, "id,x,y,z", context, &planePoints);
   if (!values.strCheck.empty()) ReadPoints(values.strCheck, "id,x,y,z", context, &check);
-  const Measurement result = MeasureProject(project, planePoints, check, values.bFlip, context);
+  const Measurement result =
+      MeasureProject(*pProject, planePoints, check, values.bFlip, context.IsQuiet());
 
+  WarnOf(*pProject, values.strProject, context);
+  WarnOf(result, context);
   Print(result, values, context.Text());
   AddJson(result, context);
   if (!values.strOut.empty()) {
@@ -117,7 +141,7 @@ ExitCode Run(const Values& values, Context& context) {
     input.pCheck = &check;
     context.NewOutput(values.strReport).Stream() << MeasureReport(result, input);
   }
-  return result.iNotMet > 0 ? kNotAcceptable : kGood;
+  return result.leftOut.empty() && result.refused.empty() ? kGood : kNotAcceptable;
 }
 
 }  // namespace
@@ -132,6 +156,7 @@ Runner DefineMeasure(Options& options) {
                  "coordinate file of points to compare with, by id");
   options.Flag("--flip", &pValues->bFlip,
                "y of the pixels counts the other way than the photos' transformations take it");
+  AddPartialOption(options, &pValues->bPartial);
   options.Option("--unit", "TEXT", &pValues->strUnit,
                  "unit of the object coordinates, for headings (\"mm\")");
   options.Option("-o,--output", "FILE", &pValues->strOut, "object points: photo, id, x, y, z");

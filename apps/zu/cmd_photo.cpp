@@ -1,11 +1,13 @@
 // zu photo: the photos of a project, and points along the chain of image coordinate systems.
+#include <cmath>
 #include <map>
 #include <memory>
 
 #include "commands.h"
 #include "point_input.h"
-#include "project.h"
+#include "project_input.h"
 #include "text_table.h"
+#include "zu/photo/photo_view.h"
 
 namespace cli {
 
@@ -95,12 +97,18 @@ void PrintPhoto(const ZuPhoto& photo, int iMeasured, std::ostream& stream) {
            << "\n                                 about Y b " << Angle(angles.b)
            << "\n                                 about Z c " << Angle(angles.c) << '\n';
   }
-  stream << "  " << iMeasured << " measured points, " << photo.CountZuspTrafo()
-         << " rectifications\n";
+  stream << "  " << Counted(static_cast<size_t>(iMeasured), "measured point") << ", "
+         << Counted(static_cast<size_t>(photo.CountZuspTrafo()), "rectification") << '\n';
 }
 
-ExitCode RunInfo(const std::string& strPath, Context& context) {
-  Project project(strPath, context);
+struct InfoValues {
+  std::string strPath;
+  bool bPartial = false;
+};
+
+ExitCode RunInfo(const InfoValues& values, Context& context) {
+  const auto pProject = OpenProject(values.strPath, values.bPartial);
+  Project& project = *pProject;
   Json& json = context.Root();
   json["photos"] = Json::array();
   for (ZuPhoto* p = project.Photos().First(); p != nullptr; p = p->Next()) {
@@ -111,39 +119,93 @@ ExitCode RunInfo(const std::string& strPath, Context& context) {
   json["orthophotos"] = Json::array();
   for (ZuOrthoPhoto* p = project.OrthoPhotos().First(); p != nullptr; p = p->Next()) {
     context.Text() << "Orthophoto " << ZuPhotoGuiString(p, false).chars() << ", "
-                   << p->ZuspPlaneList().Count() << " planes, " << Shortest(p->GetPixelSize())
-                   << " object units a pixel\n";
+                   << Counted(static_cast<size_t>(p->ZuspPlaneList().Count()), "plane") << ", "
+                   << Shortest(p->GetPixelSize()) << " object units a pixel\n";
     json["orthophotos"].push_back(Json{{"id", p->GetId()},
                                        {"name", p->GetName().chars()},
                                        {"planes", p->ZuspPlaneList().Count()},
                                        {"pixel_size", p->GetPixelSize()}});
   }
+  WarnOf(project, values.strPath, context);
   return kGood;
 }
 
 struct ConvertValues {
   std::string strPath, strMode, strOut;
   unsigned uPhoto = 0;
-  bool bFlip = false;
+  bool bFlip = false, bPartial = false;
 };
 
-bool NeedsOrientation(eConvertBikoMode eMode) { return eMode >= eObjectToAdjusted; }
+// A mode is one step or several along digi, pre, biko, adjusted, object.
+struct Chain {
+  eConvertBikoMode eMode;
+  bool bFromDigi, bToDigi, bFromObject, bCamera;
+
+  explicit Chain(const std::string& strMode)
+      : eMode(Modes().at(strMode)),
+        bFromDigi(strMode.rfind("digi-", 0) == 0),
+        bToDigi(strMode.size() > 5 && strMode.compare(strMode.size() - 5, 5, "-digi") == 0),
+        bFromObject(strMode.rfind("object-", 0) == 0),
+        bCamera(bFromObject || strMode.find("adjusted") != std::string::npos) {}
+
+  unsigned Needs() const {
+    const bool bPixels = eMode != eBikoToAdjusted && eMode != eAdjustedToBiko &&
+                         eMode != eObjectToAdjusted && eMode != eObjectToBiko;
+    return (bPixels ? Project::eNeedPixels : 0U) | (bCamera ? Project::eNeedCamera : 0U) |
+           (bFromObject ? Project::eNeedOrientation : 0U);
+  }
+  // Pre-transformations are told for pixels as the photo counts them.
+  bool CanTurn() const { return (bFromDigi && eMode != eDigiToPre) || bToDigi; }
+};
+
+// The camera's correction, or its inverse, can be trusted at the point; a chain goes on without.
+bool IsInCamera(const ZuPhoto& photo, const Chain& chain, const ZuPoint& point) {
+  const ZuCamera& camera = photo.GetCamera();
+  ZuPoint p(point);
+  if (chain.eMode == eAdjustedToBiko || chain.eMode == eAdjustedToDigi) {
+    return camera.InvAdjust(&p);
+  }
+  if (camera.m_iMode == eCameraModePinhole) return true;
+  if (chain.eMode == eBikoToAdjusted) return ZuIsInCameraDomain(camera, p.m_dX, p.m_dY);
+  photo.ConvertBiko(&p, eDigiToBiko);
+  return std::hypot(p.m_dX - camera.m_dXh, p.m_dY - camera.m_dYh) <= ZuValidImageRadius(photo);
+}
+
+// Null and the point converted, or why it is not.
+const char* Convert(const ZuPhoto& photo, const Chain& chain, bool bFlip, ZuPoint* p) {
+  if (chain.bFromDigi) {
+    if (bFlip) p->m_dY = ZuTurnPixelY(photo, p->m_dY);
+    if (!ZuIsInImage(photo, p->m_dX, p->m_dY)) return "outside the image";
+  }
+  if (chain.bFromObject && !ZuIsBeforeCamera(photo, *p)) return "behind the camera";
+  if (chain.bCamera && !chain.bFromObject && !IsInCamera(photo, chain, *p)) {
+    return "outside the domain of the camera";
+  }
+  if (!photo.ConvertBiko(p, chain.eMode)) return "outside the domain of the camera's inverse";
+  if (!std::isfinite(p->m_dX) || !std::isfinite(p->m_dY)) return "no finite result";
+  if (chain.bFromObject && chain.bToDigi && !ZuIsInImage(photo, p->m_dX, p->m_dY)) {
+    return "outside the image";
+  }
+  if (chain.bToDigi && bFlip) p->m_dY = ZuTurnPixelY(photo, p->m_dY);
+  return nullptr;
+}
 
 ExitCode RunConvert(const ConvertValues& values, Context& context) {
-  const auto mode = Modes().find(values.strMode);
-  const bool bObject = NeedsOrientation(mode->second);
-  Project project(values.strPath, context);
-  const ZuPhoto& photo = project.Photo(values.uPhoto);
-  if (bObject && !photo.HasAOR()) {
-    throw CommandError(kUndetermined, values.strPath + ": photo " + std::to_string(values.uPhoto) +
-                                          " has no exterior orientation; ORIENTED 1 with AORM and "
-                                          "AORV would be right");
+  const Chain chain(values.strMode);
+  if (values.bFlip && !chain.CanTurn()) {
+    throw CommandError(kUsage, "--flip turns y of pixels, and " + values.strMode +
+                                   " has none to turn; leave it out");
+  }
+  const auto pProject = OpenProject(values.strPath, values.bPartial);
+  const ZuPhoto& photo = FindPhoto(*pProject, values.uPhoto, values.strPath);
+  const std::string strLacks = pProject->Lacks(photo, chain.Needs());
+  if (!strLacks.empty()) {
+    throw CommandError(kUndetermined, NameInMessages(values.strPath) + ": photo " +
+                                          std::to_string(values.uPhoto) + " " + strLacks);
   }
   ZuPointList points;
-  ReadPoints("-", bObject ? "id,x,y,z" : "id,x,y", context, &points);
+  ReadPoints("-", chain.bFromObject ? "id,x,y,z" : "id,x,y", context, &points);
 
-  // The photo's own chain; with a turned y the prepared conversion, which knows of it.
-  const ZuBikoTransform flipped(&photo, mode->second, true);
   std::string strLines;
   int iRefused = 0;
   Json& json = context.Root();
@@ -151,19 +213,22 @@ ExitCode RunConvert(const ConvertValues& values, Context& context) {
   json["mode"] = values.strMode;
   json["points"] = Json::array();
   for (ZuPoint* p = points.First(); p != nullptr; p = p->Next()) {
-    const bool bGood = values.bFlip ? flipped.Transform(p) : photo.ConvertBiko(p, mode->second);
-    if (!bGood) {
-      context.Warn("point " + std::to_string(p->GetId()) +
-                   ": outside the image, or of the camera's inverse");
-      ++iRefused;
-    } else {
+    const char* szWhy = Convert(photo, chain, values.bFlip, p);
+    Json point{{"id", p->GetId()}};
+    point["x"] = szWhy == nullptr ? Json(p->m_dX) : Json();
+    point["y"] = szWhy == nullptr ? Json(p->m_dY) : Json();
+    if (szWhy == nullptr) {
       strLines +=
           std::to_string(p->GetId()) + ' ' + Shortest(p->m_dX) + ' ' + Shortest(p->m_dY) + '\n';
+    } else {
+      context.Warn("photo " + std::to_string(photo.GetId()) + ", point " +
+                   std::to_string(p->GetId()) + ": " + szWhy);
+      point["reason"] = szWhy;
+      ++iRefused;
     }
-    json["points"].push_back(Json{{"id", p->GetId()},
-                                  {"x", bGood ? Json(p->m_dX) : Json()},
-                                  {"y", bGood ? Json(p->m_dY) : Json()}});
+    json["points"].push_back(point);
   }
+  WarnOf(*pProject, values.strPath, context);
   json["refused"] = iRefused;
   context.Text() << strLines;
   if (!values.strOut.empty()) context.NewOutput(values.strOut).Stream() << strLines;
@@ -173,9 +238,10 @@ ExitCode RunConvert(const ConvertValues& values, Context& context) {
 }  // namespace
 
 Runner DefinePhotoInfo(Options& options) {
-  auto pPath = std::make_shared<std::string>();
-  options.Positional("PROJECT", pPath.get(), "project file");
-  return [pPath](Context& context) { return RunInfo(*pPath, context); };
+  auto pValues = std::make_shared<InfoValues>();
+  options.Positional("PROJECT", &pValues->strPath, "project file");
+  AddPartialOption(options, &pValues->bPartial);
+  return [pValues](Context& context) { return RunInfo(*pValues, context); };
 }
 
 Runner DefinePhotoConvert(Options& options) {
@@ -192,6 +258,7 @@ Runner DefinePhotoConvert(Options& options) {
   options.Required();
   options.Flag("--flip", &pValues->bFlip,
                "y of the pixels counts the other way than the photo's transformations take it");
+  AddPartialOption(options, &pValues->bPartial);
   options.Option("-o,--output", "FILE", &pValues->strOut, "write the points to a file, too");
   return [pValues](Context& context) { return RunConvert(*pValues, context); };
 }

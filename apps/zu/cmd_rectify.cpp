@@ -1,9 +1,10 @@
 // zu rectify: image points through a stored rectification of a photo, and back.
+#include <cmath>
 #include <memory>
 
 #include "commands.h"
 #include "point_input.h"
-#include "project.h"
+#include "project_input.h"
 #include "text_table.h"
 
 namespace cli {
@@ -13,7 +14,7 @@ namespace {
 struct Values {
   std::string strPath, strOut;
   unsigned uPhoto = 0, uZusp = 0;
-  bool bInverse = false;
+  bool bInverse = false, bPartial = false;
 };
 
 const ZuZuspTrafo& FindRectification(const ZuPhoto& photo, const Values& values) {
@@ -44,8 +45,15 @@ bool IsFinite(const ZuPoint& p) {
 }
 
 ExitCode Run(const Values& values, Context& context) {
-  Project project(values.strPath, context);
-  const ZuZuspTrafo& trafo = FindRectification(project.Photo(values.uPhoto), values);
+  const auto pProject = OpenProject(values.strPath, values.bPartial);
+  const ZuPhoto& photo = FindPhoto(*pProject, values.uPhoto, values.strPath);
+  const ZuZuspTrafo& trafo = FindRectification(photo, values);
+  const std::string strLacks = pProject->LacksRectification(values.uPhoto, values.uZusp);
+  if (!strLacks.empty()) {
+    throw CommandError(kUndetermined, values.strPath + ": rectification " +
+                                          std::to_string(values.uZusp) + " of photo " +
+                                          std::to_string(values.uPhoto) + " " + strLacks);
+  }
   if (values.bInverse) CheckInvertible(trafo, values);
   ZuPointList points;
   ReadPoints("-", values.bInverse ? "id,x,y,z" : "id,x,y", context, &points);
@@ -76,6 +84,7 @@ ExitCode Run(const Values& values, Context& context) {
     json["points"].push_back(Json{
         {"id", p->GetId()}, {"x", p->m_dX}, {"y", p->m_dY}, {"z", p->m_dZ}, {"inside", bInside}});
   }
+  WarnOf(*pProject, values.strPath, context);
   json["outside"] = iOutside;
   context.Text() << strLines;
   if (!values.strOut.empty()) context.NewOutput(values.strOut).Stream() << strLines;
@@ -92,6 +101,7 @@ Runner DefineRectify(Options& options) {
   options.Option("--zusp", "N", &pValues->uZusp, "its rectification");
   options.Required();
   options.Flag("--inverse", &pValues->bInverse, "from object to image coordinates");
+  AddPartialOption(options, &pValues->bPartial);
   options.Option("-o,--output", "FILE", &pValues->strOut, "write the points to a file, too");
   return [pValues](Context& context) { return Run(*pValues, context); };
 }

@@ -55,7 +55,7 @@ const std::vector<Command>& Commands() {
        "prints the point without distortion, reduced to the principal point",
        DefineCameraAdjust},
       {"camera plot", "draw a camera's distortion",
-       "  zu camera plot samples/chessboard/cameras.cam --id 1 -o curve.svg\n"
+       "  zu camera plot samples/chessboard/left.prj --photo 1 -o out/curve.svg\n"
        "draws the distortion curve and the displacement over the image",
        DefineCameraPlot},
       {"camera gentri", "print the cameras as lines of the adjustment program",

@@ -116,12 +116,10 @@ std::string CameraCurves(const Measurement& result) {
   for (const MeasuredPhoto& photo : result.photos) {
     const ZuCamera& camera = photo.pPhoto->GetCamera();
     if (shown.size() >= kCameraCurves || !shown.insert(camera.GetId()).second) continue;
-    const ZuRegion& biko = photo.pPhoto->GetBikoRegion();
-    const ImageSize image{0.5 * std::fabs(biko.Width()), 0.5 * std::fabs(biko.Height())};
-    html += "<figure>" + DistortionCurve(camera, image, 620.0, 340.0) + "<figcaption>Camera " +
-            std::to_string(camera.GetId()) + " \"" + XmlText(camera.GetName().chars()) +
-            "\": c = " + SvgNumber(std::fabs(camera.m_dC)) + " mm, principal point (" +
-            SvgNumber(camera.m_dXh) + ", " + SvgNumber(camera.m_dYh) +
+    html += "<figure>" + DistortionCurve(camera, PhotoExtent(*photo.pPhoto), 620.0, 340.0) +
+            "<figcaption>Camera " + std::to_string(camera.GetId()) + " \"" +
+            XmlText(camera.GetName().chars()) + "\": c = " + SvgNumber(std::fabs(camera.m_dC)) +
+            " mm, principal point (" + SvgNumber(camera.m_dXh) + ", " + SvgNumber(camera.m_dYh) +
             ") mm; to the corner of the image.</figcaption></figure>\n";
   }
   return html;
@@ -198,8 +196,8 @@ std::string VerdictOf(const Measurement& result, const std::string& strUnit) {
          " " + strUnit + " (photo " + std::to_string(worst.pPhoto->GetId()) + ", point " +
          std::to_string(worst.pWorst->uId) + "), " + std::to_string(iOutliers) +
          " beyond three times the RMS" +
-         (result.iNotMet > 0 ? "; " + std::to_string(result.iNotMet) + " rays did not meet it"
-                             : "") +
+         (!result.refused.empty() ? "; " + std::to_string(result.refused.size()) + " left out"
+                                  : "") +
          ".";
 }
 

@@ -2,111 +2,175 @@
 
 #include <algorithm>
 #include <cmath>
+#include <map>
 
 #include "exit_code.h"
+#include "progress_line.h"
+#include "project_input.h"
+#include "zu/photo/photo_view.h"
 #include "zu/rectify/calc_plane.h"
 
 namespace cli {
 
 namespace {
 
-// Differences of Bikos as differences of pixels, taken at the centre of the image: a residual is
-// short, and the transformations are nearly linear over it.
-class BikoToPixels {
- public:
-  BikoToPixels(const ZuPhoto& photo, bool bFlip) {
-    const ZuBikoTransform transform(&photo, eBikoToDigi, bFlip);
-    const auto pixel = [&transform](double x, double y) {
-      ZuPoint p(0, x, y);
-      transform.Transform(&p);
-      return p;
-    };
-    const ZuPoint origin = pixel(0.0, 0.0);
-    m_alongX = pixel(1.0, 0.0) - origin;
-    m_alongY = pixel(0.0, 1.0) - origin;
-  }
-  void Convert(double dx, double dy, MeasuredPoint* p) const {
-    p->rx = m_alongX.m_dX * dx + m_alongY.m_dX * dy;
-    p->ry = m_alongX.m_dY * dx + m_alongY.m_dY * dy;
-  }
-
- private:
-  ZuPoint m_alongX, m_alongY;
-};
-
-void Compare(const ZuPhoto& photo, const ZuPoint& check, const BikoToPixels& pixels,
-             const ZuPoint& adjusted, MeasuredPoint* p) {
-  p->bChecked = true;
-  p->dx = p->x - check.m_dX;
-  p->dy = p->y - check.m_dY;
-  p->dz = p->z - check.m_dZ;
-  ZuPoint image(check);
-  photo.ConvertBiko(&image, eObjectToAdjusted);
-  pixels.Convert(adjusted.m_dX - image.m_dX, adjusted.m_dY - image.m_dY, p);
-}
+constexpr unsigned kNeeds = Project::eNeedPixels | Project::eNeedCamera | Project::eNeedOrientation;
+constexpr int kProgressStep = 4096;  // measurements
 
 struct Sums {
-  double dX = 0.0, dY = 0.0, dZ = 0.0;
+  double dX = 0.0, dY = 0.0, dZ = 0.0, dPixels = 0.0;
   int n = 0;
 
   void Add(const MeasuredPoint& p) {
     dX += p.dx * p.dx;
     dY += p.dy * p.dy;
     dZ += p.dz * p.dz;
+    dPixels += p.rx * p.rx + p.ry * p.ry;
     ++n;
   }
-  template <class Result>
-  void Store(Result* pResult) const {
+  void Store(Quality* pQuality) const {
     if (n == 0) return;
-    pResult->dRmsX = std::sqrt(dX / n);
-    pResult->dRmsY = std::sqrt(dY / n);
-    pResult->dRmsZ = std::sqrt(dZ / n);
-    pResult->dRms = std::sqrt((dX + dY + dZ) / n);
-    pResult->iChecked = n;
+    pQuality->dRmsX = std::sqrt(dX / n);
+    pQuality->dRmsY = std::sqrt(dY / n);
+    pQuality->dRmsZ = std::sqrt(dZ / n);
+    pQuality->dRms = std::sqrt((dX + dY + dZ) / n);
+    pQuality->dRmsPixels = std::sqrt(dPixels / n);
+    pQuality->iChecked = n;
   }
 };
 
-// The measurements of one photo; those whose ray does not meet the plane are counted in *piNotMet.
-MeasuredPhoto MeasurePhoto(ZuPhoto& photo, const ZuPointList& measured, const ZuPlane& plane,
-                           const ZuSortHelper<ZuPoint>& check, bool bFlip, int* piNotMet) {
+// The measurements of one photo.
+class PhotoRun {
+ public:
+  PhotoRun(ZuPhoto& photo, const ZuPlane& plane, bool bFlip)
+      : m_photo(photo), m_plane(plane), m_bFlip(bFlip), m_dReach(ZuValidImageRadius(photo)) {}
+
+  // Null and the point met; else why not.
+  const char* Meet(const ZuPoint& pixel, const ZuPoint* pCheck, MeasuredPoint* pPoint) {
+    ZuPoint turned(pixel);
+    if (m_bFlip) turned.m_dY = ZuTurnPixelY(m_photo, pixel.m_dY);
+    if (!ZuIsInImage(m_photo, turned.m_dX, turned.m_dY)) return "it lies outside the image";
+    ZuPoint adjusted(turned), object;
+    if (!Adjust(&adjusted)) return "it lies where the camera's model is not one to one";
+    if (!m_photo.CalcSip(&object, m_plane, &adjusted) || !std::isfinite(object.m_dX) ||
+        !std::isfinite(object.m_dY) || !std::isfinite(object.m_dZ)) {
+      return "its ray is parallel to the plane";
+    }
+    if (!ZuIsBeforeCamera(m_photo, object)) return "its ray meets the plane behind the camera";
+    pPoint->uId = pixel.GetId();
+    pPoint->px = pixel.m_dX;
+    pPoint->py = pixel.m_dY;
+    pPoint->x = object.m_dX;
+    pPoint->y = object.m_dY;
+    pPoint->z = object.m_dZ;
+    if (pCheck != nullptr) Compare(*pCheck, turned, adjusted, pPoint);
+    return nullptr;
+  }
+
+ private:
+  bool Adjust(ZuPoint* p) const {
+    m_photo.ConvertBiko(p, eDigiToBiko);
+    const ZuCamera& camera = m_photo.GetCamera();
+    if (std::hypot(p->m_dX - camera.m_dXh, p->m_dY - camera.m_dYh) > m_dReach) return false;
+    m_photo.ConvertBiko(p, eBikoToAdjusted);
+    return true;
+  }
+
+  // The difference in the image is short: carried to pixels by the derivative at the measured
+  // place.
+  void Compare(const ZuPoint& check, const ZuPoint& pixel, const ZuPoint& adjusted,
+               MeasuredPoint* p) const {
+    p->bChecked = true;
+    p->dx = p->x - check.m_dX;
+    p->dy = p->y - check.m_dY;
+    p->dz = p->z - check.m_dZ;
+    ZuPoint image(check);
+    m_photo.ConvertBiko(&image, eObjectToAdjusted);
+    const ZuPoint u = Slope(pixel, 0.5, 0.0), v = Slope(pixel, 0.0, 0.5);
+    const double ex = adjusted.m_dX - image.m_dX, ey = adjusted.m_dY - image.m_dY;
+    const double dDet = u.m_dX * v.m_dY - u.m_dY * v.m_dX;
+    p->rx = (ex * v.m_dY - ey * v.m_dX) / dDet;
+    p->ry = (u.m_dX * ey - u.m_dY * ex) / dDet * (m_bFlip ? -1.0 : 1.0);
+  }
+
+  // The adjusted point's change from the pixel less (dx, dy) to the pixel plus (dx, dy).
+  ZuPoint Slope(const ZuPoint& pixel, double dx, double dy) const {
+    ZuPoint from(pixel), to(pixel);
+    from.m_dX -= dx;
+    from.m_dY -= dy;
+    to.m_dX += dx;
+    to.m_dY += dy;
+    m_photo.ConvertBiko(&from, eDigiToAdjusted);
+    m_photo.ConvertBiko(&to, eDigiToAdjusted);
+    return to - from;
+  }
+
+  ZuPhoto& m_photo;
+  const ZuPlane& m_plane;
+  bool m_bFlip;
+  double m_dReach;
+};
+
+// Lines of the first two places of each id that stands more than once.
+std::map<unsigned, std::string> DoubledIds(const std::vector<Project::Row>& rows) {
+  std::map<unsigned, std::string> doubled;
+  for (const Project::Row& row : rows) {
+    doubled.emplace(row.uId, "it is measured twice (lines " + std::to_string(row.uFirstLine) +
+                                 " and " + std::to_string(row.uLine) + ")");
+  }
+  return doubled;
+}
+
+MeasuredPhoto MeasurePhoto(ZuPhoto& photo, Project& project, const ZuSortHelper<ZuPoint>& check,
+                           bool bFlip, ProgressLine* pProgress, Measurement* pResult) {
   MeasuredPhoto result;
   result.pPhoto = &photo;
-  const ZuBikoTransform flipped(&photo, eDigiToAdjusted, true);
-  const BikoToPixels pixels(photo, bFlip);
+  const ZuPointList& measured = project.Pixels(photo.GetId());
+  auto doubled = DoubledIds(project.Doubled(photo.GetId()));
+  PhotoRun run(photo, pResult->plane, bFlip);
+  result.points.reserve(static_cast<size_t>(measured.Count()));
+  int n = 0;
   for (const ZuPoint* p = measured.First(); p != nullptr; p = p->Next()) {
-    ZuPoint adjusted(*p), object;
-    bFlip ? flipped.Transform(&adjusted) : photo.ConvertBiko(&adjusted, eDigiToAdjusted);
-    const bool bMet = photo.CalcSip(&object, plane, &adjusted);
-    if (!bMet || !std::isfinite(object.m_dX) || !std::isfinite(object.m_dY) ||
-        !std::isfinite(object.m_dZ)) {
-      ++*piNotMet;
+    if (++n % kProgressStep == 0) pProgress->Update(static_cast<double>(n) / measured.Count());
+    const auto twice = doubled.find(p->GetId());
+    if (twice != doubled.end()) {
+      if (twice->second.empty()) continue;  // told
+      pResult->refused.push_back({photo.GetId(), p->GetId(), twice->second});
+      twice->second.clear();
       continue;
     }
     MeasuredPoint point;
-    point.uId = p->GetId();
-    point.px = p->m_dX;
-    point.py = p->m_dY;
-    point.x = object.m_dX;
-    point.y = object.m_dY;
-    point.z = object.m_dZ;
-    const ZuPoint* pCheck = check.Find(p->GetId());
-    if (pCheck != nullptr) Compare(photo, *pCheck, pixels, adjusted, &point);
-    result.points.push_back(point);
+    const char* szWhy = run.Meet(*p, check.Find(p->GetId()), &point);
+    if (szWhy == nullptr) {
+      result.points.push_back(point);
+    } else {
+      pResult->refused.push_back({photo.GetId(), p->GetId(), szWhy});
+    }
   }
   return result;
 }
 
-void Summarize(MeasuredPhoto* pPhoto, Sums* pAll) {
-  Sums sums;
-  for (const MeasuredPoint& point : pPhoto->points) {
-    if (!point.bChecked) continue;
-    sums.Add(point);
-    pAll->Add(point);
-    if (pPhoto->pWorst == nullptr || point.Length() > pPhoto->pWorst->Length()) {
-      pPhoto->pWorst = &point;
+void Summarize(Measurement* pResult) {
+  Sums all;
+  for (MeasuredPhoto& photo : pResult->photos) {
+    Sums sums;
+    for (const MeasuredPoint& point : photo.points) {
+      if (!point.bChecked) continue;
+      sums.Add(point);
+      all.Add(point);
+      if (photo.pWorst == nullptr || point.Length() > photo.pWorst->Length()) {
+        photo.pWorst = &point;
+      }
+    }
+    sums.Store(&photo);
+    pResult->iPoints += static_cast<int>(photo.points.size());
+    const MeasuredPhoto* pWorst = pResult->pWorstPhoto;
+    if (photo.pWorst != nullptr &&
+        (pWorst == nullptr || photo.pWorst->Length() > pWorst->pWorst->Length())) {
+      pResult->pWorstPhoto = &photo;
     }
   }
-  sums.Store(pPhoto);
+  all.Store(pResult);
 }
 
 void FitPlane(ZuPointList& points, Measurement* pResult) {
@@ -116,9 +180,9 @@ void FitPlane(ZuPointList& points, Measurement* pResult) {
   const ZuPlane& plane = pResult->plane;
   if (!bFitted || plane.IsValid() == 0 ||
       !std::isfinite(plane.A() + plane.B() + plane.C() + plane.D())) {
-    throw CommandError(kUndetermined, std::string("no plane fits the points given with --plane (") +
-                                          calc.GetZuPlaneStatusAsText() +
-                                          "); three or more that are not on one line would do");
+    throw CommandError(kUndetermined,
+                       "no plane fits the points given with --plane; three or more that are not on "
+                       "one line would do");
   }
   pResult->iPlanePoints = points.Count();
   pResult->dSigma0 = calc.GetZuPlaneSigma0();
@@ -127,48 +191,79 @@ void FitPlane(ZuPointList& points, Measurement* pResult) {
   }
 }
 
+std::string Text(const LeftOutPhoto& photo) {
+  return "photo " + std::to_string(photo.uPhoto) + " " + photo.strWhy;
+}
+
+std::string Text(const RefusedPoint& point) {
+  return "photo " + std::to_string(point.uPhoto) + ", point " + std::to_string(point.uId) + ": " +
+         point.strWhy;
+}
+
+// The first reasons, in at most three lines.
+[[noreturn]] void FailWithout(const Measurement& result) {
+  std::string strText = "nothing to measure";
+  if (result.leftOut.empty() && result.refused.empty()) {
+    strText +=
+        ": the project has no measurements; MEASURE { PHOTOID n POINTS { id x y ... } } would "
+        "be right";
+  }
+  if (!result.leftOut.empty()) {
+    strText += "\n" + Text(result.leftOut[0]);
+    if (result.leftOut.size() > 1) {
+      strText += " (and " + Counted(result.leftOut.size() - 1, "more photo") + ")";
+    }
+  }
+  if (!result.refused.empty()) {
+    strText += "\n" + Text(result.refused[0]);
+    if (result.refused.size() > 1) {
+      strText += " (and " + Counted(result.refused.size() - 1, "more measurement") + ")";
+    }
+  }
+  throw CommandError(kUndetermined, strText);
+}
+
 }  // namespace
+
+void WarnOf(const Measurement& result, const Context& context) {
+  constexpr size_t kTold = 20;  // of each kind
+  for (size_t i = 0; i < std::min(kTold, result.leftOut.size()); ++i) {
+    context.Warn(Text(result.leftOut[i]) + "; its " +
+                 Counted(result.leftOut[i].uMeasurements, "measurement") + " left out");
+  }
+  for (size_t i = 0; i < std::min(kTold, result.refused.size()); ++i) {
+    context.Warn(Text(result.refused[i]));
+  }
+  if (result.leftOut.size() > kTold) {
+    context.Warn("and " + Counted(result.leftOut.size() - kTold, "more photo") + " left out");
+  }
+  if (result.refused.size() > kTold) {
+    context.Warn("and " + Counted(result.refused.size() - kTold, "more measurement") + " left out");
+  }
+}
 
 double MeasuredPoint::Length() const { return std::sqrt(dx * dx + dy * dy + dz * dz); }
 
 Measurement MeasureProject(Project& project, ZuPointList& planePoints, const ZuPointList& check,
-                           bool bFlip, Context& context) {
+                           bool bFlip, bool bQuiet) {
   Measurement result;
   FitPlane(planePoints, &result);
   const ZuSortHelper<ZuPoint> index(&check);
-  for (ZuPhoto* p = project.Photos().First(); p != nullptr; p = p->Next()) {
-    const ZuPointList& measured = project.Pixels(p->GetId());
-    if (measured.IsEmpty()) continue;
-    if (!p->HasAOR()) {
-      context.Warn("photo " + std::to_string(p->GetId()) + " is not oriented, its " +
-                   std::to_string(measured.Count()) + " measurements are left out");
-      continue;
-    }
-    int iNotMet = 0;
-    result.photos.push_back(MeasurePhoto(*p, measured, result.plane, index, bFlip, &iNotMet));
-    result.iNotMet += iNotMet;
-    if (iNotMet > 0) {
-      context.Warn("photo " + std::to_string(p->GetId()) + ": " + std::to_string(iNotMet) +
-                   " rays do not meet the plane");
+  {
+    ProgressLine progress("measuring", bQuiet);
+    for (ZuPhoto* p = project.Photos().First(); p != nullptr; p = p->Next()) {
+      const ZuPointList& measured = project.Pixels(p->GetId());
+      if (measured.IsEmpty()) continue;
+      const std::string strLacks = project.Lacks(*p, kNeeds);
+      if (!strLacks.empty()) {
+        result.leftOut.push_back({p->GetId(), static_cast<size_t>(measured.Count()), strLacks});
+        continue;
+      }
+      result.photos.push_back(MeasurePhoto(*p, project, index, bFlip, &progress, &result));
     }
   }
-  Sums all;
-  for (MeasuredPhoto& photo : result.photos) {  // after the last one was added: points stay put
-    Summarize(&photo, &all);
-    result.iPoints += static_cast<int>(photo.points.size());
-    if (photo.pWorst != nullptr &&
-        (result.pWorstPhoto == nullptr ||
-         photo.pWorst->Length() > result.pWorstPhoto->pWorst->Length())) {
-      result.pWorstPhoto = &photo;
-    }
-  }
-  all.Store(&result);
-  if (result.iPoints == 0) {
-    throw CommandError(kUndetermined,
-                       "nothing to measure: no oriented photo of the project has measurements that "
-                       "meet the plane\nORIENTED 1 with AORM and AORV, and MEASURE blocks would be "
-                       "right");
-  }
+  Summarize(&result);  // after the last photo was added: points stay where they are
+  if (result.iPoints == 0) FailWithout(result);
   return result;
 }
 

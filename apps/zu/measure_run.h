@@ -22,29 +22,51 @@ struct MeasuredPoint {
   double Length() const;
 };
 
-struct MeasuredPhoto {
-  const ZuPhoto* pPhoto = nullptr;
-  std::vector<MeasuredPoint> points;
+// Root mean squares over the checked points.
+struct Quality {
   int iChecked = 0;
-  double dRms = 0.0, dRmsX = 0.0, dRmsY = 0.0, dRmsZ = 0.0;  // of the checked points
-  const MeasuredPoint* pWorst = nullptr;                     // null without a checked point
+  double dRms = 0.0, dRmsX = 0.0, dRmsY = 0.0, dRmsZ = 0.0;
+  double dRmsPixels = 0.0;
 };
 
-struct Measurement {
+struct MeasuredPhoto : Quality {
+  const ZuPhoto* pPhoto = nullptr;
+  std::vector<MeasuredPoint> points;
+  const MeasuredPoint* pWorst = nullptr;  // null without a checked point
+};
+
+struct LeftOutPhoto {
+  unsigned uPhoto;
+  size_t uMeasurements;
+  std::string strWhy;  // "is not oriented: ... would be right"
+};
+
+struct RefusedPoint {
+  unsigned uPhoto, uId;
+  std::string strWhy;  // "its ray is parallel to the plane"
+};
+
+struct Measurement : Quality {
   ZuPlane plane;
   int iPlanePoints = 0;
   double dSigma0 = 0.0;          // quality figures of the fit
   double dPlaneDeviation = 0.0;  // longest distance of a point from the plane
   std::vector<MeasuredPhoto> photos;
-  int iPoints = 0, iChecked = 0, iNotMet = 0;
-  double dRms = 0.0, dRmsX = 0.0, dRmsY = 0.0, dRmsZ = 0.0;
+  int iPoints = 0;
+  std::vector<LeftOutPhoto> leftOut;
+  std::vector<RefusedPoint> refused;
   const MeasuredPhoto* pWorstPhoto = nullptr;
 };
 
-// Fits the plane to planePoints and meets every measurement of every oriented photo with it.
-// Photos that are not oriented and measurements whose ray does not meet the plane are left out with
-// a warning. Throws CommandError (undetermined) where no plane fits, or nothing is to be met.
+// Fits the plane to planePoints and meets every measurement of every photo with it. Left out, each
+// with its reason: photos that lack orientation, camera or the way from pixels to mm; measurements
+// whose id stands twice in the photo, that lie outside the image or where the camera's model is not
+// one to one, whose ray is parallel to the plane or meets it behind the camera. Throws CommandError
+// (undetermined) where no plane fits, or nothing is left. bQuiet: no progress line.
 Measurement MeasureProject(Project& project, ZuPointList& planePoints, const ZuPointList& check,
-                           bool bFlip, Context& context);
+                           bool bFlip, bool bQuiet);
+
+// What was left out, with the reasons, on standard error.
+void WarnOf(const Measurement& result, const Context& context);
 
 }  // namespace cli

@@ -1,51 +1,56 @@
 #include "project.h"
 
-#include <filesystem>
+#include <algorithm>
 
-#include "exit_code.h"
+#include "project_rules.h"
 #include "zu/foundation/reader.h"
 
 namespace cli {
 
 namespace {
 
-constexpr int kUnknownTold = 20;  // unknown keywords that get a warning of their own
-constexpr int kFaultsTold = 2;    // faults of the message
-
-const char* WhatIsRight(int iStatus) {
+const char* FaultText(int iStatus) {
   switch (iStatus) {
     case ParserErrorStream:
-      return "the file cannot be read, or a line is longer than 8511 characters";
+      return "cannot be read on";
     case ParserErrorUnterminatedString:
-      return "a text is not closed; \"text\" on one line would be right";
+      return "a text is not closed";
     case ParserErrorInvalidNumber:
-      return "not a number, or a matrix of the wrong shape; 3x3, 4x4 or 3 elements would be right";
-    case ParserErrorNotSpecifiedToken:
-      return "not what stands here; a keyword, a number or a \"text\" as the keyword needs it "
-             "would "
-             "be right";
+      return "no number, or a matrix of the wrong shape";
     default:
-      return "fault";
+      return "not what stands here";
   }
 }
 
-void CheckReadable(const std::string& strPath) {
-  std::error_code error;
-  const auto status = std::filesystem::status(strPath, error);
-  if (!std::filesystem::exists(status)) {
-    throw CommandError(kBadInput, strPath + ": no such file; a project file is needed");
-  }
-  if (std::filesystem::is_directory(status)) {
-    throw CommandError(kBadInput, strPath + ": is a folder; a project file is needed");
+const char* FaultRight(int iStatus) {
+  switch (iStatus) {
+    case ParserErrorStream:
+      return "lines of at most 8511 characters";
+    case ParserErrorUnterminatedString:
+      return "\"text\" on one line";
+    case ParserErrorInvalidNumber:
+      return "3x3, 4x4 or 3 numbers";
+    default:
+      return "a keyword, a number or a \"text\" as the keyword needs it";
   }
 }
 
 }  // namespace
 
-Project::Project(const std::string& strPath, Context& context)
-    : m_strPath(strPath), m_pContext(&context) {
-  CheckReadable(strPath);
-  ZuReader reader(strPath.c_str());
+Project::Project(const std::string& strPath, bool bPartial)
+    : m_strPath(strPath), m_text(strPath, ProjectRules(), bPartial) {
+  if (!IsForeign()) {
+    ReadRecords();
+    CheckBlocks();
+    DropCutRecord();
+  }
+  m_findings = m_text.Findings();
+  std::stable_sort(m_findings.begin(), m_findings.end(),
+                   [](const Finding& a, const Finding& b) { return a.uLine < b.uLine; });
+}
+
+void Project::ReadRecords() {
+  ZuReader reader(m_strPath.c_str());
   ZuReaderObject keywords[] = {
       {"PHOTO", Link(&m_Photos, &ZuPhotoList::AddPhoto)},
       {"ORTHOPHOTO", Link(&m_OrthoPhotos, &ZuOrthoPhotoList::AddPhoto)},
@@ -59,18 +64,19 @@ Project::Project(const std::string& strPath, Context& context)
   reader.SetUnknownTokenHdl(Link(this, &Project::OnUnknown));
   reader.SetParserErrorHdl(Link(this, &Project::OnFault));
   reader.DoProcess(false);
-  if (m_iUnknown > kUnknownTold) {
-    context.Warn(strPath + ": " + std::to_string(m_iUnknown - kUnknownTold) +
-                 " more unknown keywords skipped");
+  for (const ZuReaderError* p = reader.GetReaderErrorList().First(); p != nullptr; p = p->Next()) {
+    AddFault(p->m_uLine, p->m_eStatus);
   }
-  CheckFaults(&reader);
-  CheckMeasured();
+  // The look at the text knows better what is wrong; this is for what it has no rule for.
+  if (m_text.Errors() > 0) return;
+  for (const auto& [uLine, iStatus] : m_Faults) {
+    m_text.Add({eSeverityError, uLine, 0, "", FaultText(iStatus), FaultRight(iStatus)});
+  }
 }
 
 // { PHOTOID 1 POINTS { 1 244.4274 94.1646 ... } }
 int Project::ReadMeasure(ZuReaderObject* pObject) {
   unsigned int uPhoto = 0;
-  const unsigned uLine = pObject->GetLine();
   m_Rows.Destroy();
   ZuReaderObject photo("PHOTOID", &uPhoto);
   ZuReaderObject points("POINTS", Link(this, &Project::ReadPoints));
@@ -78,7 +84,6 @@ int Project::ReadMeasure(ZuReaderObject* pObject) {
   pObject->RegisterObject(points);
   pObject->DoProcess();
   m_Rows.MoveTo(&m_Pixels[uPhoto]);
-  m_MeasureLines.emplace(uPhoto, uLine);
   return 1;
 }
 
@@ -96,10 +101,12 @@ int Project::ReadLocalSystem(ZuReaderObject* pObject) {
 }
 
 long Project::OnUnknown(ZuReader* pReader) {
-  if (++m_iUnknown <= kUnknownTold) {
-    const std::string strKeyword = pReader->GetParser().GetToken().m_szText;
-    m_pContext->Warn(m_strPath + ":" + std::to_string(pReader->GetParser().GetStatus().m_uLine) +
-                     ": unknown keyword " + strKeyword.substr(0, 40) + " skipped");
+  const unsigned uLine = pReader->GetParser().GetStatus().m_uLine;
+  if (!HasFinding(uLine)) {
+    const std::string strKeyword =
+        std::string(pReader->GetParser().GetToken().m_szText).substr(0, 40);
+    m_text.Add(
+        {eSeverityWarning, uLine, 0, strKeyword, "unknown keyword " + strKeyword + " skipped", ""});
   }
   pReader->SkipUnknownValue();
   return 1;
@@ -107,55 +114,88 @@ long Project::OnUnknown(ZuReader* pReader) {
 
 long Project::OnFault(ZuReader* pReader) {
   const ZuReaderError* pError = pReader->GetReaderErrorList().Last();
-  if (pError != nullptr) m_Faults.emplace(pError->m_uLine, pError->m_eStatus);
+  if (pError != nullptr) AddFault(pError->m_uLine, pError->m_eStatus);
   return 1;
 }
 
-void Project::CheckFaults(ZuReader* pReader) const {
-  std::map<unsigned, int> faults = m_Faults;
-  for (const ZuReaderError* p = pReader->GetReaderErrorList().First(); p != nullptr;
-       p = p->Next()) {
-    if (p->m_eStatus > ParserStatusEOF) faults.emplace(p->m_uLine, p->m_eStatus);
-  }
-  if (faults.empty()) return;
-  std::string strText;
-  int n = 0;
-  for (const auto& [uLine, iStatus] : faults) {
-    if (++n > kFaultsTold) break;
-    strText +=
-        (n > 1 ? "\n" : "") + m_strPath + ":" + std::to_string(uLine) + ": " + WhatIsRight(iStatus);
-  }
-  if (static_cast<int>(faults.size()) > kFaultsTold) {
-    strText += "\nand " + std::to_string(faults.size() - kFaultsTold) + " more lines at fault";
-  }
-  throw CommandError(kBadInput, strText);
-}
-
-void Project::CheckMeasured() const {
-  if (m_Photos.IsEmpty() && m_OrthoPhotos.IsEmpty()) {
-    throw CommandError(kBadInput, m_strPath +
-                                      ": no photo in the file; a project file with PHOTO { "
-                                      "... } blocks is needed");
-  }
-  for (const auto& [uPhoto, uLine] : m_MeasureLines) {
-    if (m_Photos.Find(uPhoto) != nullptr) continue;
-    throw CommandError(kBadInput,
-                       m_strPath + ":" + std::to_string(uLine) + ": measurements of photo " +
-                           std::to_string(uPhoto) +
-                           ", which is not in the file; PHOTOID of a PHOTO block would be "
-                           "right");
+void Project::AddFault(unsigned uLine, int iStatus) {
+  const auto& blocks = m_text.Blocks();
+  const bool bCut = !blocks.empty() && blocks.back().bCut && uLine >= blocks.back().uLine;
+  if (iStatus > ParserStatusEOF && !bCut && !m_text.IsSkipped(uLine)) {
+    m_Faults.emplace(uLine, iStatus);
   }
 }
 
-ZuPhoto& Project::Photo(unsigned uId) {
-  ZuPhoto* pPhoto = m_Photos.Find(uId);
-  if (pPhoto != nullptr) return *pPhoto;
-  std::string strIds;
-  for (const ZuPhoto* p = m_Photos.First(); p != nullptr; p = p->Next()) {
-    strIds += (strIds.empty() ? "" : ", ") + std::to_string(p->GetId());
+bool Project::HasFinding(unsigned uLine) const {
+  const auto& findings = m_text.Findings();
+  return std::any_of(findings.begin(), findings.end(),
+                     [uLine](const Finding& finding) { return finding.uLine == uLine; });
+}
+
+void Project::Error(const KeywordBlock& block, const std::string& strText,
+                    const std::string& strRight) {
+  m_text.Add({eSeverityError, block.uLine, block.uColumn, block.strKeyword, strText, strRight});
+}
+
+void Project::CheckBlocks() {
+  bool bPhoto = false;
+  for (const KeywordBlock& block : m_text.Blocks()) {
+    bPhoto |= block.strKeyword == "PHOTO" || block.strKeyword == "ORTHOPHOTO";
+    if (block.strKeyword != "PHOTO" || block.bCut) continue;
+    if (block.uId == 0) {
+      const KeywordBlock::Unknown* pMeant = block.MeantAs("PHOTOID");
+      Error(block, "PHOTO without PHOTOID",
+            pMeant != nullptr ? "PHOTOID in place of " + pMeant->strWritten
+                              : "PHOTOID 1 \"image\" in each");
+      continue;
+    }
+    const auto [place, bFirst] = m_photoBlocks.emplace(block.uId, &block);
+    if (bFirst) continue;
+    Error(block,
+          "photo " + std::to_string(block.uId) + " stands twice, first in line " +
+              std::to_string(place->second->uLine),
+          "one PHOTO block for each id");
   }
-  throw CommandError(kBadInput,
-                     m_strPath + ": no photo " + std::to_string(uId) + "; the file has " + strIds);
+  for (const KeywordBlock& block : m_text.Blocks()) {
+    if (block.strKeyword == "MEASURE") CheckMeasure(block);
+  }
+  if (!bPhoto) {
+    m_text.Add({eSeverityError, 0, 0, "PHOTO", "no photo in the file", "PHOTO { ... } blocks"});
+  }
+}
+
+void Project::CheckMeasure(const KeywordBlock& block) {
+  const std::string strPhoto = std::to_string(block.uId);
+  if (block.uId == 0) {
+    if (!block.bCut) Error(block, "MEASURE without PHOTOID", "PHOTOID of a PHOTO block");
+    return;
+  }
+  const auto [place, bFirst] = m_measureBlocks.emplace(block.uId, &block);
+  if (!bFirst) {
+    Error(block,
+          "measurements of photo " + strPhoto + " stand twice, first in line " +
+              std::to_string(place->second->uLine),
+          "one MEASURE block for each photo");
+  } else if (m_Photos.Find(block.uId) == nullptr) {
+    Error(block, "measurements of photo " + strPhoto + ", which is not in the file",
+          "PHOTOID of a PHOTO block");
+  }
+}
+
+// Numbers at the very end of a cut file may lack their last digits.
+void Project::DropCutRecord() {
+  if (m_text.Blocks().empty() || !m_text.Blocks().back().bCut) return;
+  const KeywordBlock& block = m_text.Blocks().back();
+  if (block.strKeyword == "PHOTO") delete m_Photos.SubtractLast();
+  if (block.strKeyword == "ORTHOPHOTO") delete m_OrthoPhotos.SubtractLast();
+  if (block.strKeyword == "CAMERA") delete m_Cameras.SubtractLast();
+  if (block.strKeyword == "MEASURE" && block.bLastRowCut) delete m_Pixels[block.uId].SubtractLast();
+}
+
+const std::vector<Project::Row>& Project::Doubled(unsigned uPhoto) const {
+  static const std::vector<Row> none;
+  const auto found = m_measureBlocks.find(uPhoto);
+  return found != m_measureBlocks.end() ? found->second->doubled : none;
 }
 
 }  // namespace cli

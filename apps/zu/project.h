@@ -1,12 +1,13 @@
-// Project files on the command line: photos with what was measured on them, orthophotos, cameras,
-// planes and local systems.
+// A project file: photos with what was measured on them, orthophotos, cameras, planes and local
+// systems. It prints nothing and throws nothing of its own: what was assumed, dropped or at fault
+// becomes a finding.
 #pragma once
 
 #include <map>
 #include <string>
 #include <vector>
 
-#include "context.h"
+#include "keyword_text.h"
 #include "zu/foundation/link.h"
 #include "zu/photo/camera_list.h"
 #include "zu/photo/ortho_photo.h"
@@ -21,10 +22,22 @@ namespace cli {
 
 class Project : public LinkHdl {
  public:
-  // Reads everything that can be read. Unknown keywords are skipped with their value or block, and
-  // told as warnings with file and line. Throws CommandError (bad input) naming file and line: a
-  // file that is missing or has any fault, a file without photos, measurements of no photo.
-  Project(const std::string& strPath, Context& context);
+  // What a computation needs of a photo.
+  enum eNeed : unsigned { eNeedPixels = 1, eNeedCamera = 2, eNeedOrientation = 4 };
+  using Row = KeywordBlock::Row;
+
+  // Reads everything that can be read. Where the file is cut inside a block, that is an error; with
+  // bPartial a warning, and a record that is not whole is left out.
+  Project(const std::string& strPath, bool bPartial);
+  Project(const Project&) = delete;
+  Project& operator=(const Project&) = delete;
+
+  // By line. The first KeywordText::kKept of each kind; the counts are of all.
+  const std::vector<Finding>& Findings() const { return m_findings; }
+  size_t Errors() const { return m_text.Errors(); }
+  size_t Warnings() const { return m_text.Warnings(); }
+  // Another kind of file: none of a project's blocks is in it, and nothing was read.
+  bool IsForeign() const { return m_text.IsForeign(); }
 
   ZuPhotoList& Photos() { return m_Photos; }
   ZuOrthoPhotoList& OrthoPhotos() { return m_OrthoPhotos; }
@@ -32,32 +45,43 @@ class Project : public LinkHdl {
   ZuPlaneList& Planes() { return m_Planes; }
   const std::vector<ZuLokalSystem>& LocalSystems() const { return m_LocalSystems; }
 
-  // The photo of that id. Throws CommandError (bad input) that lists those there are.
-  ZuPhoto& Photo(unsigned uId);
-  // Measurements of a photo in pixels, all its MEASURE blocks in file order: id, x, y.
+  // Measurements of a photo in pixels, in file order: id, x, y. Then the rows whose id stands more
+  // than once in it.
   ZuPointList& Pixels(unsigned uPhoto) { return m_Pixels[uPhoto]; }
+  const std::vector<Row>& Doubled(unsigned uPhoto) const;
+
+  // What the photo, or its rectification, lacks for a computation (bits of eNeed), and what would
+  // be right; empty where nothing is lacking.
+  std::string Lacks(const ZuPhoto& photo, unsigned uNeeds) const;
+  std::string LacksRectification(unsigned uPhoto, unsigned uRectification) const;
 
  private:
+  void ReadRecords();
   int ReadMeasure(ZuReaderObject* pObject);
   int ReadPoints(ZuReaderObject* pObject);
   int ReadLocalSystem(ZuReaderObject* pObject);
   long OnUnknown(ZuReader* pReader);
   long OnFault(ZuReader* pReader);
-  void CheckFaults(ZuReader* pReader) const;
-  void CheckMeasured() const;
+  void AddFault(unsigned uLine, int iStatus);
+  void CheckBlocks();
+  void CheckMeasure(const KeywordBlock& block);
+  void DropCutRecord();
+  bool HasFinding(unsigned uLine) const;
+  void Error(const KeywordBlock& block, const std::string& strText, const std::string& strRight);
 
   std::string m_strPath;
-  Context* m_pContext;
+  KeywordText m_text;
+  std::vector<Finding> m_findings;
+  std::map<unsigned, const KeywordBlock*> m_photoBlocks, m_measureBlocks;  // by the photo's id
+
   ZuPhotoList m_Photos;
   ZuOrthoPhotoList m_OrthoPhotos;
   ZuCameraList m_Cameras;
   ZuPlaneList m_Planes;
   std::vector<ZuLokalSystem> m_LocalSystems;
   std::map<unsigned, ZuPointList> m_Pixels;
-  std::map<unsigned, unsigned> m_MeasureLines;  // first MEASURE block of a photo
   ZuPointList m_Rows;
-  std::map<unsigned, int> m_Faults;  // line to status
-  int m_iUnknown = 0;
+  std::map<unsigned, int> m_Faults;  // of the reader: line to status
 };
 
 }  // namespace cli

@@ -1,0 +1,33 @@
+// Project and camera files on the command line: findings as warnings and as the message of a fault.
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "context.h"
+#include "options.h"
+#include "project.h"
+
+namespace cli {
+
+// Declares --partial.
+void AddPartialOption(Options& options, bool* pbPartial);
+
+// Reads a project. Throws CommandError (bad input) with the first places where the file is missing,
+// another kind of file, or at fault.
+std::unique_ptr<Project> OpenProject(const std::string& strPath, bool bPartial);
+
+// The project's warnings on standard error, when the command has succeeded.
+void WarnOf(const Project& project, const std::string& strPath, const Context& context);
+
+// The photo of that id. Throws CommandError (bad input) that lists those there are.
+ZuPhoto& FindPhoto(Project& project, unsigned uId, const std::string& strPath);
+
+// The cameras of a camera file, either form. A keyword that was probably meant as another is a
+// fault here: the camera would lack a coefficient. Throws CommandError (bad input).
+ZuCameraList ReadCameras(const std::string& strPath, Context& context);
+
+// "1 measurement", "2 measurements".
+std::string Counted(size_t uCount, const std::string& strWhat);
+
+}  // namespace cli
