@@ -213,14 +213,11 @@ ZuCamera CameraOfFile(const PlotValues& values, Context& context, ImageExtent* p
 }
 
 ZuCamera CameraOfPhoto(const PlotValues& values, Context& context, ImageExtent* pImage) {
-  const auto pProject = OpenProject(values.strPath, false);
-  const ZuPhoto& photo = FindPhoto(*pProject, values.uPhoto, values.strPath);
-  const std::string strLacks = pProject->Lacks(photo, Project::eNeedCamera | Project::eNeedPixels);
-  if (!strLacks.empty()) {
-    throw CommandError(kUndetermined, NameInMessages(values.strPath) + ": photo " +
-                                          std::to_string(values.uPhoto) + " " + strLacks);
-  }
-  WarnOf(*pProject, values.strPath, context);
+  const InputFile file(values.strPath, kProjectFile);
+  const auto pProject = OpenProject(file, false);
+  const ZuPhoto& photo = FindPhoto(*pProject, values.uPhoto, file);
+  CheckNothingLacks(*pProject, photo, Project::eNeedCamera | Project::eNeedPixels, file);
+  WarnOf(*pProject, file, context);
   *pImage = PhotoExtent(photo);
   return photo.GetCamera();
 }

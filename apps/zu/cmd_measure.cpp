@@ -1,5 +1,6 @@
 // zu measure: measured pixels of a project's photos become object points on a plane.
 #include <memory>
+#include <optional>
 
 #include "commands.h"
 #include "measure_report.h"
@@ -7,6 +8,7 @@
 #include "point_input.h"
 #include "project_input.h"
 #include "text_table.h"
+#include "zu/foundation/crc32.h"
 
 namespace cli {
 
@@ -118,15 +120,26 @@ void WriteObjectPoints(const Measurement& result, std::ostream& stream) {
   }
 }
 
+ReportInput::File ReportFile(const char* szWhat, const InputFile& file) {
+  const std::string strText = file.Text();
+  return {szWhat, file.Name(), strText.size(), ZuCalcCRC32(strText.data(), strText.size())};
+}
+
 ExitCode Run(const Values& values, Context& context) {
-  const auto pProject = OpenProject(values.strProject, values.bPartial);
+  const InputFile projectFile(values.strProject, kProjectFile);
+  const auto pProject = OpenProject(projectFile, values.bPartial);
+  const InputFile planeFile(values.strPlane, "a coordinate file");
+  std::optional<InputFile> checkFile;
   ZuPointList planePoints, check;
-  ReadPoints(values.strPlane, "id,x,y,z", context, &planePoints);
-  if (!values.strCheck.empty()) ReadPoints(values.strCheck, "id,x,y,z", context, &check);
+  ReadPoints(planeFile, "id,x,y,z", context, &planePoints);
+  if (!values.strCheck.empty()) {
+    checkFile.emplace(values.strCheck, "a coordinate file");
+    ReadPoints(*checkFile, "id,x,y,z", context, &check);
+  }
   const Measurement result =
       MeasureProject(*pProject, planePoints, check, values.bFlip, context.IsQuiet());
 
-  WarnOf(*pProject, values.strProject, context);
+  WarnOf(*pProject, projectFile, context);
   WarnOf(result, context);
   Print(result, values, context.Text());
   AddJson(result, context);
@@ -135,8 +148,8 @@ ExitCode Run(const Values& values, Context& context) {
   }
   if (!values.strReport.empty()) {
     ReportInput input;
-    input.files = {{"project", values.strProject}, {"plane", values.strPlane}};
-    if (!values.strCheck.empty()) input.files.push_back({"check points", values.strCheck});
+    input.files = {ReportFile("project", projectFile), ReportFile("plane", planeFile)};
+    if (checkFile) input.files.push_back(ReportFile("check points", *checkFile));
     input.strUnit = values.strUnit;
     input.pCheck = &check;
     context.NewOutput(values.strReport).Stream() << MeasureReport(result, input);

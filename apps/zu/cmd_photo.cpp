@@ -107,7 +107,8 @@ struct InfoValues {
 };
 
 ExitCode RunInfo(const InfoValues& values, Context& context) {
-  const auto pProject = OpenProject(values.strPath, values.bPartial);
+  const InputFile file(values.strPath, kProjectFile);
+  const auto pProject = OpenProject(file, values.bPartial);
   Project& project = *pProject;
   Json& json = context.Root();
   json["photos"] = Json::array();
@@ -126,7 +127,7 @@ ExitCode RunInfo(const InfoValues& values, Context& context) {
                                        {"planes", p->ZuspPlaneList().Count()},
                                        {"pixel_size", p->GetPixelSize()}});
   }
-  WarnOf(project, values.strPath, context);
+  WarnOf(project, file, context);
   return kGood;
 }
 
@@ -196,13 +197,10 @@ ExitCode RunConvert(const ConvertValues& values, Context& context) {
     throw CommandError(kUsage, "--flip turns y of pixels, and " + values.strMode +
                                    " has none to turn; leave it out");
   }
-  const auto pProject = OpenProject(values.strPath, values.bPartial);
-  const ZuPhoto& photo = FindPhoto(*pProject, values.uPhoto, values.strPath);
-  const std::string strLacks = pProject->Lacks(photo, chain.Needs());
-  if (!strLacks.empty()) {
-    throw CommandError(kUndetermined, NameInMessages(values.strPath) + ": photo " +
-                                          std::to_string(values.uPhoto) + " " + strLacks);
-  }
+  const InputFile file(values.strPath, kProjectFile);
+  const auto pProject = OpenProject(file, values.bPartial);
+  const ZuPhoto& photo = FindPhoto(*pProject, values.uPhoto, file);
+  CheckNothingLacks(*pProject, photo, chain.Needs(), file);
   ZuPointList points;
   ReadPoints("-", chain.bFromObject ? "id,x,y,z" : "id,x,y", context, &points);
 
@@ -228,7 +226,7 @@ ExitCode RunConvert(const ConvertValues& values, Context& context) {
     }
     json["points"].push_back(point);
   }
-  WarnOf(*pProject, values.strPath, context);
+  WarnOf(*pProject, file, context);
   json["refused"] = iRefused;
   context.Text() << strLines;
   if (!values.strOut.empty()) context.NewOutput(values.strOut).Stream() << strLines;

@@ -45,8 +45,9 @@ bool IsFinite(const ZuPoint& p) {
 }
 
 ExitCode Run(const Values& values, Context& context) {
-  const auto pProject = OpenProject(values.strPath, values.bPartial);
-  const ZuPhoto& photo = FindPhoto(*pProject, values.uPhoto, values.strPath);
+  const InputFile file(values.strPath, kProjectFile);
+  const auto pProject = OpenProject(file, values.bPartial);
+  const ZuPhoto& photo = FindPhoto(*pProject, values.uPhoto, file);
   const ZuZuspTrafo& trafo = FindRectification(photo, values);
   const std::string strLacks = pProject->LacksRectification(values.uPhoto, values.uZusp);
   if (!strLacks.empty()) {
@@ -84,7 +85,7 @@ ExitCode Run(const Values& values, Context& context) {
     json["points"].push_back(Json{
         {"id", p->GetId()}, {"x", p->m_dX}, {"y", p->m_dY}, {"z", p->m_dZ}, {"inside", bInside}});
   }
-  WarnOf(*pProject, values.strPath, context);
+  WarnOf(*pProject, file, context);
   json["outside"] = iOutside;
   context.Text() << strLines;
   if (!values.strOut.empty()) context.NewOutput(values.strOut).Stream() << strLines;

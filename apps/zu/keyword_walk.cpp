@@ -2,9 +2,10 @@
 
 #include <algorithm>
 #include <charconv>
-#include <cmath>
 #include <cstring>
 #include <unordered_map>
+
+#include "number_text.h"
 
 namespace cli {
 
@@ -20,17 +21,17 @@ std::string Shown(std::string_view text) {
          (text.size() > kTextShown ? "...\"" : "\"");
 }
 
-template <class Number>
-bool Parse(std::string_view text, Number* pValue) {
+// Of 32 bits.
+bool ParseWhole(std::string_view text, int* piValue) {
   if (text.size() > 1 && text[0] == '+' && text[1] != '-') text.remove_prefix(1);
   const char* const pEnd = text.data() + text.size();
-  const auto result = std::from_chars(text.data(), pEnd, *pValue);
+  const auto result = std::from_chars(text.data(), pEnd, *piValue);
   return result.ec == std::errc() && result.ptr == pEnd;
 }
 
-bool ParseFinite(std::string_view text) {
+bool IsNumber(std::string_view text) {
   double dValue = 0.0;
-  return Parse(text, &dValue) && std::isfinite(dValue);
+  return ParseNumber(text, &dValue);
 }
 
 bool BeginsAsNumber(std::string_view text) {
@@ -57,7 +58,7 @@ std::string RightNumber(char cKind, std::string_view text) {
   const size_t uComma = strPoint.find(',');
   if (uComma == std::string::npos) return NameOf(cKind);
   strPoint[uComma] = '.';
-  return ParseFinite(strPoint) ? strPoint : "numbers with blanks between them";
+  return IsNumber(strPoint) ? strPoint : "numbers with blanks between them";
 }
 
 // Letters to exchange, add or drop, and neighbours to swap, until one word is the other; case apart
@@ -300,7 +301,7 @@ void KeywordWalk::Anything(bool bBlock) {
     if (m_eType == eZuTokenBlockOpen) ++iOpen;
     if (m_eType == eZuTokenBlockClose && iOpen-- == 0) return;
     if (!bBlock && iOpen == 0 && IsKeyword()) return;
-    if (m_eType == eZuTokenString || !BeginsAsNumber(m_text) || ParseFinite(m_text)) continue;
+    if (m_eType == eZuTokenString || !BeginsAsNumber(m_text) || IsNumber(m_text)) continue;
     Error(m_place, "", Shown(m_text) + " is no number", RightNumber('n', m_text));
   }
 }
@@ -312,9 +313,9 @@ KeywordWalk::eValue KeywordWalk::Value(char cKind, const char* szKeyword, unsign
   int iWhole = 0;
   const bool bGood = cKind == 't'   ? bText
                      : bText        ? false
-                     : cKind == 'n' ? ParseFinite(m_text)
-                     : cKind == 'i' ? Parse(m_text, &iWhole)
-                                    : Parse(m_text, &uId) && uId != 0;
+                     : cKind == 'n' ? IsNumber(m_text)
+                     : cKind == 'i' ? ParseWhole(m_text, &iWhole)
+                                    : ParseId(m_text, &uId);
   if (!bGood) {
     const std::string strWhat = cKind == 'u' ? "id" : cKind == 'n' ? "number" : NameOf(cKind) + 2;
     Error(m_place, szKeyword, Shown(m_text) + " is no " + strWhat,
@@ -403,7 +404,7 @@ bool KeywordWalk::Shape(const char* szShape, const KeywordRule& rule, Place plac
 bool KeywordWalk::Trafo(bool bOlder, const KeywordRule& rule, Place place) {
   const Place type = m_place;
   int iType = kNoType;
-  Parse(m_text, &iType);
+  ParseWhole(m_text, &iType);
   switch (Value('i', rule.szKeyword)) {
     case eValueTaken:
       break;

@@ -3,8 +3,10 @@
 #include <algorithm>
 #include <cmath>
 #include <map>
+#include <unordered_map>
 
 #include "svg.h"
+#include "text_table.h"
 
 namespace cli {
 
@@ -12,11 +14,100 @@ namespace {
 
 constexpr char kResidual[] = "stroke='#c1272d' stroke-width='1.1'";
 constexpr char kFaint[] = "stroke='#8aa4c4' stroke-width='0.8'";
-constexpr char kMean[] = "stroke='#c1272d' stroke-width='2'";
-constexpr double kLongest = 0.09;  // of the frame's width, for the longest residual
-constexpr int kBins = 24;          // about
+constexpr char kMean[] = "stroke='#c1272d' stroke-width='1.8'";
+constexpr char kCut[] = "stroke='#b8860b' stroke-width='1.6'";
+constexpr char kBar[] = "stroke='#222' stroke-width='2'";
+constexpr double kQuantile = 0.95;
+constexpr double kTypicalLength = 24.0;  // of the 95 % quantile, drawn [px]
+constexpr double kCutLength = 60.0;      // beyond which an arrow is cut [px]
+constexpr size_t kCutLabels = 8;         // of a drawing
+constexpr double kPhotoWidth = 340.0, kPlotWidth = 480.0;
+constexpr size_t kMostPhotos = 24;
+constexpr size_t kMostArrows = 16000, kMostOfPhoto = 1500, kMostOfPlan = 3000;
+constexpr int kBins = 24;  // about
 
-std::string Times(double dFactor) { return SvgNumber(dFactor) + " times as long"; }
+double Quantile(std::vector<double> values, double dShare) {
+  if (values.empty()) return 0.0;
+  const auto n = static_cast<std::ptrdiff_t>(dShare * static_cast<double>(values.size() - 1));
+  std::nth_element(values.begin(), values.begin() + n, values.end());
+  return values[static_cast<size_t>(n)];
+}
+
+// The factor that draws a typical length, [user units] with dScale px each, in its place.
+double FactorFor(double dTypical, double dScale) {
+  const double dFactor = SvgRoundDown(kTypicalLength / (dTypical * dScale));
+  return dFactor > 0.0 && std::isfinite(dFactor) ? dFactor : 1.0;
+}
+
+// A residual in the drawing [px], and what its label says.
+struct Drawn {
+  Svg::Segment segment;
+  double dLength;  // as it is, in the unit of the label
+
+  double Pixels() const { return std::hypot(segment.x2 - segment.x1, segment.y2 - segment.y1); }
+};
+
+// The longest of each cell of a grid, where there are more than uMost.
+std::vector<Drawn> Thinned(std::vector<Drawn> all, size_t uMost, double dWidth, double dHeight) {
+  if (all.size() <= uMost) return all;
+  const double dCell = std::sqrt(dWidth * dHeight / static_cast<double>(uMost));
+  std::unordered_map<long long, Drawn> longest;
+  for (const Drawn& drawn : all) {
+    const auto iColumn = static_cast<long long>(std::floor(drawn.segment.x1 / dCell));
+    const auto iRow = static_cast<long long>(std::floor(drawn.segment.y1 / dCell));
+    const auto [place, bNew] = longest.emplace(iRow * 1000003 + iColumn, drawn);
+    if (!bNew && drawn.dLength > place->second.dLength) place->second = drawn;
+  }
+  std::vector<Drawn> result;
+  for (const auto& [iCell, drawn] : longest) result.push_back(drawn);
+  std::sort(result.begin(), result.end(), [](const Drawn& a, const Drawn& b) {
+    return std::pair(a.segment.y1, a.segment.x1) < std::pair(b.segment.y1, b.segment.x1);
+  });
+  return result;
+}
+
+// Arrows; the long ones cut, in another colour, the longest of them with their length.
+void DrawResiduals(Svg& svg, const std::vector<Drawn>& residuals, const char* szStyle,
+                   double dRight) {
+  std::vector<Svg::Segment> arrows, cut;
+  std::vector<const Drawn*> labelled;
+  for (const Drawn& drawn : residuals) {
+    const double dPixels = drawn.Pixels();
+    if (!std::isfinite(dPixels)) continue;
+    if (dPixels <= kCutLength) {
+      arrows.push_back(drawn.segment);
+      continue;
+    }
+    labelled.push_back(&drawn);
+  }
+  svg.Arrows(arrows, szStyle);
+  std::sort(labelled.begin(), labelled.end(),
+            [](const Drawn* a, const Drawn* b) { return a->dLength > b->dLength; });
+  std::string strLabels;
+  for (size_t i = 0; i < labelled.size(); ++i) {
+    Svg::Segment s = labelled[i]->segment;
+    const double dShare = kCutLength / labelled[i]->Pixels();
+    s.x2 = s.x1 + dShare * (s.x2 - s.x1);
+    s.y2 = s.y1 + dShare * (s.y2 - s.y1);
+    cut.push_back(s);
+    if (i >= kCutLabels) continue;
+    const bool bLeft = s.x2 > dRight - 50.0;
+    svg.Text(s.x2 + (bLeft ? -4.0 : 4.0), s.y2 + 4.0, Significant(labelled[i]->dLength), 12.0,
+             bLeft ? "end" : "start", 0.0,
+             "fill='#222' stroke='white' stroke-width='3' paint-order='stroke'");
+  }
+  if (!cut.empty()) svg.Arrows(cut, kCut);
+}
+
+// A bar that tells how long a residual is: dUnit px for one unit of length.
+void ScaleBar(Svg& svg, double dRight, double y, double dUnit, const std::string& strUnit) {
+  const double dLength = SvgRoundDown(45.0 / dUnit);
+  if (!(dLength > 0.0)) return;
+  const double dLeft = dRight - dLength * dUnit;
+  svg.Line(dLeft, y, dRight, y, kBar);
+  for (const double x : {dLeft, dRight}) svg.Line(x, y - 3.0, x, y + 3.0, kBar);
+  svg.Text(dLeft - 5.0, y + 4.0, SvgNumber(dLength) + " " + strUnit, 12.0, "end");
+}
 
 // An axis of object space.
 struct Axis {
@@ -24,6 +115,8 @@ struct Axis {
   double ZuPoint::*pCoordinate;
   double MeasuredPoint::*pResidual;
   double dLow = 0.0, dHigh = 0.0;
+
+  double Spread() const { return dHigh - dLow; }
 };
 
 // The two axes in which the points spread most, in the order X, Y, Z.
@@ -39,148 +132,185 @@ std::vector<Axis> PlanAxes(const ZuPointList& check) {
       axis.dHigh = bFirst ? d : std::max(axis.dHigh, d);
     }
   }
-  const auto narrowest = std::min_element(
-      axes.begin(), axes.end(),
-      [](const Axis& a, const Axis& b) { return a.dHigh - a.dLow < b.dHigh - b.dLow; });
-  axes.erase(narrowest);
+  axes.erase(std::min_element(axes.begin(), axes.end(), [](const Axis& a, const Axis& b) {
+    return a.Spread() < b.Spread();
+  }));
   return axes;
+}
+
+// Residuals of one check point in the plan.
+struct PlanSum {
+  double du = 0.0, dv = 0.0;
+  int n = 0;
+};
+
+template <class Function>
+void ForEachChecked(const Measurement& result, Function function) {
+  for (const MeasuredPhoto& photo : result.photos) {
+    for (const MeasuredPoint& p : photo.points) {
+      if (p.bChecked) function(p);
+    }
+  }
 }
 
 }  // namespace
 
-double PhotoFactor(const Measurement& result) {
-  double dFactor = 0.0;
-  for (const MeasuredPhoto& photo : result.photos) {
-    double dLongest = 0.0;
-    for (const MeasuredPoint& p : photo.points) {
-      if (p.bChecked) dLongest = std::max(dLongest, std::hypot(p.rx, p.ry));
-    }
-    if (!(dLongest > 0.0)) continue;
-    const double d = kLongest * (photo.pPhoto->GetDigiRegion().Width() + 1.0) / dLongest;
-    dFactor = dFactor == 0.0 ? d : std::min(dFactor, d);
+PhotoFigures::PhotoFigures(const Measurement& result) {
+  for (const MeasuredPhoto& photo : result.photos) m_photos.push_back(&photo);
+  if (m_photos.size() > kMostPhotos) {
+    const auto order = [](const MeasuredPhoto* a, const MeasuredPhoto* b) {
+      return a->dRmsPixels > b->dRmsPixels;
+    };
+    std::stable_sort(m_photos.begin(), m_photos.end(), order);
+    m_photos.resize(kMostPhotos);
+    std::sort(m_photos.begin(), m_photos.end());  // they stand in one array
   }
-  return dFactor > 0.0 ? SvgRoundDown(dFactor) : 1.0;
+  m_uMost = std::min(kMostOfPhoto, kMostArrows / std::max<size_t>(m_photos.size(), 1));
+  std::vector<double> lengths;
+  ForEachChecked(result,
+                 [&](const MeasuredPoint& p) { lengths.push_back(std::hypot(p.rx, p.ry)); });
+  m_dTypical = Quantile(std::move(lengths), kQuantile);
+  double dWidest = 0.0;
+  for (const MeasuredPhoto* p : m_photos) {
+    dWidest = std::max(dWidest, std::fabs(p->pPhoto->GetDigiRegion().Width()) + 1.0);
+    m_bThinned |= p->points.size() > m_uMost;
+  }
+  m_dFactor = FactorFor(m_dTypical, kPhotoWidth / dWidest);
 }
 
-std::string PhotoFigure(const MeasuredPhoto& photo, double dFactor) {
-  const ZuRegion& region = photo.pPhoto->GetDigiRegion();
-  const double dScale = 330.0 / (std::fabs(region.Width()) + 1.0);
-  const double dWidth = 330.0, dHeight = (std::fabs(region.Height()) + 1.0) * dScale;
-  Svg svg(dWidth + 2.0, dHeight + 24.0);
+std::string PhotoFigures::Figure(const MeasuredPhoto& photo) const {
+  ZuRegion region(photo.pPhoto->GetDigiRegion());
+  region.Sort();
+  const double dScale = kPhotoWidth / (region.Width() + 1.0);
+  const double dHeight = (region.Height() + 1.0) * dScale;
+  Svg svg(kPhotoWidth + 2.0, dHeight + 44.0);
   // Pixels count from the centre of the first one, y downwards.
   const auto X = [&](double x) { return 1.0 + (x - region.Left() + 0.5) * dScale; };
-  const auto Y = [&](double y) { return 19.0 + (y - region.Bottom() + 0.5) * dScale; };
-  svg.Text(
-      1.0, 13.0,
-      "Photo " + std::to_string(photo.pPhoto->GetId()) + ", " + photo.pPhoto->GetName().chars(),
-      12.0);
-  svg.Rect(1.0, 19.0, dWidth, dHeight, "fill='#fcfcfc' stroke='#555'");
-  std::vector<Svg::Segment> segments;
+  const auto Y = [&](double y) { return 39.0 + (y - region.Bottom() + 0.5) * dScale; };
+  const std::string strId = std::to_string(photo.pPhoto->GetId());
+  svg.Text(1.0, 13.0, "Photo " + strId + ", " + photo.pPhoto->GetName().chars(), 13.0, "start", 0.0,
+           "fill='#111' font-weight='bold'");
+  svg.Text(1.0, 31.0,
+           photo.iChecked > 0 ? "RMS " + Significant(photo.dRmsPixels) + " px" : "no check points",
+           12.0);
+  ScaleBar(svg, kPhotoWidth, 27.0, m_dFactor * dScale, "px");
+  svg.Rect(1.0, 39.0, kPhotoWidth, dHeight, "fill='#fcfcfc' stroke='#555'");
+  std::vector<Drawn> residuals, others;
   for (const MeasuredPoint& p : photo.points) {
-    if (!p.bChecked) {
-      svg.Circle(X(p.px), Y(p.py), 1.5, "fill='#777'");
-      continue;
+    const double x = X(p.px), y = Y(p.py), d = m_dFactor * dScale;
+    if (p.bChecked) {
+      residuals.push_back({{x, y, x + d * p.rx, y + d * p.ry}, std::hypot(p.rx, p.ry)});
+    } else {
+      others.push_back({{x, y, x, y}, 0.0});
     }
-    segments.push_back({X(p.px - dFactor * p.rx), Y(p.py - dFactor * p.ry), X(p.px), Y(p.py)});
   }
-  // From the check point's place to the measured one.
-  for (Svg::Segment& s : segments) {
-    const double dx = s.x2 - s.x1, dy = s.y2 - s.y1;
-    s = {s.x2, s.y2, s.x2 + dx, s.y2 + dy};
+  for (const Drawn& p : Thinned(std::move(others), m_uMost, kPhotoWidth, dHeight)) {
+    svg.Circle(p.segment.x1, p.segment.y1, 1.5, "fill='#777'");
   }
-  svg.Arrows(segments, kResidual);
-  return svg.Document("Residuals of photo " + std::to_string(photo.pPhoto->GetId()));
+  DrawResiduals(svg, Thinned(std::move(residuals), m_uMost, kPhotoWidth, dHeight), kResidual,
+                kPhotoWidth);
+  return svg.Document("Residuals of photo " + strId);
 }
 
 std::string PlanFigure(const Measurement& result, const ZuPointList& check,
                        const std::string& strUnit) {
   const std::vector<Axis> axes = PlanAxes(check);
   const Axis &u = axes[0], &v = axes[1];
-  const double dMargin = 0.08 * std::max(u.dHigh - u.dLow, v.dHigh - v.dLow);
+  const double dMargin = 0.08 * std::max(u.Spread(), v.Spread());
   const double dAspect =
-      std::clamp((v.dHigh - v.dLow + 2.0 * dMargin) / (u.dHigh - u.dLow + 2.0 * dMargin), 0.3, 1.2);
-  const double dPlotWidth = 640.0, dPlotHeight = std::isfinite(dAspect) ? 640.0 * dAspect : 400.0;
-  Svg svg(dPlotWidth + 120.0, dPlotHeight + 110.0);
-  SvgPlot plot(svg, 90.0, 40.0, dPlotWidth, dPlotHeight, {u.dLow - dMargin, u.dHigh + dMargin},
+      std::clamp((v.Spread() + 2.0 * dMargin) / (u.Spread() + 2.0 * dMargin), 0.3, 1.3);
+  const double dWidth = kPlotWidth - 90.0;
+  const double dHeight = std::isfinite(dAspect) ? dWidth * dAspect : dWidth;
+  Svg svg(kPlotWidth, dHeight + 130.0);
+  SvgPlot plot(svg, 76.0, 56.0, dWidth, dHeight, {u.dLow - dMargin, u.dHigh + dMargin},
                {v.dLow - dMargin, v.dHigh + dMargin});
   plot.MakeSquareScale();
 
-  struct Sum {
-    double du = 0.0, dv = 0.0;
-    int n = 0;
-  };
-  std::map<unsigned, Sum> sums;
-  double dLongest = 0.0;
-  for (const MeasuredPhoto& photo : result.photos) {
-    for (const MeasuredPoint& p : photo.points) {
-      if (!p.bChecked) continue;
-      Sum& sum = sums[p.uId];
-      sum.du += p.*u.pResidual;
-      sum.dv += p.*v.pResidual;
-      ++sum.n;
-      dLongest = std::max(dLongest, std::hypot(p.*u.pResidual, p.*v.pResidual));
-    }
-  }
-  const double dPixels = 70.0;  // of the longest residual
-  const double dFactor =
-      dLongest > 0.0 ? std::max(SvgRoundDown(dPixels / (dLongest * plot.PixelsPerUnit())), 1e-12)
-                     : 1.0;
-  plot.DrawFrame("Object points with residuals, drawn " + Times(dFactor),
-                 std::string(u.szName) + " [" + strUnit + "]",
+  std::vector<double> lengths;
+  std::map<unsigned, PlanSum> sums;
+  ForEachChecked(result, [&](const MeasuredPoint& p) {
+    PlanSum& sum = sums[p.uId];
+    sum.du += p.*u.pResidual;
+    sum.dv += p.*v.pResidual;
+    ++sum.n;
+    lengths.push_back(std::hypot(p.*u.pResidual, p.*v.pResidual));
+  });
+  const double dFactor = FactorFor(Quantile(std::move(lengths), kQuantile), plot.PixelsPerUnit());
+  svg.Text(76.0 + 0.5 * dWidth, 18.0, "Object points with residuals", 15.0, "middle", 0.0,
+           "fill='#111' font-weight='bold'");
+  plot.DrawFrame("", std::string(u.szName) + " [" + strUnit + "]",
                  std::string(v.szName) + " [" + strUnit + "]");
+  ScaleBar(svg, 76.0 + dWidth, 40.0, dFactor * plot.PixelsPerUnit(), strUnit);
+  svg.Text(76.0, 44.0, "residuals drawn " + SvgNumber(dFactor) + " times as long", 12.0);
 
   const ZuSortHelper<ZuPoint> index(&check);
-  std::vector<Svg::Segment> single, mean;
-  const auto add = [&](std::vector<Svg::Segment>& segments, const ZuPoint& p, double du,
-                       double dv) {
+  const auto drawn = [&](const ZuPoint& p, double du, double dv) {
     const double x = p.*u.pCoordinate, y = p.*v.pCoordinate;
-    segments.push_back({plot.X(x), plot.Y(y), plot.X(x + dFactor * du), plot.Y(y + dFactor * dv)});
+    return Drawn{{plot.X(x), plot.Y(y), plot.X(x + dFactor * du), plot.Y(y + dFactor * dv)},
+                 std::hypot(du, dv)};
   };
-  for (const MeasuredPhoto& photo : result.photos) {
-    for (const MeasuredPoint& p : photo.points) {
-      const ZuPoint* pCheck = p.bChecked ? index.Find(p.uId) : nullptr;
-      if (pCheck != nullptr) add(single, *pCheck, p.*u.pResidual, p.*v.pResidual);
-    }
-  }
+  std::vector<Drawn> single, mean;
+  ForEachChecked(result, [&](const MeasuredPoint& p) {
+    const ZuPoint* pCheck = index.Find(p.uId);
+    if (pCheck != nullptr) single.push_back(drawn(*pCheck, p.*u.pResidual, p.*v.pResidual));
+  });
   for (const auto& [uId, sum] : sums) {
     const ZuPoint* pCheck = index.Find(uId);
-    if (pCheck != nullptr) add(mean, *pCheck, sum.du / sum.n, sum.dv / sum.n);
+    if (pCheck != nullptr) mean.push_back(drawn(*pCheck, sum.du / sum.n, sum.dv / sum.n));
   }
-  svg.Arrows(single, kFaint);
-  svg.Arrows(mean, kMean);
-  for (const Svg::Segment& s : mean) svg.Circle(s.x1, s.y1, 2.2, "fill='#222'");
-  svg.Text(90.0, dPlotHeight + 100.0,
-           "black: check point; blue: residual of each photo; red: mean of the photos", 12.0);
+  // In one cell of a thinned plan the photos' residuals are one, too.
+  single = Thinned(std::move(single), 2 * kMostOfPlan, dWidth, dHeight);
+  mean = Thinned(std::move(mean), kMostOfPlan, dWidth, dHeight);
+  DrawResiduals(svg, single, kFaint, kPlotWidth);
+  std::vector<Svg::Segment> arrows;
+  for (const Drawn& d : mean) {
+    const double dPixels = d.Pixels(), dShare = dPixels > kCutLength ? kCutLength / dPixels : 1.0;
+    const Svg::Segment& s = d.segment;
+    arrows.push_back({s.x1, s.y1, s.x1 + dShare * (s.x2 - s.x1), s.y1 + dShare * (s.y2 - s.y1)});
+  }
+  svg.Arrows(arrows, kMean);
+  svg.Dots(arrows, 2.0, "stroke='#222'");
+  svg.Text(76.0, dHeight + 108.0, "dot: check point; blue: residual of each photo;", 12.0);
+  svg.Text(76.0, dHeight + 124.0, "red: mean of the photos; yellow: cut, with its length", 12.0);
   return svg.Document("Plan of the object points with residuals");
 }
 
 std::string HistogramFigure(const Measurement& result, const std::string& strUnit) {
   std::vector<double> lengths;
-  for (const MeasuredPhoto& photo : result.photos) {
-    for (const MeasuredPoint& p : photo.points) {
-      if (p.bChecked) lengths.push_back(p.Length());
-    }
-  }
-  const double dLongest = lengths.empty() ? 0.0 : *std::max_element(lengths.begin(), lengths.end());
-  double dBin = SvgRoundDown(1.5 * dLongest / kBins);
+  ForEachChecked(result, [&](const MeasuredPoint& p) { lengths.push_back(p.Length()); });
+  const double dMost = *std::max_element(lengths.begin(), lengths.end());
+  const double dEnd = std::min(dMost, 5.0 * Quantile(lengths, kQuantile));
+  double dBin = SvgRoundDown(1.5 * dEnd / kBins);
   if (!(dBin > 0.0)) dBin = 1.0;
-  std::vector<int> counts(static_cast<size_t>(dLongest / dBin) + 1);
-  for (const double d : lengths) ++counts[static_cast<size_t>(d / dBin)];
-  const int iMost = *std::max_element(counts.begin(), counts.end());
+  std::vector<int> counts(static_cast<size_t>(dEnd / dBin) + 1);
+  int iBeyond = 0;
+  for (const double d : lengths) {
+    const double dPlace = d / dBin;
+    dPlace < static_cast<double>(counts.size()) ? ++counts[static_cast<size_t>(dPlace)] : ++iBeyond;
+  }
+  const int iHighest = *std::max_element(counts.begin(), counts.end());
 
-  Svg svg(560.0, 330.0);
-  SvgPlot plot(svg, 80.0, 40.0, 450.0, 220.0, {0.0, dBin * static_cast<double>(counts.size())},
-               {0.0, 1.08 * std::max(iMost, 1)});
+  Svg svg(kPlotWidth, 330.0);
+  const double dBins = static_cast<double>(counts.size());
+  SvgPlot plot(svg, 76.0, 40.0, kPlotWidth - 90.0, 230.0, {0.0, dBin * dBins},
+               {0.0, 1.08 * std::max(iHighest, 1)});
   plot.DrawFrame("Lengths of the residuals", "length [" + strUnit + "]", "number of measurements");
   for (size_t i = 0; i < counts.size(); ++i) {
+    if (counts[i] == 0) continue;
     const double x = plot.X(dBin * static_cast<double>(i));
     const double y = plot.Y(counts[i]);
     svg.Rect(x + 1.0, y, plot.X(dBin * static_cast<double>(i + 1)) - x - 2.0, plot.Y(0.0) - y,
              "fill='#5b84b1'");
   }
-  svg.Line(plot.X(result.dRms), 40.0, plot.X(result.dRms), 260.0,
-           "stroke='#c1272d' stroke-width='1.5' stroke-dasharray='5 3'");
-  svg.Text(plot.X(result.dRms) + 5.0, 54.0, "RMS", 12.0, "start", 0.0, "fill='#c1272d'");
+  if (result.dRms < dBin * dBins) {
+    svg.Line(plot.X(result.dRms), 40.0, plot.X(result.dRms), 270.0,
+             "stroke='#c1272d' stroke-width='1.5' stroke-dasharray='5 3'");
+    svg.Text(plot.X(result.dRms) + 5.0, 54.0, "RMS", 12.0, "start", 0.0, "fill='#c1272d'");
+  }
+  if (iBeyond > 0) {
+    svg.Text(kPlotWidth - 18.0, 70.0, std::to_string(iBeyond) + " beyond, to " + Significant(dMost),
+             12.0, "end");
+  }
   return svg.Document("Histogram of the residuals");
 }
 

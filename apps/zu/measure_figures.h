@@ -1,4 +1,8 @@
 // The drawings of a measurement report.
+//
+// Residuals are drawn exaggerated, by a factor for which the 95 % quantile of their lengths fills
+// its place: one blunder leaves the others readable. Longer ones are cut and labelled. Where more
+// residuals fall into a drawing than can be seen, the longest of each small cell is drawn.
 #pragma once
 
 #include <string>
@@ -7,17 +11,33 @@
 
 namespace cli {
 
-// Residuals of a photo over its frame; dFactor: how many times as long they are drawn.
-std::string PhotoFigure(const MeasuredPhoto& photo, double dFactor);
-// One round factor for all photos of a measurement, so that they can be compared.
-double PhotoFactor(const Measurement& result);
+// The photos' drawings: residuals over the frame of each image [pixels].
+class PhotoFigures {
+ public:
+  explicit PhotoFigures(const Measurement& result);
+
+  // Times as long as in the image, the same in every photo, so that they can be compared.
+  double Factor() const { return m_dFactor; }
+  // The photos that are drawn: all, or those with the largest RMS, in the order of the project.
+  const std::vector<const MeasuredPhoto*>& Photos() const { return m_photos; }
+  bool IsThinned() const { return m_bThinned; }
+
+  std::string Figure(const MeasuredPhoto& photo) const;
+
+ private:
+  std::vector<const MeasuredPhoto*> m_photos;
+  double m_dFactor = 1.0;
+  double m_dTypical = 0.0;  // 95 % quantile of the lengths [pixels]
+  size_t m_uMost = 0;       // arrows of a photo
+  bool m_bThinned = false;
+};
 
 // Plan of the check points with the residuals of all photos and their mean, in the two axes in
 // which the points spread most.
 std::string PlanFigure(const Measurement& result, const ZuPointList& check,
                        const std::string& strUnit);
 
-// How often residuals of a length occur.
+// How often residuals of a length occur; those beyond five times the 95 % quantile in one bar.
 std::string HistogramFigure(const Measurement& result, const std::string& strUnit);
 
 }  // namespace cli

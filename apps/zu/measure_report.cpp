@@ -1,18 +1,19 @@
 #include "measure_report.h"
 
+#include <algorithm>
 #include <chrono>
 #include <cmath>
 #include <ctime>
-#include <filesystem>
 #include <fstream>
+#include <map>
 #include <set>
 
 #include "camera_plot.h"
+#include "html_table.h"
 #include "measure_figures.h"
-#include "point_input.h"
+#include "project_input.h"
 #include "svg.h"
 #include "text_table.h"
-#include "zu/foundation/crc32.h"
 #include "zu/version.h"
 
 namespace cli {
@@ -20,109 +21,299 @@ namespace cli {
 namespace {
 
 constexpr double kOutlier = 3.0;  // times the RMS
+constexpr size_t kWorst = 20;
+constexpr size_t kMostPhotos = 300, kMostPoints = 300, kMostReasons = 50;  // rows
 constexpr size_t kCameraCurves = 4;
 constexpr double kGon = 200.0 / 3.14159265358979323846;
 
 constexpr char kStyle[] = R"(
-body{font:15px/1.45 'DejaVu Sans',Verdana,sans-serif;color:#1b1b1b;max-width:1080px;margin:1.5em auto;padding:0 1em}
-h1{font-size:1.5em;margin:.2em 0}h2{font-size:1.15em;margin:1.6em 0 .5em;border-bottom:1px solid #bbb}
-.verdict{background:#eef3f9;border-left:6px solid #1f5fa8;padding:.8em 1em;font-size:1.1em}
-table{border-collapse:collapse;margin:.4em 0}th,td{padding:.2em .7em;text-align:right;border-bottom:1px solid #ddd}
-th{background:#f3f3f3;vertical-align:bottom}td.l,th.l{text-align:left}tr.all td{font-weight:bold;border-top:2px solid #888}
-.photos svg{margin:.3em .5em .3em 0}svg{max-width:100%;height:auto}figure{margin:.6em 0}
-figcaption,.note{color:#444;font-size:.9em}code{font:13px 'DejaVu Sans Mono',monospace;overflow-wrap:anywhere}
-@media print{body{max-width:none;margin:0;font-size:11px}svg,tr,figure,.verdict{break-inside:avoid}h2{break-after:avoid}}
+:root{color-scheme:light dark;--ink:#1b1b1b;--paper:#fff;--soft:#59636e;--line:#d5d9de;--head:#f2f4f6;--mark:#eef3f9;--bar:#1f5fa8}
+*{box-sizing:border-box}
+body{font:15px/1.45 'DejaVu Sans',Verdana,sans-serif;color:var(--ink);background:var(--paper);max-width:1080px;margin:1.5em auto;padding:0 1em}
+h1{font-size:1.5em;margin:.2em 0}h2{font-size:1.15em;margin:1.6em 0 .5em;border-bottom:1px solid var(--line)}
+.verdict{background:var(--mark);border-left:6px solid var(--bar);padding:.8em 1em;font-size:1.1em}
+.row{display:flex;flex-wrap:wrap;gap:10px;align-items:flex-start}svg{max-width:100%;height:auto}figure{margin:0;max-width:100%}
+figcaption,.note{color:var(--soft);font-size:.9em;margin:.4em 0}figcaption{max-width:480px}
+code{font:13px 'DejaVu Sans Mono',monospace;overflow-wrap:anywhere}li{overflow-wrap:anywhere}
+@media(max-width:640px){body{margin:.5em auto;padding:0 .7em}.verdict{font-size:1em;padding:.6em .7em}svg{width:100%}figure{width:100%}}
+@media print{:root{color-scheme:light}body{max-width:none;margin:0;padding:0;font-size:11px}.row{display:block}.row svg,figure{display:inline-block}svg,figure,.verdict,.keep{break-inside:avoid}h2,.note.above{break-after:avoid}}
 )";
 
-std::string Cell(const std::string& strText, bool bLeft = false) {
-  return (bLeft ? "<td class='l'>" : "<td>") + XmlText(strText) + "</td>";
+// Colours of drawings on a dark screen; a rule outweighs the attribute of the shape.
+struct DarkColor {
+  const char *szLight, *szDark;
+};
+constexpr DarkColor kDarkColors[] = {
+    {"white", "#15191e"},   {"#fcfcfc", "#1b2027"}, {"#111", "#f0f3f6"},    {"#222", "#dfe4ea"},
+    {"#333", "#c9d1d9"},    {"#555", "#8b949e"},    {"#777", "#9aa4ae"},    {"#999", "#626b75"},
+    {"#ddd", "#30363d"},    {"#c1272d", "#ff7b72"}, {"#8aa4c4", "#5f86b5"}, {"#5b84b1", "#6ea8e6"},
+    {"#1f5fa8", "#6cb0ff"}, {"#2b8a3e", "#56d364"}, {"#b8860b", "#e3b341"}};
+
+std::string DarkStyle() {
+  std::string strStyle =
+      "@media screen and (prefers-color-scheme:dark){:root{--ink:#e6edf3;--paper:#15191e;"
+      "--soft:#9aa4ae;--line:#30363d;--head:#21262d;--mark:#1c2733;--bar:#6cb0ff}\n";
+  for (const DarkColor& color : kDarkColors) {
+    for (const char* szWhat : {"fill", "stroke"}) {
+      strStyle += std::string("svg [") + szWhat + "='" + color.szLight + "']{" + szWhat + ":" +
+                  color.szDark + "}";
+    }
+  }
+  return strStyle + "}\n";
 }
 
-std::string Head(const std::string& strText, bool bLeft = false) {
-  return (bLeft ? "<th class='l'>" : "<th>") + XmlText(strText) + "</th>";
+// A heading and what belongs to it on one page.
+std::string Section(const std::string& strTitle, const std::string& strContent) {
+  return "<section class='keep'><h2>" + XmlText(strTitle) + "</h2>\n" + strContent + "</section>\n";
+}
+
+// A heading before something long, which may be broken between its rows, but not behind the
+// heading.
+std::string LongSection(const std::string& strTitle, const std::string& strNote,
+                        const std::string& strContent) {
+  return "<section><h2>" + XmlText(strTitle) + "</h2>\n" +
+         (strNote.empty() ? "" : "<p class='note above'>" + XmlText(strNote) + "</p>\n") +
+         strContent + "</section>\n";
+}
+
+std::vector<std::string> QualityCells(const Quality& quality, const MeasuredPoint* pWorst) {
+  if (pWorst == nullptr) return {};
+  return {Fixed(quality.dRmsPixels, 3), Fixed(quality.dRms, 4),  Fixed(quality.dRmsX, 4),
+          Fixed(quality.dRmsY, 4),      Fixed(quality.dRmsZ, 4), Fixed(pWorst->Length(), 4),
+          std::to_string(pWorst->uId)};
 }
 
 std::string PhotoTable(const Measurement& result, const std::string& strUnit) {
   const std::string strIn = " [" + strUnit + "]";
-  std::string html = "<table><thead><tr>" + Head("photo") + Head("file", true) + Head("points") +
-                     Head("RMS" + strIn) + Head("RMS X" + strIn) + Head("RMS Y" + strIn) +
-                     Head("RMS Z" + strIn) + Head("worst" + strIn) + Head("at point") +
-                     "</tr></thead>\n<tbody>\n";
+  HtmlTable table("photos", {{"photo"},
+                             {"file", true},
+                             {"points"},
+                             {"RMS [px]"},
+                             {"RMS" + strIn},
+                             {"RMS X" + strIn},
+                             {"RMS Y" + strIn},
+                             {"RMS Z" + strIn},
+                             {"worst" + strIn},
+                             {"at point"}});
+  const auto add = [&table](std::vector<std::string> cells, const Quality& quality,
+                            const MeasuredPoint* pWorst, bool bTotal) {
+    const auto more = QualityCells(quality, pWorst);
+    cells.insert(cells.end(), more.begin(), more.end());
+    table.AddRow(cells, bTotal);
+  };
+  for (size_t i = 0; i < std::min(kMostPhotos, result.photos.size()); ++i) {
+    const MeasuredPhoto& photo = result.photos[i];
+    add({std::to_string(photo.pPhoto->GetId()), photo.pPhoto->GetName().chars(),
+         std::to_string(photo.points.size())},
+        photo, photo.pWorst, false);
+  }
+  const MeasuredPhoto* pWorst = result.pWorstPhoto;
+  add({"all", "", std::to_string(result.iPoints)}, result,
+      pWorst != nullptr ? pWorst->pWorst : nullptr, true);
+  std::string strNote =
+      "Differences are the point met with the plane less the check point, by id; RMS is the root "
+      "mean square of their lengths, in the image [px] and in the object.";
+  if (result.photos.size() > kMostPhotos) {
+    strNote += " The first " + std::to_string(kMostPhotos) + " of " +
+               std::to_string(result.photos.size()) + " photos.";
+  }
+  return LongSection("Photos", strNote, table.Html());
+}
+
+std::string LeftOut(const Measurement& result) {
+  std::string strItems;
+  for (size_t i = 0; i < std::min(kMostReasons, result.leftOut.size()); ++i) {
+    const LeftOutPhoto& photo = result.leftOut[i];
+    strItems += "<li>" +
+                XmlText("photo " + std::to_string(photo.uPhoto) + " " + photo.strWhy + " (" +
+                        Counted(photo.uMeasurements, "measurement") + ")") +
+                "</li>\n";
+  }
+  for (size_t i = 0; i < std::min(kMostReasons, result.refused.size()); ++i) {
+    const RefusedPoint& point = result.refused[i];
+    strItems += "<li>" +
+                XmlText("photo " + std::to_string(point.uPhoto) + ", point " +
+                        std::to_string(point.uId) + ": " + point.strWhy) +
+                "</li>\n";
+  }
+  if (strItems.empty()) return "";
+  const size_t uAll = result.leftOut.size() + result.refused.size();
+  return LongSection("Left out",
+                     Counted(result.leftOut.size(), "photo") + " and " +
+                         Counted(result.refused.size(), "single measurement") +
+                         (uAll > kMostReasons ? "; the first of each." : "."),
+                     "<ul>\n" + strItems + "</ul>\n");
+}
+
+struct Residual {
+  const MeasuredPhoto* pPhoto;
+  const MeasuredPoint* pPoint;
+};
+
+std::string WorstTable(const Measurement& result, const std::string& strUnit) {
+  std::vector<Residual> all;
   for (const MeasuredPhoto& photo : result.photos) {
-    html += "<tr>" + Cell(std::to_string(photo.pPhoto->GetId())) +
-            Cell(photo.pPhoto->GetName().chars(), true) + Cell(std::to_string(photo.points.size()));
-    if (photo.pWorst != nullptr) {
-      html += Cell(Fixed(photo.dRms, 4)) + Cell(Fixed(photo.dRmsX, 4)) +
-              Cell(Fixed(photo.dRmsY, 4)) + Cell(Fixed(photo.dRmsZ, 4)) +
-              Cell(Fixed(photo.pWorst->Length(), 4)) + Cell(std::to_string(photo.pWorst->uId));
-    } else {
-      for (int i = 0; i < 6; ++i) html += Cell("-");
+    for (const MeasuredPoint& point : photo.points) {
+      if (point.bChecked) all.push_back({&photo, &point});
     }
-    html += "</tr>\n";
   }
-  html += "<tr class='all'>" + Cell("all") + Cell("", true) + Cell(std::to_string(result.iPoints));
-  if (result.pWorstPhoto != nullptr) {
-    html += Cell(Fixed(result.dRms, 4)) + Cell(Fixed(result.dRmsX, 4)) +
-            Cell(Fixed(result.dRmsY, 4)) + Cell(Fixed(result.dRmsZ, 4)) +
-            Cell(Fixed(result.pWorstPhoto->pWorst->Length(), 4)) +
-            Cell(std::to_string(result.pWorstPhoto->pWorst->uId));
-  } else {
-    for (int i = 0; i < 6; ++i) html += Cell("-");
+  const size_t uRows = std::min(kWorst, all.size());
+  std::partial_sort(
+      all.begin(), all.begin() + static_cast<std::ptrdiff_t>(uRows), all.end(),
+      [](const Residual& a, const Residual& b) { return a.pPoint->Length() > b.pPoint->Length(); });
+  const std::string strIn = " [" + strUnit + "]";
+  HtmlTable table("worst", {{"photo"},
+                            {"point"},
+                            {"x [px]"},
+                            {"y [px]"},
+                            {"residual [px]"},
+                            {"dX" + strIn},
+                            {"dY" + strIn},
+                            {"dZ" + strIn},
+                            {"length" + strIn},
+                            {"times RMS"}});
+  for (size_t i = 0; i < uRows; ++i) {
+    const MeasuredPoint& p = *all[i].pPoint;
+    table.AddRow({std::to_string(all[i].pPhoto->pPhoto->GetId()), std::to_string(p.uId),
+                  Fixed(p.px, 2), Fixed(p.py, 2), Fixed(std::hypot(p.rx, p.ry), 3), Fixed(p.dx, 4),
+                  Fixed(p.dy, 4), Fixed(p.dz, 4), Fixed(p.Length(), 4),
+                  Fixed(p.Length() / result.dRms, 1)});
   }
-  return html + "</tr>\n</tbody></table>\n";
+  return LongSection(uRows < kWorst ? "The longest residuals" : "The twenty longest residuals", "",
+                     table.Html());
+}
+
+// Mean over the photos, and how far they scatter about it.
+struct MeanPoint {
+  double x = 0.0, y = 0.0, z = 0.0;     // sums
+  double x2 = 0.0, y2 = 0.0, z2 = 0.0;  // sums of squares about the first
+  const MeasuredPoint* pFirst = nullptr;
+  int n = 0;
+
+  void Add(const MeasuredPoint& p) {
+    if (pFirst == nullptr) pFirst = &p;
+    const double dx = p.x - pFirst->x, dy = p.y - pFirst->y, dz = p.z - pFirst->z;
+    x += dx;
+    y += dy;
+    z += dz;
+    x2 += dx * dx;
+    y2 += dy * dy;
+    z2 += dz * dz;
+    ++n;
+  }
+  double X() const { return pFirst->x + x / n; }
+  double Y() const { return pFirst->y + y / n; }
+  double Z() const { return pFirst->z + z / n; }
+  double Scatter() const {
+    const double d = (x2 + y2 + z2) / n - (x * x + y * y + z * z) / n / n;
+    return std::sqrt(std::max(d, 0.0));
+  }
+};
+
+std::string CoordinateTable(const Measurement& result, const ReportInput& input) {
+  std::map<unsigned, MeanPoint> points;
+  for (const MeasuredPhoto& photo : result.photos) {
+    for (const MeasuredPoint& point : photo.points) points[point.uId].Add(point);
+  }
+  const std::string strIn = " [" + input.strUnit + "]";
+  HtmlTable table("points", {{"point"},
+                             {"photos"},
+                             {"X" + strIn},
+                             {"Y" + strIn},
+                             {"Z" + strIn},
+                             {"scatter" + strIn},
+                             {"dX" + strIn},
+                             {"dY" + strIn},
+                             {"dZ" + strIn}});
+  const ZuSortHelper<ZuPoint> index(input.pCheck);
+  size_t uRows = 0;
+  for (const auto& [uId, mean] : points) {
+    if (++uRows > kMostPoints) break;
+    const double x = mean.X(), y = mean.Y(), z = mean.Z();
+    std::vector<std::string> cells = {
+        std::to_string(uId), std::to_string(mean.n),
+        Fixed(x, 4),         Fixed(y, 4),
+        Fixed(z, 4),         mean.n > 1 ? Fixed(mean.Scatter(), 4) : "-"};
+    const ZuPoint* pCheck = index.Find(uId);
+    if (pCheck != nullptr) {
+      cells.push_back(Fixed(x - pCheck->m_dX, 4));
+      cells.push_back(Fixed(y - pCheck->m_dY, 4));
+      cells.push_back(Fixed(z - pCheck->m_dZ, 4));
+    }
+    table.AddRow(cells);
+  }
+  std::string strNote =
+      "Mean of the photos, root mean square of their distances from it, and its difference to the "
+      "check point.";
+  if (points.size() > kMostPoints) {
+    strNote += " The first " + std::to_string(kMostPoints) + " of " +
+               std::to_string(points.size()) + " points; -o FILE writes all.";
+  }
+  return LongSection("Object coordinates", strNote, table.Html());
 }
 
 std::string OrientationTable(const Measurement& result, const std::string& strUnit) {
   const std::string strIn = " [" + strUnit + "]";
-  std::string html = "<table><thead><tr>" + Head("photo") + Head("X0" + strIn) +
-                     Head("Y0" + strIn) + Head("Z0" + strIn) + Head("a about X [gon]") +
-                     Head("b about Y [gon]") + Head("c about Z [gon]") + Head("pixel [\xC2\xB5m]") +
-                     Head("camera") + "</tr></thead>\n<tbody>\n";
-  for (const MeasuredPhoto& photo : result.photos) {
-    const ZuVector& X0 = photo.pPhoto->GetPosAOR();
+  HtmlTable table("orientations", {{"photo"},
+                                   {"X0" + strIn},
+                                   {"Y0" + strIn},
+                                   {"Z0" + strIn},
+                                   {"a about X [gon]"},
+                                   {"b about Y [gon]"},
+                                   {"c about Z [gon]"},
+                                   {"pixel [\xC2\xB5m]"},
+                                   {"camera"}});
+  for (size_t i = 0; i < std::min(kMostPhotos, result.photos.size()); ++i) {
+    const ZuPhoto& photo = *result.photos[i].pPhoto;
+    const ZuVector& X0 = photo.GetPosAOR();
     double a, b, c;
-    photo.pPhoto->GetRotAOR(&a, &b, &c);
-    html += "<tr>" + Cell(std::to_string(photo.pPhoto->GetId())) + Cell(Fixed(X0[1], 3)) +
-            Cell(Fixed(X0[2], 3)) + Cell(Fixed(X0[3], 3)) + Cell(Fixed(a * kGon, 5)) +
-            Cell(Fixed(b * kGon, 5)) + Cell(Fixed(c * kGon, 5)) +
-            Cell(Fixed(photo.pPhoto->GetPixelSize() * 1000.0, 3)) +
-            Cell(std::to_string(photo.pPhoto->GetCamera().GetId())) + "</tr>\n";
+    photo.GetRotAOR(&a, &b, &c);
+    table.AddRow({std::to_string(photo.GetId()), Fixed(X0[1], 3), Fixed(X0[2], 3), Fixed(X0[3], 3),
+                  Fixed(a * kGon, 5), Fixed(b * kGon, 5), Fixed(c * kGon, 5),
+                  Fixed(photo.GetPixelSize() * 1000.0, 3),
+                  std::to_string(photo.GetCamera().GetId())});
   }
-  return html +
-         "</tbody></table>\n<p class='note'>R = Ry(b) Rx(a) Rz(c) carries image vectors to "
-         "object space; X0, Y0, Z0 is the projection centre.</p>\n";
+  return LongSection("Orientations",
+                     "R = Ry(b) Rx(a) Rz(c) carries image vectors to object space; X0, Y0, Z0 is "
+                     "the projection centre.",
+                     table.Html());
 }
 
-// " + 0.5 Y"; a rounded 0 has no sign.
+// " + 0.5 Y"
 std::string Term(double dValue, int iDecimals, const char* szAxis) {
-  std::string strNumber = Fixed(std::fabs(dValue), iDecimals);
-  const bool bZero = strNumber.find_first_not_of("0.") == std::string::npos;
-  return (dValue < 0.0 && !bZero ? " - " : " + ") + strNumber + szAxis;
+  const std::string strNumber = Fixed(dValue, iDecimals);
+  const bool bMinus = strNumber[0] == '-';
+  return (bMinus ? " - " + strNumber.substr(1) : " + " + strNumber) + szAxis;
 }
 
 std::string PlaneText(const Measurement& result, const std::string& strUnit) {
   const ZuPlane& plane = result.plane;
-  const std::string strIn = " [" + XmlText(strUnit) + "]";
-  return "<p>Best-fit plane of " + std::to_string(result.iPlanePoints) +
-         " points:" + Term(plane.A(), 9, " X").substr(plane.A() < 0.0 ? 0 : 2) +
-         Term(plane.B(), 9, " Y") + Term(plane.C(), 9, " Z") + Term(plane.D(), 6, "") + " = 0" +
-         strIn + "; longest distance of a point from it " + Fixed(result.dPlaneDeviation, 6) +
-         strIn + ".</p>\n";
+  const std::string strFirst = Term(plane.A(), 9, " X");
+  const std::string strText =
+      "Best-fit plane of " + Counted(static_cast<size_t>(result.iPlanePoints), "point") + ":" +
+      (strFirst[1] == '+' ? strFirst.substr(2) : strFirst) + Term(plane.B(), 9, " Y") +
+      Term(plane.C(), 9, " Z") + Term(plane.D(), 6, "") + " = 0 [" + strUnit +
+      "]; longest distance of a point from it " + Fixed(result.dPlaneDeviation, 6) + " " + strUnit +
+      ".";
+  return Section("Plane", "<p>" + XmlText(strText) + "</p>\n");
 }
 
 std::string CameraCurves(const Measurement& result) {
   std::set<unsigned> shown;
-  std::string html;
+  std::string strCurves;
   for (const MeasuredPhoto& photo : result.photos) {
     const ZuCamera& camera = photo.pPhoto->GetCamera();
     if (shown.size() >= kCameraCurves || !shown.insert(camera.GetId()).second) continue;
-    html += "<figure>" + DistortionCurve(camera, PhotoExtent(*photo.pPhoto), 620.0, 340.0) +
-            "<figcaption>Camera " + std::to_string(camera.GetId()) + " \"" +
-            XmlText(camera.GetName().chars()) + "\": c = " + SvgNumber(std::fabs(camera.m_dC)) +
-            " mm, principal point (" + SvgNumber(camera.m_dXh) + ", " + SvgNumber(camera.m_dYh) +
-            ") mm; to the corner of the image.</figcaption></figure>\n";
+    strCurves += "<figure>" + DistortionCurve(camera, PhotoExtent(*photo.pPhoto), 480.0, 320.0) +
+                 "<figcaption>" +
+                 XmlText("Camera " + std::to_string(camera.GetId()) + " \"" +
+                         camera.GetName().chars() + "\": c = " + SvgNumber(std::fabs(camera.m_dC)) +
+                         " mm, principal point (" + SvgNumber(camera.m_dXh) + ", " +
+                         SvgNumber(camera.m_dYh) + ") mm; to the corner of the image.") +
+                 "</figcaption></figure>\n";
   }
-  return html;
+  return Section(shown.size() == 1 ? "Camera" : "Cameras",
+                 "<div class='row'>\n" + strCurves + "</div>\n");
 }
 
 std::string CommandLine() {
@@ -136,16 +327,14 @@ std::string CommandLine() {
 }
 
 std::string Inputs(const ReportInput& input) {
-  std::string html = "<table><thead><tr>" + Head("input", true) + Head("file", true) +
-                     Head("size [bytes]") + Head("CRC-32") + "</tr></thead>\n<tbody>\n";
-  for (const auto& [strWhat, strPath] : input.files) {
-    const std::string strContent = ReadWholeFile(strPath);
+  HtmlTable table("inputs", {{"input", true}, {"file", true}, {"bytes"}, {"CRC-32"}});
+  for (const ReportInput::File& file : input.files) {
     char szCrc[16];
-    std::snprintf(szCrc, sizeof szCrc, "%08x", ZuCalcCRC32(strContent.data(), strContent.size()));
-    html += "<tr>" + Cell(strWhat, true) + Cell(strPath, true) +
-            Cell(std::to_string(strContent.size())) + Cell(szCrc) + "</tr>\n";
+    std::snprintf(szCrc, sizeof szCrc, "%08x", file.uCrc);
+    table.AddRow({file.strWhat, file.strName, std::to_string(file.uBytes), szCrc});
   }
-  return html + "</tbody></table>\n<p>Command: <code>" + XmlText(CommandLine()) + "</code></p>\n";
+  return Section("Inputs",
+                 table.Html() + "<p>Command: <code>" + XmlText(CommandLine()) + "</code></p>\n");
 }
 
 std::string Now() {
@@ -168,56 +357,56 @@ int CountOutliers(const Measurement& result) {
 }
 
 std::string Residuals(const Measurement& result, const ReportInput& input) {
-  const double dFactor = PhotoFactor(result);
-  std::string html =
-      "<h2>Residuals in the photos [pixels]</h2>\n<p class='note'>Measured less check "
-      "point, in the image, drawn " +
-      SvgNumber(dFactor) +
-      " times as long in every photo; the frame is the image, y down.</p>\n"
-      "<div class='photos'>\n";
-  for (const MeasuredPhoto& photo : result.photos) html += PhotoFigure(photo, dFactor);
-  html += "</div>\n<h2>Residuals in the object [" + XmlText(input.strUnit) + "]</h2>\n<figure>" +
-          PlanFigure(result, *input.pCheck, input.strUnit) + "</figure>\n<figure>" +
-          HistogramFigure(result, input.strUnit) + "</figure>\n";
-  return html;
+  const PhotoFigures figures(result);
+  std::string strNote =
+      "Measured less check point, drawn " + SvgNumber(figures.Factor()) +
+      " times as long in every photo; the frame is the image, y down. Yellow arrows are cut and "
+      "labelled with their length [px].";
+  if (figures.Photos().size() < result.photos.size()) {
+    strNote += " The " + std::to_string(figures.Photos().size()) + " photos of the largest RMS.";
+  }
+  if (figures.IsThinned()) strNote += " Of crowded residuals the longest of each cell is drawn.";
+  std::string strPhotos = "<div class='row'>\n";
+  for (const MeasuredPhoto* p : figures.Photos()) strPhotos += figures.Figure(*p);
+  return LongSection("Residuals in the photos", strNote, strPhotos + "</div>\n") +
+         Section("Residuals in the object",
+                 "<div class='row'><figure>" + PlanFigure(result, *input.pCheck, input.strUnit) +
+                     "</figure>\n<figure>" + HistogramFigure(result, input.strUnit) +
+                     "</figure></div>\n");
 }
 
 }  // namespace
 
 std::string VerdictOf(const Measurement& result, const std::string& strUnit) {
-  const std::string strMet =
-      std::to_string(result.iPoints) + " measurements of " + std::to_string(result.photos.size()) +
-      (result.photos.size() == 1 ? " photo" : " photos") + " met with the plane";
-  if (result.iChecked == 0) return strMet + "; no check points to compare with.";
+  const std::string strMet = Counted(static_cast<size_t>(result.iPoints), "measurement") + " of " +
+                             Counted(result.photos.size(), "photo") + " met with the plane";
+  const std::string strLeftOut =
+      result.refused.empty() ? "" : "; " + std::to_string(result.refused.size()) + " left out";
+  if (result.iChecked == 0) return strMet + "; no check points to compare with" + strLeftOut + ".";
   const MeasuredPhoto& worst = *result.pWorstPhoto;
-  const int iOutliers = CountOutliers(result);
   return strMet + ", " + std::to_string(result.iChecked) + " compared: RMS " +
          Fixed(result.dRms, 4) + " " + strUnit + ", worst " + Fixed(worst.pWorst->Length(), 4) +
          " " + strUnit + " (photo " + std::to_string(worst.pPhoto->GetId()) + ", point " +
-         std::to_string(worst.pWorst->uId) + "), " + std::to_string(iOutliers) +
-         " beyond three times the RMS" +
-         (!result.refused.empty() ? "; " + std::to_string(result.refused.size()) + " left out"
-                                  : "") +
-         ".";
+         std::to_string(worst.pWorst->uId) + "), " + std::to_string(CountOutliers(result)) +
+         " beyond three times the RMS" + strLeftOut + ".";
 }
 
 std::string MeasureReport(const Measurement& result, const ReportInput& input) {
+  std::string strVerdict = VerdictOf(result, input.strUnit);
+  if (result.iChecked > 0) {
+    strVerdict += " In the images the RMS is " + Fixed(result.dRmsPixels, 3) + " pixels.";
+  }
   std::string html =
       "<!DOCTYPE html>\n<html lang='en'><head><meta charset='utf-8'>\n"
-      "<meta name='viewport' content='width=device-width'>\n"
+      "<meta name='viewport' content='width=device-width, initial-scale=1'>\n"
       "<title>Measurement report</title>\n<style>" +
-      std::string(kStyle) +
+      std::string(kStyle) + HtmlTableStyle() + DarkStyle() +
       "</style></head>\n<body>\n<h1>Measurement on a plane</h1>\n<p class='verdict'>" +
-      XmlText(VerdictOf(result, input.strUnit)) + "</p>\n";
-  html += "<h2>Photos</h2>\n" + PhotoTable(result, input.strUnit);
-  html +=
-      "<p class='note'>Differences are the point met with the plane less the check point, by id; "
-      "RMS is the root mean square of their lengths.</p>\n";
-  if (result.iChecked > 0) html += Residuals(result, input);
-  html += "<h2>Plane</h2>\n" + PlaneText(result, input.strUnit);
-  html += "<h2>Camera</h2>\n" + CameraCurves(result);
-  html += "<h2>Orientations</h2>\n" + OrientationTable(result, input.strUnit);
-  html += "<h2>Inputs</h2>\n" + Inputs(input);
+      XmlText(strVerdict) + "</p>\n";
+  html += LeftOut(result) + PhotoTable(result, input.strUnit);
+  if (result.iChecked > 0) html += Residuals(result, input) + WorstTable(result, input.strUnit);
+  html += CoordinateTable(result, input) + PlaneText(result, input.strUnit);
+  html += CameraCurves(result) + OrientationTable(result, input.strUnit) + Inputs(input);
   html += "<p class='note'>Made by zu " + std::string(ZuVersion()) + " on " + Now() + ".</p>\n";
   return html + "</body></html>\n";
 }

@@ -71,27 +71,16 @@ void WarnOfDoubleIds(const std::string& strName, const ZuPointList& points,
   }
 }
 
-}  // namespace
-
-void AddColumnsOption(Options& options, std::string* pColumns) {
-  options.Option("--columns", "NAMES", pColumns,
-                 "columns of the coordinate files, of: id name idname flag code codenum photo "
-                 "camera x y z dx dy dz red1 red2 red3 color nimo vx vy vz skip");
-}
-
-void ReadPoints(const std::string& strPath, const std::string& strColumns, Context& context,
-                ZuPointList* pPoints) {
+void CheckHasId(const std::string& strColumns) {
   if (!HasIdColumn(ParseColumns(strColumns))) {
     throw CommandError(kUsage, "--columns: \"" + strColumns +
                                    "\" has no column for the id; add id, or idname for names");
   }
-  ReadPointsOrRows(strPath, strColumns, context, pPoints);
 }
 
-void ReadPointsOrRows(const std::string& strPath, const std::string& strColumns, Context& context,
-                      ZuPointList* pPoints) {
+void ReadRows(const InputFile& file, const std::string& strColumns, Context& context,
+              ZuPointList* pPoints) {
   const std::vector<eZuPointRWMask> columns = ParseColumns(strColumns);
-  const InputFile file(strPath, "a coordinate file");
   const std::string strText = file.Text();
   std::string_view text = strText;
   if (text.substr(0, 3) == "\xEF\xBB\xBF") text.remove_prefix(3);
@@ -108,6 +97,31 @@ void ReadPointsOrRows(const std::string& strPath, const std::string& strColumns,
   pPoints->SetMask(TableOf(columns));
   reader.MoveTo(pPoints);
   if (!reader.HasEntry(eZuPointRWPhoto)) WarnOfDoubleIds(file.Name(), *pPoints, context);
+}
+
+}  // namespace
+
+void AddColumnsOption(Options& options, std::string* pColumns) {
+  options.Option("--columns", "NAMES", pColumns,
+                 "columns of the coordinate files, of: id name idname flag code codenum photo "
+                 "camera x y z dx dy dz red1 red2 red3 color nimo vx vy vz skip");
+}
+
+void ReadPoints(const std::string& strPath, const std::string& strColumns, Context& context,
+                ZuPointList* pPoints) {
+  CheckHasId(strColumns);
+  ReadRows(InputFile(strPath, "a coordinate file"), strColumns, context, pPoints);
+}
+
+void ReadPoints(const InputFile& file, const std::string& strColumns, Context& context,
+                ZuPointList* pPoints) {
+  CheckHasId(strColumns);
+  ReadRows(file, strColumns, context, pPoints);
+}
+
+void ReadPointsOrRows(const std::string& strPath, const std::string& strColumns, Context& context,
+                      ZuPointList* pPoints) {
+  ReadRows(InputFile(strPath, "a coordinate file"), strColumns, context, pPoints);
 }
 
 void WritePoints(ZuPointList* pPoints, const std::string& strColumns, OutputFile* pOutput) {

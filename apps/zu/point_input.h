@@ -28,6 +28,10 @@ void AddColumnsOption(Options& options, std::string* pColumns);
 void ReadPoints(const std::string& strPath, const std::string& strColumns, Context& context,
                 ZuPointList* pPoints);
 
+// The same of an input that was opened before.
+void ReadPoints(const InputFile& file, const std::string& strColumns, Context& context,
+                ZuPointList* pPoints);
+
 // The same for a command that needs no ids: without a column for the id the points are numbered
 // from 1 in the order of their lines.
 void ReadPointsOrRows(const std::string& strPath, const std::string& strColumns, Context& context,

@@ -1,10 +1,8 @@
 #include "project_input.h"
 
-#include <filesystem>
 #include <map>
 
 #include "exit_code.h"
-#include "point_input.h"
 #include "project_rules.h"
 #include "zu/photo/detect_files.h"
 
@@ -48,25 +46,13 @@ void Warn(const std::string& strName, const std::vector<Finding>& findings, size
   }
 }
 
-void CheckReadable(const std::string& strPath, const char* szNeeded) {
-  std::error_code error;
-  const auto status = std::filesystem::status(strPath, error);
-  if (!std::filesystem::exists(status)) {
-    throw CommandError(kBadInput, strPath + ": no such file; " + szNeeded + " is needed");
-  }
-  if (std::filesystem::is_directory(status)) {
-    throw CommandError(kBadInput, strPath + ": is a folder; " + szNeeded + " is needed");
-  }
-}
-
-[[noreturn]] void FailForeign(const std::string& strPath, const char* szNeeded,
-                              const char* szBlocks) {
-  const ZuDetectZuvoFiles file(strPath.c_str());
+[[noreturn]] void FailForeign(const InputFile& input, const char* szNeeded, const char* szBlocks) {
+  const ZuDetectZuvoFiles file(input.Path().c_str());
   const std::string strLooks = file.IsType(eZuvoFileUnknown)
                                    ? ""
                                    : std::string(", but like a ") + GetZuvoFileText(file.GetType());
-  throw CommandError(kBadInput, NameInMessages(strPath) + ": does not look like a " + szNeeded +
-                                    strLooks + "; " + szBlocks + " would be right");
+  throw CommandError(kBadInput, input.Name() + ": does not look like a " + szNeeded + strLooks +
+                                    "; " + szBlocks + " would be right");
 }
 
 // A misspelt keyword loses a coefficient: no warning, a fault.
@@ -95,45 +81,51 @@ void AddPartialOption(Options& options, bool* pbPartial) {
   options.Flag("--partial", pbPartial, "take what is whole of a project that is cut off");
 }
 
-std::unique_ptr<Project> OpenProject(const std::string& strPath, bool bPartial) {
-  CheckReadable(strPath, "a project file");
-  const std::string strName = NameInMessages(strPath);
-  auto pProject = std::make_unique<Project>(strPath, bPartial);
+std::unique_ptr<Project> OpenProject(const InputFile& file, bool bPartial) {
+  auto pProject = std::make_unique<Project>(file.Path(), bPartial);
   if (pProject->IsForeign()) {
-    FailForeign(strPath, "project file", "blocks PHOTO { ... } and MEASURE { ... }");
+    FailForeign(file, "project file", "blocks PHOTO { ... } and MEASURE { ... }");
   }
-  if (pProject->Errors() > 0) Fail(strName, pProject->Findings(), pProject->Errors());
+  if (pProject->Errors() > 0) Fail(file.Name(), pProject->Findings(), pProject->Errors());
   return pProject;
 }
 
-void WarnOf(const Project& project, const std::string& strPath, const Context& context) {
-  Warn(NameInMessages(strPath), project.Findings(), project.Warnings(), context);
+void WarnOf(const Project& project, const InputFile& file, const Context& context) {
+  Warn(file.Name(), project.Findings(), project.Warnings(), context);
 }
 
-ZuPhoto& FindPhoto(Project& project, unsigned uId, const std::string& strPath) {
+ZuPhoto& FindPhoto(Project& project, unsigned uId, const InputFile& file) {
   ZuPhoto* pPhoto = project.Photos().Find(uId);
   if (pPhoto != nullptr) return *pPhoto;
   std::string strIds;
   for (const ZuPhoto* p = project.Photos().First(); p != nullptr; p = p->Next()) {
     strIds += (strIds.empty() ? "" : ", ") + std::to_string(p->GetId());
   }
-  throw CommandError(kBadInput, NameInMessages(strPath) + ": no photo " + std::to_string(uId) +
-                                    "; the file has " + strIds);
+  throw CommandError(
+      kBadInput, file.Name() + ": no photo " + std::to_string(uId) + "; the file has " + strIds);
+}
+
+void CheckNothingLacks(const Project& project, const ZuPhoto& photo, unsigned uNeeds,
+                       const InputFile& file) {
+  const std::string strLacks = project.Lacks(photo, uNeeds);
+  if (strLacks.empty()) return;
+  throw CommandError(kUndetermined,
+                     file.Name() + ": photo " + std::to_string(photo.GetId()) + " " + strLacks);
 }
 
 ZuCameraList ReadCameras(const std::string& strPath, Context& context) {
-  CheckReadable(strPath, "a camera file");
-  const std::string strName = NameInMessages(strPath);
-  const KeywordText text(strPath, CameraFileRules(), false);
+  const InputFile file(strPath, "a camera file");
+  const std::string& strName = file.Name();
+  const KeywordText text(file.Path(), CameraFileRules(), false);
   if (text.IsForeign()) {
-    FailForeign(strPath, "camera file",
+    FailForeign(file, "camera file",
                 "blocks CAMERA { ID 1 C ... } or\n{ id c xh yh a1 a2 r0 \"name\" }");
   }
   size_t uErrors = text.Errors();
   const std::vector<Finding> findings = WithMisspeltAsErrors(text, &uErrors);
   if (uErrors > 0) Fail(strName, findings, uErrors);
   Warn(strName, findings, text.Warnings(), context);
-  ZuCameraList cameras(strPath.c_str());
+  ZuCameraList cameras(file.Path().c_str());
   if (cameras.GetReadErrorCount() > 0) {
     throw CommandError(kBadInput, strName + ":" + std::to_string(cameras.GetReadErrorLine()) +
                                       ": " + cameras.GetReadErrorText() +

@@ -5,6 +5,7 @@
 #include <string>
 
 #include "context.h"
+#include "input_file.h"
 #include "options.h"
 #include "project.h"
 
@@ -13,15 +14,22 @@ namespace cli {
 // Declares --partial.
 void AddPartialOption(Options& options, bool* pbPartial);
 
-// Reads a project. Throws CommandError (bad input) with the first places where the file is missing,
+// Reads a project. Throws CommandError (bad input) with the first places where the file is
 // another kind of file, or at fault.
-std::unique_ptr<Project> OpenProject(const std::string& strPath, bool bPartial);
+std::unique_ptr<Project> OpenProject(const InputFile& file, bool bPartial);
 
 // The project's warnings on standard error, when the command has succeeded.
-void WarnOf(const Project& project, const std::string& strPath, const Context& context);
+void WarnOf(const Project& project, const InputFile& file, const Context& context);
 
 // The photo of that id. Throws CommandError (bad input) that lists those there are.
-ZuPhoto& FindPhoto(Project& project, unsigned uId, const std::string& strPath);
+ZuPhoto& FindPhoto(Project& project, unsigned uId, const InputFile& file);
+
+// What a project file is called where one is missing.
+constexpr char kProjectFile[] = "a project file";
+
+// Throws CommandError (undetermined) that tells what the photo lacks for a computation.
+void CheckNothingLacks(const Project& project, const ZuPhoto& photo, unsigned uNeeds,
+                       const InputFile& file);
 
 // The cameras of a camera file, either form. A keyword that was probably meant as another is a
 // fault here: the camera would lack a coefficient. Throws CommandError (bad input).

@@ -15,15 +15,17 @@ constexpr char kFrame[] = "fill='none' stroke='#555' stroke-width='1'";
 constexpr char kGrid[] = "stroke='#ddd' stroke-width='1'";
 constexpr char kZero[] = "stroke='#999' stroke-width='1'";
 
-// Two decimals are enough for a drawing.
-std::string Pixel(double d) {
+// Two decimals are enough for a drawing, one for the ends of many arrows.
+std::string Pixel(double d, double dSteps = 100.0) {
   if (!std::isfinite(d)) d = 0.0;
   char buffer[64];
-  const double dRounded = std::round(d * 100.0) / 100.0;
+  const double dRounded = std::round(d * dSteps) / dSteps;
   const auto result =
       std::to_chars(buffer, buffer + sizeof buffer, dRounded == 0.0 ? 0.0 : dRounded);
   return std::string(buffer, result.ptr);
 }
+
+std::string Tenth(double d) { return Pixel(d, 10.0); }
 
 std::string Attribute(const char* szName, double d) {
   return std::string(" ") + szName + "='" + Pixel(d) + "'";
@@ -111,13 +113,20 @@ void Svg::Arrows(const std::vector<Segment>& segments, const std::string& strSty
   for (const Segment& s : segments) {
     const double dx = s.x2 - s.x1, dy = s.y2 - s.y1, dLength = std::hypot(dx, dy);
     if (!std::isfinite(dLength)) continue;
-    strPath += "M" + Pixel(s.x1) + " " + Pixel(s.y1) + "L" + Pixel(s.x2) + " " + Pixel(s.y2);
+    strPath += "M" + Tenth(s.x1) + " " + Tenth(s.y1) + "L" + Tenth(s.x2) + " " + Tenth(s.y2);
     if (dLength < 2.0 * kHead) continue;
     const double ux = dx / dLength * kHead, uy = dy / dLength * kHead;
-    strPath += "m" + Pixel(-ux + 0.5 * uy) + " " + Pixel(-uy - 0.5 * ux) + "L" + Pixel(s.x2) + " " +
-               Pixel(s.y2) + "l" + Pixel(-ux - 0.5 * uy) + " " + Pixel(-uy + 0.5 * ux);
+    strPath += "m" + Tenth(-ux + 0.5 * uy) + " " + Tenth(-uy - 0.5 * ux) + "L" + Tenth(s.x2) + " " +
+               Tenth(s.y2) + "l" + Tenth(-ux - 0.5 * uy) + " " + Tenth(-uy + 0.5 * ux);
   }
   m_strBody += "<path d='" + strPath + "' fill='none' " + strStyle + "/>\n";
+}
+
+void Svg::Dots(const std::vector<Segment>& segments, double dRadius, const std::string& strStyle) {
+  std::string strPath;
+  for (const Segment& s : segments) strPath += "M" + Tenth(s.x1) + " " + Tenth(s.y1) + "h0";
+  m_strBody += "<path d='" + strPath + "' fill='none' stroke-linecap='round'" +
+               Attribute("stroke-width", 2.0 * dRadius) + " " + strStyle + "/>\n";
 }
 
 std::string Svg::Document(const std::string& strTitle) const {
@@ -199,6 +208,13 @@ std::vector<double> SvgTicks(double dLow, double dHigh, int iCount) {
   for (double n = dFirst; n <= dLast && ticks.size() < 100; n += 1.0)
     ticks.push_back(n * dStep + 0.0);
   return ticks;
+}
+
+std::string Significant(double d) {
+  char buffer[32];
+  const auto result = std::to_chars(buffer, buffer + sizeof buffer, std::isfinite(d) ? d : 0.0,
+                                    std::chars_format::general, 3);
+  return std::string(buffer, result.ptr);
 }
 
 std::string SvgNumber(double d) {

@@ -29,6 +29,8 @@ class Svg {
     double x1, y1, x2, y2;
   };
   void Arrows(const std::vector<Segment>& segments, const std::string& strStyle);
+  // A dot at the start of each, in one element too; strStyle tells the stroke's colour.
+  void Dots(const std::vector<Segment>& segments, double dRadius, const std::string& strStyle);
   // A line with a head at its end; nothing but a dot where both ends meet.
   void Arrow(double x1, double y1, double x2, double y2, const std::string& strColor);
 
@@ -74,6 +76,8 @@ class SvgPlot {
 std::vector<double> SvgTicks(double dLow, double dHigh, int iCount);
 // The round value at or below d, for scale bars and exaggerations; 0 for d not above 0.
 double SvgRoundDown(double d);
+// A length as text with three digits that count.
+std::string Significant(double d);
 // A number as short text for a drawing.
 std::string SvgNumber(double d);
 

@@ -13,7 +13,10 @@ std::string Fixed(double dValue, int iDecimals) {
   char szBuffer[400];  // 309 digits before the point at most
   const auto result = std::to_chars(szBuffer, szBuffer + sizeof(szBuffer), dValue,
                                     std::chars_format::fixed, std::min(iDecimals, 40));
-  return std::string(szBuffer, result.ptr);
+  std::string strResult(szBuffer, result.ptr);
+  const bool bZero = strResult.find_first_not_of("-0.") == std::string::npos;
+  if (bZero && strResult[0] == '-') strResult.erase(0, 1);  // rounded to 0, which has no sign
+  return strResult;
 }
 
 int DecimalsFor(double dLargest) {

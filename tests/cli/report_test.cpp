@@ -1,0 +1,73 @@
+// The report of a measurement: one blunder hides nothing, and its size has a bound.
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "tests/cli/program.h"
+
+namespace {
+
+std::string Report(const std::string& strProject) {
+  const ScratchFolder folder;
+  const std::string strBoard = Source("samples/chessboard/board.coo");
+  const Outcome outcome =
+      RunZu({"measure", folder.Write("p.prj", strProject), "--plane", strBoard, "--check", strBoard,
+             "--unit", "mm", "--report", folder.Path("r.html")});
+  EXPECT_EQ(outcome.iExit, 0) << outcome.strErr;
+  return ReadFile(folder.Path("r.html"));
+}
+
+std::string Left() { return ReadFile(Source("samples/chessboard/left.prj")); }
+
+std::string Replaced(std::string strText, const std::string& strFrom, const std::string& strTo) {
+  const size_t uPlace = strText.find(strFrom);
+  EXPECT_NE(uPlace, std::string::npos) << strFrom;
+  return strText.replace(uPlace, strFrom.size(), strTo);
+}
+
+// Between the two words, from the first place of the first.
+std::string Between(const std::string& strText, const std::string& strFrom, const char* szTo) {
+  const size_t uFrom = strText.find(strFrom) + strFrom.size();
+  return strText.substr(uFrom, strText.find(szTo, uFrom) - uFrom);
+}
+
+TEST(Report, ABlunderIsCutAndLabelledAndTheOthersStayAsTheyAre) {
+  const std::string strGood = Report(Left());
+  const std::string strBad = Report(Replaced(Left(), "23 372.4008", "23 397.4008"));
+  EXPECT_EQ(Between(strGood, "check point, drawn ", " times"),
+            Between(strBad, "check point, drawn ", " times"));
+  EXPECT_EQ(strGood.find(">25</text>"), std::string::npos);
+  EXPECT_NE(strBad.find(">25</text>"), std::string::npos);  // its length in pixels
+  const std::string strFirstRow = Between(strBad, "<table id='worst'", "</tr>\n</tbody>");
+  EXPECT_NE(strFirstRow.find("<td>1</td><td>23</td><td>397.40</td>"), std::string::npos);
+  // Photo 2 has no blunder: the same drawing, stroke by stroke.
+  EXPECT_EQ(Between(strGood, "Residuals of photo 2<", "</svg>"),
+            Between(strBad, "Residuals of photo 2<", "</svg>"));
+}
+
+TEST(Report, HasFiguresInPixelsScaleBarsCoordinatesAndBothColourSchemes) {
+  const std::string strReport = Report(Left());
+  for (const char* szNeeded :
+       {"RMS [px]", "0.5 px</text>", "mm</text>", "Object coordinates", "the RMS is 0.205 pixels",
+        "prefers-color-scheme:dark", "max-width:640px", "break-after:avoid"}) {
+    EXPECT_NE(strReport.find(szNeeded), std::string::npos) << szNeeded;
+  }
+  EXPECT_EQ(strReport.find("-0.0000"), std::string::npos);
+}
+
+TEST(Report, GrowsNoMoreWithTheMeasurements) {
+  std::string strText = Left();
+  strText.resize(strText.find("PHOTO {", strText.find("MEASURE")));
+  const size_t uEnd = strText.rfind("    }\n}");
+  const auto sized = [&](int nPoints) {
+    std::string strRows;
+    for (int i = 0; i < nPoints; ++i) {
+      strRows += std::to_string(100 + i) + " " + std::to_string(10 + i % 600) + " " +
+                 std::to_string(10 + i / 600 % 450) + "\n";
+    }
+    return Report(strText.substr(0, uEnd) + strRows + strText.substr(uEnd)).size();
+  };
+  EXPECT_NEAR(static_cast<double>(sized(6000)), static_cast<double>(sized(24000)), 20000.0);
+}
+
+}  // namespace
