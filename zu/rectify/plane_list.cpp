@@ -23,9 +23,11 @@ int ZuPlaneList::Read50Plane(ZuReaderObject* pObject) {
 
 int ZuPlaneList::ReadFile(const String& strFileName) {
   const auto read = [&] {
+    m_ReadFaults.Begin();
     ZuReader reader(strFileName.chars());
     ZuReaderObject rows(Link(this, &ZuPlaneList::Read50Plane));
     reader.RegisterObject(rows);
+    m_ReadFaults.Follow(&reader);
     return reader.DoProcess(false);
   };
   return zu_internal::OrWithoutMemory(read, 1);

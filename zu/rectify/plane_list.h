@@ -4,6 +4,7 @@
 #include "zu/export.h"
 #include "zu/foundation/link.h"
 #include "zu/foundation/list.h"
+#include "zu/foundation/read_faults.h"
 #include "zu/foundation/string.h"
 #include "zu/rectify/plane.h"
 
@@ -26,8 +27,16 @@ class ZU_API ZuPlaneList : public TZuListHeader<ZuPlane>, public LinkHdl {
 
   // Appends the planes of a file of such blocks. Always 1; what stands before damage is kept.
   int ReadFile(const String& strFileName);
+  // Faults met by the last ReadFile, memory that ended among them, and the line and text of the
+  // fault i; 0 and "ParserStatusOK" where there is none.
+  int GetReadErrorCount() const { return m_ReadFaults.GetCount(); }
+  unsigned int GetReadErrorLine(int i = 0) const { return m_ReadFaults.GetLine(i); }
+  const char* GetReadErrorText(int i = 0) const { return m_ReadFaults.GetText(i); }
 
   // The first active plane, or null.
   ZuPlane* GetActivePlane() const;
   int CountActivePlanes() const;
+
+ private:
+  ZuReadFaults m_ReadFaults;
 };
