@@ -58,7 +58,7 @@ TEST(ZuspReread, TheKeptInversesGo) {
 TEST(ZuspReread, BorderIntoTheRegionsOwnList) {
   Record record("NEW { VALIDREGION { 0 0 9 0 5 5 } }");
   ZuPointList& region = record.m_trafo.GetRegion().GetPoints();
-  EXPECT_EQ(ZuGetZuspBikoPoints(region, nullptr, &record.m_trafo), 3);
+  ASSERT_EQ(ZuGetZuspBikoPoints(region, nullptr, &record.m_trafo), 3);
   EXPECT_EQ(region.Last()->m_dX, 5.0);
 }
 

@@ -389,9 +389,9 @@ class ZU_API ZuPhoto : public ZuListnode, public ZuFlag {
   static ZuPoint* SubtractFrom(ZuPointList& list, unsigned int uId);
   class IndexPause;
   ZuPoint* ReplaceIn(ZuPointList& list, ZuPoint* pPoint);
-  void Prepare(ZuPoint* pPoint, eConvertBikoMode eMode) const;
-  using AddPoint = ZuPoint* (ZuPhoto::*)(ZuPoint*, eConvertBikoMode);
-  void MoveConverted(ZuPointList& list, unsigned int uId, eConvertBikoMode eMode, AddPoint pfnAdd);
+  ZuPoint* Prepare(ZuPoint* pPoint, eConvertBikoMode eMode) const;
+  ZuPoint* PreparedCopy(const ZuPoint& point, eConvertBikoMode eMode) const;
+  void MoveConverted(ZuPointList& from, ZuPointList& to, unsigned int uId, eConvertBikoMode eMode);
   void SetPhotoIdTo(ZuPointList& list);
   void RayVector(double x, double y, double* pdVector) const;
   double PixelLength(double dx, double dy) const;

@@ -6,12 +6,6 @@
 #include "zu/foundation/internal/without_memory.h"
 #include "zu/photo/photo.h"
 
-namespace {
-
-constexpr auto kConverted = static_cast<eConvertBikoMode>(0);  // converts nothing more
-
-}  // namespace
-
 // While points may be deleted the id indexes know none, for observers too that are called
 // meanwhile. Those that stood on their list are built anew at the end.
 class ZuPhoto::IndexPause {
@@ -26,6 +20,7 @@ class ZuPhoto::IndexPause {
 
   ~IndexPause() {
     for (const Index& index : m_indexes) {
+      if (index.pList == nullptr) continue;
       const auto build = [&index] { return index.pIndex->Set(index.pList), true; };
       if (!zu_internal::OrWithoutMemory(build, false)) index.pIndex->Set(nullptr);
     }
@@ -40,9 +35,17 @@ class ZuPhoto::IndexPause {
   const Index m_indexes[2];
 };
 
-void ZuPhoto::Prepare(ZuPoint* pPoint, eConvertBikoMode eMode) const {
+ZuPoint* ZuPhoto::Prepare(ZuPoint* pPoint, eConvertBikoMode eMode) const {
   ConvertBiko(pPoint, eMode);
   pPoint->m_iPhoto = static_cast<int>(m_uId);
+  return pPoint;
+}
+
+// On the heap, for a list to own.
+ZuPoint* ZuPhoto::PreparedCopy(const ZuPoint& point, eConvertBikoMode eMode) const {
+  auto pCopy = std::make_unique<ZuPoint>(point);
+  Prepare(pCopy.get(), eMode);
+  return pCopy.release();
 }
 
 ZuPoint* ZuPhoto::ReplaceIn(ZuPointList& list, ZuPoint* pPoint) {
@@ -53,39 +56,27 @@ ZuPoint* ZuPhoto::ReplaceIn(ZuPointList& list, ZuPoint* pPoint) {
 }
 
 ZuPoint* ZuPhoto::AddImo(ZuPoint* pPoint, eConvertBikoMode eMode) {
-  if (pPoint == nullptr) return nullptr;
-  Prepare(pPoint, eMode);
-  return ReplaceIn(m_ImoList, pPoint);
+  return pPoint != nullptr ? ReplaceIn(m_ImoList, Prepare(pPoint, eMode)) : nullptr;
 }
 
 ZuPoint* ZuPhoto::AddImo(const ZuPoint& point, eConvertBikoMode eMode) {
-  auto pCopy = std::make_unique<ZuPoint>(point);
-  Prepare(pCopy.get(), eMode);
-  return ReplaceIn(m_ImoList, pCopy.release());
+  return ReplaceIn(m_ImoList, PreparedCopy(point, eMode));
 }
 
 ZuPoint* ZuPhoto::AddImoFast(ZuPoint* pPoint, eConvertBikoMode eMode) {
-  if (pPoint == nullptr) return nullptr;
-  Prepare(pPoint, eMode);
-  return m_ImoList.Add(pPoint);
+  return pPoint != nullptr ? m_ImoList.Add(Prepare(pPoint, eMode)) : nullptr;
 }
 
 ZuPoint* ZuPhoto::AddImoFast(const ZuPoint& point, eConvertBikoMode eMode) {
-  auto pCopy = std::make_unique<ZuPoint>(point);
-  Prepare(pCopy.get(), eMode);
-  return m_ImoList.Add(pCopy.release());
+  return m_ImoList.Add(PreparedCopy(point, eMode));
 }
 
 ZuPoint* ZuPhoto::AddMeasure(ZuPoint* pPoint, eConvertBikoMode eMode) {
-  if (pPoint == nullptr) return nullptr;
-  Prepare(pPoint, eMode);
-  return ReplaceIn(m_MeasureList, pPoint);
+  return pPoint != nullptr ? ReplaceIn(m_MeasureList, Prepare(pPoint, eMode)) : nullptr;
 }
 
 ZuPoint* ZuPhoto::AddMeasure(const ZuPoint& point, eConvertBikoMode eMode) {
-  auto pCopy = std::make_unique<ZuPoint>(point);
-  Prepare(pCopy.get(), eMode);
-  return ReplaceIn(m_MeasureList, pCopy.release());
+  return ReplaceIn(m_MeasureList, PreparedCopy(point, eMode));
 }
 
 void ZuPhoto::DestroyImo() {
@@ -105,25 +96,26 @@ ZuPoint* ZuPhoto::SubtractFrom(ZuPointList& list, unsigned int uId) {
 }
 
 // A conversion that throws leaves the point where it is, as it is.
-void ZuPhoto::MoveConverted(ZuPointList& list, unsigned int uId, eConvertBikoMode eMode,
-                            AddPoint pfnAdd) {
-  ZuPoint* p = list.Find(uId, 0, nullptr);
+void ZuPhoto::MoveConverted(ZuPointList& from, ZuPointList& to, unsigned int uId,
+                            eConvertBikoMode eMode) {
+  ZuPoint* p = from.Find(uId, 0, nullptr);
   if (p == nullptr) return;
   ZuPoint converted(*p);
-  ConvertBiko(&converted, eMode);
-  list.Subtract(p);
+  Prepare(&converted, eMode);
+  from.Subtract(p);
   p->m_dX = converted.m_dX;
   p->m_dY = converted.m_dY;
   p->m_dZ = converted.m_dZ;
-  (this->*pfnAdd)(p, kConverted);
+  p->m_iPhoto = converted.m_iPhoto;
+  ReplaceIn(to, p);
 }
 
 void ZuPhoto::MoveImoToMeasure(unsigned int uId, eConvertBikoMode eMode) {
-  MoveConverted(m_ImoList, uId, eMode, &ZuPhoto::AddMeasure);
+  MoveConverted(m_ImoList, m_MeasureList, uId, eMode);
 }
 
 void ZuPhoto::MoveMeasureToImo(unsigned int uId, eConvertBikoMode eMode) {
-  MoveConverted(m_MeasureList, uId, eMode, &ZuPhoto::AddImo);
+  MoveConverted(m_MeasureList, m_ImoList, uId, eMode);
 }
 
 void ZuPhoto::CopyImoToMeasure(unsigned int uId, eConvertBikoMode eMode) {
