@@ -5,6 +5,7 @@
 #include <cmath>
 
 #include "zu/foundation/sort_helper.h"
+#include "zu/numerics/internal/finite.h"
 #include "zu/numerics/matrix.h"
 #include "zu/numerics/vector.h"
 #include "zu/transform/internal/polynomial_terms.h"
@@ -52,8 +53,7 @@ class NormalEquations {
   void Solve(double* pdSolution) {
     ZuVector x(m_iUnknowns);
     m_Matrix.Cholesky(x);
-    bool bFinite = true;
-    for (int i = 1; i <= m_iUnknowns; ++i) bFinite = bFinite && std::isfinite(x[i]);
+    const bool bFinite = zu::internal::AreFinite(x);
     for (int i = 1; i <= m_iUnknowns; ++i) pdSolution[i - 1] = bFinite ? x[i] : 0.0;
   }
 

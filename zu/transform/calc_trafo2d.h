@@ -27,6 +27,11 @@ class ZU_API ZuCalcTrafo2D : public ZuTrafo2d {
   // partners do not determine the transformation, all coefficients become 0.0, the type is set and
   // the result is true: look at the residuals.
   //
+  // Required: the sums are of the coordinates as they are, not reduced to a centre; stored
+  // coefficients belong to them. Coordinates that are 10^k times their extent cost about 2 k
+  // digits, 3 k in the projective estimate, 6 k and more in the polynomial: shift both lists to
+  // their centres first where that is too much, and what is transformed afterwards with them.
+  //
   // Required: only CalcTrafoPolynom takes GetActList() for a null list; the others give false.
   bool CalcTrafoHelmert(ZuPointList* pSource);  // sets GetScale() too
   bool CalcTrafoAffin(ZuPointList* pSource);

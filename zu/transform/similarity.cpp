@@ -3,19 +3,25 @@
 #include <algorithm>
 #include <cmath>
 
+#include "zu/numerics/internal/finite.h"
+
 namespace zu::internal {
 namespace {
 
-constexpr double kConverged = 1e-10;  // change of the scale that ends the iteration [-]
+// Change of the scale that ends the iteration [-], relative to a scale below 1.
+constexpr double kConverged = 1e-10;
 constexpr int kMaxSteps = 200;
 
-// Largest cofactor over the trace of M^T M below which the points count as collinear [-]: they lie
-// within 1e-5 of their extent from a line.
-constexpr double kCollinear = 1e-10;
+// A target this much smaller than the source counts as one point [-].
+constexpr double kLeastScale = 1e-10;
 
-// Size of a determinant that is rounding alone, over the third power of the largest singular value
-// [-]: some units in the last place.
-constexpr double kRounding = 1e-15;
+// Determinant over the third power of the length of M's singular values up to which the points
+// count as thin [-]: flat, narrow or both.
+constexpr double kThin = 1e-6;
+
+// Largest cofactor over the trace of M^T M below which the points count as collinear [-]: they lie
+// within 1e-6 of their extent from a line, and what M tells of the turn about it is rounding.
+constexpr double kCollinear = 1e-12;
 
 // The numbers of M that scale and rotation are made of: with the singular values p, q, r of M, the
 // last one signed like the determinant, d = p q r, a = p^2 + q^2 + r^2, b = p^2 q^2 + p^2 r^2 +
@@ -26,36 +32,37 @@ struct Invariants {
   double b = 0.0;
   double q[3][3];  // Q = M^T M
   double c[3][3];  // the cofactors C, M C^T = d I
+  bool bThin = false;
   bool bCollinear = false;
 };
 
-// The cofactors as 2x2 minors: they hold for singular matrices too.
-void SetMinors(const ZuMatrix& m, double (&c)[3][3]) {
+// a b - c d to some units in the last place, however much of the products cancels (after W. Kahan;
+// C.-P. Jeannerod, N. Louvet, J.-M. Muller, "Further analysis of Kahan's algorithm for the accurate
+// computation of 2x2 determinants", 2013).
+double Minor(double a, double b, double c, double d) {
+  const double w = c * d;
+  return std::fma(a, b, -w) + std::fma(-c, d, w);
+}
+
+// Thin sets of points: the cofactors as 2x2 minors of M, which hold for singular matrices too. d
+// and b are formed from them, since in the sums of products that they are elsewhere the long
+// direction leaves nothing of the short ones.
+void SetByMinors(const ZuMatrix& m, Invariants* pInvariants) {
+  Invariants& v = *pInvariants;
+  v.b = 0.0;
+  double dLargest = 0.0;
   for (int i = 0; i < 3; ++i) {
     const double* row1 = m[(i + 1) % 3 + 1] + 1;
     const double* row2 = m[(i + 2) % 3 + 1] + 1;
     for (int j = 0; j < 3; ++j) {
       const int j1 = (j + 1) % 3, j2 = (j + 2) % 3;
-      c[i][j] = row1[j1] * row2[j2] - row1[j2] * row2[j1];
-    }
-  }
-}
-
-// A flat set of points. In a narrow one d and b are lost among the rounding of the long direction:
-// a determinant of that size is none, and b is the sum of the squared cofactors, which has no
-// differences.
-void SetFlat(const ZuMatrix& m, Invariants* pInvariants) {
-  Invariants& v = *pInvariants;
-  SetMinors(m, v.c);
-  if (std::fabs(v.d) <= kRounding * v.a * std::sqrt(v.a)) v.d = 0.0;
-  v.b = 0.0;
-  double dLargest = 0.0;
-  for (const auto& row : v.c) {
-    for (const double c : row) {
+      const double c = Minor(row1[j1], row2[j2], row1[j2], row2[j1]);
+      v.c[i][j] = c;
       v.b += c * c;
       dLargest = std::max(dLargest, std::fabs(c));
     }
   }
+  v.d = m[1][1] * v.c[0][0] + m[1][2] * v.c[0][1] + m[1][3] * v.c[0][2];
   v.bCollinear = dLargest <= kCollinear * v.a;
 }
 
@@ -75,9 +82,10 @@ Invariants CalcInvariants(const ZuMatrix& m) {
 
   ZuMatrix inverse(m);
   int iError = 0;
-  inverse.Invert(&iError);
-  if (iError != 0) {
-    SetFlat(m, &v);
+  v.bThin = std::fabs(v.d) <= kThin * v.a * std::sqrt(v.a);
+  if (!v.bThin) inverse.Invert(&iError);
+  if (v.bThin || iError != 0) {
+    SetByMinors(m, &v);
     return v;
   }
   for (int i = 0; i < 3; ++i) {
@@ -100,7 +108,7 @@ bool CalcTrace(const Invariants& v, double* pdTrace) {
     dPrevious = s;
     const double t = std::sqrt(2.0 * s * v.d + v.b);
     s = std::sqrt(2.0 * t + v.a);
-  } while (std::fabs(s - dPrevious) > kConverged);
+  } while (std::fabs(s - dPrevious) > kConverged * std::min(1.0, s));
   return true;
 }
 
@@ -117,6 +125,19 @@ void SetPolarFactor(const ZuMatrix& m, const Invariants& v, double u, ZuMatrix* 
       for (int k = 0; k < 3; ++k) dSum += row[k] * (k == j ? v.q[k][j] - c1 : v.q[k][j]);
       pRotation->SetElem(i + 1, j + 1, (dSum - v.c[i][j] * u) * dPerC2 * dPerU);
     }
+  }
+}
+
+// Brings a matrix that is a rotation to 1e-4 to the nearest one, to rounding: twice R = R (3 I -
+// R^T R) / 2, after A. Bjorck, C. Bowie, "An iterative algorithm for computing the best estimate of
+// an orthogonal matrix", 1971. In thin sets the terms of the polar factor cancel.
+void Orthogonalize(ZuMatrix* pRotation) {
+  for (int i = 0; i < 2; ++i) {
+    ZuMatrix half(3, 3);
+    half.SetIdent();
+    half *= 1.5;
+    half -= pRotation->Transpose() * *pRotation * 0.5;
+    *pRotation *= half;
   }
 }
 
@@ -156,24 +177,22 @@ ZuMatrix LineRotation(const ZuMatrix& m) {
   return TurnOnto(e, f);
 }
 
-bool IsFinite(const ZuMatrix& m) {
-  return std::all_of(m.GetData(), m.GetData() + 9, [](double d) { return std::isfinite(d); });
-}
-
 }  // namespace
 
 bool CalcSimilarity(const ZuMatrix& m, bool bUnitScale, double* pdScale, ZuMatrix* pRotation) {
   const Invariants v = CalcInvariants(m);
-  if (!CalcTrace(v, pdScale)) return false;
-  // A line that shrinks to a point has no direction.
-  if (v.bCollinear && *pdScale < kConverged) return false;
-  const double u = bUnitScale ? 1.0 : *pdScale;
   if (v.bCollinear) {
+    // d is rounding alone and may have either sign: the fixed point without it.
+    *pdScale = std::sqrt(2.0 * std::sqrt(v.b) + v.a);
+    // A line that shrinks to a point has no direction.
+    if (*pdScale < kLeastScale) return false;
     *pRotation = LineRotation(m);
   } else {
-    SetPolarFactor(m, v, u, pRotation);
+    if (!CalcTrace(v, pdScale)) return false;
+    SetPolarFactor(m, v, bUnitScale ? 1.0 : *pdScale, pRotation);
+    if (v.bThin && !bUnitScale) Orthogonalize(pRotation);
   }
-  return std::isfinite(*pdScale) && IsFinite(*pRotation);
+  return std::isfinite(*pdScale) && AreFinite(*pRotation);
 }
 
 }  // namespace zu::internal

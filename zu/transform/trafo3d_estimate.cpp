@@ -13,9 +13,13 @@ using zu::internal::PointPairs;
 
 namespace {
 
-// A centred coordinate below this is replaced by it, which keeps the products away from zero; and
-// the least sum of squares of a point set that has an extent [unit of the coordinates, squared].
-constexpr double kVanishing = 1e-10;
+// A centred coordinate below this is replaced by it, which keeps the products away from zero [unit
+// of the coordinates].
+constexpr double kLeastCoordinate = 1e-10;
+
+// Least sum of the squared centred coordinates of a point set that has an extent [that unit,
+// squared].
+constexpr double kLeastSquares = 1e-10;
 
 constexpr int kFirstRoom = 4096;  // pairs for which there is room before the first is found
 
@@ -55,7 +59,7 @@ struct Centre {
 // Coordinate relative to the centre.
 double Centred(double dValue, double dCentre) {
   const double d = dValue - dCentre;
-  return std::fabs(d) < kVanishing ? kVanishing : d;
+  return std::fabs(d) < kLeastCoordinate ? kLeastCoordinate : d;
 }
 
 // Sums over the pairs: the squares of the source coordinates, point by point, and the products of
@@ -110,7 +114,7 @@ bool ZuTrafo3d::CalcByPairs(const PointPairs& pairs, int iMinPoints, bool bUnitS
 
   const Moments sums = SumMoments(pairs, sourceCentre, targetCentre);
   const double q = sums.dSquares;
-  if (std::fabs(q) < kVanishing) return false;
+  if (std::fabs(q) < kLeastSquares) return false;
   ZuMatrix m(sums.adProducts, 3, 3);
   m *= 1.0 / q;
   if (!zu::internal::CalcSimilarity(m, bUnitScale, &m_dScale, &m_mRot)) return false;
