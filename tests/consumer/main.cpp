@@ -4,7 +4,18 @@
 #include <cstdio>
 #include <cstring>
 
+namespace {
+
+const ZuFrame3d g_world;  // made before main: the axes of the library must be there by then
+
+bool HasAxes(const ZuFrame3d& frame) {
+  return frame.v1().x == 1.0 && frame.v2().y == 1.0 && frame.v3().z == 1.0;
+}
+
+}  // namespace
+
 int main(int argc, char** argv) {
   std::printf("zu %s\n", ZuVersion());
-  return argc == 2 && std::strcmp(argv[1], ZuVersion()) == 0 ? 0 : 1;
+  const bool bVersion = argc == 2 && std::strcmp(argv[1], ZuVersion()) == 0;
+  return bVersion && HasAxes(g_world) ? 0 : 1;
 }

@@ -7,17 +7,18 @@
 class ZU_API _MVector {
  public:
   // Leaves the elements unset.
-  _MVector() {}  // NOLINT(modernize-use-equals-default): value initialisation must not clear
+  constexpr _MVector() {
+  }  // NOLINT(modernize-use-equals-default): value initialisation must not clear
 
   double& operator[](int i) { return i == 0 ? x : i == 1 ? y : i == 2 ? z : w; }
-  double operator[](int i) const { return i == 0 ? x : i == 1 ? y : i == 2 ? z : w; }
+  constexpr double operator[](int i) const { return i == 0 ? x : i == 1 ? y : i == 2 ? z : w; }
 
   double x, y, z, w;
 
  protected:
   // Required: the homogeneous component comes first and lands in the fourth element; the types of
   // space built on this pass it in front.
-  _MVector(double dW, double dX, double dY, double dZ) : x(dX), y(dY), z(dZ), w(dW) {}
+  constexpr _MVector(double dW, double dX, double dY, double dZ) : x(dX), y(dY), z(dZ), w(dW) {}
 };
 
 class ZU_API _MMatrix {

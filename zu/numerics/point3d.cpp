@@ -3,8 +3,6 @@
 #include "zu/numerics/affin_map3d.h"
 #include "zu/points/point.h"
 
-const ZuPoint3d ZuPoint3d::origin;
-
 ZuPoint3d::ZuPoint3d(const ZuPoint& point) : ZuPoint3d(point.m_dX, point.m_dY, point.m_dZ) {}
 
 ZuPoint3d::ZuPoint3d(const ZuFrame3d& frame, double dX, double dY, double dZ)

@@ -12,8 +12,8 @@ class ZuPoint;
 class ZU_API ZuPoint3d : public _MVector {
  public:
   // The origin.
-  ZuPoint3d() : _MVector(1.0, 0.0, 0.0, 0.0) {}
-  ZuPoint3d(double dX, double dY, double dZ) : _MVector(1.0, dX, dY, dZ) {}
+  constexpr ZuPoint3d() : _MVector(1.0, 0.0, 0.0, 0.0) {}
+  constexpr ZuPoint3d(double dX, double dY, double dZ) : _MVector(1.0, dX, dY, dZ) {}
   // The coordinate of a point record.
   explicit ZuPoint3d(const ZuPoint& point);
   // The point with the coordinates dX, dY, dZ in the frame.
@@ -38,8 +38,10 @@ class ZU_API ZuPoint3d : public _MVector {
   // returns this point. The fourth row takes no part.
   ZuPoint3d& Transform(const ZuAffinMap3d& map);
 
-  static const ZuPoint3d origin;
+  static const ZuPoint3d origin;  // a constant of the compiler, as the axes of ZuVector3d
 };
+
+inline constexpr ZuPoint3d ZuPoint3d::origin;
 
 inline ZuPoint3d& ZuPoint3d::operator+=(const ZuVector3d& v) {
   x += v.x;

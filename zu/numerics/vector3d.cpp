@@ -2,10 +2,6 @@
 
 #include "zu/numerics/affin_map3d.h"
 
-const ZuVector3d ZuVector3d::XAxis(1.0, 0.0, 0.0);
-const ZuVector3d ZuVector3d::YAxis(0.0, 1.0, 0.0);
-const ZuVector3d ZuVector3d::ZAxis(0.0, 0.0, 1.0);
-
 ZuVector3d::ZuVector3d(const ZuFrame3d& frame, double dX, double dY, double dZ)
     : ZuVector3d(ZuAffinMap3d(frame) * ZuVector3d(dX, dY, dZ)) {}
 

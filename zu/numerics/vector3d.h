@@ -15,8 +15,8 @@ class ZuPoint3d;
 class ZU_API ZuVector3d : public _MVector {
  public:
   // The zero vector.
-  ZuVector3d() : _MVector(0.0, 0.0, 0.0, 0.0) {}
-  ZuVector3d(double dX, double dY, double dZ) : _MVector(0.0, dX, dY, dZ) {}
+  constexpr ZuVector3d() : _MVector(0.0, 0.0, 0.0, 0.0) {}
+  constexpr ZuVector3d(double dX, double dY, double dZ) : _MVector(0.0, dX, dY, dZ) {}
   // The vector with the coordinates dX, dY, dZ in the axes of the frame; the frame's origin takes
   // no part.
   ZuVector3d(const ZuFrame3d& frame, double dX, double dY, double dZ);
@@ -59,10 +59,15 @@ class ZU_API ZuVector3d : public _MVector {
   // The same coordinates with w = 1.
   ZuPoint3d AsPoint() const;
 
+  // Constants of the compiler: there before any object of static storage is made.
   static const ZuVector3d XAxis;
   static const ZuVector3d YAxis;
   static const ZuVector3d ZAxis;
 };
+
+inline constexpr ZuVector3d ZuVector3d::XAxis(1.0, 0.0, 0.0);
+inline constexpr ZuVector3d ZuVector3d::YAxis(0.0, 1.0, 0.0);
+inline constexpr ZuVector3d ZuVector3d::ZAxis(0.0, 0.0, 1.0);
 
 inline ZuVector3d& ZuVector3d::operator+=(const ZuVector3d& v) {
   x += v.x;
