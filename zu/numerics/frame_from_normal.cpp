@@ -27,17 +27,18 @@ bool CalcNormVect(ZuVector* n, const ZuMatrix& m) {
 
 bool CalcArbitaryAlg(ZuVector* u, ZuVector* v, const ZuVector& n) {
   const ZuVector axis = IsNearZ(n[1], n[2]) ? ZuVector(0.0, 1.0, 0.0) : ZuVector(0.0, 0.0, 1.0);
-  *u = (axis % n).Normalize();
-  *v = (n % *u).Normalize();
+  // n may be one of the results: both are formed before either is stored.
+  const ZuVector first = (axis % n).Normalize();
+  const ZuVector second = (n % first).Normalize();
+  *u = first;
+  *v = second;
   return true;
 }
 
 void ArbAxisAlg(const ZuVector3d& n, ZuVector3d& u, ZuVector3d& v) {
   const ZuVector3d axis = IsNearZ(n.x, n.y) ? ZuVector3d(0.0, 1.0, 0.0) : ZuVector3d(0.0, 0.0, 1.0);
-  u = axis % n;
-  u.Normalize();
-  v = n % u;
-  v.Normalize();
-  u.w = 0.0;
-  v.w = 0.0;
+  const ZuVector3d first = Normalized(axis % n);
+  const ZuVector3d second = Normalized(n % first);
+  u = first;
+  v = second;
 }

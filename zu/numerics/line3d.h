@@ -49,6 +49,10 @@ class ZU_API ZuLine3d {
 
   // t: signed distance of q's foot point from the start. True when q is less than 1e-10 off the
   // line.
+  //
+  // Required: the limit is a length in the unit of the coordinates, whatever their size: stored
+  // selections were made with it. Beyond a few hundred kilometres in metres rounding alone is
+  // more; compare getNormDistance with a limit of your own there.
   bool getDistAtPoint(const ZuPoint3d& q, double& t) const;
 
  protected:

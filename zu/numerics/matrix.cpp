@@ -42,6 +42,16 @@ ZuMatrix::ZuMatrix(const ZuMatrix& src) {
   std::copy_n(src.m_pdData, Count(), m_pdData);
 }
 
+ZuMatrix::ZuMatrix(ZuMatrix&& src) noexcept
+    : m_pdData(src.m_pdData), m_iZeilen(src.m_iZeilen), m_iSpalten(src.m_iSpalten) {
+  if (m_pdData == src.m_adInline) {
+    m_pdData = m_adInline;
+    std::copy_n(src.m_adInline, Count(), m_adInline);
+  }
+  src.m_pdData = nullptr;
+  src.m_iZeilen = src.m_iSpalten = 0;
+}
+
 ZuMatrix::ZuMatrix(const double* pdValues, int iRows, int iCols)
     : m_pdData(nullptr), m_iZeilen(0), m_iSpalten(0) {
   Set(pdValues, iRows, iCols);

@@ -20,6 +20,7 @@ class ZU_API ZuMatrix {
   // All elements 0.0. Up to 16 elements nothing is allocated.
   ZuMatrix(int iRows, int iCols);
   ZuMatrix(const ZuMatrix& src);
+  ZuMatrix(ZuMatrix&& src) noexcept;  // src is empty then: it can be destroyed, or take a Set
   ZuMatrix(const double* pdValues, int iRows, int iCols);  // row by row
   virtual ~ZuMatrix() { Release(); }
 
@@ -33,7 +34,8 @@ class ZU_API ZuMatrix {
   // Copies elements in array order until this matrix or the source is full.
   //
   // Required: the shape never changes and nothing is allocated; the destination decides how much
-  // is copied. A 2x2 matrix takes the first four elements of a 3x3 one.
+  // is copied. A 2x2 matrix takes the first four elements of a 3x3 one. A temporary is copied too:
+  // kernels hold pointers into the array that stays.
   ZuMatrix& operator=(const ZuMatrix& src);
 
   void Clear();     // all elements 0.0
@@ -127,14 +129,16 @@ class ZU_API ZuMatrix {
 
   // Frame of three points (3 elements each) as columns of this 3x3 matrix, which is returned: the
   // first axis from a to b, the second in the plane of the points on c's side, right-handed.
-  // *pbOk, where given, tells whether it was written; it stays as it is where two of the points
-  // coincide or all three are collinear.
-  ZuMatrix& MakeRotMatrix(ZuVector& a, ZuVector& b, ZuVector& c, bool* pbOk);
+  // *pbOk, where given, tells whether it was written; the matrix stays as it is where b or c is a,
+  // where c is seen from a less than 1e-10 rad off the line to b, and for coordinates that are not
+  // finite.
+  ZuMatrix& MakeRotMatrix(const ZuVector& a, const ZuVector& b, const ZuVector& c, bool* pbOk);
 
-  // The angles of a rotation matrix: about X, in -pi/2 to pi/2, about Y and about Z.
+  // The angles of a rotation matrix: about X, in -pi/2 to pi/2, about Y and about Z. At an X angle
+  // of +-pi/2 only their sum or difference is determined: Z is 0.0 then.
   //
   // Required: the order is X, Y, Z, whereas MakeRotMatrix takes Y, X, Z: rebuild the matrix with
-  // MakeRotMatrix(*pdY, *pdX, *pdZ). At an X angle of exactly +-pi/2 Y and Z are not determined.
+  // MakeRotMatrix(*pdY, *pdX, *pdZ).
   void GetRotAngles(double* pdX, double* pdY, double* pdZ) const;
 
   // Right-handed rotation about one axis, written to this 3x3 or larger matrix, which is returned.

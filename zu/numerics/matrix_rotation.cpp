@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <cmath>
 #include <numbers>
 
@@ -7,6 +8,12 @@ namespace {
 
 // Length of the sum of two unit axes above which they look the same way [-]: about 89.5 degrees.
 constexpr double kSameDirection = 1.42;
+
+// Angle below which the third point of a frame lies on the line of the two others [rad].
+constexpr double kCollinear = 1e-10;
+
+// Cosine of the angle about X below which the axes of Y and Z are one [-].
+constexpr double kGimbalLock = 1e-8;
 
 // Image of (0, 0, 1) under a 3x3 matrix.
 ZuVector ThirdAxis(const ZuMatrix& m) { return m * ZuVector(0.0, 0.0, 1.0); }
@@ -35,7 +42,8 @@ ZuMatrix& ZuMatrix::MakeRotMatrix(double a, double b, double c) {
   return r;
 }
 
-ZuMatrix& ZuMatrix::MakeRotMatrix(ZuVector& a, ZuVector& b, ZuVector& c, bool* pbOk) {
+ZuMatrix& ZuMatrix::MakeRotMatrix(const ZuVector& a, const ZuVector& b, const ZuVector& c,
+                                  bool* pbOk) {
   if (pbOk != nullptr) *pbOk = false;
   ZuVector x = Difference(b, a);
   ZuVector y = Difference(c, a);
@@ -43,11 +51,11 @@ ZuMatrix& ZuMatrix::MakeRotMatrix(ZuVector& a, ZuVector& b, ZuVector& c, bool* p
   x.Normalize();
   y.Normalize();
   y = y - x * (x * y);
+  // Of collinear points rounding is left, or nothing; of coordinates that are no numbers neither.
+  if (!(y.Abs() >= kCollinear)) return *this;
   y.Normalize();
   ZuVector z = x % y;
-  const double dLength = z.Abs();
-  // Collinear points: what is left of y is zero, and its direction is no number.
-  if (dLength == 0.0 || !std::isfinite(dLength)) return *this;
+  if (z.Abs() == 0.0 || !std::isfinite(z.Abs())) return *this;
   z.Normalize();
   SetRow(1, x);
   SetRow(2, y);
@@ -58,13 +66,18 @@ ZuMatrix& ZuMatrix::MakeRotMatrix(ZuVector& a, ZuVector& b, ZuVector& c, bool* p
 
 void ZuMatrix::GetRotAngles(double* pdX, double* pdY, double* pdZ) const {
   const ZuMatrix& r = *this;
-  double dX = std::asin(-r[2][3]);
+  double dX = std::asin(std::clamp(-r[2][3], -1.0, 1.0));  // rounding may have left the range
   const double c = std::cos(dX);
   // Required: the angle is turned over by its cosine before Y and Z are taken with the cosine of
   // the principal value.
   if (dX > 0.0 && c < 0.0) dX = std::numbers::pi - dX;
   if (dX < 0.0 && std::cos(dX) < 0.0) dX = -std::numbers::pi - dX;
   *pdX = dX;
+  if (std::fabs(c) < kGimbalLock) {
+    *pdY = std::atan2(-r[3][1], r[1][1]);
+    *pdZ = 0.0;
+    return;
+  }
   *pdY = std::atan2(r[1][3] / c, r[3][3] / c);
   *pdZ = std::atan2(r[2][1] / c, r[2][2] / c);
 }

@@ -8,7 +8,7 @@ namespace {
 
 // Below this |n . direction| a line runs parallel to a plane [-].
 constexpr double kParallelLine = 1e-6;
-// Below this angle of the normals two planes are parallel [rad].
+// Below this angle of the normals, or to opposed ones, two planes are parallel [rad].
 constexpr double kParallelPlanes = 1e-10;
 
 }  // namespace
@@ -55,10 +55,9 @@ int ZuPlane3d::Intersect(const ZuLine3d& line, ZuPoint3d& p) const {
 
 int ZuPlane3d::Intersect(const ZuPlane3d& plane, ZuLine3d& line) const {
   const ZuVector3d direction = m_vNorm % plane.m_vNorm;
-  const double dSin = direction.Norm();
   // An angle from sine and cosine keeps its digits where acos alone would have lost them all.
-  // Without a length there is no direction either, which is so for exactly opposed normals.
-  if (!(std::atan2(dSin, m_vNorm * plane.m_vNorm) >= kParallelPlanes) || dSin == 0.0) return -1;
+  const double dAngle = std::atan2(direction.Norm(), std::fabs(m_vNorm * plane.m_vNorm));
+  if (!(dAngle >= kParallelPlanes)) return -1;
   line.setDirection(direction);
 
   const double a1 = m_vNorm.x, b1 = m_vNorm.y, d1 = m_dDist;

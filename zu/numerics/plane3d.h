@@ -18,7 +18,8 @@ class ZU_API ZuPlane3d {
   // Through p with the normal b x a, in this order; otherwise as the form above.
   ZuPlane3d(const ZuPoint3d& p, const ZuVector3d& a, const ZuVector3d& b);
   // Through three points, by the plane fit: the order of the points gives the side of the normal.
-  // Coincident or collinear points leave normal and distance at zero.
+  // Normal and distance are zero where two of the points are one (to 1e-10 in each coordinate), or
+  // p3 is seen from p1 less than 9e-4 rad off the line through p2.
   ZuPlane3d(const ZuPoint3d& p1, const ZuPoint3d& p2, const ZuPoint3d& p3);
 
   const ZuVector3d& GetNorm() const { return m_vNorm; }
@@ -35,8 +36,9 @@ class ZU_API ZuPlane3d {
   // 1e-6).
   int Intersect(const ZuLine3d& line, ZuPoint3d& p) const;
 
-  // Meets another plane: 0 and the line's direction and start; -1 when the normals form an angle
-  // below 1e-10, the line untouched, or when no start point can be fixed, the direction written.
+  // Meets another plane: 0 and the line's direction and start; -1 when the normals are equal or
+  // opposed to 1e-10 rad, the line untouched, or when no start point can be fixed, the direction
+  // written.
   //
   // Required: the start point in z = 0 comes from a determinant that holds the constant 21.0 in
   // place of a normal component. The direction is reliable; applications that stored start points

@@ -32,7 +32,8 @@ ZU_API bool CalcNormVect(ZuVector* n, const ZuMatrix& m);
 
 // Two axes u, v that make a right-handed frame with the unit normal n, by the arbitrary axis rule
 // of drawing files: u is the Y axis x n where n is within 1/64 of the Z axis in x and y, else the
-// Z axis x n; v = n x u. Both of unit length; a zero n is not refused. Always true.
+// Z axis x n; v = n x u. Both of unit length; a zero n is not refused. n may be u or v. Always
+// true.
 ZU_API bool CalcArbitaryAlg(ZuVector* u, ZuVector* v, const ZuVector& n);
 ZU_API void ArbAxisAlg(const ZuVector3d& n, ZuVector3d& u, ZuVector3d& v);
 

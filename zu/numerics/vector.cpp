@@ -25,6 +25,15 @@ ZuVector::ZuVector(const ZuVector& src) {
   std::copy_n(src.m_pdData, m_iSize, m_pdData);
 }
 
+ZuVector::ZuVector(ZuVector&& src) noexcept : m_pdData(src.m_pdData), m_iSize(src.m_iSize) {
+  if (m_pdData == src.m_adInline) {
+    m_pdData = m_adInline;
+    std::copy_n(src.m_adInline, m_iSize, m_adInline);
+  }
+  src.m_pdData = nullptr;
+  src.m_iSize = 0;
+}
+
 ZuVector::ZuVector(const ZuPoint& point, eZuVectorType type) {
   const bool b3Elements =
       type == eZuVectorDirection2d || type == eZuVectorPoint2d || type == eZuVector3d;

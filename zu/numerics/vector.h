@@ -28,6 +28,7 @@ class ZU_API ZuVector {
   ZuVector(double x, double y, double z);
   ZuVector(double x, double y, double z, double w);
   ZuVector(const ZuVector& src);
+  ZuVector(ZuVector&& src) noexcept;  // src is empty then
 
   // The coordinates of a point in the form of `type`.
   //
@@ -43,7 +44,8 @@ class ZU_API ZuVector {
   // Copies elements until this vector or the source is full.
   //
   // Required: the size never changes and nothing is allocated; the destination decides how much is
-  // copied. Kernels assign into blocks of fixed size.
+  // copied. Kernels assign into blocks of fixed size and hold pointers into them, so that a
+  // temporary is copied too.
   ZuVector& operator=(const ZuVector& src);
 
   int GetSize() const { return m_iSize; }

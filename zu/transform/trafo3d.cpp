@@ -30,13 +30,7 @@ double ZuTrafo3d::CalcScale(const ZuVector& a, const ZuVector& b, double dDistan
 }
 
 void ZuTrafo3d::unvect(const ZuVector& a, const ZuVector& b, const ZuVector& c, ZuMatrix* m) {
-  const ZuVector x = Difference(b, a).Normalize();
-  ZuVector y = Difference(c, a).Normalize();
-  y = (y - x * (x * y)).Normalize();
-  const ZuVector z = (x % y).Normalize();
-  m->SetRow(1, x);
-  m->SetRow(2, y);
-  m->SetRow(3, z);
+  m->MakeRotMatrix(a, b, c, nullptr);
 }
 
 void ZuTrafo3d::GetCommonIds(ZuIdTable& ids, ZuPointList* pTarget, ZuPointList* pSource) {

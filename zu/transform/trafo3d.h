@@ -58,13 +58,16 @@ class ZU_API ZuTrafo3d : public virtual ZuTrafo3dData {
   // status 4 where the points do not determine it; the parameters are then partly worked and must
   // not be used. GetCommonPoints() tells how many were found in either case.
   //
-  // Flat sets (a facade, any three points) give a proper rotation, collinear ones a rotation that
-  // is arbitrary about the line. The scale is exact to about 1e-10, R orthogonal to 1e-9; with a
-  // set that is narrow and thin, but not flat, it loses digits: about 1e-8 at a hundredth of the
-  // length in both directions, 1e-4 at a thousandth.
+  // R is orthogonal to 1e-10, whatever the shape of the set, and the scale is exact to 1e-10 of
+  // itself. Flat sets (a facade, any three points) and narrow ones give a proper rotation; the turn
+  // about the long direction is known to about 1e-16 (length / width)^2 rad, which is 1e-10 at a
+  // thousandth of the length. Within a millionth of the length the points count as collinear: the
+  // rotation is then arbitrary about the line. Centred coordinates below 1e-10 are taken for 1e-10,
+  // so that extents should be well above that in both systems.
   //
   // Required: with bUnitScale the scale keeps its estimated value, and R is a rotation only where
-  // that value is 1.
+  // that value is 1; applications compare both. For a rotation at a scale of 1 estimate without the
+  // flag and set m_dScale to 1: the best rotation does not depend on the scale.
   //
   // Method: R is the orthogonal factor of M = B A^T / q, after B. K. P. Horn, H. M. Hilden, S.
   // Negahdaripour, "Closed-form solution of absolute orientation using orthonormal matrices", 1988;
@@ -93,8 +96,8 @@ class ZU_API ZuTrafo3d : public virtual ZuTrafo3dData {
   static double CalcScale(const ZuVector& a, const ZuVector& b, double dDistance);
 
   // Right-handed frame of three points as columns of the 3x3 matrix *m: a is the origin, b lies on
-  // the first axis, c in the plane of the first two. Collinear points give numbers that are not
-  // finite.
+  // the first axis, c in the plane of the first two. The matrix stays as it is for points that
+  // ZuMatrix::MakeRotMatrix refuses: coincident or collinear ones.
   static void unvect(const ZuVector& a, const ZuVector& b, const ZuVector& c, ZuMatrix* m);
 
   // Clears ids and adds, in the order of the source, each id of a source point that the target

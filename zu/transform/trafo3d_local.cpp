@@ -1,9 +1,11 @@
 // The transformation into a local system defined by named points.
-#include <algorithm>
 #include <cmath>
 
+#include "zu/numerics/internal/finite.h"
 #include "zu/transform/lokal_system.h"
 #include "zu/transform/trafo3d.h"
+
+using zu::internal::AreFinite;
 
 namespace {
 
@@ -88,10 +90,6 @@ ZuVector MeanOf(const ZuPointList& points) {
   return ZuVector(dX / n, dY / n, dZ / n);
 }
 
-bool IsFinite(const double* pdValues, int n) {
-  return std::all_of(pdValues, pdValues + n, [](double d) { return std::isfinite(d); });
-}
-
 }  // namespace
 
 bool ZuTrafo3d::CalcByLocalSystem(const ZuLokalSystem& system, const ZuPointList* pPoints,
@@ -125,7 +123,9 @@ bool ZuTrafo3d::CalcByLocalSystem(const ZuLokalSystem& system, const ZuPointList
   }
 
   ZuMatrix frame(3, 3);
-  unvect(Vector(*pA), Vector(*pB), Vector(*pC), &frame);
+  bool bFrame = false;
+  frame.MakeRotMatrix(Vector(*pA), Vector(*pB), Vector(*pC), &bFrame);
+  if (!bFrame) return fail(eTrafo3DNoSolution);
   m_mRot = PermutationMatrix(*pPermutation) * frame.Transpose();
 
   m_bScale1Bad = m_bScale2Bad = m_bScale3Bad = false;
@@ -141,9 +141,7 @@ bool ZuTrafo3d::CalcByLocalSystem(const ZuLokalSystem& system, const ZuPointList
   m_vSource = MeanOf(*pPoints);
   const ZuVector offset(system.m_dOffsetX, system.m_dOffsetY, system.m_dOffsetZ);
   m_vTarget = (m_mRot * -m_dScale) * (Vector(*pOrigin) - m_vSource) + offset;
-  const bool bFinite = IsFinite(m_mRot.GetData(), 9) && IsFinite(m_vSource.GetData(), 3) &&
-                       IsFinite(m_vTarget.GetData(), 3);
-  if (!bFinite) return fail(eTrafo3DNoSolution);
+  if (!AreFinite(m_vSource) || !AreFinite(m_vTarget)) return fail(eTrafo3DNoSolution);
   m_eStatus = eTrafo3DOk;
   return true;
 }
