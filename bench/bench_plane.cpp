@@ -82,7 +82,7 @@ void Adjust(const Copies& points, Plane* pPlane) {
     vMin = std::min(vMin, p.m_dY);
     vMax = std::max(vMax, p.m_dY);
   }
-  const double du = uMax - uMin, dv = vMax - vMin;
+  const double du = uMax - uMin, dv = vMax - vMin, z1 = points.front().m_dZ;
   double m[3][3] = {}, b[3] = {}, h[3];
   for (const ZuPoint& p : points) {
     const double s = (p.m_dX - uMin) / du, t = (p.m_dY - vMin) / dv, r = 1.0 - s - t;
@@ -92,14 +92,15 @@ void Adjust(const Copies& points, Plane* pPlane) {
     m[1][1] += s * s;
     m[1][2] += s * t;
     m[2][2] += t * t;
-    b[0] += p.m_dZ * r;
-    b[1] += p.m_dZ * s;
-    b[2] += p.m_dZ * t;
+    b[0] += (p.m_dZ - z1) * r;
+    b[1] += (p.m_dZ - z1) * s;
+    b[2] += (p.m_dZ - z1) * t;
   }
   m[1][0] = m[0][1];
   m[2][0] = m[0][2];
   m[2][1] = m[1][2];
   Cramer(m, b, h);
+  for (double& dHeight : h) dHeight += z1;
   Through({uMin, vMin, h[0]}, {uMax, vMin, h[1]}, {uMin, vMax, h[2]}, pPlane);
 }
 

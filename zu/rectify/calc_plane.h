@@ -24,7 +24,7 @@ class ZU_API ZuCalcPlane {
   enum eStatus : int {
     StatusOk = 0,         // plane, foot points and deviations belong together
     TooLessPoints = 1,    // fewer than three points, or none so far
-    BadPointDistrib = 2,  // coincident or collinear points
+    BadPointDistrib = 2,  // coincident or collinear points, or a coordinate that is not finite
     BadApproximate = 3,   // never set by a computation
   };
   // What CalcParallelPlane can make.
@@ -43,11 +43,15 @@ class ZU_API ZuCalcPlane {
   // the list notifies one change. Three points give the exact plane, its normal by the right hand
   // in their order. From four on the component of the normal along the adjusted axis is positive.
   //
-  // Required: the axis of adjustment is that of the plane through the first three usable points,
-  // also where the result has its largest component along another. Stored planes were adjusted so.
+  // Required: the first three usable points (the first of the list, the next one apart from it, the
+  // next one 9e-4 rad off the line through both) name the axis of adjustment, also where the result
+  // has its largest component along another. Stored planes were adjusted so. They are no measure of
+  // spread: where they stand close together, or stand in a line but for their noise, the axis may
+  // lie in the plane and digits go. Put three points far apart in front then.
   //
   // With bForce a bad distribution is computed all the same; collinear points then give numbers
-  // that are not finite. bForce stays for later computations.
+  // that are not finite. bForce stays for later computations. A list with a coordinate that is not
+  // finite is never computed.
   //
   // False with the status; the plane then stays as it was.
   bool CalcPlaneFromFilteredPoints(ZuPointList* pPoints, bool bWriteBack, bool bForce);

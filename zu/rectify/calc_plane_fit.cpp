@@ -2,10 +2,13 @@
 #include <algorithm>
 #include <cmath>
 
+#include "zu/numerics/internal/finite.h"
 #include "zu/numerics/matrix.h"
 #include "zu/numerics/vector3d.h"
 #include "zu/rectify/calc_plane.h"
 #include "zu/rectify/internal/point_refill.h"
+
+using zu::internal::AreFinite;
 
 namespace {
 
@@ -54,17 +57,19 @@ class RowsSaved {
 
 // Heights of the three corners for which the sum of the squared residuals along w is least: with
 // a = (u - u1) / (u2 - u1), b = (v - v1) / (v3 - v1) the height of a point is (1 - a - b) h1 + a h2
-// + b h3.
+// + b h3. Heights are taken from that of row 1, since the sums of large ones would keep less than
+// their differences need; the weights (1 - a - b), a, b sum to 1.
 ZuVector AdjustHeights(ZuMatrix& matrix, const Columns& columns, const ZuVector& us,
                        const ZuVector& vs) {
   const double u1 = us[1], du = us[2] - us[1];
   const double v1 = vs[1], dv = vs[3] - vs[1];
   double n11 = 0.0, n12 = 0.0, n13 = 0.0, n22 = 0.0, n23 = 0.0, n33 = 0.0;
   double r1 = 0.0, r2 = 0.0, r3 = 0.0;
+  const double w1 = Row(matrix, 1)[columns.w - 1];
   const int n = matrix.GetZeilen();
   const double* row = matrix.GetData();
   for (int i = 0; i < n; ++i, row += 4) {
-    const double w = row[columns.w - 1];
+    const double w = row[columns.w - 1] - w1;
     const double a = (row[columns.u - 1] - u1) / du;
     const double b = (row[columns.v - 1] - v1) / dv;
     const double c = 1.0 - a - b;
@@ -80,7 +85,7 @@ ZuVector AdjustHeights(ZuMatrix& matrix, const Columns& columns, const ZuVector&
   }
   const double adNormal[] = {n11, n12, n13, n12, n22, n23, n13, n23, n33};
   ZuMatrix normal(adNormal, 3, 3);
-  return normal.Cramer(ZuVector(r1, r2, r3));
+  return normal.Cramer(ZuVector(r1, r2, r3)) + ZuVector(w1, w1, w1);
 }
 
 }  // namespace
@@ -99,10 +104,16 @@ bool ZuCalcPlane::CalcZuPlane(ZuPointList* pPoints, int n) {
   }
   ZuMatrix matrix(ZuMatrix::Unset(), n, 4);
   double* row = matrix.GetData();
+  bool bFinite = true;
   for (const ZuPoint* p = pPoints->First(); p != nullptr; p = p->Next(), row += 4) {
     row[0] = p->m_dX;
     row[1] = p->m_dY;
     row[2] = p->m_dZ;
+    bFinite = bFinite && AreFinite(row, 3);
+  }
+  if (!bFinite) {
+    m_eStatus = BadPointDistrib;
+    return false;
   }
 
   if (!Approximate(matrix)) return false;

@@ -8,8 +8,11 @@
 #include "zu/foundation/numbers.h"
 #include "zu/foundation/reader_object.h"
 #include "zu/foundation/writer.h"
+#include "zu/numerics/internal/finite.h"
 #include "zu/points/point.h"
 #include "zu/rectify/internal/sip_point.h"
+
+using zu::internal::AreFinite;
 
 namespace {
 
@@ -19,10 +22,6 @@ constexpr double kParallelAngle = 4.0000000001150227e-07;
 constexpr double kNormalAngle = 0.7853981633974483;
 // Field of a coefficient in the text form [characters].
 constexpr int kCoefficientWidth = 21;
-
-bool IsFinite(const ZuVector& v) {
-  return std::isfinite(v[1]) && std::isfinite(v[2]) && std::isfinite(v[3]);
-}
 
 const ZuPlane& AsPlane(const ZuObject* pObject) { return *static_cast<const ZuPlane*>(pObject); }
 
@@ -108,7 +107,7 @@ bool ZuPlane::CalcIntersection(ZuVector& point, ZuVector& direction, const ZuPla
   if (dDet == 0.0) return false;
 
   const ZuVector start((b1 * -d2 - a1 * 21.0) / dDet, (-d1 * a2 - -d2 * 21.0) / dDet, 0.0);
-  if (!IsFinite(cross) || !IsFinite(start)) return false;  // opposed normals have no common line
+  if (!AreFinite(cross) || !AreFinite(start)) return false;  // opposed normals have no common line
   point = start;
   return true;
 }
