@@ -49,7 +49,7 @@ enum eZuSipError : int {
   eZuSipNoError = 0,
   eZuSipNoOrientation = 1,
   eZuSipNoPlane = 2,  // normal (0, 0, 0)
-  eZuSipNoPoint = 3
+  eZuSipNoPoint = 3   // none given or found, or a ray that meets the plane in none
 };
 
 class ZU_API ZuPhoto : public ZuListnode, public ZuFlag {
@@ -323,7 +323,8 @@ class ZU_API ZuPhoto : public ZuListnode, public ZuFlag {
 
   // Meets the ray of an image point with a plane; only x, y, z of the result are written. False
   // with GetSipError(): 1 no orientation, 2 a plane without normal, 3 no point, in this order of
-  // tests. A successful call does not reset it.
+  // tests, and 3 for a ray parallel to the plane, the result untouched. A successful call does not
+  // reset it.
   bool CalcSip(ZuPoint* pResult, const ZuPlane& plane, const ZuPoint* pAdjusted);
   // Of a point of the Imo list, in Bikos unless bAdjusted; its id goes to the result. An unknown
   // id is error 3 before any other test.
@@ -331,8 +332,9 @@ class ZU_API ZuPhoto : public ZuListnode, public ZuFlag {
   // The bare intersection: not finite for a ray parallel to the plane.
   void CalcSipNoErrorCheck(ZuPoint* pResult, const ZuPlane& plane, const ZuPoint* pAdjusted) const;
   // Every point of a list in place: converted by ConvertBiko (eDigiToAdjusted, eBikoToAdjusted; 0
-  // for adjusted points), then met with the plane; the same results as point by point. Returns the
-  // number of points, 0 with GetSipError() where CalcSip would refuse.
+  // for adjusted points), then met with the plane; the same results as point by point, not finite
+  // for a ray parallel to the plane. Returns the number of points, 0 with GetSipError() without
+  // orientation, normal or points.
   int CalcSipList(ZuPointList* pList, const ZuPlane& plane, eConvertBikoMode eMode);
   int GetSipError() const { return m_iSipError; }
 

@@ -25,11 +25,15 @@ struct SipPlane {
 };
 
 // X0 + t v, t = (w . n) / (v . n).
-void Meet(const SipPlane& plane, const double* X0, const double* v, ZuPoint* pResult) {
+ZuPoint3d Meet(const SipPlane& plane, const double* X0, const double* v) {
   const double t = plane.dHeight / (v[0] * plane.a + v[1] * plane.b + v[2] * plane.c);
-  pResult->m_dX = X0[0] + t * v[0];
-  pResult->m_dY = X0[1] + t * v[1];
-  pResult->m_dZ = X0[2] + t * v[2];
+  return ZuPoint3d(X0[0] + t * v[0], X0[1] + t * v[1], X0[2] + t * v[2]);
+}
+
+void Store(const ZuPoint3d& p, ZuPoint* pResult) {
+  pResult->m_dX = p.x;
+  pResult->m_dY = p.y;
+  pResult->m_dZ = p.z;
 }
 
 // R (x, y, -|c|).
@@ -90,8 +94,8 @@ void ZuPhoto::CalcSipNoErrorCheck(ZuPoint* pResult, const ZuPlane& plane,
                                   const ZuPoint* pAdjusted) const {
   const double* X0 = m_PosAOR.GetData();
   double v[3];
-  Direction(m_RotAOR.GetData(), pAdjusted->m_dX, pAdjusted->m_dY, m_Camera.m_dC, v);
-  Meet(SipPlane(plane, X0), X0, v, pResult);
+  RayVector(pAdjusted->m_dX, pAdjusted->m_dY, v);
+  Store(Meet(SipPlane(plane, X0), X0, v), pResult);
 }
 
 bool ZuPhoto::CalcSip(ZuPoint* pResult, const ZuPlane& plane, const ZuPoint* pAdjusted) {
@@ -102,8 +106,15 @@ bool ZuPhoto::CalcSip(ZuPoint* pResult, const ZuPlane& plane, const ZuPoint* pAd
   } else if (pAdjusted == nullptr) {
     m_iSipError = eZuSipNoPoint;
   } else {
-    CalcSipNoErrorCheck(pResult, plane, pAdjusted);
-    return true;
+    const double* X0 = m_PosAOR.GetData();
+    double v[3];
+    RayVector(pAdjusted->m_dX, pAdjusted->m_dY, v);
+    const ZuPoint3d p = Meet(SipPlane(plane, X0), X0, v);
+    if (std::isfinite(p.x) && std::isfinite(p.y) && std::isfinite(p.z)) {
+      Store(p, pResult);
+      return true;
+    }
+    m_iSipError = eZuSipNoPoint;
   }
   return false;
 }
@@ -134,8 +145,8 @@ int ZuPhoto::CalcSipList(ZuPointList* pList, const ZuPlane& plane, eConvertBikoM
   for (; p != nullptr; p = p->Next(), ++n) {
     ConvertBiko(p, eMode);
     double v[3];
-    Direction(m_RotAOR.GetData(), p->m_dX, p->m_dY, m_Camera.m_dC, v);
-    Meet(sip, X0, v, p);
+    RayVector(p->m_dX, p->m_dY, v);
+    Store(Meet(sip, X0, v), p);
   }
   return n;
 }

@@ -14,7 +14,7 @@ int QuarterTurns(int iRotation) {
   return iRotation >= 0 && iRotation < 4 ? kTurns[iRotation] : 0;
 }
 
-// The same centre, width and height exchanged.
+// Width and height exchanged, the lower left corner kept: the centre moves.
 ZuRegion Turned(const ZuRegion& region) {
   ZuRegion turned(region);
   turned.Right() = region.Left() + region.Height();
