@@ -1,11 +1,15 @@
 // Joins two measured lines as a drawing tool does when it trims or extends them to a corner.
 //
-//          b1                      Each line is given by two points. The match points are where the
-//          lines |                       come closest, each on its own line and moved on by its
-//          extension; the
-//   a1 --- + . . a2                kept ends are those farther from the meeting point (here a1 and
-//   b1).
-//          b2
+//            b1
+//            |
+//            |
+//   a1 ----- + . . . a2
+//            .
+//            b2
+//
+// Each line is given by two points. The match points are where the lines come closest, each on its
+// own line and moved on by its extension; the kept ends are those farther from the meeting point
+// (here a1 and b1).
 //
 // The constructor computes, the object then answers and does not change.
 #pragma once
