@@ -1,10 +1,7 @@
 #include "zu/cad/lines_match.h"
 
-#include <gtest/gtest.h>
-
-#include <cmath>
-
 #include "tests/support/random_geometry.h"
+#include "tests/support/test.h"
 #include "zu/numerics/line3d.h"
 
 namespace {
@@ -21,11 +18,9 @@ void ExpectPoint(const ZuPoint3d& p, double x, double y, double z, double dToler
 TEST(Cad2LinesMatch, CrossingLinesMeetExactly) {
   const ZuCad2LinesMatch match({-1, 0, 5}, {3, 0, 5}, {0, -2, 5}, {0, 1, 5}, 0.0, 0.0, 1.0,
                                eMatchMode3d);
-  EXPECT_TRUE(match.IsValid());
-  EXPECT_FALSE(match.IsParallel());
+  EXPECT_TRUE(match.IsValid() && !match.IsParallel());
   ExpectPoint(match.Match1(), 0, 0, 5);
-  EXPECT_EQ(match.Distance(), 0.0);
-  EXPECT_EQ(match.ValueDistance(), 0);
+  EXPECT_ROW("0 0", match.Distance(), match.ValueDistance());
   ExpectPoint(match.Keep1(), 3, 0, 5);  // the farther ends stay
   ExpectPoint(match.Keep2(), 0, -2, 5);
 }
@@ -78,8 +73,7 @@ TEST(Cad2LinesMatch, ParallelLinesJoinTheirNearestEnds) {
     const ZuPoint3d far(7.0 + std::cos(a), 1.0 + std::sin(a), 0), near(7, 1, 0);
     const ZuCad2LinesMatch match({0, 0, 0}, {6, 0, 0}, dSign > 0 ? near : far,
                                  dSign > 0 ? far : near, 3.0, 3.0, 1.0, eMatchMode3d);
-    EXPECT_TRUE(match.IsValid());
-    EXPECT_TRUE(match.IsParallel());
+    EXPECT_TRUE(match.IsValid() && match.IsParallel());
     ExpectPoint(match.Match1(), 6.5, 0, 0);  // no extension
     EXPECT_NEAR(match.Match2().x, 6.5, 0.01);
     ExpectPoint(match.Keep1(), 0, 0, 0);

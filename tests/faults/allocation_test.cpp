@@ -1,17 +1,13 @@
 // Every allocation of a reader or a writer fails in turn, once and for good: nothing leaves it,
 // nothing leaks, what was complete stays, and the next call works as ever.
-#include <gtest/gtest.h>
-
-#include <algorithm>
 #include <clocale>
 #include <filesystem>
-#include <functional>
-#include <string>
 
 #include "tests/support/count_allocations.h"
 #include "tests/support/file_readers.h"
 #include "tests/support/file_writers.h"
 #include "tests/support/temp_file.h"
+#include "tests/support/test.h"
 #include "zu/foundation/debug.h"
 
 namespace {

@@ -1,14 +1,10 @@
 // Memory grows with the file and no faster, whatever the file holds. Times stand in
 // docs/reliability.md; bench/bench_hostile.cpp measures them.
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <string>
-
 #include "tests/support/count_allocations.h"
 #include "tests/support/file_readers.h"
 #include "tests/support/hostile_inputs.h"
 #include "tests/support/temp_file.h"
+#include "tests/support/test.h"
 #include "zu/foundation/debug.h"
 #include "zu/foundation/reader.h"
 
@@ -68,13 +64,9 @@ TEST(Bounds, DepthAndLengthAreFaultsOfTheirLine) {
   std::string strDeep = "X 1\n", strLong = "X 1\n";
   for (int i = 0; i < 1000; ++i) strDeep += "A {\n";
   strLong += "X 1\n" + std::string(20000, 'x') + "\nX 1\n";
-  const struct {
-    std::string strText;
-    eZuParserStatus eStatus;
-    unsigned int uLine;
-  } cases[] = {{strDeep, ParserErrorNotSpecifiedToken, 67}, {strLong, ParserErrorStream, 3}};
-  for (const auto& test : cases) {
-    const TempFile file(test.strText);
+  for (const auto& [strText, eStatus, uLine] : Cases<std::string, eZuParserStatus, unsigned int>{
+           {strDeep, ParserErrorNotSpecifiedToken, 67}, {strLong, ParserErrorStream, 3}}) {
+    const TempFile file(strText);
     Nest nest;
     struct Note : LinkHdl {
       long Fault(ZuReader* pReader) {
@@ -89,8 +81,8 @@ TEST(Bounds, DepthAndLengthAreFaultsOfTheirLine) {
     reader.RegisterObject(object);
     reader.SetParserErrorHdl(Link(&note, &Note::Fault));
     reader.DoProcess(false);
-    EXPECT_EQ(note.first.m_eStatus, test.eStatus);
-    EXPECT_EQ(note.first.m_uLine, test.uLine);
+    EXPECT_EQ(note.first.m_eStatus, eStatus);
+    EXPECT_EQ(note.first.m_uLine, uLine);
     EXPECT_LE(nest.iOpened, 66);
   }
 }

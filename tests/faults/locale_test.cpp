@@ -1,18 +1,14 @@
 // A process that writes numbers with a comma and groups of digits reads and writes the same bytes,
 // through every reader and every writer, and finds its locale as it left it.
-#include <gtest/gtest.h>
-
 #include <clocale>
-#include <cstdio>
-#include <cstdlib>
 #include <filesystem>
 #include <locale>
 #include <map>
-#include <string>
 
 #include "tests/support/file_readers.h"
 #include "tests/support/file_writers.h"
 #include "tests/support/temp_file.h"
+#include "tests/support/test.h"
 
 namespace {
 

@@ -1,14 +1,11 @@
 // A file that somebody shortens while it is read: the reader ends earlier, with what it had, and
 // the process goes on.
-#include <gtest/gtest.h>
 #include <unistd.h>
-
-#include <algorithm>
-#include <string>
 
 #include "tests/support/file_readers.h"
 #include "tests/support/hostile_inputs.h"
 #include "tests/support/temp_file.h"
+#include "tests/support/test.h"
 #include "zu/cloud/point_cloud_container.h"
 #include "zu/foundation/progress.h"
 #include "zu/foundation/reader.h"

@@ -1,16 +1,13 @@
 // Two threads with objects of their own do not meet, in any part of the library but those that
 // docs/reliability.md names. A program of its own: the preset `tsan` compiles it to see every
 // access.
-#include <gtest/gtest.h>
-
-#include <string>
 #include <thread>
-#include <vector>
 
 #include "tests/support/cameras.h"
 #include "tests/support/file_readers.h"
 #include "tests/support/planted_lists.h"
 #include "tests/support/temp_file.h"
+#include "tests/support/test.h"
 #include "zu/cloud/point_cloud_container.h"
 #include "zu/foundation/debug.h"
 #include "zu/rectify/calc_plane.h"

@@ -1,36 +1,28 @@
 // Values of a file at the edge of what their fields hold.
-#include <gtest/gtest.h>
-
-#include <climits>
-#include <cstring>
-#include <string>
-
 #include "tests/support/project_file.h"
 #include "tests/support/temp_file.h"
+#include "tests/support/test.h"
 #include "zu/cloud/point_cloud_container.h"
 #include "zu/photo/reseau_file.h"
 
 namespace {
 
 TEST(Values, UserDataOfAnyNumberOfParts) {
-  const struct {
-    const char* szText;
-    int iPage, iRotation;
-  } cases[] = {{"", 1, 0},
-               {"text", 1, 0},
-               {"text;4", 5, 0},
-               {"a;4;2;b", 5, 2},
-               {"a;4;2;b;c;d;e", 5, 2},
-               {"a;2147483647;3;b", INT_MAX, 0},
-               {";;;", 1, 0},
-               {"a;99999999999;-1;b", INT_MAX, -1}};
-  for (const auto& test : cases) {
-    const TempFile file("PHOTO { USERDATA \"" + std::string(test.szText) + "\" LASTZUSPID 7 }\n");
+  for (const auto& [szText, iPage, iRotation] :
+       Cases<const char*, int, int>{{"", 1, 0},
+                                    {"text", 1, 0},
+                                    {"text;4", 5, 0},
+                                    {"a;4;2;b", 5, 2},
+                                    {"a;4;2;b;c;d;e", 5, 2},
+                                    {"a;2147483647;3;b", INT_MAX, 0},
+                                    {";;;", 1, 0},
+                                    {"a;99999999999;-1;b", INT_MAX, -1}}) {
+    const TempFile file("PHOTO { USERDATA \"" + std::string(szText) + "\" LASTZUSPID 7 }\n");
     ProjectFile project(file.Path());
     const ZuPhoto& photo = *project.Photos().First();
-    EXPECT_EQ(photo.GetDigPictPage(), test.iPage) << test.szText;
-    EXPECT_EQ(photo.GetDigPictRot(), test.iRotation) << test.szText;
-    EXPECT_EQ(photo.GetLastZuspId(), 7u) << test.szText;
+    EXPECT_EQ(photo.GetDigPictPage(), iPage) << szText;
+    EXPECT_EQ(photo.GetDigPictRot(), iRotation) << szText;
+    EXPECT_EQ(photo.GetLastZuspId(), 7u) << szText;
   }
 }
 

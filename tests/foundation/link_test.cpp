@@ -1,6 +1,6 @@
 #include "zu/foundation/link.h"
 
-#include <gtest/gtest.h>
+#include "tests/support/test.h"
 
 namespace {
 
@@ -48,15 +48,13 @@ class Shared : public virtual Plain {
 TEST(Link, GivesTheResultAsLong) {
   Plain plain;
   int n = 7;
-  EXPECT_EQ(Link(&plain, &Plain::Long).Call(&n), 107);
-  EXPECT_EQ(Link(&plain, &Plain::Bool).Call(&n), 1);
-  EXPECT_EQ(Link(&plain, &Plain::Byte).Call(nullptr), 200);
-  EXPECT_EQ(Link(&plain, &Plain::Pointer).Call(&n), 1);
-  EXPECT_EQ(Link(&plain, &Plain::Pointer).Call(nullptr), 0);
-  EXPECT_EQ(Link(&plain, &Plain::Const).Call(&n), -93);
-  EXPECT_EQ(Link(&static_cast<const Plain&>(plain), &Plain::Const).Call(&n), -93);
-  EXPECT_EQ(Link(&plain, &Plain::Void).Call(&n), 0);
-  EXPECT_EQ(n, 100);
+  EXPECT_ROW("107 1 200 1", Link(&plain, &Plain::Long).Call(&n),
+             Link(&plain, &Plain::Bool).Call(&n), Link(&plain, &Plain::Byte).Call(nullptr),
+             Link(&plain, &Plain::Pointer).Call(&n));
+  EXPECT_ROW("0 -93 -93", Link(&plain, &Plain::Pointer).Call(nullptr),
+             Link(&plain, &Plain::Const).Call(&n),
+             Link(&static_cast<const Plain&>(plain), &Plain::Const).Call(&n));
+  EXPECT_ROW("0 100", Link(&plain, &Plain::Void).Call(&n), n);
 }
 
 TEST(Link, ReachesTheObjectThroughSeveralBases) {
@@ -64,12 +62,11 @@ TEST(Link, ReachesTheObjectThroughSeveralBases) {
   Both both;
   Shared shared;
   int n = 7;
-  EXPECT_EQ(Link(&derived, &Plain::Virtual).Call(&n), 2);
-  EXPECT_EQ(Link(static_cast<Plain*>(&derived), &Plain::Virtual).Call(&n), 2);
-  EXPECT_EQ(Link(&both, &Both::Own).Call(&n), 5007);
-  EXPECT_EQ(Link(&both, &Both::FromLeft).Call(&n), 1007);
-  EXPECT_EQ(Link(&both, &Both::Long).Call(&n), 107);
-  EXPECT_EQ(Link(&shared, &Shared::Own).Call(&n), 127);
+  EXPECT_ROW("2 2 5007", Link(&derived, &Plain::Virtual).Call(&n),
+             Link(static_cast<Plain*>(&derived), &Plain::Virtual).Call(&n),
+             Link(&both, &Both::Own).Call(&n));
+  EXPECT_ROW("1007 107 127", Link(&both, &Both::FromLeft).Call(&n),
+             Link(&both, &Both::Long).Call(&n), Link(&shared, &Shared::Own).Call(&n));
 }
 
 TEST(Link, CallsNothingWhenUnset) {
@@ -94,8 +91,7 @@ TEST(Link, IsASmallValue) {
   Link link(&plain, &Plain::Long);
   const Link copy = link;
   link = Link(&other, &Plain::Long);
-  EXPECT_EQ(copy.Call(&n), 107);
-  EXPECT_EQ(link.Call(&n), 8);
+  EXPECT_ROW("107 8", copy.Call(&n), link.Call(&n));
   link = Link();
   EXPECT_EQ(link.IsSet(), 0);
 }

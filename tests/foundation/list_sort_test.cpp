@@ -1,10 +1,5 @@
-#include <gtest/gtest.h>
-
-#include <functional>
-#include <memory>
-#include <random>
-
 #include "list_records.h"
+#include "tests/support/test.h"
 
 namespace {
 

@@ -1,20 +1,12 @@
-#include <gtest/gtest.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
-#include <algorithm>
-#include <cctype>
-#include <cstdlib>
 #include <cwchar>
 #include <filesystem>
 #include <fstream>
-#include <functional>
-#include <iterator>
 #include <locale>
-#include <memory>
-#include <string>
-#include <vector>
 
+#include "tests/support/temp_file.h"
+#include "tests/support/test.h"
 #include "zu/foundation/debug.h"
 #include "zu/foundation/debug_logger.h"
 #include "zu/foundation/logfile.h"
@@ -43,12 +35,8 @@ class MasterLogger : public ZuMasterLogger {
  public:
   static std::wstring At(wchar_t const* szFormat, wchar_t const* szMessage, int iHour) {
     std::tm time = {};
-    time.tm_year = 124;
-    time.tm_mon = 4;
-    time.tm_mday = 3;
-    time.tm_hour = iHour;
-    time.tm_min = 5;
-    time.tm_sec = 9;
+    std::tie(time.tm_sec, time.tm_min, time.tm_hour) = std::tuple(9, 5, iHour);
+    std::tie(time.tm_mday, time.tm_mon, time.tm_year) = std::tuple(3, 4, 124);
     wchar_t szLine[kLineLength];
     std::wcscpy(szLine, szFormat);
     FormatAt(szLine, szMessage, time);
@@ -91,8 +79,7 @@ TEST_F(Logging, MessagesReachLoggersOfTheirLevel) {
   CollectingLogger usual;
   m_master.AddLogger(&usual);
   m_master.AddLogger(nullptr);
-  EXPECT_EQ(ZuApplicationLogger::Log(4, L"four"), 0);
-  EXPECT_EQ(ZuApplicationLogger::Log(3, L"three"), 0);
+  EXPECT_ROW("0 0", ZuApplicationLogger::Log(4, L"four"), ZuApplicationLogger::Log(3, L"three"));
   m_master.SubtractLogger(&usual);
   ZuApplicationLogger::Log(1, L"one");
   EXPECT_EQ(usual.m_texts, (Texts{L"three"}));
@@ -136,16 +123,13 @@ TEST_F(Logging, LoggersMayLeaveWhileTheyAreCalled) {
 TEST_F(Logging, LineFormat) {
   EXPECT_EQ(MasterLogger::At(L"$day.$month.$year $hour24:$minute:$second $mesg", L"$day", 23),
             L"03.05.2024 23:05:09 $day");
-  EXPECT_EQ(MasterLogger::At(L"$day $day", L"", 0), L"03 $day");
-  EXPECT_EQ(MasterLogger::At(L"$hour12 $ampm", L"", 13), L"01 PM");
+  EXPECT_EQ(MasterLogger::At(L"$day $day $hour12 $ampm", L"", 13), L"03 $day 01 PM");
   EXPECT_EQ(MasterLogger::At(L"$hour12 $ampm", L"", 12), L"12 PM");
   EXPECT_EQ(MasterLogger::At(L"$hour12 $ampm", L"", 0), L"00 AM");
-
   ZuMasterLogger plain;
-  CollectingLogger logger;
-  plain.AddLogger(&logger);
+  plain.AddLogger(&m_logger);
   plain.Log(3, L"text");
-  EXPECT_TRUE(HasForm(UniToAnsi(logger.m_texts[0])(), "[99:99:99] text"));
+  EXPECT_TRUE(HasForm(UniToAnsi(m_logger.m_texts[0])(), "[99:99:99] text"));
 }
 
 TEST_F(Logging, BuffersAreCut) {
@@ -163,13 +147,11 @@ TEST_F(Logging, BuffersAreCut) {
 
 // Every conversion gives what the run-time's own formatter gives; 8-bit text counts as UTF-8.
 TEST_F(Logging, FormatsAsWprintf) {
-#define ZU_EXPECT_FORMAT(...)                                  \
-  do {                                                         \
-    wchar_t szExpected[400];                                   \
-    std::swprintf(szExpected, 400, __VA_ARGS__);               \
-    ZuApplicationLogger::Log(1, __VA_ARGS__);                  \
-    EXPECT_STREQ(m_logger.m_texts.back().c_str(), szExpected); \
-  } while (false)
+#define ZU_EXPECT_FORMAT(...)                  \
+  std::swprintf(szExpected, 400, __VA_ARGS__); \
+  ZuApplicationLogger::Log(1, __VA_ARGS__);    \
+  EXPECT_STREQ(m_logger.m_texts.back().c_str(), szExpected)
+  wchar_t szExpected[400];
   ZU_EXPECT_FORMAT(L" %d Read Error(s) in %s:", 3, "a.prj");
   ZU_EXPECT_FORMAT(L" - Line: %06d, Status: %s", 42, "ParserErrorStream");
   ZU_EXPECT_FORMAT(L"%5d|%-5d|%+d|% d|%05d|%x|%#X|%o|%u%%", 1, 2, 3, 4, -5, 255u, 255u, 8u,
@@ -210,19 +192,16 @@ std::string Content(std::filesystem::path const& path) {
 
 class LogFiles : public Logging {
  protected:
-  void SetUp() override {
-    Logging::SetUp();
-    m_folder =
-        std::filesystem::path(::testing::TempDir()) / ("zu_logging_" + std::to_string(::getpid()));
+  LogFiles() : m_folder(std::string(m_place.Path()) + ".logs") {
     std::filesystem::create_directories(m_folder);
     ::setenv("XDG_STATE_HOME", m_folder.c_str(), 1);
   }
-  void TearDown() override {
+  ~LogFiles() override {
     ::unsetenv("XDG_STATE_HOME");
     std::filesystem::remove_all(m_folder);
-    Logging::TearDown();
   }
-  std::filesystem::path m_folder;
+  const TempFile m_place;  // a name of its own
+  const std::filesystem::path m_folder;
 };
 
 // The debug logger's line holds the address of the text and not the text.
@@ -238,10 +217,8 @@ TEST_F(LogFiles, DebugLoggerWritesAddresses) {
   EXPECT_EQ(m_logger.m_texts, (Texts{L"InstallZuvoDebugLogger()", L"secret",
                                      L"UninstallZuvoDebugLogger()", L"after"}));
   const std::string text = Content(m_folder / "ZuvoProtokoll.log");
-  EXPECT_EQ(text.substr(0, 4), "2 : ");
-  EXPECT_EQ(text.find("secret"), text.npos);
+  EXPECT_TRUE(text.starts_with("2 : ") && text.find('\n') == text.size() - 1) << text;
   EXPECT_NE(std::strtoull(text.c_str() + 4, nullptr, 16), 0u);
-  EXPECT_EQ(text.find('\n'), text.size() - 1);
 }
 
 TEST_F(LogFiles, DebugLoggerFollowsNoLink) {
@@ -249,8 +226,7 @@ TEST_F(LogFiles, DebugLoggerFollowsNoLink) {
   std::ofstream(target) << "kept";
   std::filesystem::create_symlink(target, m_folder / "ZuvoProtokoll.log");
   ZuZuvoDebugLogger logger;
-  EXPECT_EQ(logger.Log(1, L"text"), 0);
-  EXPECT_EQ(Content(target), "kept");
+  EXPECT_ROW("0 kept", logger.Log(1, L"text"), Content(target));
   std::filesystem::remove(m_folder / "ZuvoProtokoll.log");
   ASSERT_EQ(::mkfifo((m_folder / "ZuvoProtokoll.log").c_str(), 0600), 0);
   EXPECT_EQ(logger.Log(1, L"text"), 0);  // and does not wait at a pipe
@@ -271,11 +247,8 @@ TEST_F(LogFiles, ReportIsAppendedUnderAHeader) {
   const std::string report = std::string(132, '/') + "\n//  aaa aaa ?9 99:99:99 9999\n//  1.5\n";
   const std::string text = Content(path);
   EXPECT_TRUE(HasForm(text, report + report)) << text;
-
   std::locale::global(before);
-
-  ZuLogfile missing((m_folder / "no folder" / "x.log").c_str());
-  EXPECT_TRUE(missing.fail());
+  EXPECT_TRUE(ZuLogfile((m_folder / "no folder" / "x.log").c_str()).fail());
 }
 
 }  // namespace

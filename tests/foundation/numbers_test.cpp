@@ -1,18 +1,6 @@
 #include "zu/foundation/numbers.h"
 
-#include <gtest/gtest.h>
-
-#include <bit>
-#include <cerrno>
-#include <climits>
-#include <cmath>
-#include <cstdint>
-#include <cstdio>
-#include <cstdlib>
-#include <cstring>
-#include <memory>
-#include <random>
-#include <string>
+#include "tests/support/test.h"
 
 namespace {
 
@@ -42,97 +30,20 @@ void ExpectReadsLikeTheRuntime(std::string const& text) {
 }
 
 TEST(NumbersRead, FormsOfTheRuntime) {
-  char const* const texts[] = {"",
-                               " ",
-                               "+",
-                               "-",
-                               ".",
-                               "-.",
-                               "e5",
-                               "+e5",
-                               ".e5",
-                               "1",
-                               "+1",
-                               "-1",
-                               "+-1",
-                               "--1",
-                               "+ 1",
-                               "1.",
-                               ".5",
-                               "-.5",
-                               "1e",
-                               "1e+",
-                               "1e-",
-                               "1e+5",
-                               "1E-5",
-                               "1e5e5",
-                               "1.5.5",
-                               "1-2",
-                               "12abc",
-                               "12 34",
-                               "1,5",
-                               "\t\n\v\f\r 7",
-                               "\xA0 7",
-                               "0x",
-                               "0x1",
-                               "0X1.8p3",
-                               "-0x.8p-2",
-                               "0xg",
-                               "0x.p1",
-                               "0x1p",
-                               "0x1p+",
-                               "0x1.fffffffffffff8p0",
-                               "00012",
-                               "-0",
-                               "-0.0",
-                               "0e999999999999",
-                               "inf",
-                               "-INF",
-                               "infinity",
-                               "infinit",
-                               "+Infinityx",
-                               "nan",
-                               "-nan",
-                               "NaN(123)",
-                               "nan(",
-                               "nan(12",
-                               "nan(a_Z9)x",
-                               "nan(-)",
-                               "in",
-                               "na",
-                               "n",
-                               "i",
-                               "1e308",
-                               "1.8e308",
-                               "-1e309",
-                               "1e999999999999999999999",
-                               "1e-323",
-                               "2e-324",
-                               "3e-324",
-                               "-1e-400",
-                               "4.9406564584124654e-324",
-                               "2.2250738585072011e-308",
-                               "2.2250738585072014e-308",
-                               "1.7976931348623158e308",
-                               "1.7976931348623159e308",
-                               "9007199254740993",
-                               "9007199254740992.5",
-                               "9007199254740993.0000000000000000000000000000000001",
-                               "123456789012345678901234567890",
-                               "0.1234567890123456789012345678901234567890e30",
-                               "2147483647",
-                               "2147483648",
-                               "-2147483648",
-                               "-2147483649",
-                               "9223372036854775807",
-                               "9223372036854775808",
-                               "-99999999999999999999",
-                               "000000000000000000000000000000000001",
-                               "1\0002",
-                               "8.5e+00",
-                               "1_000",
-                               "0b1"};
-  for (char const* szText : texts) ExpectReadsLikeTheRuntime(szText);
+  std::istringstream texts(
+      "| |+|-|.|-.|e5|+e5|.e5|1|+1|-1|+-1|--1|+ 1|1.|.5|-.5|1e|1e+|1e-|1e+5|1E-5|1e5e5|1.5.5|"
+      "1-2|12abc|12 34|1,5|\t\n\v\f\r 7|\xA0 7|0x|0x1|0X1.8p3|-0x.8p-2|0xg|0x.p1|0x1p|0x1p+|"
+      "0x1.fffffffffffff8p0|00012|-0|-0.0|0e999999999999|inf|-INF|infinity|infinit|+Infinityx|"
+      "nan|-nan|NaN(123)|nan(|nan(12|nan(a_Z9)x|nan(-)|in|na|n|i|1e308|1.8e308|-1e309|"
+      "1e999999999999999999999|1e-323|2e-324|3e-324|-1e-400|4.9406564584124654e-324|"
+      "2.2250738585072011e-308|2.2250738585072014e-308|1.7976931348623158e308|"
+      "1.7976931348623159e308|9007199254740993|9007199254740992.5|"
+      "9007199254740993.0000000000000000000000000000000001|123456789012345678901234567890|"
+      "0.1234567890123456789012345678901234567890e30|2147483647|2147483648|-2147483648|"
+      "-2147483649|9223372036854775807|9223372036854775808|-99999999999999999999|"
+      "000000000000000000000000000000000001|8.5e+00|1_000|0b1");
+  for (std::string text; std::getline(texts, text, '|');) ExpectReadsLikeTheRuntime(text);
+  ExpectReadsLikeTheRuntime("");
   ExpectReadsLikeTheRuntime(std::string(5000, '0') + "." + std::string(5000, '9') + "e5001");
   ExpectReadsLikeTheRuntime(std::string(400, '9'));
   ExpectReadsLikeTheRuntime("0." + std::string(400, '0') + "1e390");
@@ -142,12 +53,9 @@ TEST(NumbersRead, FormsOfTheRuntime) {
 // A text that ends between the bytes of a larger one.
 TEST(NumbersRead, BoundedTextEndsAtItsEnd) {
   char const* const szText = "123.75e1inf0x10";
-  EXPECT_EQ(ZuAtof(szText, szText + 3), 123.0);
-  EXPECT_EQ(ZuAtof(szText, szText + 5), 123.7);
-  EXPECT_EQ(ZuAtof(szText, szText + 7), 123.75);
-  EXPECT_EQ(ZuAtof(szText + 8, szText + 10), 0.0);
-  EXPECT_EQ(ZuAtof(szText + 11, szText + 13), 0.0);
-  EXPECT_EQ(ZuAtof(szText, szText), 0.0);
+  const auto read = [&](int i, int iEnd) { return ZuAtof(szText + i, szText + iEnd); };
+  EXPECT_ROW("123 123.7 123.75 0 0 0", read(0, 3), read(0, 5), read(0, 7), read(8, 10),
+             read(11, 13), read(0, 0));
   EXPECT_EQ(ZuAtoi(szText, szText + 2), 12);
 }
 
@@ -196,40 +104,15 @@ void ExpectWritesLikePrintf(double d) {
 }
 
 TEST(NumbersWrite, EdgeValuesWriteLikePrintf) {
-  for (const double d : {0.0,
-                         0.5,
-                         1.5,
-                         2.5,
-                         1e15,
-                         1e16,
-                         9999999999999999.0,
-                         99999999999999995.0,
-                         1e17,
-                         123456789.5,
-                         0.0001,
-                         0.00001,
-                         0.00009999999999999999,
-                         0.00099999999999999999,
-                         5e-10,
-                         1.5e-9,
-                         2.5e-9,
-                         4.9999999999999995e-10,
-                         0.9999999995,
-                         0.99999999949999996,
-                         1.0000000005,
-                         9007199254740993.0,
-                         1.7976931348623157e308,
-                         2.2250738585072014e-308,
-                         4.9e-324,
-                         1e22,
-                         1e23,
-                         9.5367431640625e-7,
-                         0.30000000000000004,
-                         18446744073.709551615,
-                         18446744073709551616.0,
-                         4503599627370496.5,
-                         double{INFINITY},
-                         double{NAN}}) {
+  std::istringstream edges(
+      "0.0 0.5 1.5 2.5 1e15 1e16 9999999999999999.0 99999999999999995.0 1e17 123456789.5 "
+      "0.0001 0.00001 0.00009999999999999999 0.00099999999999999999 5e-10 1.5e-9 2.5e-9 "
+      "4.9999999999999995e-10 0.9999999995 0.99999999949999996 1.0000000005 "
+      "9007199254740993.0 1.7976931348623157e308 2.2250738585072014e-308 4.9e-324 1e22 1e23 "
+      "9.5367431640625e-7 0.30000000000000004 18446744073.709551615 18446744073709551616.0 "
+      "4503599627370496.5 inf nan");
+  for (std::string text; edges >> text;) {
+    const double d = std::strtod(text.c_str(), nullptr);
     ExpectWritesLikePrintf(d);
     ExpectWritesLikePrintf(-d);
   }

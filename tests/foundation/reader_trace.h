@@ -7,10 +7,8 @@
 // reads on over a { through the parser and leaves the block to the reader.
 #pragma once
 
-#include <sstream>
-#include <string>
-
 #include "tests/support/temp_file.h"
+#include "tests/support/test.h"
 #include "zu/foundation/reader.h"
 
 #pragma GCC diagnostic push
@@ -161,10 +159,12 @@ class Trace : public LinkHdl {
 
   template <class... T>
   void Note(const T&... values) {
-    std::ostringstream text;
-    text.imbue(std::locale::classic());
-    ((text << values), ...);
-    m_strNotes += text.str();
+    ((m_strNotes += Told(values)), ...);
+  }
+  static std::string Told(char c) { return {c}; }
+  template <class T>
+  static std::string Told(const T& value) {
+    return Text(value);
   }
 
   std::string m_strNotes;

@@ -1,10 +1,7 @@
 // How readers of values, alone and in chains, share the tokens of a file with the reader.
-#include <gtest/gtest.h>
-
-#include <string>
-#include <vector>
-
 #include "tests/foundation/reader_cases.h"
+#include "tests/support/keyword_file.h"
+#include "tests/support/test.h"
 
 namespace {
 
@@ -84,85 +81,51 @@ TEST(ReaderValues, RowsEndAtTheirClosingBrace) {
 }
 
 TEST(ReaderValues, ListOfRowsEndsAtARowThatMovesNothing) {
-  class Empty : public LinkHdl {
-   public:
-    int Read(ZuReaderObject* pObject) {
-      pObject->ReadRows([this] { ++m_iRows; });
-      return 1;
-    }
-    int m_iRows = 0;
-  } empty;
-  TempFile file("E { 1 2 3 } I 5 E 6");
-  ZuReader reader(file.Path());
-  int i = 0;
-  ZuReaderObject objects[] = {{"E", Link(&empty, &Empty::Read)}, {"I", &i}};
-  for (ZuReaderObject& object : objects) reader.RegisterObject(object);
-  reader.DoProcess(false);
-  EXPECT_EQ(empty.m_iRows, 2);
-  EXPECT_EQ(i, 5);
-  EXPECT_EQ(reader.GetReadErrorCount(), 0);
+  KeywordFile file("E { 1 2 3 } I 5 E 6");
+  int iRows = 0, i = 0;
+  file.On("I", &i).On("E", [&](ZuReaderObject* pObject) {
+    pObject->ReadRows([&] { ++iRows; });
+    return 1;
+  });
+  EXPECT_ROW("0 2 5", file.Run(), iRows, i);
 }
 
 // A reader that takes more than one block by itself: the reader goes on behind what it took.
 TEST(ReaderValues, BracesOfARecord) {
-  class Record : public LinkHdl {
-   public:
-    int Read(ZuReaderObject* pObject) {
+  for (const char* szText : {"{ X 1 } { \"x\" 20 } I 5", "R { { X 1 } { 3 20 } } I 5",
+                             "R { { X 1 } { 3 20 } 7 { 8 } } I 5"}) {
+    int iSum = 0, i = 0;
+    const auto read = [&](ZuReaderObject* pObject) {
       do {
         pObject->TakeBlockOpen();
         pObject->Skip();
-        m_iSum += pObject->TakeInt();
+        iSum += pObject->TakeInt();
         pObject->TakeBlockClose();
       } while (pObject->IsBlockOpen());
       return 1;
-    }
-    int m_iSum = 0;
-  };
-  for (const char* szText : {"{ X 1 } { \"x\" 20 } I 5", "R { { X 1 } { 3 20 } } I 5",
-                             "R { { X 1 } { 3 20 } 7 { 8 } } I 5"}) {
-    TempFile file(szText);
-    ZuReader reader(file.Path());
-    Record record;
-    int i = 0;
-    ZuReaderObject objects[] = {ZuReaderObject(Link(&record, &Record::Read)),
-                                {"R", Link(&record, &Record::Read)},
-                                {"I", &i}};
-    for (ZuReaderObject& object : objects) reader.RegisterObject(object);
-    reader.DoProcess(false);
-    EXPECT_EQ(record.m_iSum, 21) << szText;
-    EXPECT_EQ(i, 5) << szText;
-    EXPECT_EQ(reader.GetReadErrorCount(), 0) << szText;
+    };
+    KeywordFile file(szText);
+    EXPECT_ROW("0 21 5", file.On("_NOT_DEFINED", read).On("R", read).On("I", &i).Run(), iSum, i)
+        << szText;
   }
 }
 
 // Keywords die with the handler that registered them, with and without a block.
 TEST(ReaderValues, KeywordsNeverOutliveTheirHandler) {
-  class Block : public LinkHdl {
-   public:
-    int Read(ZuReaderObject* pObject) {
-      int iLocal = 0;
-      ZuReaderObject local("LOCAL", &iLocal);
-      pObject->RegisterObject(local);
-      if (m_bProcess) pObject->DoProcess();
-      m_iSum += iLocal;
-      return 1;
-    }
-    bool m_bProcess = true;
-    int m_iSum = 0;
-  };
   for (bool bProcess : {true, false}) {
     for (const char* szText : {"B { LOCAL 1 } LOCAL 2 I 5", "X { } B 7 LOCAL 2 I 5"}) {
-      TempFile file(szText);
-      OpenReader reader(file.Path());
-      Block block;
-      block.m_bProcess = bProcess;
-      int i = 0;
-      ZuReaderObject objects[] = {{"B", Link(&block, &Block::Read)}, {"I", &i}};
-      for (ZuReaderObject& object : objects) reader.RegisterObject(object);
-      reader.DoProcess(false);
-      EXPECT_TRUE(reader.IsAtRest(2)) << szText;
-      EXPECT_EQ(i, 5) << szText;
-      EXPECT_EQ(block.m_iSum, bProcess && szText[0] == 'B' ? 1 : 0);
+      BasicKeywordFile<OpenReader> file(szText);
+      int iSum = 0, i = 0;
+      file.On("I", &i).On("B", [&](ZuReaderObject* pObject) {
+        int iLocal = 0;
+        ZuReaderObject local("LOCAL", &iLocal);
+        pObject->RegisterObject(local);
+        if (bProcess) pObject->DoProcess();
+        return iSum += iLocal, 1;
+      });
+      file.Run();
+      EXPECT_TRUE(file.reader.IsAtRest(2)) << szText;
+      EXPECT_ROW(bProcess && szText[0] == 'B' ? "5 1" : "5 0", i, iSum) << szText;
     }
   }
 }

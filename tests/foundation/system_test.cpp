@@ -1,11 +1,8 @@
-#include <gtest/gtest.h>
-
-#include <cstring>
 #include <fstream>
 #include <set>
-#include <string>
-#include <vector>
 
+#include "tests/support/temp_file.h"
+#include "tests/support/test.h"
 #include "zu/foundation/alnum_id.h"
 #include "zu/foundation/crc32.h"
 #include "zu/foundation/file_name.h"
@@ -16,30 +13,27 @@
 namespace {
 
 TEST(FileName, Parts) {
-  const struct {
-    char const *szPath, *szName, *szNoExt;
-  } cases[] = {{"a/b.c.jpg", "b.c.jpg", "b.c"},
-               {"C:\\dir.x\\photo", "photo", "photo"},
-               {"/a/.profile", ".profile", ".profile"},
-               {"dir/", "", ""},
-               {"", "", ""},
-               {"x.", "x.", "x"}};
-  for (const auto& c : cases) {
-    EXPECT_EQ(ZuGetFilename(c.szPath), c.szName);
-    EXPECT_EQ(ZuGetFilenameNoExt(c.szPath), c.szNoExt);
+  for (const auto& [szPath, szName, szNoExt] :
+       Cases<char const*, char const*, char const*>{{"a/b.c.jpg", "b.c.jpg", "b.c"},
+                                                    {"C:\\dir.x\\photo", "photo", "photo"},
+                                                    {"/a/.profile", ".profile", ".profile"},
+                                                    {"dir/", "", ""},
+                                                    {"", "", ""},
+                                                    {"x.", "x.", "x"}}) {
+    EXPECT_EQ(ZuGetFilename(szPath), szName);
+    EXPECT_EQ(ZuGetFilenameNoExt(szPath), szNoExt);
   }
   EXPECT_EQ(ZuGetFilenameNoExt(L"a\\\u00E4.pts"), L"\u00E4");
   EXPECT_TRUE(ZuGetFilename(static_cast<char const*>(nullptr)).empty());
 }
 
 TEST(FileName, ExistsAsAFile) {
-  const std::string path = ::testing::TempDir() + "zu_exist_\xC3\xA4.txt";
-  std::ofstream(path) << "x";
+  auto pFile = std::make_unique<TempFile>("x", "\xC3\xA4.txt");
+  const std::string path = pFile->Path();
   EXPECT_TRUE(ZuExistFile(path.c_str()));
   EXPECT_TRUE(ZuExistFile((std::wstring(path.begin(), path.end() - 6) + L"\u00E4.txt").c_str()));
-  std::remove(path.c_str());
-  EXPECT_FALSE(ZuExistFile(path.c_str()));
-  EXPECT_FALSE(ZuExistFile(::testing::TempDir().c_str()));
+  pFile.reset();
+  EXPECT_FALSE(ZuExistFile(path.c_str()) || ZuExistFile(::testing::TempDir().c_str()));
   EXPECT_FALSE(ZuExistFile("") || ZuExistFile(static_cast<wchar_t const*>(nullptr)));
 }
 
@@ -67,9 +61,8 @@ TEST(AlnumId, IsStableAndApart) {
 
 TEST(ValidPointer, SmallAddressesAreNone) {
   int i = 0;
-  EXPECT_TRUE(IsValidPointer(&i));
-  EXPECT_FALSE(IsValidPointer(nullptr));
-  EXPECT_FALSE(IsValidPointer(reinterpret_cast<void*>(0xFFFF)));
+  EXPECT_TRUE(IsValidPointer(&i) && !IsValidPointer(nullptr) &&
+              !IsValidPointer(reinterpret_cast<void*>(0xFFFF)));
 }
 
 TEST(Profiler, ReportsToItsSinkAlone) {
@@ -125,8 +118,7 @@ TEST(Progress, TellsAHundredSteps) {
     while (i < 100000 && progress.SetPosition(i, 100000)) ++i;
     EXPECT_GE(i, 50000);
     EXPECT_LE(i, 51100);
-    EXPECT_TRUE(progress.IsStopped());
-    EXPECT_FALSE(progress.SetPosition(99999, 100000));
+    EXPECT_TRUE(progress.IsStopped() && !progress.SetPosition(99999, 100000));
   }
   EXPECT_EQ(log.events.back(), eZuProgressHide);
   ZuSetProgressHandler(former);

@@ -1,9 +1,6 @@
 #include "zu/foundation/writer.h"
 
-#include <gtest/gtest.h>
-
-#include <sstream>
-#include <string>
+#include "tests/support/test.h"
 
 namespace {
 
@@ -43,23 +40,31 @@ TEST_F(Writer, LevelIsNeverBelowZeroAndOneForAllStreams) {
 }
 
 TEST_F(Writer, ColumnsHaveTheirWidth) {
-  const struct {
-    Manipulator pfn;
-    int iWidth;
-  } rights[] = {{w4, 4},   {w5, 5},   {w6, 6},   {w8, 8},  {w10, 10},
-                {w12, 12}, {w14, 14}, {w16, 16}, {w19, 19}},
-    lefts[] = {{s2, 2},   {s4, 4},   {s8, 8},   {s10, 10}, {s12, 12},
-               {s14, 14}, {s16, 16}, {s20, 20}, {s30, 30}, {s34, 34}};
-  for (const auto& right : rights) {
-    const std::string strBlanks(static_cast<std::size_t>(right.iWidth - 1), ' ');
-    m_Stream << s4 << right.pfn << 7 << 'x';  // one blank, whatever width was left
-    EXPECT_EQ(Text(), ' ' + strBlanks + "7x") << right.iWidth;
+  const auto blanks = [](int n) { return std::string(static_cast<std::size_t>(n - 1), ' '); };
+  for (const auto& [pfn, iWidth] : Cases<Manipulator, int>{{w4, 4},
+                                                           {w5, 5},
+                                                           {w6, 6},
+                                                           {w8, 8},
+                                                           {w10, 10},
+                                                           {w12, 12},
+                                                           {w14, 14},
+                                                           {w16, 16},
+                                                           {w19, 19}}) {
+    m_Stream << s4 << pfn << 7 << 'x';  // one blank, whatever width was left
+    EXPECT_EQ(Text(), ' ' + blanks(iWidth) + "7x");
   }
-  for (const auto& left : lefts) {
-    const std::string strBlanks(static_cast<std::size_t>(left.iWidth - 1), ' ');
-    m_Stream << left.pfn << "P"
-             << "x";
-    EXPECT_EQ(Text(), 'P' + strBlanks + 'x') << left.iWidth;
+  for (const auto& [pfn, iWidth] : Cases<Manipulator, int>{{s2, 2},
+                                                           {s4, 4},
+                                                           {s8, 8},
+                                                           {s10, 10},
+                                                           {s12, 12},
+                                                           {s14, 14},
+                                                           {s16, 16},
+                                                           {s20, 20},
+                                                           {s30, 30},
+                                                           {s34, 34}}) {
+    m_Stream << pfn << "P" << 'x';
+    EXPECT_EQ(Text(), 'P' + blanks(iWidth) + 'x');
   }
   m_Stream << w4 << 123456 << w4 << -1 << s4 << "ABCDEF" << w4 << "x";
   EXPECT_EQ(Text(), " 123456   -1ABCDEF    x");
@@ -76,14 +81,9 @@ TEST_F(Writer, WidthGoesToTheNextItem) {
 }
 
 TEST_F(Writer, PrecisionCountsDigits) {
-  const struct {
-    Manipulator pfn;
-    const char* szThird;
-  } cases[] = {{p4, "0.3333"}, {p6, "0.333333"}, {p8, "0.33333333"}, {p16, "0.3333333333333333"}};
-  for (const auto& c : cases) {
-    m_Stream << c.pfn << 1.0 / 3.0;
-    EXPECT_EQ(Text(), c.szThird);
-  }
+  m_Stream << p4 << 1.0 / 3.0 << ' ' << p6 << 1.0 / 3.0 << ' ' << p8 << 1.0 / 3.0 << ' ' << p16
+           << 1.0 / 3.0;
+  EXPECT_EQ(Text(), "0.3333 0.333333 0.33333333 0.3333333333333333");
 }
 
 }  // namespace

@@ -1,9 +1,7 @@
-#include <gtest/gtest.h>
-
 #include <Eigen/Dense>
-#include <cmath>
 
 #include "tests/support/random_geometry.h"
+#include "tests/support/test.h"
 #include "zu/numerics/affin_map3d.h"
 #include "zu/numerics/line3d.h"
 
@@ -77,13 +75,11 @@ TEST(AffinMap3d, HomogeneousComponentsTakePart) {
   ZuVector3d v(1.0, 0.0, 0.0);
   v.w = 1.0;
   const ZuVector3d moved = ZuAffinMap3d::Translate(10.0, 0.0, 0.0) * v;
-  EXPECT_EQ(moved.x, 11.0);
-  EXPECT_EQ(moved.w, 0.0);
+  EXPECT_ROW("11 0", moved.x, moved.w);
   ZuPoint3d p(1.0, 0.0, 0.0);
   p.w = 0.5;
   const ZuPoint3d half = ZuAffinMap3d::Translate(10.0, 0.0, 0.0) * p;
-  EXPECT_EQ(half.x, 6.0);
-  EXPECT_EQ(half.w, 1.0);
+  EXPECT_ROW("6 1", half.x, half.w);
 }
 
 TEST(AffinMap3d, FramesCarryCoordinatesToTheWorld) {
@@ -107,8 +103,7 @@ TEST(AffinMap3d, FramesCarryCoordinatesToTheWorld) {
   ZuVector3d a, b, c;
   o.w = a.w = 0.25;
   ZuAffinMap3d(f).GetCoordSystem(o, a, b, c);
-  EXPECT_EQ(o.Distance(f.Origin()), 0.0);
-  EXPECT_EQ((b - f.v2()).Norm(), 0.0);
+  EXPECT_ROW("0 0", o.Distance(f.Origin()), (b - f.v2()).Norm());
   EXPECT_EQ(o.w, 0.25);  // x, y, z alone are written
   EXPECT_EQ(a.w, 0.25);
 }
@@ -143,13 +138,10 @@ TEST(AffinMap3d, RotationsAreRightHandedAndComposeInOrder) {
 TEST(AffinMap3d, RotAnglesDivideOnlyAtTheRightAngle) {
   double p1 = -1.0, p2 = -1.0, p3 = -1.0;
   ZuAffinMap3d::GetRotAngles(ZuAffinMap3d(), &p1, &p2, &p3);
-  EXPECT_EQ(p1, 0.0);
-  EXPECT_EQ(p2, 0.0);
-  EXPECT_EQ(p3, 0.0);
+  EXPECT_TRUE(p1 == 0.0 && p2 == 0.0 && p3 == 0.0);
   ZuAffinMap3d::GetRotAngles(ZuAffinMap3d::RotZ(0.1), &p1, &p2, &p3);
   EXPECT_NEAR(p1, 0.1, 1e-15);
-  EXPECT_EQ(p2, 0.0);
-  EXPECT_EQ(p3, 0.0);
+  EXPECT_TRUE(p2 == 0.0 && p3 == 0.0);
   // Rows are scaled to length 1 and turned over for a left-handed block.
   ZuAffinMap3d::GetRotAngles(ZuAffinMap3d::Scale(-2.0, -2.0, -2.0) * ZuAffinMap3d::RotZ(0.1), &p1,
                              &p2, &p3);
@@ -184,8 +176,7 @@ TEST(AffinMap3d, EntitySystemAndCombination) {
   const ZuAffinMap3d map = MapEcsToWcs(ZuVector3d(0.0, 0.0, -1.0));
   EXPECT_NEAR((map * ZuPoint3d(1.0, 2.0, 3.0)).Distance(ZuPoint3d(-1.0, 2.0, -3.0)), 0.0, 1e-15);
   const ZuPoint3d p = AffinCombination(ZuPoint3d(0, 0, 0), ZuPoint3d(8, 4, 0), 3.0, 1.0);
-  EXPECT_EQ(p.Distance(ZuPoint3d(2, 1, 0)), 0.0);
-  EXPECT_EQ(p.w, 1.0);
+  EXPECT_ROW("0 1", p.Distance(ZuPoint3d(2, 1, 0)), p.w);
   EXPECT_FALSE(std::isfinite(AffinCombination(p, ZuPoint3d(1, 1, 1), 1.0, -1.0).x));
 }
 

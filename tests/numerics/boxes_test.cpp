@@ -1,8 +1,5 @@
-#include <gtest/gtest.h>
-
-#include <limits>
-
 #include "tests/support/random_geometry.h"
+#include "tests/support/test.h"
 #include "zu/numerics/aligned_bounding_box3d.h"
 #include "zu/numerics/center_point3d.h"
 
@@ -12,13 +9,11 @@ constexpr double kMax = std::numeric_limits<double>::max();
 
 TEST(BoundingBox3d, EmptyUntilUpdated) {
   ZuBoundingBox3d box(1.0, 5.0, 3.0, 4.0, 2.0, 6.0);
-  EXPECT_EQ(box.Ymin(), 2.0);
-  EXPECT_EQ(box.GetCount(), 0u);
+  EXPECT_ROW("2 0", box.Ymin(), box.GetCount());
   EXPECT_TRUE(box.IsValid());
   box.Reset();
   EXPECT_FALSE(box.IsValid());
-  EXPECT_EQ(box.Center().x, 0.0);
-  EXPECT_EQ(box.Center().w, 1.0);
+  EXPECT_ROW("0 1", box.Center().x, box.Center().w);
   box.Update(std::numeric_limits<double>::quiet_NaN(), 1.0, 1.0);
   EXPECT_FALSE(box.IsValid());
   box.Update(ZuPoint3d(3.0, 1.0, 2.0));
@@ -38,11 +33,9 @@ TEST(BoundingBox3d, UnionCountsOne) {
   box.Union(other);
   EXPECT_EQ(box.GetCount(), 1u);
   EXPECT_EQ(box.GetVol(), 4.0 * 8.0 * 4.0);
-  EXPECT_EQ(box.GetMin(), 4.0);
-  EXPECT_EQ(box.GetMax(), 8.0);
+  EXPECT_ROW("4 8", box.GetMin(), box.GetMax());
   box.Union(ZuBoundingBox3d());
-  EXPECT_EQ(box.GetVol(), 128.0);
-  EXPECT_EQ(box.GetCount(), 2u);
+  EXPECT_ROW("128 2", box.GetVol(), box.GetCount());
 }
 
 TEST(BoundingBox3d, OverlapAgreesWithACommonPoint) {
@@ -60,8 +53,7 @@ TEST(BoundingBox3d, OverlapAgreesWithACommonPoint) {
   }
   EXPECT_GT(iOverlaps, 50);
   const ZuBoundingBox3d left(0, 0, 0, 1, 1, 1), right(1, 0, 0, 2, 1, 1);
-  EXPECT_TRUE(left.Overlap(right, true));
-  EXPECT_FALSE(left.Overlap(right, false));
+  EXPECT_TRUE(left.Overlap(right, true) && !left.Overlap(right, false));
   EXPECT_FALSE(left.Overlap(ZuBoundingBox3d(0, 2, 0, 1, 3, 1), true));  // apart in y only
 }
 
@@ -113,8 +105,7 @@ TEST(CenterPoint3d, MergingAndTakingOutFollowTheSums) {
   EXPECT_NEAR(all.Point().Distance(points[0]), 0.0, 1e-9);
   all.Subtract(points[0]);
   all.Subtract(points[0]);
-  EXPECT_EQ(all.GetCount(), 0);
-  EXPECT_EQ(all.x(), 0.0);
+  EXPECT_ROW("0 0", all.GetCount(), all.x());
   ZuCenterPoint3d empty;
   empty.Add(ZuCenterPoint3d());
   EXPECT_EQ(empty.x(), 0.0);

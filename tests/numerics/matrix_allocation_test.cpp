@@ -1,7 +1,6 @@
 // What never allocates.
-#include <gtest/gtest.h>
-
 #include "tests/support/count_allocations.h"
+#include "tests/support/test.h"
 #include "zu/numerics/matrix.h"
 
 namespace {

@@ -1,11 +1,7 @@
 #include "zu/numerics/matrix.h"
 
-#include <gtest/gtest.h>
-
-#include <random>
-#include <vector>
-
 #include "tests/support/eigen_bridge.h"
+#include "tests/support/test.h"
 
 namespace {
 
@@ -27,19 +23,14 @@ bool IsInline(const ZuMatrix& m) {
 
 TEST(Matrix, ElementsAreOneBasedAndRowByRow) {
   ZuMatrix m = Counting(3, 5);
-  EXPECT_EQ(m[2][1], 6.0);
-  EXPECT_EQ(m.GetElem(3, 5), 15.0);
-  EXPECT_EQ(m.GetElemZeroIndex(2, 4), 15.0);
-  EXPECT_EQ(m.SetElem(2, 3, -1.0), -1.0);
-  EXPECT_EQ(m.GetData()[7], -1.0);
+  EXPECT_ROW("6 15 15 -1 -1", m[2][1], m.GetElem(3, 5), m.GetElemZeroIndex(2, 4),
+             m.SetElem(2, 3, -1.0), m.GetData()[7]);
   const ZuMatrix& constant = m;
   EXPECT_EQ(constant[2][3], -1.0);
 }
 
 TEST(Matrix, StoreFollowsTheElementCount) {
-  EXPECT_TRUE(IsInline(ZuMatrix(4, 4)));
-  EXPECT_TRUE(IsInline(ZuMatrix(1, 16)));
-  EXPECT_FALSE(IsInline(ZuMatrix(4, 5)));
+  EXPECT_TRUE(IsInline(ZuMatrix(4, 4)) && IsInline(ZuMatrix(1, 16)) && !IsInline(ZuMatrix(4, 5)));
   const ZuMatrix big = Counting(4, 5);
   ZuMatrix copy(big);
   copy[4][5] = 0.0;
@@ -59,8 +50,7 @@ TEST(Matrix, SetShrinksAndMovesBetweenTheStores) {
 
   ZuMatrix own = Counting(5, 5);
   own.Set(&own[2][1], 3, 4);  // values out of the array that is given up
-  EXPECT_EQ(own[1][1], 6.0);
-  EXPECT_EQ(own[3][4], 17.0);
+  EXPECT_ROW("6 17", own[1][1], own[3][4]);
 }
 
 // A matrix that would have to grow keeps shape and array and takes what the array holds.
@@ -68,14 +58,12 @@ TEST(Matrix, SetNeverGrows) {
   const ZuMatrix source = Counting(5, 6);
   ZuMatrix m(2, 2);
   m.Set(source.GetData(), 5, 6);
-  EXPECT_EQ(m.GetZeilen(), 2);
-  EXPECT_EQ(m.GetSpalten(), 2);
+  EXPECT_ROW("2 2", m.GetZeilen(), m.GetSpalten());
   EXPECT_EQ(m.GetData()[15], 16.0) << "the inline store is filled, and not passed";
 
   ZuMatrix heap(4, 5);
   heap.Set(source.GetData(), 5, 6);
-  EXPECT_EQ(heap.GetZeilen(), 4);
-  EXPECT_EQ(heap[4][5], 20.0);
+  EXPECT_ROW("4 20", heap.GetZeilen(), heap[4][5]);
 }
 
 // The destination decides how much an assignment copies, the source how much there is.
@@ -87,9 +75,7 @@ TEST(Matrix, AssignmentKeepsTheShape) {
 
   ZuMatrix b(5, 5);
   b = Counting(2, 2);
-  EXPECT_EQ(b.GetZeilen(), 5);
-  EXPECT_EQ(b[1][4], 4.0);
-  EXPECT_EQ(b[1][5], 0.0);
+  EXPECT_ROW("5 4 0", b.GetZeilen(), b[1][4], b[1][5]);
 }
 
 // Line is a row and Row is a column, and the vector's size decides.
@@ -105,9 +91,7 @@ TEST(Matrix, LinesAreRowsAndRowsAreColumns) {
   m.GetLine(3, two);
   EXPECT_EQ(two[2], 8.0);
   m.SetRow(3, two);
-  EXPECT_EQ(m[1][3], 7.0);
-  EXPECT_EQ(m[2][3], 8.0);
-  EXPECT_EQ(m[3][3], 9.0);
+  EXPECT_ROW("7 8 9", m[1][3], m[2][3], m[3][3]);
   m.SetLine(1, ZuVector(-1.0, -2.0, -3.0));
   EXPECT_EQ(m[1][2], -2.0);
 }
@@ -115,8 +99,7 @@ TEST(Matrix, LinesAreRowsAndRowsAreColumns) {
 TEST(Matrix, RowOperations) {
   ZuMatrix m = Counting(3, 4);
   m.SwapLines(1, 3);
-  EXPECT_EQ(m[1][1], 9.0);
-  EXPECT_EQ(m[3][4], 4.0);
+  EXPECT_ROW("9 4", m[1][1], m[3][4]);
   m.AddLines(1, 2, 2, 10.0, 3);
   EXPECT_EQ(m[1][1], 9.0);
   EXPECT_EQ(m[1][2], 10.0 + 60.0);
@@ -125,20 +108,17 @@ TEST(Matrix, RowOperations) {
   m.AddLines(2, 3, 4, -1.0);
   EXPECT_EQ(m[2][4], 8.0 - 4.0);
   m.MultLine(3, 3, 2.0);
-  EXPECT_EQ(m[3][2], 2.0);
-  EXPECT_EQ(m[3][4], 8.0);
+  EXPECT_ROW("2 8", m[3][2], m[3][4]);
 }
 
 TEST(Matrix, ArithmeticAgreesWithASecondMethod) {
   std::mt19937_64 rng(32);
-  const struct {
-    int n, k, m;
-  } shapes[] = {{3, 3, 3}, {4, 4, 4}, {2, 3, 4}, {1, 5, 1}, {7, 4, 9}, {3, 3, 1}};
-  for (const auto& s : shapes) {
-    SCOPED_TRACE(::testing::Message() << s.n << "x" << s.k << "x" << s.m);
-    const ZuMatrix a = RandomMatrix(rng, s.n, s.k);
-    const ZuMatrix b = RandomMatrix(rng, s.k, s.m);
-    const ZuVector v = RandomVector(rng, s.k);
+  for (const auto& [n, k, m] :
+       Cases<int, int, int>{{3, 3, 3}, {4, 4, 4}, {2, 3, 4}, {1, 5, 1}, {7, 4, 9}, {3, 3, 1}}) {
+    SCOPED_TRACE(::testing::Message() << n << "x" << k << "x" << m);
+    const ZuMatrix a = RandomMatrix(rng, n, k);
+    const ZuMatrix b = RandomMatrix(rng, k, m);
+    const ZuVector v = RandomVector(rng, k);
     EXPECT_LT(MaxDifference(ToEigen(a * b), ToEigen(a) * ToEigen(b)), 1e-14);
     EXPECT_LT(MaxDifference(ToEigen(a * v), ToEigen(a) * ToEigen(v)), 1e-14);
     EXPECT_EQ(ToEigen(a.Transpose()), ToEigen(a).transpose());
@@ -174,10 +154,7 @@ TEST(Matrix, ProductInPlaceKeepsTheShape) {
   EXPECT_EQ(ToEigen(a), ToEigen(Counting(2, 2)) * ToEigen(Counting(2, 2)));
   ZuMatrix b = Counting(2, 3);
   b *= Counting(3, 1);
-  EXPECT_EQ(b.GetSpalten(), 3);
-  EXPECT_EQ(b[1][1], 14.0);
-  EXPECT_EQ(b[1][2], 32.0);
-  EXPECT_EQ(b[1][3], 3.0);
+  EXPECT_ROW("3 14 32 3", b.GetSpalten(), b[1][1], b[1][2], b[1][3]);
 }
 
 // The accumulator of normal equations adds to both triangles and to the leading block alone.

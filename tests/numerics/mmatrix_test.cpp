@@ -1,9 +1,8 @@
 #include "zu/numerics/mmatrix.h"
 
-#include <gtest/gtest.h>
-
 #include <Eigen/Dense>
-#include <type_traits>
+
+#include "tests/support/test.h"
 
 namespace {
 
@@ -29,11 +28,7 @@ static_assert(std::is_trivially_copyable_v<_MVector> && std::is_trivially_copyab
 // The homogeneous component is passed first and stands last.
 TEST(PlainMatrix, VectorTakesTheHomogeneousComponentFirst) {
   const Vector v(9.0, 1.0, 2.0, 3.0);
-  EXPECT_EQ(v.x, 1.0);
-  EXPECT_EQ(v.z, 3.0);
-  EXPECT_EQ(v.w, 9.0);
-  EXPECT_EQ(v[3], 9.0);
-  EXPECT_EQ(v[0], 1.0);
+  EXPECT_ROW("1 3 9 9 1", v.x, v.z, v.w, v[3], v[0]);
 }
 
 TEST(PlainMatrix, LinesAreRowsAndRowsAreColumns) {

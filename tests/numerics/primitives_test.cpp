@@ -1,9 +1,5 @@
-#include <gtest/gtest.h>
-
-#include <cmath>
-#include <limits>
-
 #include "tests/support/random_geometry.h"
+#include "tests/support/test.h"
 #include "zu/numerics/line.h"
 #include "zu/numerics/line3d.h"
 #include "zu/numerics/plane3d.h"
@@ -120,31 +116,26 @@ TEST(Line3d, FootPointAndDistances) {
   EXPECT_EQ(line.getNormDistance(ZuPoint3d(4.0, 3.0, 4.0), bInside), 5.0);
   EXPECT_TRUE(bInside);
   line.getNormDistance(ZuPoint3d(4.5, 0.0, 0.0), bInside);
-  EXPECT_FALSE(bInside);
-  EXPECT_TRUE(line.getDistAtPoint(ZuPoint3d(2.5, 9e-11, 0.0), t));
+  EXPECT_TRUE(!bInside && line.getDistAtPoint(ZuPoint3d(2.5, 9e-11, 0.0), t));
   EXPECT_EQ(t, 2.5);
   EXPECT_FALSE(line.getDistAtPoint(ZuPoint3d(2.5, 2e-10, 0.0), t));
 }
 
 // Required: either coordinate alone exchanges the ends.
 TEST(Line, AdjustExchangesByEitherCoordinate) {
-  const struct {
-    double x1, y1, x2, y2;
-    bool bExchanged;
-  } lines[] = {{0, 0, 1, 1, false}, {1, 0, 0, 1, true}, {0, 1, 1, 0, true}, {2, 3, 2, 3, false}};
-  for (const auto& l : lines) {
-    ZuLine line(l.x1, l.y1, 0.0, l.x2, l.y2, 0.0);
+  for (const auto& [x1, y1, x2, y2, bExchanged] : Cases<double, double, double, double, bool>{
+           {0, 0, 1, 1, false}, {1, 0, 0, 1, true}, {0, 1, 1, 0, true}, {2, 3, 2, 3, false}}) {
+    ZuLine line(x1, y1, 0.0, x2, y2, 0.0);
     line.Adjust();
-    EXPECT_EQ(line.Start().m_dX, l.bExchanged ? l.x2 : l.x1);
-    EXPECT_EQ(line.End().m_dY, l.bExchanged ? l.y1 : l.y2);
+    EXPECT_EQ(line.Start().m_dX, bExchanged ? x2 : x1);
+    EXPECT_EQ(line.End().m_dY, bExchanged ? y1 : y2);
   }
 }
 
 TEST(Plane3d, NormalFacesTheOriginAndTheDistanceIsThatOfThePoint) {
   const ZuPlane3d away(ZuPoint3d(0.0, 0.0, 5.0), ZuVector3d(0.0, 0.0, 2.0));
   ExpectNear(away.GetNorm(), 0.0, 0.0, -1.0, 0.0, 0.0);
-  EXPECT_EQ(away.GetDist(), 5.0);
-  EXPECT_EQ(away.Dist(ZuPoint3d(1.0, 1.0, 3.0)), 2.0);
+  EXPECT_ROW("5 2", away.GetDist(), away.Dist(ZuPoint3d(1.0, 1.0, 3.0)));
   // Required: |p| is stored, here not the distance of the plane z = 4.
   EXPECT_EQ(ZuPlane3d(ZuPoint3d(3.0, 0.0, 4.0), ZuVector3d::ZAxis).GetDist(), 5.0);
   // The second vector is crossed with the first.
@@ -192,8 +183,7 @@ TEST(Plane3d, PlanesMeetInADirectionAndAStartByTheirFormula) {
     EXPECT_NEAR(line.getDirection() * one.GetNorm(), 0.0, 1e-14);
     EXPECT_NEAR(line.getDirection() * other.GetNorm(), 0.0, 1e-14);
     EXPECT_GT(one.GetNorm() % other.GetNorm() * line.getDirection(), 0.0);
-    EXPECT_EQ(line.getStart().z, 0.0);
-    EXPECT_EQ(line.getStart().w, 1.0);
+    EXPECT_ROW("0 1", line.getStart().z, line.getStart().w);
   }
   // Worked by hand: the determinant is 0.8 * 0 - 0.6 * 21 = -12.6.
   ZuLine3d line;

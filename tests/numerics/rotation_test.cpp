@@ -1,10 +1,5 @@
-#include <gtest/gtest.h>
-
-#include <cmath>
-#include <limits>
-#include <numbers>
-
 #include "tests/support/eigen_bridge.h"
+#include "tests/support/test.h"
 #include "zu/numerics/angle.h"
 #include "zu/numerics/matrix.h"
 
@@ -115,8 +110,7 @@ TEST(Rotation, SameDirectionEndsBelowTheRightAngle) {
   const auto TurnedBy = [&r](double dDegrees) {
     return r * ZuMatrix(3, 3).RotYAxis(dDegrees / 180.0 * kPi);
   };
-  EXPECT_TRUE(r.IsLookingInSameDirection(r));
-  EXPECT_TRUE(r.IsLookingInSameDirection(TurnedBy(89.5)));
+  EXPECT_TRUE(r.IsLookingInSameDirection(r) && r.IsLookingInSameDirection(TurnedBy(89.5)));
   EXPECT_FALSE(r.IsLookingInSameDirection(TurnedBy(89.6)));
   EXPECT_FALSE(r.IsLookingInSameDirection(TurnedBy(90.0)));
 }
@@ -130,15 +124,13 @@ TEST(Angle, UnitsConvert) {
 }
 
 TEST(Angle, NormalFormIsZeroToTwoPi) {
-  const struct {
-    double dAngle, dExpected;
-  } cases[] = {{0.5, 0.5},
-               {2.0 * kPi, 2.0 * kPi},
-               {2.0 * kPi + 0.5, 0.5},
-               {-0.5, 2.0 * kPi - 0.5},
-               {-2.0 * kPi, 0.0},
-               {100.0, 100.0 - 15 * 2.0 * kPi}};
-  for (const auto& c : cases) EXPECT_NEAR(NormAngle(c.dAngle), c.dExpected, 1e-13) << c.dAngle;
+  for (const auto& [dAngle, dExpected] : Cases<double, double>{{0.5, 0.5},
+                                                               {2.0 * kPi, 2.0 * kPi},
+                                                               {2.0 * kPi + 0.5, 0.5},
+                                                               {-0.5, 2.0 * kPi - 0.5},
+                                                               {-2.0 * kPi, 0.0},
+                                                               {100.0, 100.0 - 15 * 2.0 * kPi}})
+    EXPECT_NEAR(NormAngle(dAngle), dExpected, 1e-13) << dAngle;
   EXPECT_TRUE(std::signbit(NormAngle(-0.0)));
   EXPECT_EQ(NormAngle(2.0 * kPi), 2.0 * kPi);
 }

@@ -1,11 +1,7 @@
 #include "zu/numerics/solver.h"
 
-#include <gtest/gtest.h>
-
-#include <cmath>
-#include <random>
-
 #include "tests/support/eigen_bridge.h"
+#include "tests/support/test.h"
 #include "zu/numerics/matrix.h"
 #include "zu/numerics/vector3d.h"
 #include "zu/points/point_list.h"
@@ -115,8 +111,7 @@ TEST(Solver, DeterminantNeverSearchesTheLastRow) {
   ZuMatrix a = Matrix2(0.0, 1.0, 1.0, 0.0);
   ZuMatrix b(2, 1);
   b[1][1] = 5.0;
-  EXPECT_EQ(a.GaussLoeserRelMax(b), 0);
-  EXPECT_EQ(b[2][1], 5.0);
+  EXPECT_ROW("0 5", a.GaussLoeserRelMax(b), b[2][1]);
 }
 
 TEST(Solver, DeterminantsAgreeWithASecondMethod) {
@@ -132,8 +127,7 @@ TEST(Solver, DeterminantsAgreeWithASecondMethod) {
   tiny[1][1] = -1e-11;
   EXPECT_EQ(tiny.Det(), 0.0);
   tiny[1][1] = -2.0;
-  EXPECT_EQ(tiny.Det(), -2.0);
-  EXPECT_EQ(Matrix2(1.0, 2.0, 2.0, 4.0).Det(), 0.0);
+  EXPECT_ROW("-2 0", tiny.Det(), Matrix2(1.0, 2.0, 2.0, 4.0).Det());
 }
 
 TEST(Solver, CramersRuleAgreesWithElimination) {
@@ -187,15 +181,13 @@ TEST(Cholesky, ExactFitAndIndefiniteMatrixBothGiveZero) {
                           8.0, 16.0, 0.0};
   ZuMatrix m(exact, 2, 3);
   ZuVector x(1);
-  EXPECT_EQ(m.Cholesky(x), 0.0);
-  EXPECT_EQ(x[1], 2.0);
+  EXPECT_ROW("0 2", m.Cholesky(x), x[1]);
   EXPECT_EQ(m[2][2], 16.0) << "the corner stays";
 
   ZuMatrix indefinite(exact, 2, 3);
   indefinite[1][1] = -4.0;
   x[1] = 77.0;
-  EXPECT_EQ(indefinite.Cholesky(x), 0.0);
-  EXPECT_EQ(x[1], 77.0);
+  EXPECT_ROW("0 77", indefinite.Cholesky(x), x[1]);
 }
 
 TEST(Frames, NormalOfAMappedPlane) {
@@ -218,17 +210,13 @@ TEST(Frames, NormalOfAMappedPlane) {
 }
 
 TEST(Frames, ArbitraryAxesChangeTheirRuleNearZ) {
-  const struct {
-    double x, y;
-    bool bNearZ;
-  } cases[] = {
-      {0.015, 0.015, true}, {-0.015, 0.0, true}, {0.015625, 0.0, false}, {0.0, -0.5, false}};
-  for (const auto& c : cases) {
-    SCOPED_TRACE(::testing::Message() << c.x << ", " << c.y);
-    const ZuVector n(c.x, c.y, -std::sqrt(1.0 - c.x * c.x - c.y * c.y));
+  for (const auto& [x, y, bNearZ] : Cases<double, double, bool>{
+           {0.015, 0.015, true}, {-0.015, 0.0, true}, {0.015625, 0.0, false}, {0.0, -0.5, false}}) {
+    SCOPED_TRACE(::testing::Message() << x << ", " << y);
+    const ZuVector n(x, y, -std::sqrt(1.0 - x * x - y * y));
     ZuVector u(3), v(3);
     EXPECT_TRUE(CalcArbitaryAlg(&u, &v, n));
-    EXPECT_NEAR(u[c.bNearZ ? 2 : 3], 0.0, 1e-16) << "u lies square to the axis of the rule";
+    EXPECT_NEAR(u[bNearZ ? 2 : 3], 0.0, 1e-16) << "u lies square to the axis of the rule";
     Eigen::Matrix3d frame;
     frame << ToEigen(u), ToEigen(v), ToEigen(n);
     EXPECT_LT(MaxDifference(frame.transpose() * frame, Eigen::Matrix3d::Identity()), 1e-14);
@@ -238,8 +226,7 @@ TEST(Frames, ArbitraryAxesChangeTheirRuleNearZ) {
     ArbAxisAlg(ZuVector3d(n[1], n[2], n[3]), u3, v3);
     EXPECT_LT(MaxDifference(Eigen::Vector3d(u3.x, u3.y, u3.z), ToEigen(u)), 1e-15);
     EXPECT_LT(MaxDifference(Eigen::Vector3d(v3.x, v3.y, v3.z), ToEigen(v)), 1e-15);
-    EXPECT_EQ(u3.w, 0.0);
-    EXPECT_EQ(v3.w, 0.0);
+    EXPECT_ROW("0 0", u3.w, v3.w);
   }
 }
 
@@ -277,11 +264,8 @@ TEST(PointMaps, ListsKeepPointsAtInfinity) {
   m3 *= 2.0;
   m4 *= 2.0;
   m3[3][1] = m4[4][1] = -2.0;  // w = 2 - 2 x vanishes at the second point
-  EXPECT_EQ(Transform3D(&list, m4), 3);
-  EXPECT_EQ(Transform2D(&list, m3), 3);
-  EXPECT_EQ(list.Get(1)->m_dX, 1.0);
-  EXPECT_EQ(list.Get(1)->m_dZ, 3.0);
+  EXPECT_ROW("3 3 1 3", Transform3D(&list, m4), Transform2D(&list, m3), list.Get(1)->m_dX,
+             list.Get(1)->m_dZ);
   EXPECT_NE(list.Get(2)->m_dX, 2.0);
-  EXPECT_EQ(Transform3D(nullptr, m4), 0);
-  EXPECT_EQ(Transform2D(nullptr, m3), 0);
+  EXPECT_ROW("0 0", Transform3D(nullptr, m4), Transform2D(nullptr, m3));
 }

@@ -1,12 +1,7 @@
 #include "zu/numerics/vector.h"
 
-#include <gtest/gtest.h>
-
-#include <cmath>
-#include <random>
-#include <sstream>
-
 #include "tests/support/eigen_bridge.h"
+#include "tests/support/test.h"
 #include "zu/points/point.h"
 
 TEST(Vector, CopiesAreDeepAtEverySize) {
@@ -35,8 +30,7 @@ TEST(Vector, AssignmentKeepsTheSize) {
 
   six = three;
   ASSERT_EQ(six.GetSize(), 6);
-  EXPECT_EQ(six[3], 3.0);
-  EXPECT_EQ(six[4], 40.0);
+  EXPECT_ROW("3 40", six[3], six[4]);
   six = *&six;
   EXPECT_EQ(six[6], 60.0);
 }

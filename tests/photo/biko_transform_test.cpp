@@ -2,12 +2,8 @@
 // a turned y.
 #include "zu/photo/biko_transform.h"
 
-#include <gtest/gtest.h>
-
-#include <cmath>
-#include <vector>
-
 #include "tests/support/cameras.h"
+#include "tests/support/test.h"
 #include "zu/photo/photo.h"
 #include "zu/transform/calc_trafo2d.h"
 

@@ -1,11 +1,7 @@
-#include <gtest/gtest.h>
-
 #include <fstream>
-#include <iterator>
-#include <sstream>
-#include <string>
 
 #include "tests/support/temp_file.h"
+#include "tests/support/test.h"
 #include "zu/foundation/debug.h"
 #include "zu/photo/camera_list.h"
 
@@ -26,13 +22,10 @@ TEST(CameraFile, ReadsTheFullForm) {
   const ZuCamera& radial = *cameras.First();
   EXPECT_EQ(radial.GetId(), 1u);
   EXPECT_STREQ(radial.GetName(), "left radial");
-  EXPECT_EQ(radial.m_dC, 4.915686);
-  EXPECT_EQ(radial.m_dA2, -0.000198009113);
-  EXPECT_EQ(radial.m_dRMax, 4.4);
+  EXPECT_ROW("4.915686 -0.000198009113 4.4", radial.m_dC, radial.m_dA2, radial.m_dRMax);
   const ZuCamera& cap = *cameras.Last();
   EXPECT_EQ(cap.m_iMode, eCameraModeCap);
-  EXPECT_EQ(cap.m_dC2, -0.000285451769);
-  EXPECT_EQ(cap.m_dB1, -0.000495546107);
+  EXPECT_ROW("-0.000285451769 -0.000495546107", cap.m_dC2, cap.m_dB1);
 }
 
 TEST(CameraFile, ReadsTheSimpleFormAfterTheFullOne) {
@@ -47,8 +40,7 @@ TEST(CameraFile, TheFormsDifferInSignDomainAndSynonyms) {
   const TempFile simple("{ 1 -35 0.1 x \"a\" 0 5 \"first\" }\n{ 2 35 0 0 0 0 7 \"second\" 9 }");
   ZuCameraList cameras(simple.Path());
   ASSERT_EQ(cameras.Count(), 2);  // a value behind the name is dropped with its block
-  EXPECT_EQ(cameras.First()->m_dC, 35.0);
-  EXPECT_EQ(cameras.First()->m_dXh, 0.1);
+  EXPECT_ROW("35 0.1", cameras.First()->m_dC, cameras.First()->m_dXh);
   EXPECT_EQ(cameras.First()->m_dYh, 0.0);  // no number
   EXPECT_EQ(cameras.First()->m_dA1, 0.0);
   EXPECT_EQ(cameras.Last()->m_dRMax, 2.1 * 7.0);
@@ -59,11 +51,8 @@ TEST(CameraFile, TheFormsDifferInSignDomainAndSynonyms) {
   ZuCameraList fullCameras(full.Path());
   ASSERT_EQ(fullCameras.Count(), 3);
   const ZuCamera& first = *fullCameras.First();
-  EXPECT_EQ(first.m_dC, -35.0);
-  EXPECT_EQ(first.m_dXh, 2.0);
-  EXPECT_EQ(first.m_dYh, 4.0);
-  EXPECT_EQ(first.m_dRMax, 10.5);
-  EXPECT_EQ(first.Next()->m_dRMax, 6.0);
+  EXPECT_ROW("-35 2 4 10.5 6", first.m_dC, first.m_dXh, first.m_dYh, first.m_dRMax,
+             first.Next()->m_dRMax);
   EXPECT_EQ(first.Next()->m_iMode, 17);  // kept as it is
   EXPECT_EQ(fullCameras.Last()->m_dRMax, 10.5);
 }
@@ -82,15 +71,13 @@ TEST(CameraFile, CutAtEveryByte) {
     }
     EXPECT_EQ(iLast, ZuCameraList(Sample(szName).c_str()).Count());
   }
-  EXPECT_EQ(ZuCameraList("/no/such/file").Count(), 0);
-  EXPECT_EQ(ZuCameraList(nullptr).Count(), 0);
+  EXPECT_ROW("0 0", ZuCameraList("/no/such/file").Count(), ZuCameraList(nullptr).Count());
 }
 
 TEST(CameraFile, CountsIdsThatOccurMoreThanTwice) {
   ZuCameraList cameras;
   for (const unsigned int uId : {4u, 4u, 7u, 7u, 7u, 9u}) cameras.Add(ZuCamera(uId, 1.0));
-  EXPECT_EQ(cameras.TestForMultipleCameras(), 1);
-  EXPECT_EQ(cameras.Count(), 6);
+  EXPECT_ROW("1 6", cameras.TestForMultipleCameras(), cameras.Count());
 }
 
 TEST(CameraFile, WritesTheAdjustmentProgramsLines) {

@@ -1,15 +1,8 @@
 #include "zu/photo/camera.h"
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <cmath>
-#include <limits>
-#include <random>
-#include <vector>
-
 #include "tests/support/cameras.h"
 #include "tests/support/plain_camera.h"
+#include "tests/support/test.h"
 #include "zu/points/point_list.h"
 
 namespace {
@@ -69,10 +62,8 @@ TEST_F(Camera, CapEqualsThePlainIterationToTheBit) {
 
 TEST_F(Camera, TermsAtTheCentreAndAtR0) {
   const ZuCamera camera = test_cameras::ChessboardCap();
-  EXPECT_EQ(camera.CalcdrA1A2(0.0), 0.0);
-  EXPECT_EQ(camera.CalcdrA1A2A3(0.0, 0.0), 0.0);
-  EXPECT_EQ(camera.CalcdrA1A2(camera.m_dR0), 0.0);
-  EXPECT_EQ(camera.CalcdrA1A2A3(0.0, -camera.m_dR0), 0.0);
+  EXPECT_ROW("0 0 0 0", camera.CalcdrA1A2(0.0), camera.CalcdrA1A2A3(0.0, 0.0),
+             camera.CalcdrA1A2(camera.m_dR0), camera.CalcdrA1A2A3(0.0, -camera.m_dR0));
   // Unguarded on purpose.
   const double r02 = 2.5 * 2.5;
   EXPECT_DOUBLE_EQ(camera.Calcd(0.0, 0.0), -camera.m_dA1 * r02 - camera.m_dA2 * r02 * r02);
@@ -120,8 +111,7 @@ TEST_F(Camera, TableRoundTripOfTheChessboardImage) {
   const auto error = [](const ZuCamera& camera, int iColumn, int iRow) {
     const double x0 = -3.168 + 0.0099 * (iColumn + 0.5), y0 = 2.376 - 0.0099 * (iRow + 0.5);
     double x = x0, y = y0;
-    EXPECT_TRUE(camera.Adjust(&x, &y));
-    EXPECT_TRUE(camera.InvAdjust(&x, &y));
+    EXPECT_TRUE(camera.Adjust(&x, &y) && camera.InvAdjust(&x, &y));
     return std::hypot(x - x0, y - y0) / 0.0099;
   };
   for (const ZuCamera& camera : {test_cameras::ChessboardRadial(), test_cameras::ChessboardCap()}) {
@@ -144,16 +134,12 @@ TEST_F(Camera, RefusalsAndTheirAsymmetry) {
   camera.SetId(0);
   for (int iMode = 0; iMode <= 4; ++iMode) {
     camera.m_iMode = iMode;
-    EXPECT_FALSE(camera.Adjust(&x, &y));
-    EXPECT_FALSE(camera.InvAdjust(&x, &y));
+    EXPECT_TRUE(!camera.Adjust(&x, &y) && !camera.InvAdjust(&x, &y));
   }
   camera.SetId(5);
   camera.SetPinholeCamera();
-  EXPECT_TRUE(camera.IsPinholeCamera());
-  EXPECT_FALSE(camera.Adjust(&x, &y));
-  EXPECT_TRUE(camera.InvAdjust(&x, &y));
-  EXPECT_EQ(x, 0.5);
-  EXPECT_EQ(y, 0.25);
+  EXPECT_TRUE(camera.IsPinholeCamera() && !camera.Adjust(&x, &y) && camera.InvAdjust(&x, &y));
+  EXPECT_ROW("0.5 0.25", x, y);
 
   camera.m_iMode = eCameraModeCap;  // no domain is known
   camera.m_dRMax = 0.0;
@@ -168,19 +154,16 @@ TEST_F(Camera, RefusalsAndTheirAsymmetry) {
 
 TEST_F(Camera, DomainOfTheTable) {
   ZuCamera camera(1, 35.0);  // no distortion
-  const struct {
-    int iMode;
-    double dRMax, dLimit;
-  } rows[] = {{0, 0.0, 30.0}, {1, 0.0, 8.0}, {0, 5.0, 5.0}};
-  for (const auto& row : rows) {
+  for (const auto& [iMode, dRMax, dLimit] :
+       Cases<int, double, double>{{0, 0.0, 30.0}, {1, 0.0, 8.0}, {0, 5.0, 5.0}}) {
     ZuCamera::DeleteInvAdjustTables();
-    camera.m_iMode = row.iMode;
-    camera.m_dRMax = row.dRMax;
-    double x = row.dLimit, y = 0.0;
-    EXPECT_FALSE(camera.InvAdjust(&x, &y)) << row.dLimit;
-    x = std::nextafter(row.dLimit, 0.0);
-    EXPECT_TRUE(camera.InvAdjust(&x, &y)) << row.dLimit;
-    EXPECT_NEAR(x, row.dLimit, 1e-9);
+    camera.m_iMode = iMode;
+    camera.m_dRMax = dRMax;
+    double x = dLimit, y = 0.0;
+    EXPECT_FALSE(camera.InvAdjust(&x, &y)) << dLimit;
+    x = std::nextafter(dLimit, 0.0);
+    EXPECT_TRUE(camera.InvAdjust(&x, &y)) << dLimit;
+    EXPECT_NEAR(x, dLimit, 1e-9);
   }
 }
 
@@ -270,8 +253,7 @@ TEST_F(Camera, CopiesCarryParametersWithoutTheLastCall) {
     EXPECT_STREQ(p->GetName(), "left");
     EXPECT_EQ(p->m_dC2, camera.m_dC2);
     EXPECT_EQ(p->m_iMode, eCameraModeCap);
-    EXPECT_EQ(p->m_dLastInX, 0.0);
-    EXPECT_EQ(p->m_dLastOutX, 0.0);
+    EXPECT_ROW("0 0", p->m_dLastInX, p->m_dLastOutX);
   }
 }
 
@@ -279,9 +261,7 @@ TEST_F(Camera, TotalStationKeepsTheFormerConstant) {
   ZuCamera camera = test_cameras::ChessboardRadial();
   camera.SetTs15(21.5, 0.1, 0.2);
   EXPECT_TRUE(camera.IsTs15());
-  EXPECT_EQ(camera.m_dC, 21.5);
-  EXPECT_EQ(camera.m_dCViva, 4.915686);
-  EXPECT_EQ(camera.m_dRMax, 8.0);
+  EXPECT_ROW("21.5 4.915686 8", camera.m_dC, camera.m_dCViva, camera.m_dRMax);
 }
 
 // Measured points come back from their corrected ones, over the whole image.

@@ -1,13 +1,8 @@
 // Thirteen real photos, from pixel to object point and back, against an independent calculation.
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <cmath>
 #include <map>
-#include <string>
-#include <utility>
 
 #include "tests/support/project_file.h"
+#include "tests/support/test.h"
 #include "zu/photo/photo_list.h"
 #include "zu/rectify/calc_plane.h"
 

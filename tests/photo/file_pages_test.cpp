@@ -1,13 +1,9 @@
 // The examples on the pages of docs/files are what the readers take.
-#include <gtest/gtest.h>
-
 #include <fstream>
-#include <sstream>
-#include <string>
-#include <vector>
 
 #include "tests/support/project_file.h"
 #include "tests/support/temp_file.h"
+#include "tests/support/test.h"
 #include "zu/photo/camera_list.h"
 #include "zu/photo/reseau_file.h"
 #include "zu/points/point_list.h"
@@ -48,9 +44,8 @@ TEST(FilePages, Reseaus) {
   ASSERT_EQ(examples.size(), 2U);
   const TempFile reseau(examples[0]), digital(examples[1]);
   ZuReseaufileList list;
-  EXPECT_EQ(list.ReadReseauFile(String(reseau.Path())), 1);
-  EXPECT_EQ(list.ReadReseauFile(String(digital.Path())), 1);
-  EXPECT_EQ(list.First()->GetCrossList().Count(), 4);
+  EXPECT_ROW("1 1 4", list.ReadReseauFile(String(reseau.Path())),
+             list.ReadReseauFile(String(digital.Path())), list.First()->GetCrossList().Count());
 }
 
 TEST(FilePages, Projects) {
@@ -67,9 +62,8 @@ TEST(FilePages, Projects) {
   EXPECT_EQ(rectified.Faults(), 0);
   ASSERT_EQ(rectified.Photos().First()->CountZuspTrafo(), 1);
   const ZuZuspTrafo& trafo = *rectified.Photos().First()->FirstZuspTrafo();
-  EXPECT_EQ(trafo.GetPPList().Count(), 4);
-  EXPECT_EQ(trafo.GetRegion().Count(), 4);
-  EXPECT_EQ(trafo.GetParallelDef().GetConstraints().Count(), 1);
+  EXPECT_ROW("4 4 1", trafo.GetPPList().Count(), trafo.GetRegion().Count(),
+             trafo.GetParallelDef().GetConstraints().Count());
   EXPECT_TRUE(rectified.Photos().First()->IsActive());
 }
 
@@ -103,8 +97,7 @@ TEST(FilePages, Records) {
   std::string strLocal = Examples("local_system.md").at(0);
   strLocal = strLocal.substr(strLocal.find('{') + 1);
   ReadRecord(strLocal.substr(0, strLocal.rfind('}')), &system);
-  EXPECT_EQ(system.m_uIdC, 103U);
-  EXPECT_EQ(system.m_dScale1Dist, 5.25);
+  EXPECT_ROW("103 5.25", system.m_uIdC, system.m_dScale1Dist);
 
   ZuTrafo2d trafo;
   ReadRecord(Examples("trafo2d.md").at(0), &trafo);

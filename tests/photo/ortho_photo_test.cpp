@@ -1,10 +1,7 @@
 #include "zu/photo/ortho_photo.h"
 
-#include <gtest/gtest.h>
-
-#include <cmath>
-
 #include "tests/support/temp_file.h"
+#include "tests/support/test.h"
 #include "zu/foundation/reader.h"
 #include "zu/photo/rotate_photo_base.h"
 
@@ -35,16 +32,13 @@ TEST(OrthoPhoto, ReadsItsBlock) {
   EXPECT_EQ(ortho.GetId(), 3u);
   EXPECT_STREQ(ortho.GetName(), "facade.tif");
   EXPECT_TRUE(ortho.IsOrthoPhoto() && ortho.IsDigital());
-  EXPECT_EQ(ortho.GetStatPixel(), 12);
-  EXPECT_EQ(ortho.GetMaxAngle(), 5.0);
-  EXPECT_EQ(ortho.GetScale(), 4.0);
-  EXPECT_EQ(ortho.GetMirrorInfo(), 1);
+  EXPECT_ROW("12 5 4 1", ortho.GetStatPixel(), ortho.GetMaxAngle(), ortho.GetScale(),
+             ortho.GetMirrorInfo());
   EXPECT_DOUBLE_EQ(ortho.GetPixelSize(), 0.2);
   EXPECT_EQ(ortho.ZuspPlaneList().Count(), 1);
   const ZuOrthoPhoto copy(ortho);
-  EXPECT_EQ(copy.ZuspPlaneList().Count(), 1);
-  EXPECT_EQ(ZuOrthoPhoto(1u).GetPixelSize(), 0.0);
-  EXPECT_EQ(ZuOrthoPhoto(1u).GetMaxAngle(), 9.0);
+  EXPECT_ROW("1 0 9", copy.ZuspPlaneList().Count(), ZuOrthoPhoto(1u).GetPixelSize(),
+             ZuOrthoPhoto(1u).GetMaxAngle());
 }
 
 TEST(OrthoPhoto, PixelsToObject) {
@@ -79,31 +73,27 @@ TEST(OrthoPhoto, PixelsToObject) {
 TEST(OrthoPhoto, QuarterTurnsDifferByOnePixel) {
   ZuOrthoPhoto ortho(1u);
   ortho.SetDigiRegion(ZuRegion(0, 0, 100, 50));
-  const struct {
-    int iRotation;
-    double x, y, xBack, yBack;
-  } rows[] = {{0, 10, 20, 10, 20},
-              {1, 31, 10, 10, 19},
-              {2, 91, 31, 9, 19},
-              {3, 20, 91, 9, 20},
-              {7, 10, 20, 10, 20}};
-  for (const auto& row : rows) {
-    ortho.SetDigPictRot(row.iRotation);
+  for (const auto& [iRotation, x, y, xBack, yBack] :
+       Cases<int, double, double, double, double>{{0, 10, 20, 10, 20},
+                                                  {1, 31, 10, 10, 19},
+                                                  {2, 91, 31, 9, 19},
+                                                  {3, 20, 91, 9, 20},
+                                                  {7, 10, 20, 10, 20}}) {
+    ortho.SetDigPictRot(iRotation);
     ZuPoint p(1, 10.0, 20.0);
     ortho.AdjustPixelRotation(&p);
-    EXPECT_EQ(p.m_dX, row.x) << row.iRotation;
-    EXPECT_EQ(p.m_dY, row.y) << row.iRotation;
+    EXPECT_EQ(p.m_dX, x) << iRotation;
+    EXPECT_EQ(p.m_dY, y) << iRotation;
     ortho.InvAdjustPixelRotation(&p);
-    EXPECT_EQ(p.m_dX, row.xBack) << row.iRotation;
-    EXPECT_EQ(p.m_dY, row.yBack) << row.iRotation;
+    EXPECT_EQ(p.m_dX, xBack) << iRotation;
+    EXPECT_EQ(p.m_dY, yBack) << iRotation;
   }
   ortho.SetDigPictRot(0);
   ortho.ToggleMirrorX();
   ortho.ToggleMirrorY();
   ZuPoint p(1, 10.0, 20.0);
   ortho.AdjustPixelRotation(&p);
-  EXPECT_EQ(p.m_dX, 90.0);
-  EXPECT_EQ(p.m_dY, 30.0);
+  EXPECT_ROW("90 30", p.m_dX, p.m_dY);
   ortho.InvAdjustPixelRotation(&p);
   EXPECT_EQ(p.m_dX, 10.0);
   ortho.ToggleMirrorX();

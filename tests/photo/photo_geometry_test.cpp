@@ -1,11 +1,7 @@
 // Rays, intersections, views, rescaling and tiles of oriented photos.
-#include <gtest/gtest.h>
-
-#include <cmath>
-#include <random>
-
 #include "tests/support/cameras.h"
 #include "tests/support/planes.h"
+#include "tests/support/test.h"
 #include "zu/cloud/scan_point3d.h"
 #include "zu/numerics/line3d.h"
 #include "zu/photo/photo.h"
@@ -50,9 +46,7 @@ TEST(PhotoGeometry, RefusalsInTheirOrder) {
   photo.SetHasAOR(true);
   EXPECT_TRUE(photo.CalcSip(&result, ground, &centre));
   EXPECT_EQ(photo.GetSipError(), eZuSipNoPoint);  // the last refusal is kept
-  EXPECT_EQ(result.m_dX, 0.0);
-  EXPECT_EQ(result.m_dZ, 0.0);
-  EXPECT_EQ(result.GetId(), 9u);
+  EXPECT_ROW("0 0 9", result.m_dX, result.m_dZ, result.GetId());
 }
 
 // A second method: the point of the plane whose image is the given one, by the collinearity
@@ -109,9 +103,8 @@ TEST(PhotoGeometry, RaysAndEndPoints) {
   other.SetRotAOR(0.0, 1.2, 0.0);
   other.SetPosAOR(3.0, 4.0, 10.0);
   EXPECT_NEAR(photo.CalcAngle(other), 1.2, 1e-15);
-  EXPECT_EQ(photo.CalcAngle(photo), 0.0);
-  EXPECT_EQ(photo.Distance(other), 5.0);
-  EXPECT_EQ(photo.Distance2(ZuPoint(1, 0.0, 2.0, 10.0)), 4.0);
+  EXPECT_ROW("0 5 4", photo.CalcAngle(photo), photo.Distance(other),
+             photo.Distance2(ZuPoint(1, 0.0, 2.0, 10.0)));
   EXPECT_TRUE(photo.IsLookingInSameDirection(other));
   other.SetRotAOR(0.0, 1.5707963267948966, 0.0);
   EXPECT_FALSE(photo.IsLookingInSameDirection(other));
@@ -123,8 +116,7 @@ TEST(PhotoGeometry, FieldOfView) {
   ZuPhoto photo = MakePhoto();
   ASSERT_TRUE(photo.CalcFieldOfViewPlanes());
   EXPECT_EQ(photo.GetFovCorner(0).m_dX, 18.0);  // the film lies behind the centre
-  EXPECT_EQ(photo.GetFovCorner(0).m_dZ, 30.0);
-  EXPECT_EQ(photo.GetFovCorner(4).m_dZ, 10.0);
+  EXPECT_ROW("30 10", photo.GetFovCorner(0).m_dZ, photo.GetFovCorner(4).m_dZ);
   EXPECT_NEAR(std::fabs(photo.GetFovPlane(4).C()), 1.0, 1e-12);
   // Each side plane holds the centre and separates a point in view from one beside it.
   for (int i = 0; i < 4; ++i) {
@@ -163,8 +155,7 @@ TEST(PhotoGeometry, Rescaling) {
   ASSERT_TRUE(photo.RescaleTo(2.0));
   photo.ConvertBiko(&after, eDigiToBiko);
   EXPECT_NEAR(after.m_dX, before.m_dX, 1e-12);
-  EXPECT_EQ(photo.GetDigiRegion().Right(), 7200.0);
-  EXPECT_EQ(photo.GetScale(), 6.0);
+  EXPECT_ROW("7200 6", photo.GetDigiRegion().Right(), photo.GetScale());
 
   photo = MakePhoto();
   photo.AddImo(ZuPoint(1, 900.0, 600.0), eDigiToBiko);

@@ -1,7 +1,6 @@
 // The measurement lists of a photo: what replaces, what duplicates, what is converted.
-#include <gtest/gtest.h>
-
 #include "tests/support/cameras.h"
+#include "tests/support/test.h"
 #include "zu/photo/photo.h"
 
 namespace {
@@ -22,22 +21,16 @@ TEST(PhotoMeasure, SinglePointsAreConvertedReplacedAndNamed) {
   EXPECT_EQ(photo.AddImo(static_cast<ZuPoint*>(nullptr), eDigiToBiko), nullptr);
   photo.AddImo(ZuPoint(1, 10.0, 20.0), eDigiToBiko);
   const ZuPoint* p = photo.AddImo(ZuPoint(1, 11.0, 21.0), eDigiToBiko);
-  EXPECT_EQ(photo.CountImo(), 1);
-  EXPECT_EQ(p->m_dX, 22.0);
-  EXPECT_EQ(p->m_iPhoto, 4);
+  EXPECT_ROW("1 22 4", photo.CountImo(), p->m_dX, p->m_iPhoto);
   photo.AddImoFast(ZuPoint(1, 12.0, 22.0), kAsIs);
-  EXPECT_EQ(photo.CountImo(), 2);
-  EXPECT_EQ(photo.LastImo()->m_dX, 12.0);
+  EXPECT_ROW("2 12", photo.CountImo(), photo.LastImo()->m_dX);
 
   photo.MoveImoToMeasure(9, eBikoToDigi);  // not there
   EXPECT_EQ(photo.CountMeasure(), 0);
   photo.MoveImoToMeasure(1, eBikoToDigi);
-  EXPECT_EQ(photo.CountImo(), 1);
-  EXPECT_EQ(photo.FirstMeasure()->m_dX, 11.0);
+  EXPECT_ROW("1 11", photo.CountImo(), photo.FirstMeasure()->m_dX);
   photo.CopyMeasureToImo(1, eDigiToBiko);
-  EXPECT_EQ(photo.CountMeasure(), 1);
-  EXPECT_EQ(photo.CountImo(), 1);
-  EXPECT_EQ(photo.FindImo(1)->m_dX, 22.0);
+  EXPECT_ROW("1 1 22", photo.CountMeasure(), photo.CountImo(), photo.FindImo(1)->m_dX);
   EXPECT_EQ(photo.SubtractMeasure(8u), nullptr);
   delete photo.SubtractMeasure(1u);
   EXPECT_EQ(photo.CountMeasure(), 0);
@@ -48,9 +41,8 @@ TEST(PhotoMeasure, BulkMovesConvertNothing) {
   for (unsigned int i = 1; i <= 3; ++i) photo.GetImoList().Add(ZuPoint(i, i, i));
   photo.MoveImoToTemp();
   photo.MoveTempToMeasure();
-  EXPECT_EQ(photo.CountMeasure(), 3);
-  EXPECT_EQ(photo.LastMeasure()->m_dX, 3.0);
-  EXPECT_EQ(photo.FirstMeasure()->m_iPhoto, 0);
+  EXPECT_ROW("3 3 0", photo.CountMeasure(), photo.LastMeasure()->m_dX,
+             photo.FirstMeasure()->m_iPhoto);
   photo.CopyMeasureToImo();
   EXPECT_EQ(photo.CountImo(), 3);
   photo.SetPhotoIdToImoList();
@@ -90,10 +82,8 @@ TEST(PhotoMeasure, StatisticsAgainstATolerancesInPixels) {
   }
   photo.UpdateImoStat(100.0, 0.0, 1.0);
   photo.UpdateImoStatFromList(&list, 1.5);  // 3 mm: at the limit is outside
-  EXPECT_EQ(photo.GetImoStatInside(), 1);
-  EXPECT_EQ(photo.GetImoStatOutside(), 3);
-  EXPECT_EQ(photo.GetImoStatMax(), 6.0);
-  EXPECT_EQ(photo.GetImoStatSum(), 13.5);
+  EXPECT_ROW("1 3 6 13.5", photo.GetImoStatInside(), photo.GetImoStatOutside(),
+             photo.GetImoStatMax(), photo.GetImoStatSum());
   photo.UpdateImoStatFromList(nullptr, 1.0);
   EXPECT_EQ(photo.GetImoStatOutside(), 0);
 }

@@ -1,13 +1,9 @@
 // Photo records as project files hold them: current and older keywords, lists in blocks, shapes.
-#include <gtest/gtest.h>
-
-#include <cmath>
 #include <fstream>
-#include <iterator>
-#include <string>
 
 #include "tests/support/project_file.h"
 #include "tests/support/temp_file.h"
+#include "tests/support/test.h"
 #include "zu/photo/ortho_photo.h"
 
 namespace {
@@ -28,9 +24,8 @@ TEST(Project, ReadsEveryFieldOfTheCurrentForm) {
   EXPECT_STREQ(photo.GetReseauData().GetName(), "OPENCV-STEREO");
   EXPECT_EQ(photo.GetReseauData().GetId(), 1u);
   EXPECT_EQ(photo.GetReseauPreTrafo().GetType(), eZuTrafo2DAffin);
-  EXPECT_EQ(photo.GetReseauMainTrafo().GetCoef(1), 0.0099);
-  EXPECT_EQ(photo.GetRotAOR()[2][3], 0.16469650870082761);
-  EXPECT_EQ(photo.GetPosAOR()[3], 374.088176);
+  EXPECT_ROW("0.0099 0.1646965087008276 374.088176", photo.GetReseauMainTrafo().GetCoef(1),
+             photo.GetRotAOR()[2][3], photo.GetPosAOR()[3]);
   double a, b, c;
   photo.GetRotAOR(&a, &b, &c);
   EXPECT_NEAR(a, -0.16545031033379032, 1e-14);
@@ -50,8 +45,7 @@ TEST(Project, MigratesTheOlderForm) {
   EXPECT_TRUE(photo.GetName().empty());  // of an analog photo it goes to the comment
   EXPECT_STREQ(photo.GetComment(), "west facade");
   EXPECT_STREQ(photo.GetReseauData().GetName(), "reseau 36x24");
-  EXPECT_EQ(photo.GetDigPictPage(), 3);
-  EXPECT_EQ(photo.GetDigPictRot(), 0);
+  EXPECT_ROW("3 0", photo.GetDigPictPage(), photo.GetDigPictRot());
   EXPECT_TRUE(photo.IsAnalog());
   EXPECT_EQ(photo.GetDigitizerId(), 7u);
   EXPECT_NE(photo.IsFlagSet(eZuFlagActive), 0);
@@ -61,14 +55,10 @@ TEST(Project, MigratesTheOlderForm) {
   EXPECT_EQ(photo.GetReseauMainTrafo().GetType(), eZuTrafo2DHelmert);
   EXPECT_EQ(photo.GetReseauPolyInv().GetType(), eZuTrafo2DNone);
   // What stands behind blocks with lists is not lost.
-  EXPECT_EQ(photo.GetRegoiList().Count(), 2);
-  EXPECT_EQ(photo.GetRegoiList().Last()->m_dDY, 0.04);
-  EXPECT_EQ(photo.GetLastZuspId(), 1u);
-  EXPECT_EQ(photo.GetScreenPos().m_dY, 80.0);
-  EXPECT_EQ(photo.GetScreenFlags(), 5);
-  EXPECT_EQ(project.Pixels(1).Count(), 2);
-  EXPECT_EQ(photo.GetRotAOR()[2][3], -1.0);
-  EXPECT_EQ(photo.GetPosAOR()[1], 101.5);
+  EXPECT_ROW("2 0.04 1 80 5", photo.GetRegoiList().Count(), photo.GetRegoiList().Last()->m_dDY,
+             photo.GetLastZuspId(), photo.GetScreenPos().m_dY, photo.GetScreenFlags());
+  EXPECT_ROW("2 -1 101.5", project.Pixels(1).Count(), photo.GetRotAOR()[2][3],
+             photo.GetPosAOR()[1]);
   EXPECT_TRUE(photo.HasAOR());
 }
 
@@ -80,10 +70,8 @@ TEST(Project, OlderRectificationDerivesWhatItLacks) {
   for (int i = 0; i < 3; ++i) {
     for (int j = 0; j < 3; ++j) EXPECT_EQ(trafo.GetZuspMat()[i + 1][j + 1], columns[i][j]);
   }
-  EXPECT_TRUE(trafo.IsActive() && trafo.IsRegionActive());
-  EXPECT_FALSE(trafo.GetDistortCameraFlag());
-  EXPECT_EQ(trafo.GetRegion().Count(), 4);
-  EXPECT_EQ(trafo.GetBikoList().First()->GetId(), 1u);
+  EXPECT_TRUE(trafo.IsActive() && trafo.IsRegionActive() && !trafo.GetDistortCameraFlag());
+  EXPECT_ROW("4 1", trafo.GetRegion().Count(), trafo.GetBikoList().First()->GetId());
   EXPECT_EQ(trafo.GetBikoList().GetMode(), eLPolygonIdXY);
   EXPECT_EQ(trafo.GetPPList().GetMode(), eLPolygonIdXYZ);
   ZuPoint corner(0, -12.0, -8.0);
@@ -102,11 +90,9 @@ TEST(Project, KeywordsOfBothFormsOverwriteEachOther) {
   ProjectFile project(file.Path());
   ASSERT_EQ(project.Photos().Count(), 2);
   const ZuPhoto& first = *project.Photos().First();
-  EXPECT_EQ(first.GetCamera().GetId(), 2u);
-  EXPECT_EQ(first.GetCamera().m_dC, 50.0);
+  EXPECT_ROW("2 50", first.GetCamera().GetId(), first.GetCamera().m_dC);
   EXPECT_EQ(first.GetCamera().m_dR0, 5.0);  // the keyword form left it
-  EXPECT_EQ(first.GetCamera().m_dRMax, 10.5);
-  EXPECT_EQ(first.GetRotAOR()[3][2], 8.0);
+  EXPECT_ROW("10.5 8", first.GetCamera().m_dRMax, first.GetRotAOR()[3][2]);
   EXPECT_EQ(first.GetRotAOR()[3][3], 0.0);  // missing values are 0
   EXPECT_EQ(first.GetPosAOR()[1], 0.0);     // four elements are refused
   EXPECT_TRUE(first.IsExtern() && first.IsInactive());
@@ -143,11 +129,9 @@ TEST(Project, CopiesCarryTheRecordWithoutItsLists) {
   assigned = photo;
   const ZuPhoto copy(photo);
   for (const ZuPhoto* p : {&copy, static_cast<const ZuPhoto*>(&assigned)}) {
-    EXPECT_EQ(p->CountImo(), 0);
-    EXPECT_EQ(p->CountZuspTrafo(), 0);
+    EXPECT_ROW("0 0", p->CountImo(), p->CountZuspTrafo());
     EXPECT_EQ(p->FirstAttribute(), nullptr);
-    EXPECT_EQ(p->GetId(), 1u);
-    EXPECT_EQ(p->GetPosAOR()[1], 101.5);
+    EXPECT_ROW("1 101.5", p->GetId(), p->GetPosAOR()[1]);
     EXPECT_EQ(p->GetReseauMainTrafo().GetCoef(1), photo.GetReseauMainTrafo().GetCoef(1));
     EXPECT_EQ(p->GetCamera().m_dA1, photo.GetCamera().m_dA1);
   }
@@ -155,9 +139,7 @@ TEST(Project, CopiesCarryTheRecordWithoutItsLists) {
 }
 
 TEST(Project, TextsAndTypes) {
-  EXPECT_TRUE(ZuPhoto(5).IsAnalog());
-  EXPECT_TRUE(ZuPhoto(5, "a.jpg").IsDigital());
-  EXPECT_TRUE(ZuPhoto(5).IsInactive());
+  EXPECT_TRUE(ZuPhoto(5).IsAnalog() && ZuPhoto(5, "a.jpg").IsDigital() && ZuPhoto(5).IsInactive());
   ZuPhoto photo(5, "a.jpg");
   photo.SetComment("text");
   photo.SetHasAOR(true);
@@ -186,8 +168,7 @@ TEST(Project, TextsAndTypes) {
   EXPECT_EQ(aor.m_iPhoto, 5);
   ZuMatrix map(4, 4);
   photo.GetAOR(&map);
-  EXPECT_EQ(map[2][4], 2.0);
-  EXPECT_EQ(map[4][4], 1.0);
+  EXPECT_ROW("2 1", map[2][4], map[4][4]);
 }
 
 }  // namespace

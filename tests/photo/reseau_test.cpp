@@ -1,10 +1,7 @@
-#include <gtest/gtest.h>
-
 #include <fstream>
-#include <sstream>
-#include <string>
 
 #include "tests/support/temp_file.h"
+#include "tests/support/test.h"
 #include "zu/photo/detect_files.h"
 #include "zu/photo/reseau_data_desc.h"
 #include "zu/photo/reseau_file.h"
@@ -23,9 +20,8 @@ TEST(Reseau, ReadsAReseauFile) {
   EXPECT_EQ(reseau.GetPhotoRegion(), ZuRegion(-3.3264, -2.4948, 3.3264, 2.4948));
   EXPECT_EQ(reseau.GetBoxRegion(), ZuRegion(0.5544, -2.4948, 3.3264, -2.079));
   ASSERT_EQ(reseau.GetCrossList().Count(), 4);
-  EXPECT_EQ(reseau.GetCrossList().First()->GetId(), 11u);
-  EXPECT_EQ(reseau.GetCrossList().Last()->m_dY, -2.376);
-  EXPECT_EQ(reseau.GetCrossList().Last()->m_sControl, 2);
+  EXPECT_ROW("11 -2.376 2", reseau.GetCrossList().First()->GetId(),
+             reseau.GetCrossList().Last()->m_dY, reseau.GetCrossList().Last()->m_sControl);
   EXPECT_DOUBLE_EQ(reseau.GetReseauWidth(), 6.336);
   EXPECT_DOUBLE_EQ(reseau.GetReseauHeight(), 4.752);
 }
@@ -61,8 +57,7 @@ TEST(Reseau, DamagedFiles) {
   const TempFile noCross("\"frame\" { 0 0 36 24 } { 0 0 1 1 }");
   const ZuReseauFile empty(String(noCross.Path()));
   EXPECT_TRUE(empty.IsValid());
-  EXPECT_EQ(empty.GetReseauWidth(), -20000.0);
-  EXPECT_EQ(empty.GetCCDPixelSize(), 1e-06);
+  EXPECT_ROW("-20000 1e-06", empty.GetReseauWidth(), empty.GetCCDPixelSize());
 
   const TempFile wrongCross(
       "\"frame\" { 0 0 36 24 } { 0 0 1 1 } { 1 2 3 0 } { 2 x 3 0 } { 4 5 6 0 }");
@@ -81,10 +76,7 @@ TEST(Reseau, DamagedFiles) {
 
 TEST(Reseau, KeysMatchByNameAndSubId) {
   const ZuReseauDataDesc left("Frame", 1), right("FRAME", 2), any("frame", 0), other("Frames", 1);
-  EXPECT_TRUE(left.Match(right));
-  EXPECT_FALSE(left.ExactMatch(right));
-  EXPECT_TRUE(left == any);
-  EXPECT_FALSE(any == left);
+  EXPECT_TRUE(left.Match(right) && !left.ExactMatch(right) && left == any && !(any == left));
   EXPECT_FALSE(left.Match(other));
   ZuReseauFile format;
   format.SetName("Frame");
@@ -107,22 +99,18 @@ TEST(Reseau, PlaceholderNamesAndSelection) {
 
   unsigned int uFirst = 0, uSecond = 0;
   EXPECT_NE(format.FindCrossId(uFirst, uSecond), 0);
-  EXPECT_EQ(uFirst, 11u);
-  EXPECT_EQ(uSecond, 57u);
+  EXPECT_ROW("11 57", uFirst, uSecond);
 
   unsigned int ids[] = {34, 99, 14}, found[9] = {};
-  EXPECT_EQ(format.SelectCross(ids, 3), 2);
-  EXPECT_EQ(format.SelectCross(nullptr, 3), 0);
-  EXPECT_EQ(format.FindUserSelectedCrosses(found, 9), 2);
-  EXPECT_EQ(found[0], 14u);
-  EXPECT_EQ(format.FindUserSelectedCrosses(found, 1), 1);
+  EXPECT_ROW("2 0 2 14 1", format.SelectCross(ids, 3), format.SelectCross(nullptr, 3),
+             format.FindUserSelectedCrosses(found, 9), found[0],
+             format.FindUserSelectedCrosses(found, 1));
   const ZuReseauFile copy(format);
   EXPECT_EQ(copy.GetCrossList().Count(), 9);
 
   ZuReseauFile made;
   made.CreateDigitalFormat(ZuRegion(0, 0, 639, 479), ZuRegion(-18, -12, 18, 12));
-  EXPECT_EQ(made.GetExifPixelWidth(), 639);
-  EXPECT_EQ(made.GetCrossList().First()->m_dY, 12.0);
+  EXPECT_ROW("639 12", made.GetExifPixelWidth(), made.GetCrossList().First()->m_dY);
   made.GenerateDummyData();
   EXPECT_EQ(made.GetCrossList().Count(), 4);
 }
@@ -164,30 +152,26 @@ TEST(Reseau, WritersByteForByte) {
 }
 
 TEST(DetectFiles, TellsKindsByContent) {
-  const struct {
-    const char* szText;
-    eZuvoFile eType;
-  } rows[] = {
-      {"; comment\n\"frame\" { 0 0 1 1 } { 0 0 1 1 }", eZuvoFileReseau},
-      {"! c\n{ \"A\" 1 \"c\" 640 480 36 24 }", eZuvoFileDigitalCamera},
-      {"{ 1 35 0 0 0 0 5 \"a\" }", eZuvoFileSimpleCamera},
-      {"CAMERA { ID 1 }", eZuvoFileCamera},
-      {"CAMERA { ID 1 }\nPHOTO { PHOTOID 1 \"a\" }", eZuvoFileProject},
-      {"PLANE { 1 \"a\" 0 0 1 0 }", eZuvoFileProject},
-      {"1 10.0 20.0 30.0\n2 11 21 31\n", eZuvoFileCoordinate},
-      {"# points\nP12 10.0 20.0 30.0\n", eZuvoFileCoordinate},
-      {"2\n1.0 2.0 3.0 4\n", eZuvoFilePts},
-      {"1.5 2.0 3.0\n", eZuvoFilePts},
-      {"ply\nformat ascii 1.0\n", eZuvoFilePly},
-      {"*110001+0000000000000012 81..10+0000000000001000\n", eZuvoFileGsi},
-      {"", eZuvoFileUnknown},
-      {"hello world", eZuvoFileUnknown},
-      {"{", eZuvoFileUnknown},
-      {"\"", eZuvoFileUnknown},
-  };
-  for (const auto& row : rows) {
-    const TempFile file(row.szText);
-    EXPECT_EQ(ZuDetectZuvoFiles(file.Path()).GetType(), row.eType) << row.szText;
+  for (const auto& [szText, eType] : Cases<const char*, eZuvoFile>{
+           {"; comment\n\"frame\" { 0 0 1 1 } { 0 0 1 1 }", eZuvoFileReseau},
+           {"! c\n{ \"A\" 1 \"c\" 640 480 36 24 }", eZuvoFileDigitalCamera},
+           {"{ 1 35 0 0 0 0 5 \"a\" }", eZuvoFileSimpleCamera},
+           {"CAMERA { ID 1 }", eZuvoFileCamera},
+           {"CAMERA { ID 1 }\nPHOTO { PHOTOID 1 \"a\" }", eZuvoFileProject},
+           {"PLANE { 1 \"a\" 0 0 1 0 }", eZuvoFileProject},
+           {"1 10.0 20.0 30.0\n2 11 21 31\n", eZuvoFileCoordinate},
+           {"# points\nP12 10.0 20.0 30.0\n", eZuvoFileCoordinate},
+           {"2\n1.0 2.0 3.0 4\n", eZuvoFilePts},
+           {"1.5 2.0 3.0\n", eZuvoFilePts},
+           {"ply\nformat ascii 1.0\n", eZuvoFilePly},
+           {"*110001+0000000000000012 81..10+0000000000001000\n", eZuvoFileGsi},
+           {"", eZuvoFileUnknown},
+           {"hello world", eZuvoFileUnknown},
+           {"{", eZuvoFileUnknown},
+           {"\"", eZuvoFileUnknown},
+       }) {
+    const TempFile file(szText);
+    EXPECT_EQ(ZuDetectZuvoFiles(file.Path()).GetType(), eType) << szText;
   }
   const TempFile cloud(std::string("\x0D\xF0\xBE\xBA\x02\0\0\0", 8));
   EXPECT_EQ(ZuDetectZuvoFiles(cloud.Path()).GetType(), eZuvoFileCloud);

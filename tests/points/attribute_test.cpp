@@ -1,9 +1,6 @@
 #include "zu/points/attribute.h"
 
-#include <gtest/gtest.h>
-
-#include <string>
-#include <vector>
+#include "tests/support/test.h"
 
 namespace {
 
@@ -82,8 +79,7 @@ TEST(AttributeList, MoveHandsEveryNodeOverInTurn) {
 
   dest.MoveAttributes(nullptr, &from);
   dest.MoveAttributes(&dest, &from);  // ends, with every node moved once
-  EXPECT_EQ(dest.Count(), 3);
-  EXPECT_EQ(dest.First()->GetId(), 7u);
+  EXPECT_ROW("3 7", dest.Count(), dest.First()->GetId());
   EXPECT_EQ(dest.First()->GetParent(), &from);
 }
 
@@ -96,8 +92,7 @@ TEST(Attribute, AssignmentTakesTheParentAndKeepsThePlace) {
   ZuAttribute other(5u, "name");
   other.SetParent(&owner);
   *p = other;
-  EXPECT_EQ(p->GetId(), 5u);
-  EXPECT_EQ(p->GetName(), String("name"));
+  EXPECT_ROW("5 name", p->GetId(), p->GetName());
   EXPECT_EQ(p->GetParent(), &owner);
   EXPECT_NE(p->Next(), nullptr);
 }

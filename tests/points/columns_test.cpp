@@ -1,13 +1,7 @@
 // What every column reads and writes.
-#include <gtest/gtest.h>
-
-#include <climits>
-#include <cmath>
 #include <locale>
-#include <ostream>
-#include <sstream>
-#include <string>
 
+#include "tests/support/test.h"
 #include "zu/foundation/alnum_id.h"
 #include "zu/points/point.h"
 
@@ -109,46 +103,39 @@ TEST(Columns, EachWritesItsFieldInItsWidthAndReadsItBack) {
 
 TEST(Columns, TheNameStandsQuotedAndLeftAligned) {
   ZuPoint p;
-  const struct {
-    const char* szName;
-    const char* szWritten;
-  } names[] = {{"P1", " \"P1\"            "},
-               {"", " \"\"              "},
-               {"a name; of, blanks", " \"a name; of, blanks\""}};
-  for (const auto& name : names) {
-    p.SetName(name.szName);
-    EXPECT_EQ(Written(p, One(2)), name.szWritten);
+  for (const auto& [szName, szWritten] :
+       Cases<const char*, const char*>{{"P1", " \"P1\"            "},
+                                       {"", " \"\"              "},
+                                       {"a name; of, blanks", " \"a name; of, blanks\""}}) {
+    p.SetName(szName);
+    EXPECT_EQ(Written(p, One(2)), szWritten);
     ZuPoint read;
     read.SetName("other");
-    EXPECT_EQ(read.Read(name.szWritten, One(2)), 1);
-    EXPECT_EQ(read.GetName(), String(name.szName));
+    EXPECT_EQ(read.Read(szWritten, One(2)), 1);
+    EXPECT_EQ(read.GetName(), String(szName));
   }
 }
 
 TEST(Columns, IdOrNameTakesDigitsAsTheId) {
-  const struct {
-    const char* szField;
-    unsigned int uId;  // 0: made from the name
-  } fields[] = {{"12", 12},
-                {"007", 7},
-                {"P12", 0},
-                {"12P", 0},
-                {"-12", 0},
-                {"0", 0},
-                {"\"12\"", 12},
-                {"\"P 12\"", 0},
-                {"\xE4\xF6", 0},
-                {"1.5", 0},
-                {"99999999999", INT_MAX}};
-  for (const auto& field : fields) {
-    SCOPED_TRACE(field.szField);
+  for (const auto& [szField, uId] : Cases<const char*, unsigned int>{{"12", 12},
+                                                                     {"007", 7},
+                                                                     {"P12", 0},
+                                                                     {"12P", 0},
+                                                                     {"-12", 0},
+                                                                     {"0", 0},
+                                                                     {"\"12\"", 12},
+                                                                     {"\"P 12\"", 0},
+                                                                     {"\xE4\xF6", 0},
+                                                                     {"1.5", 0},
+                                                                     {"99999999999", INT_MAX}}) {
+    SCOPED_TRACE(szField);
     ZuPoint p;
-    EXPECT_EQ(p.Read(field.szField, One(3)), 1);
-    if (field.uId != 0) {
-      EXPECT_EQ(p.GetId(), field.uId);
+    EXPECT_EQ(p.Read(szField, One(3)), 1);
+    if (uId != 0) {
+      EXPECT_EQ(p.GetId(), uId);
       EXPECT_TRUE(p.GetName().empty());
     } else {
-      String strName(field.szField);
+      String strName(szField);
       strName.gsub("\"", "");
       EXPECT_EQ(p.GetName(), strName);
       EXPECT_EQ(p.GetId(), GetIdFromAlphaNumericString(strName));
@@ -160,42 +147,36 @@ TEST(Columns, IdOrNameTakesDigitsAsTheId) {
 TEST(Columns, LinesAreCutIntoFields) {
   constexpr eZuPointRWMask kColumns[] = {eZuPointRWId, eZuPointRWName, eZuPointRWX, eZuPointRWY,
                                          eZuPointRWEnd};
-  const struct {
-    const char* szLine;
-    int iFields;
-    unsigned int uId;
-    const char* szName;
-    double x, y;
-  } lines[] = {
-      {"1 A 2.5 3.5", 4, 1, "A", 2.5, 3.5},
-      {"\t 1;,;A\t\t2.5,3.5 7 8\n", 4, 1, "A", 2.5, 3.5},
-      {"1 \"A, B; C\" 2.5 3.5\r\n", 4, 1, "A, B; C", 2.5, 3.5},
-      {"1 \"A\"2.5 3.5", 4, 1, "A", 2.5, 3.5},
-      {"1 \"\" 2.5 3.5", 4, 1, "", 2.5, 3.5},
-      {"1 A\"B 2.5 3.5", 4, 1, "A\"B", 2.5, 3.5},
-      {"1 \"open 2.5 3.5\r\n", 2, 1, "open 2.5 3.5", 0, 0},
-      {"1 A\r\n", 2, 1, "A", 0, 0},
-      {"1 A 2,5 3", 4, 1, "A", 2, 5},  // a decimal comma separates
-      {"1 A \"2.5\" \"3.5", 4, 1, "A", 2.5, 3.5},
-      {"+1x A +2.5mm -.5e1", 4, 1, "A", 2.5, -5},
-      {"# A x 3.5", 4, 0, "A", 0, 3.5},
-      {"1 A 1e999 -1e-999", 4, 1, "A", HUGE_VAL, -0.0},
-      {"1 A 0x10 1e", 4, 1, "A", 16, 1},
-      {"1 A \v2 3", 4, 1, "A", 2, 3},
-      {"1 A \f 3", 4, 1, "A", 0, 3},  // a field of white space that separates nothing
-      {" \t\r\n", 0, 0, "", 0, 0},
-      {"", 0, 0, "", 0, 0},
-      {"-1 A", 2, UINT_MAX, "A", 0, 0},
-      {"99999999999 A", 2, INT_MAX, "A", 0, 0},
-  };
-  for (const auto& line : lines) {
-    SCOPED_TRACE(line.szLine);
+  for (const auto& [szLine, iFields, uId, szName, x, y] :
+       Cases<const char*, int, unsigned int, const char*, double, double>{
+           {"1 A 2.5 3.5", 4, 1, "A", 2.5, 3.5},
+           {"\t 1;,;A\t\t2.5,3.5 7 8\n", 4, 1, "A", 2.5, 3.5},
+           {"1 \"A, B; C\" 2.5 3.5\r\n", 4, 1, "A, B; C", 2.5, 3.5},
+           {"1 \"A\"2.5 3.5", 4, 1, "A", 2.5, 3.5},
+           {"1 \"\" 2.5 3.5", 4, 1, "", 2.5, 3.5},
+           {"1 A\"B 2.5 3.5", 4, 1, "A\"B", 2.5, 3.5},
+           {"1 \"open 2.5 3.5\r\n", 2, 1, "open 2.5 3.5", 0, 0},
+           {"1 A\r\n", 2, 1, "A", 0, 0},
+           {"1 A 2,5 3", 4, 1, "A", 2, 5},  // a decimal comma separates
+           {"1 A \"2.5\" \"3.5", 4, 1, "A", 2.5, 3.5},
+           {"+1x A +2.5mm -.5e1", 4, 1, "A", 2.5, -5},
+           {"# A x 3.5", 4, 0, "A", 0, 3.5},
+           {"1 A 1e999 -1e-999", 4, 1, "A", HUGE_VAL, -0.0},
+           {"1 A 0x10 1e", 4, 1, "A", 16, 1},
+           {"1 A \v2 3", 4, 1, "A", 2, 3},
+           {"1 A \f 3", 4, 1, "A", 0, 3},  // a field of white space that separates nothing
+           {" \t\r\n", 0, 0, "", 0, 0},
+           {"", 0, 0, "", 0, 0},
+           {"-1 A", 2, UINT_MAX, "A", 0, 0},
+           {"99999999999 A", 2, INT_MAX, "A", 0, 0},
+       }) {
+    SCOPED_TRACE(szLine);
     ZuPoint p;
-    EXPECT_EQ(p.Read(line.szLine, Table(kColumns)), line.iFields);
-    EXPECT_EQ(p.GetId(), line.uId);
-    EXPECT_EQ(p.GetName(), String(line.szName));
-    EXPECT_EQ(p.m_dX, line.x);
-    EXPECT_EQ(p.m_dY, line.y);
+    EXPECT_EQ(p.Read(szLine, Table(kColumns)), iFields);
+    EXPECT_EQ(p.GetId(), uId);
+    EXPECT_EQ(p.GetName(), String(szName));
+    EXPECT_EQ(p.m_dX, x);
+    EXPECT_EQ(p.m_dY, y);
   }
   std::string strLine = "5 \"P\" 1 2";
   ZuPoint p;
@@ -228,8 +209,7 @@ TEST(Columns, NumbersKeepThePointAndTheCallersLayout) {
   std::ostringstream os;
   os.imbue(std::locale(std::locale::classic(), new CommaPunct));
   p.Write(os, Table(kColumns));
-  EXPECT_EQ(os.str(), "   123456        1234567.5");
-  EXPECT_EQ(os.precision(), 16);
+  EXPECT_ROW("   123456        1234567.5 16", os.str(), os.precision());
 
   os.str("");
   os << std::fixed << std::showpos;

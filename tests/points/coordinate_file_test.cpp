@@ -1,20 +1,9 @@
 // Coordinate files: there and back, against a plain second reader, and at every fault.
-#include <gtest/gtest.h>
-
-#include <bit>
-#include <clocale>
-#include <cmath>
-#include <cstdint>
-#include <cstdio>
-#include <cstdlib>
 #include <fstream>
 #include <iomanip>
-#include <random>
-#include <sstream>
-#include <string>
-#include <vector>
 
 #include "tests/support/temp_file.h"
+#include "tests/support/test.h"
 #include "zu/foundation/writer.h"
 #include "zu/points/point_list.h"
 
@@ -53,22 +42,14 @@ std::string Written(const ZuPointList& list) {
 
 }  // namespace
 
-TEST(CoordinateFile, LinesWithoutIdAreDropped) {
-  const ZuPointList list = Parsed("1 0 0 0\n\n# title\n2 1 1 1", Table(kPoints3d));
-  EXPECT_EQ(list.Count(), 2);
-  EXPECT_EQ(list.Last()->GetId(), 2u);
-  EXPECT_EQ(list.GetMask().Size(), 4);
-}
-
 TEST(CoordinateFile, ReadingAppendsAndReturnsTheCount) {
   const TempFile file("3 1 1 1\n");
   ZuPointList list;
   list.Add(ZuPoint(1, 0, 0, 0));
-  EXPECT_EQ(list.ReadFile(file.Path(), Table(kPoints3d)), 2);
-  EXPECT_EQ(list.ReadFile("/no/such/file", Table(kNamed)), 0);
-  EXPECT_EQ(list.ReadFile(static_cast<const char*>(nullptr), Table(kNamed)), 0);
-  EXPECT_EQ(list.Count(), 2);
-  EXPECT_EQ(list.GetMask().Size(), 4);
+  EXPECT_ROW("2 0 0", list.ReadFile(file.Path(), Table(kPoints3d)),
+             list.ReadFile("/no/such/file", Table(kNamed)),
+             list.ReadFile(static_cast<const char*>(nullptr), Table(kNamed)));
+  EXPECT_ROW("2 4", list.Count(), list.GetMask().Size());
 
   const std::string strPath = file.Path();
   const std::wstring wstrPath(strPath.begin(), strPath.end());
@@ -82,39 +63,33 @@ TEST(CoordinateFile, AnOpenFileIsReadFromItsPositionToItsEnd) {
   ASSERT_NE(pFile, nullptr);
   std::fseek(pFile, 8, SEEK_SET);
   OpenList list;
-  EXPECT_EQ(list.ReadFile(pFile, Table(kPoints3d)), 2);
-  EXPECT_EQ(std::ftell(pFile), 23);
+  EXPECT_ROW("2 23", list.ReadFile(pFile, Table(kPoints3d)), std::ftell(pFile));
   EXPECT_NE(std::feof(pFile), 0);
   std::fclose(pFile);
 }
 
 TEST(CoordinateFile, OddBytesCostNoMoreThanTheirLine) {
   using namespace std::string_literals;
-  const struct {
-    const char* szCase;
-    std::string strText;
-    std::string strIdsAndNames;
-  } files[] = {
-      {"carriage returns", "1 0 A\r\n2 0 B\r\r\n3 0 C\r", "1=A 2=B 3=C "},
-      {"NUL", "1 0 A\n2 0 B\0C\n\0003 0 C\n4 0 D\n"s, "1=A 2=B 4=D "},
-      {"byte order mark",
-       "\xEF\xBB\xBF"
-       "1 0 A\n",
-       "1=A "},
-      {"open quote", "1 0 \"A B\n2 0 C\n", "1=A B 2=C "},
-      {"blank at the end", "1 0 A \n2 0 B\t", "1=A 2=B "},
-      {"many fields", "1 0 A" + std::string(900, ' ') + "x y\n2 0 B\n", "1=A 2=B "},
-      {"only a mark", "\xEF\xBB\xBF", ""},
-      {"empty", "", ""},
-  };
-  for (const auto& file : files) {
-    SCOPED_TRACE(file.szCase);
+  for (const auto& [szCase, strText, strIdsAndNames] : Cases<const char*, std::string, std::string>{
+           {"carriage returns", "1 0 A\r\n2 0 B\r\r\n3 0 C\r", "1=A 2=B 3=C "},
+           {"NUL", "1 0 A\n2 0 B\0C\n\0003 0 C\n4 0 D\n"s, "1=A 2=B 4=D "},
+           {"byte order mark",
+            "\xEF\xBB\xBF"
+            "1 0 A\n",
+            "1=A "},
+           {"open quote", "1 0 \"A B\n2 0 C\n", "1=A B 2=C "},
+           {"blank at the end", "1 0 A \n2 0 B\t", "1=A 2=B "},
+           {"many fields", "1 0 A" + std::string(900, ' ') + "x y\n2 0 B\n", "1=A 2=B "},
+           {"only a mark", "\xEF\xBB\xBF", ""},
+           {"empty", "", ""},
+       }) {
+    SCOPED_TRACE(szCase);
     std::string strFound;
-    const ZuPointList list = Parsed(file.strText, Table(kNamed));
+    const ZuPointList list = Parsed(strText, Table(kNamed));
     for (const auto* p = list.First(); p != nullptr; p = p->Next()) {
       strFound += std::to_string(p->GetId()) + "=" + p->GetName().chars() + " ";
     }
-    EXPECT_EQ(strFound, file.strIdsAndNames);
+    EXPECT_EQ(strFound, strIdsAndNames);
   }
 }
 
@@ -128,14 +103,12 @@ TEST(CoordinateFile, LongLinesAreTakenAsSeveral) {
         strFront + std::string(uLength - strFront.size() - 7, 'x') + " 7 8 t";
     const ZuPointList list = Parsed(strLine + "\r\n9 9 end\n", Table(kNamed));
     ASSERT_GE(list.Count(), 2);
-    EXPECT_EQ(list.Last()->GetId(), 9u);
-    EXPECT_EQ(list.Count(), 2);
+    EXPECT_ROW("9 2", list.Last()->GetId(), list.Count());
   }
   const ZuPointList list = Parsed(
       "1 5 " + std::string(1995, ' ') + "2 6 " + std::string(1995, 'y') + "3 7 z\n", Table(kNamed));
   ASSERT_EQ(list.Count(), 3);
-  EXPECT_EQ(list.Last()->GetId(), 3u);
-  EXPECT_EQ(list.First()->Next()->GetName().length(), 1995);
+  EXPECT_ROW("3 1995", list.Last()->GetId(), list.First()->Next()->GetName().length());
 }
 
 namespace {
@@ -324,19 +297,6 @@ TEST(CoordinateFile, AnIncompleteWriteLeavesTheStreamFailed) {
     list.Write(os);
     EXPECT_EQ(os.good(), n == uSize) << n;
   }
-  EXPECT_EQ(list.WriteFile("/no/such/folder/file"), 1);
-  EXPECT_EQ(list.WriteFile(static_cast<const wchar_t*>(nullptr)), 1);
-  EXPECT_EQ(list.Count(), 2000);
-}
-
-TEST(CoordinateFile, TheProcessLocaleIsPutBackAndHasNoSay) {
-  const char* szLocale = std::setlocale(LC_ALL, "de_DE.UTF-8");  // with a decimal comma
-  if (szLocale == nullptr) szLocale = std::setlocale(LC_ALL, "C.UTF-8");
-  if (szLocale == nullptr) GTEST_SKIP() << "no locale but C on this machine";
-  const std::string strLocale = szLocale;
-  const ZuPointList list = Parsed("1 0.5 0 0", Table(kPoints3d));
-  EXPECT_EQ(list.First()->m_dX, 0.5);
-  EXPECT_NE(Written(list).find("0.5"), std::string::npos);
-  EXPECT_EQ(std::setlocale(LC_ALL, nullptr), strLocale);
-  std::setlocale(LC_ALL, "C");
+  EXPECT_ROW("1 1 2000", list.WriteFile("/no/such/folder/file"),
+             list.WriteFile(static_cast<const wchar_t*>(nullptr)), list.Count());
 }

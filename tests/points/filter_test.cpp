@@ -1,9 +1,6 @@
 #include "zu/points/filter.h"
 
-#include <gtest/gtest.h>
-
-#include <vector>
-
+#include "tests/support/test.h"
 #include "zu/foundation/object.h"
 
 namespace {
@@ -32,29 +29,24 @@ class TracedFilter : public ZuTrueFilter {
 
 TEST(Filter, BinaryFiltersAskTheRightTestOnlyWhenItDecides) {
   const auto yes = &Leaf<1, 2>, no = &Leaf<2, 0>;
-  const struct {
-    const char* szCase;
-    ZuFilter* pFilter;
-    unsigned int uResult;
-    std::vector<int> aiAsked;
-  } cases[] = {
-      {"or, yes", new ZuOrFilter(new ZuTestFilter(yes), new ZuTestFilter(no)), 1, {1}},
-      {"or, no", new ZuOrFilter(new ZuTestFilter(no), new ZuTestFilter(yes)), 1, {2, 1}},
-      {"or, none", new ZuOrFilter(new ZuTestFilter(no), new ZuFalseFilter), 0, {2}},
-      {"and, no", new ZuAndFilter(new ZuTestFilter(no), new ZuTestFilter(yes)), 0, {2}},
-      {"and, yes", new ZuAndFilter(new ZuTestFilter(yes), new ZuTrueFilter), 1, {1}},
-      {"and, half", new ZuAndFilter(new ZuTestFilter(yes), new ZuTestFilter(no)), 0, {1, 2}},
-      {"bare", new ZuBinaryFilter(new ZuTestFilter(no), new ZuTestFilter(yes)), 1, {2, 1}},
-      {"not yes", new ZuNotFilter(new ZuTestFilter(yes)), 0, {1}},
-      {"not no", new ZuNotFilter(new ZuTestFilter(no)), 1, {2}},
-      {"leaf as it is", new ZuTestFilter(yes), 2, {1}},
-  };
-  for (const auto& test : cases) {
-    SCOPED_TRACE(test.szCase);
+  for (const auto& [szCase, pFilter, uResult, aiAsked] :
+       Cases<const char*, ZuFilter*, unsigned int, std::vector<int>>{
+           {"or, yes", new ZuOrFilter(new ZuTestFilter(yes), new ZuTestFilter(no)), 1, {1}},
+           {"or, no", new ZuOrFilter(new ZuTestFilter(no), new ZuTestFilter(yes)), 1, {2, 1}},
+           {"or, none", new ZuOrFilter(new ZuTestFilter(no), new ZuFalseFilter), 0, {2}},
+           {"and, no", new ZuAndFilter(new ZuTestFilter(no), new ZuTestFilter(yes)), 0, {2}},
+           {"and, yes", new ZuAndFilter(new ZuTestFilter(yes), new ZuTrueFilter), 1, {1}},
+           {"and, half", new ZuAndFilter(new ZuTestFilter(yes), new ZuTestFilter(no)), 0, {1, 2}},
+           {"bare", new ZuBinaryFilter(new ZuTestFilter(no), new ZuTestFilter(yes)), 1, {2, 1}},
+           {"not yes", new ZuNotFilter(new ZuTestFilter(yes)), 0, {1}},
+           {"not no", new ZuNotFilter(new ZuTestFilter(no)), 1, {2}},
+           {"leaf as it is", new ZuTestFilter(yes), 2, {1}},
+       }) {
+    SCOPED_TRACE(szCase);
     g_aiAsked.clear();
-    EXPECT_EQ(test.pFilter->Test(nullptr), test.uResult);
-    EXPECT_EQ(g_aiAsked, test.aiAsked);
-    delete test.pFilter;
+    EXPECT_EQ(pFilter->Test(nullptr), uResult);
+    EXPECT_EQ(g_aiAsked, aiAsked);
+    delete pFilter;
   }
 }
 

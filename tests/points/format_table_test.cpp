@@ -1,9 +1,6 @@
 #include "zu/points/format_table.h"
 
-#include <gtest/gtest.h>
-
-#include <sstream>
-
+#include "tests/support/test.h"
 #include "zu/points/point.h"
 
 namespace {
@@ -21,17 +18,14 @@ TEST(FormatTable, HoldsTheColumnsUpToTheFirstZero) {
   EXPECT_EQ(table[3], eZuPointRWZ);
   EXPECT_EQ(table[4], eZuPointRWEnd);
   EXPECT_EQ(table[-1], eZuPointRWEnd);
-  EXPECT_TRUE(table.HasEntry(eZuPointRWX));
-  EXPECT_FALSE(table.HasEntry(eZuPointRWName));
+  EXPECT_TRUE(table.HasEntry(eZuPointRWX) && !table.HasEntry(eZuPointRWName));
 
   Table copy(table);
   constexpr eZuPointRWMask kPosition[] = {eZuPointRWX, eZuPointRWY, eZuPointRWEnd};
   table = kPosition;
-  EXPECT_EQ(table.Size(), 2);
-  EXPECT_EQ(copy.Size(), 4);
+  EXPECT_ROW("2 4", table.Size(), copy.Size());
   copy.DelTable();
-  EXPECT_EQ(copy.Size(), 0);
-  EXPECT_EQ(Table(nullptr).Size(), 0);
+  EXPECT_ROW("0 0", copy.Size(), Table(nullptr).Size());
 }
 
 TEST(FormatTable, ShowsValuesInTheUnitOfTheirColumn) {

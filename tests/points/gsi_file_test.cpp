@@ -1,9 +1,6 @@
 // GSI files of total stations.
-#include <gtest/gtest.h>
-
-#include <string>
-
 #include "tests/support/temp_file.h"
+#include "tests/support/test.h"
 #include "zu/foundation/alnum_id.h"
 #include "zu/points/point_list.h"
 
@@ -106,10 +103,8 @@ TEST(GsiFile, LinesWithoutPointOrCoordinateArePassedOver) {
                      &list),
             1);
   EXPECT_EQ(ReadText("110002+00000007 83..00+00001500\n", &list), 2);  // a height alone
-  EXPECT_EQ(list.Last()->m_dZ, 1.5);
-  EXPECT_EQ(list.ReadGsiFile("/no/such/file"), 0);
-  EXPECT_EQ(list.ReadGsiFile(static_cast<const char*>(nullptr)), 0);
-  EXPECT_EQ(list.Count(), 2);
+  EXPECT_ROW("1.5 0 0 2", list.Last()->m_dZ, list.ReadGsiFile("/no/such/file"),
+             list.ReadGsiFile(static_cast<const char*>(nullptr)), list.Count());
 }
 
 // A file cut anywhere gives the points of its whole lines.

@@ -1,12 +1,6 @@
 // Points as rows of keyword files.
-#include <gtest/gtest.h>
-
-#include <initializer_list>
-#include <string>
-#include <vector>
-
-#include "tests/support/temp_file.h"
-#include "zu/foundation/reader.h"
+#include "tests/support/keyword_file.h"
+#include "tests/support/test.h"
 #include "zu/points/point_list.h"
 
 namespace {
@@ -18,25 +12,19 @@ constexpr eZuPointRWMask kRow[] = {eZuPointRWId, eZuPointRWX, eZuPointRWY, eZuPo
 // What was read of a file with the keywords POINTS { rows } and AFTER.
 struct Found {
   ZuPointList list;
-  int iAfter = 0;
-  int iErrors = 0;
+  int iAfter = 0, iErrors = 0;
 
   Found(const std::string& text, const Table& table) : list(table) {
-    const TempFile file(text);
-    ZuReader reader(file.Path());
-    ZuReaderObject points("POINTS", Link(&list, &ZuPointList::Read));
-    ZuReaderObject after("AFTER", &iAfter);
-    reader.RegisterObject(points);
-    reader.RegisterObject(after);
-    reader.DoProcess(false);
-    iErrors = reader.GetReadErrorCount();
+    iErrors = KeywordFile(text)
+                  .On("POINTS", [&](auto* p) { return list.Read(p); })
+                  .On("AFTER", &iAfter)
+                  .Run();
   }
 
   std::string Ids() const {
     std::string strIds;
-    for (const auto* p = list.First(); p != nullptr; p = p->Next()) {
-      strIds += std::to_string(p->GetId()) + " ";
-    }
+    for (const auto* p = list.First(); p != nullptr; p = p->Next())
+      strIds += ::Text(p->GetId()) + " ";
     return strIds;
   }
 };
@@ -51,24 +39,19 @@ Table TableOf(std::initializer_list<int> columns) {
 }  // namespace
 
 TEST(PointRows, EndAtTheirBraceAndLeaveTheRestOfTheFile) {
-  const struct {
-    const char* szText;
-    const char* szIds;
-    int iAfter;
-  } files[] = {
-      {"POINTS { 1 10 20\n 2 30.5 -4e1 } AFTER 7", "1 2 ", 7},
-      {"POINTS { 1 10 20 2 30 40 3 } AFTER 7", "1 2 ", 7},  // a row cut short leaves no trace
-      {"POINTS { 1 10 20 2 30 } AFTER 7", "1 ", 7},
-      {"POINTS { } AFTER 7", "", 7},
-      {"POINTS { 1 10 20} AFTER 7", "1 ", 7},
-      {"POINTS { 1 10 20 2 30", "1 ", 0},
-      {"POINTS { 1 10 20 ; comment }\n 2 30 40 }\nAFTER 7", "1 2 ", 7},
-  };
-  for (const auto& file : files) {
-    SCOPED_TRACE(file.szText);
-    const Found found(file.szText, Table(kRow));
-    EXPECT_EQ(found.Ids(), file.szIds);
-    EXPECT_EQ(found.iAfter, file.iAfter);
+  for (const auto& [szText, szIds, iAfter] : Cases<const char*, const char*, int>{
+           {"POINTS { 1 10 20\n 2 30.5 -4e1 } AFTER 7", "1 2 ", 7},
+           {"POINTS { 1 10 20 2 30 40 3 } AFTER 7", "1 2 ", 7},  // a row cut short leaves no trace
+           {"POINTS { 1 10 20 2 30 } AFTER 7", "1 ", 7},
+           {"POINTS { } AFTER 7", "", 7},
+           {"POINTS { 1 10 20} AFTER 7", "1 ", 7},
+           {"POINTS { 1 10 20 2 30", "1 ", 0},
+           {"POINTS { 1 10 20 ; comment }\n 2 30 40 }\nAFTER 7", "1 2 ", 7},
+       }) {
+    SCOPED_TRACE(szText);
+    const Found found(szText, Table(kRow));
+    EXPECT_EQ(found.Ids(), szIds);
+    EXPECT_EQ(found.iAfter, iAfter);
     EXPECT_EQ(found.iErrors, 0);
   }
 }
@@ -95,23 +78,15 @@ TEST(PointRows, ColumnsTakeTheirKindOfToken) {
                     TableOf({2, 4, 5, 7, 16, 8, 9, 32, 20, 12, 105, 24, 25, 31}));
   ASSERT_EQ(found.list.Count(), 1);
   const ZuPoint& p = *found.list.First();
-  EXPECT_EQ(p.GetName(), String("P 1"));
-  EXPECT_EQ(p.GetFlag(), 3);
-  EXPECT_EQ(p.GetControlFlags(), 5);
-  EXPECT_EQ(p.m_iPhoto, 5);
-  EXPECT_EQ(p.m_iCamera, 6);
-  EXPECT_EQ(p.m_iColor, 7);
-  EXPECT_EQ(p.m_dZ, 8.0);
-  EXPECT_EQ(p.m_dDX, 100.0);
-  EXPECT_EQ(p.m_snImo, 9);
+  EXPECT_ROW("P 1 3 5 5 6 7 8 100 9", p.GetName(), p.GetFlag(), p.GetControlFlags(), p.m_iPhoto,
+             p.m_iCamera, p.m_iColor, p.m_dZ, p.m_dDX, p.m_snImo);
   EXPECT_EQ(p.m_fVX, 0.5F);
   EXPECT_EQ(p.m_dRedu3, 2.5);
 }
 
 TEST(PointRows, TheSkipColumnLeavesBracesAlone) {
   const Found found("POINTS { 1 x 2 \"y\" 3 } AFTER 7", TableOf({1, 32}));
-  EXPECT_EQ(found.Ids(), "1 2 ");
-  EXPECT_EQ(found.iAfter, 7);
+  EXPECT_ROW("1 2  7", found.Ids(), found.iAfter);
 }
 
 TEST(PointRows, IdOrNameTakesAnyWord) {
@@ -120,8 +95,7 @@ TEST(PointRows, IdOrNameTakesAnyWord) {
   for (const auto* p = found.list.First(); p != nullptr; p = p->Next()) {
     strNames += std::string(p->GetName().chars()) + "|";
   }
-  EXPECT_EQ(strNames, "|P12|P 13||-5|");
-  EXPECT_EQ(found.list.First()->GetId(), 12u);
+  EXPECT_ROW("|P12|P 13||-5| 12", strNames, found.list.First()->GetId());
   EXPECT_EQ(found.list.Get(3)->GetId(), 0u);  // digits are the Id here, a zero too
   EXPECT_EQ(found.iAfter, 7);
 
@@ -132,18 +106,11 @@ TEST(PointRows, IdOrNameTakesAnyWord) {
 
 // Values of a keyword without a block: the token behind them belongs to the next item.
 TEST(PointRows, APointReadsItsValuesAndNoMore) {
-  struct Handler : LinkHdl {
-    ZuPoint point;
-    long Read(ZuReaderObject* pObject) { return point.Read(pObject, Table(kRow)); }
-  } handler;
-  const TempFile file("POINT 4 1.5 2.5 AFTER 7");
-  ZuReader reader(file.Path());
+  ZuPoint point;
   int iAfter = 0;
-  ZuReaderObject point("POINT", Link(&handler, &Handler::Read)), after("AFTER", &iAfter);
-  reader.RegisterObject(point);
-  reader.RegisterObject(after);
-  reader.DoProcess(false);
-  EXPECT_EQ(handler.point.GetId(), 4u);
-  EXPECT_EQ(handler.point.m_dY, 2.5);
-  EXPECT_EQ(iAfter, 7);
+  KeywordFile("POINT 4 1.5 2.5 AFTER 7")
+      .On("POINT", [&](auto* p) { return point.Read(p, Table(kRow)); })
+      .On("AFTER", &iAfter)
+      .Run();
+  EXPECT_ROW("4 2.5 7", point.GetId(), point.m_dY, iAfter);
 }

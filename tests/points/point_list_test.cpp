@@ -1,10 +1,6 @@
 #include "zu/points/point_list.h"
 
-#include <gtest/gtest.h>
-
-#include <limits>
-#include <string>
-
+#include "tests/support/test.h"
 #include "zu/foundation/debug.h"
 
 namespace {
@@ -43,8 +39,7 @@ TEST(PointList, FindByNameMindsTheCase) {
   ZuPointList list;
   AddPoint(list, 1, 0, "p1");
   AddPoint(list, 2, 0, "P1");
-  EXPECT_EQ(list.Find("P1")->GetId(), 2u);
-  EXPECT_EQ(list.Find("P1", false)->GetId(), 1u);
+  EXPECT_ROW("2 1", list.Find("P1")->GetId(), list.Find("P1", false)->GetId());
   EXPECT_EQ(list.Find("P"), nullptr);
 }
 
@@ -92,8 +87,7 @@ TEST(PointList, CopiesTakePointsAndColumns) {
   assigned = list;
   assigned = *&assigned;
   for (const ZuPointList* p : {&copy, &assigned}) {
-    EXPECT_EQ(p->Count(), 2);
-    EXPECT_EQ(p->Last()->GetId(), 2u);
+    EXPECT_ROW("2 2", p->Count(), p->Last()->GetId());
     EXPECT_NE(p->First(), list.First());
     EXPECT_EQ(p->GetMask().Size(), 2);
   }
@@ -113,8 +107,7 @@ TEST(PointList, ReplaceKeepsThePlaceOfTheId) {
   for (const auto* p = list.First(); p != nullptr; p = p->Next()) {
     strIds += std::to_string(p->GetId());
   }
-  EXPECT_EQ(strIds, "0123");
-  EXPECT_EQ(list.Get(2)->m_dX, 8.5);
+  EXPECT_ROW("0123 8.5", strIds, list.Get(2)->m_dX);
 }
 
 TEST(PointList, DebugOutputNamesEveryPoint) {

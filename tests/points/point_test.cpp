@@ -1,11 +1,6 @@
 #include "zu/points/point.h"
 
-#include <gtest/gtest.h>
-
-#include <climits>
-#include <cmath>
-#include <string>
-
+#include "tests/support/test.h"
 #include "zu/foundation/debug.h"
 #include "zu/numerics/vector.h"
 #include "zu/points/point_list.h"
@@ -13,25 +8,23 @@
 #include "zu/points/spheron.h"
 
 TEST(Point, ControlCodesAndTheirTexts) {
-  const struct {
-    int iCode;
-    const char* sz123;
-    const char* szXYZ;
-    int iDigits;
-    const char* szText;
-  } codes[] = {{0, "  0", " N ", 0, "n"},     {1, "  1", "X  ", 1, "x"},
-               {2, "  2", " Y ", 2, "Y"},     {3, " 12", "XY ", 21, "yX"},
-               {4, "  3", "  Z", -3, "z"},    {5, " 13", "X Z", 13, "xz"},
-               {6, " 23", " YZ", 4923, "2Z"}, {7, "123", "XYZ", 321, "1y3"}};
-  for (const auto& code : codes) {
+  for (const auto& [iCode, sz123, szXYZ, iDigits, szText] :
+       Cases<int, const char*, const char*, int, const char*>{{0, "  0", " N ", 0, "n"},
+                                                              {1, "  1", "X  ", 1, "x"},
+                                                              {2, "  2", " Y ", 2, "Y"},
+                                                              {3, " 12", "XY ", 21, "yX"},
+                                                              {4, "  3", "  Z", -3, "z"},
+                                                              {5, " 13", "X Z", 13, "xz"},
+                                                              {6, " 23", " YZ", 4923, "2Z"},
+                                                              {7, "123", "XYZ", 321, "1y3"}}) {
     ZuPoint p;
-    EXPECT_EQ(p.SetAsControlFlag(code.iDigits), code.iCode) << code.iDigits;
-    EXPECT_STREQ(p.GetControlFlagsAs123(), code.sz123);
-    EXPECT_STREQ(p.GetControlFlagsAsXYZ(), code.szXYZ);
-    EXPECT_EQ(p.SetAsControlFlag(code.szText), code.iCode) << code.szText;
-    EXPECT_EQ(p.IsXControlPoint(), code.iCode & 1);
-    EXPECT_EQ(p.IsYControlPoint(), code.iCode & 2);
-    EXPECT_EQ(p.IsZControlPoint(), code.iCode & 4);
+    EXPECT_EQ(p.SetAsControlFlag(iDigits), iCode) << iDigits;
+    EXPECT_STREQ(p.GetControlFlagsAs123(), sz123);
+    EXPECT_STREQ(p.GetControlFlagsAsXYZ(), szXYZ);
+    EXPECT_EQ(p.SetAsControlFlag(szText), iCode) << szText;
+    EXPECT_EQ(p.IsXControlPoint(), iCode & 1);
+    EXPECT_EQ(p.IsYControlPoint(), iCode & 2);
+    EXPECT_EQ(p.IsZControlPoint(), iCode & 4);
   }
   EXPECT_STREQ(ZuPoint::GetControlCodeAsXYZ(8), " N ");  // three bits count
   EXPECT_STREQ(ZuPoint::GetControlCodeAs123(-1), "123");
@@ -42,13 +35,10 @@ TEST(Point, ControlCodesAndTheirTexts) {
 // Required: lists of points ascend on photo and id together; the key wraps at 32 bits.
 TEST(Point, ListsSortAscendingOnPhotoAndId) {
   ZuPointList list;
-  const struct {
-    unsigned int uId;
-    int iPhoto;
-  } points[] = {{5, 100}, {7, 0}, {2, 100}, {3, 4}, {105, 0}};
-  for (const auto& point : points) {
-    ZuPoint p(point.uId, 0, 0, 0);
-    p.m_iPhoto = point.iPhoto;
+  for (const auto& [uId, iPhoto] :
+       Cases<unsigned int, int>{{5, 100}, {7, 0}, {2, 100}, {3, 4}, {105, 0}}) {
+    ZuPoint p(uId, 0, 0, 0);
+    p.m_iPhoto = iPhoto;
     list.Add(p);
   }
   EXPECT_EQ(list.Sort(), 5);
@@ -59,8 +49,7 @@ TEST(Point, ListsSortAscendingOnPhotoAndId) {
   EXPECT_EQ(strOrder, "7 3 2 5 105 ");  // 5 and 105 are equal and keep their order
 
   ZuPoint a(UINT_MAX, 0, 0, 0), b(1, 0, 0, 0);
-  EXPECT_EQ(a.Compare(&b), -2);
-  EXPECT_EQ(b.Compare(&a), 2);
+  EXPECT_ROW("-2 2", a.Compare(&b), b.Compare(&a));
 }
 
 TEST(Point, OperatorsActOnTheFieldsTheyName) {
@@ -70,23 +59,19 @@ TEST(Point, OperatorsActOnTheFieldsTheyName) {
   a.m_dRedu1 = b.m_dRedu1 = 9.0;
   const ZuPoint sum = a + b, difference = a - b, middle = a % b, twice = a * 2.0, half = a / 2.0;
   EXPECT_TRUE(sum == ZuPoint(0, 3.0, 5.0, 9.0));
-  EXPECT_EQ(sum.m_dDX, 0.75);
-  EXPECT_EQ(sum.m_dRedu1, 9.0);
-  EXPECT_EQ(sum.GetId(), 1u);
+  EXPECT_ROW("0.75 9 1", sum.m_dDX, sum.m_dRedu1, sum.GetId());
   EXPECT_TRUE(difference == ZuPoint(0, 1.0, 3.0, 7.0));
   EXPECT_EQ(difference.m_dDX, 0.25);
   EXPECT_TRUE(middle == ZuPoint(0, 1.5, 2.5, 4.5));
   EXPECT_EQ(middle.m_dDX, 0.375);
-  EXPECT_TRUE(twice == ZuPoint(0, 4.0, 8.0, 16.0));
-  EXPECT_TRUE(half == ZuPoint(0, 1.0, 2.0, 4.0));
+  EXPECT_TRUE(twice == ZuPoint(0, 4.0, 8.0, 16.0) && half == ZuPoint(0, 1.0, 2.0, 4.0));
   EXPECT_EQ(twice.m_dDX, 0.5);  // a product leaves the accuracies
   EXPECT_EQ(half.m_sControl, 3);
   EXPECT_EQ(a.DistanceSq(b), 1.0 + 9.0 + 49.0);
   EXPECT_EQ(a.Distance(&b), std::sqrt(59.0));
 
   const ZuVector vector = a.GetAsVector();
-  EXPECT_EQ(vector.GetSize(), 3);
-  EXPECT_EQ(vector[1] + 10 * vector[2] + 100 * vector[3], 842.0);
+  EXPECT_ROW("3 842", vector.GetSize(), vector[1] + 10 * vector[2] + 100 * vector[3]);
 }
 
 TEST(Point, InitClearsTheFieldsAndKeepsTheIdentity) {
@@ -102,8 +87,7 @@ TEST(Point, InitClearsTheFieldsAndKeepsTheIdentity) {
   EXPECT_EQ(copy.m_iUser + copy.m_sUser, 11);
   EXPECT_EQ(copy.m_pParent, &p);
   copy.init();
-  EXPECT_EQ(copy.GetId(), 7u);
-  EXPECT_EQ(copy.GetName(), String("P7"));
+  EXPECT_ROW("7 P7", copy.GetId(), copy.GetName());
   EXPECT_EQ(copy.GetFlag(), eZuFlagActive);
   EXPECT_TRUE(copy == ZuPoint());
   EXPECT_EQ(copy.m_iUser + copy.m_iColor + copy.m_iPhoto + copy.m_iCamera + copy.m_sUser +
@@ -129,10 +113,7 @@ TEST(Point, WalksOverTheNodesWithAFlag) {
 
 TEST(Flag, ChangesReturnTheNewValue) {
   ZuFlag flag;
-  EXPECT_EQ(flag.SetFlag(6), 6);
-  EXPECT_EQ(flag.ClearFlag(2), 4);
-  EXPECT_EQ(flag.ToggleFlag(5), 1);
-  EXPECT_EQ(flag.IsFlagSet(3), 1);
+  EXPECT_ROW("6 4 1 1", flag.SetFlag(6), flag.ClearFlag(2), flag.ToggleFlag(5), flag.IsFlagSet(3));
   EXPECT_EQ(flag.SetFlag(INT_MIN), INT_MIN | 1);
 }
 
@@ -154,15 +135,13 @@ TEST(PointTripel, TableFindsAndSorts) {
   ZuPointTripelTable table;
   for (unsigned int u : {3u, 1u, 2u}) table.Add(ZuPointTripel{1, u, 9});
   table.Sort();
-  EXPECT_EQ(table[0].m_uId2, 1u);
-  EXPECT_EQ(table.BinSearchUp(ZuPointTripel{1, 3, 9}), 2);
-  EXPECT_EQ(table.BinSearchUp(ZuPointTripel{1, 3, 8}), -1);
+  EXPECT_ROW("1 2 -1", table[0].m_uId2, table.BinSearchUp(ZuPointTripel{1, 3, 9}),
+             table.BinSearchUp(ZuPointTripel{1, 3, 8}));
 }
 
 TEST(Spheron, ListSortsLikePoints) {
   ZuSpheronList list;
   for (unsigned int u : {2u, 1u}) list.Add(new ZuSpheron(u, 0, 0, 0));
   list.Sort();
-  EXPECT_EQ(list.First()->GetId(), 1u);
-  EXPECT_EQ(list.First()->Next()->GetId(), 2u);
+  EXPECT_ROW("1 2", list.First()->GetId(), list.First()->Next()->GetId());
 }

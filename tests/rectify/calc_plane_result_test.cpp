@@ -1,12 +1,9 @@
 // What a fit leaves behind: quality figures, deviations, foot points, log, events, memory.
-#include <gtest/gtest.h>
-
-#include <cmath>
-#include <string>
 #include <thread>
 
 #include "tests/support/random_geometry.h"
 #include "tests/support/temp_file.h"
+#include "tests/support/test.h"
 #include "zu/foundation/logfile.h"
 #include "zu/foundation/observer.h"
 #include "zu/points/filter.h"
@@ -132,8 +129,7 @@ TEST(CalcPlaneResult, ListsTellTheirChangesOnce) {
   EXPECT_EQ(input.m_strEvents, "1:6 ");
   EXPECT_EQ(feet.m_strEvents, "1:0 ");  // emptied; filled without events
   ASSERT_TRUE(calc.CalcPlaneFromFilteredPoints(&list, false, false));
-  EXPECT_EQ(input.m_strEvents, "1:6 ");
-  EXPECT_EQ(feet.m_strEvents, "1:0 1:0 ");
+  EXPECT_ROW("1:6  1:0 1:0 ", input.m_strEvents, feet.m_strEvents);
   EXPECT_TRUE(calc.GetPointsInZuPlane()->IsNotifyEnabled());
 }
 
@@ -222,11 +218,9 @@ TEST(CalcPlaneResult, FilterIsDeletedOnceByItsLastHolder) {
     }
     EXPECT_EQ(iFirst, 0);
     calc.SetCooFilter(new CountingFilter(&iSecond));
-    EXPECT_EQ(iFirst, 1);
-    EXPECT_EQ(iSecond, 0);
+    EXPECT_ROW("1 0", iFirst, iSecond);
   }
-  EXPECT_EQ(iFirst, 1);
-  EXPECT_EQ(iSecond, 1);
+  EXPECT_ROW("1 1", iFirst, iSecond);
 }
 
 TEST(CalcPlaneResult, LogHoldsTitleAndTableOfTheAcceptedPoints) {

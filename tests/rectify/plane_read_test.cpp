@@ -1,12 +1,9 @@
 // The text form of a plane and the file of planes.
-#include <gtest/gtest.h>
-
 #include <locale>
-#include <sstream>
-#include <string>
 
 #include "tests/support/random_geometry.h"
 #include "tests/support/temp_file.h"
+#include "tests/support/test.h"
 #include "zu/foundation/reader.h"
 #include "zu/rectify/plane_list.h"
 
@@ -92,27 +89,22 @@ TEST(PlaneText, FileCutAnywhereKeepsCompletePlanes) {
 }
 
 TEST(PlaneText, DamagedPlanesLeaveNoTrace) {
-  const struct {
-    const char* szText;
-    int iCount;
-  } files[] = {
-      {"", 0},
-      {"{ 1 \"a\" 1 0 0 5 }", 1},
-      {"{ 1 \"a\" 1 0 0 }", 0},
-      {"{ 1 \"a\" 1 0 \"x\" 5 }", 0},
-      {"{ 1 2 1 0 0 5 }", 0},
-      {"{ 1 \"a\" 1 0 0 5 99 \"more\" { 4 } }\n{ 2 \"b\" 0 1 0 6 }", 2},
-      {"12 13", 0},
-  };
-  for (const auto& f : files) {
-    const TempFile file(f.szText);
+  for (const auto& [szText, iCount] : Cases<const char*, int>{
+           {"", 0},
+           {"{ 1 \"a\" 1 0 0 5 }", 1},
+           {"{ 1 \"a\" 1 0 0 }", 0},
+           {"{ 1 \"a\" 1 0 \"x\" 5 }", 0},
+           {"{ 1 2 1 0 0 5 }", 0},
+           {"{ 1 \"a\" 1 0 0 5 99 \"more\" { 4 } }\n{ 2 \"b\" 0 1 0 6 }", 2},
+           {"12 13", 0},
+       }) {
+    const TempFile file(szText);
     ZuPlaneList list;
     list.ReadFile(String(file.Path()));
-    EXPECT_EQ(list.Count(), f.iCount) << f.szText;
+    EXPECT_EQ(list.Count(), iCount) << szText;
   }
   ZuPlaneList list;
-  EXPECT_EQ(list.ReadFile(String("/no/such/file")), 1);
-  EXPECT_EQ(list.Count(), 0);
+  EXPECT_ROW("1 0", list.ReadFile(String("/no/such/file")), list.Count());
 }
 
 // A record that registers a plane keyword hands the row to AddPlane.
@@ -126,9 +118,7 @@ TEST(PlaneText, KeywordOfARecordAppendsPlanes) {
   reader.RegisterObject(plane);
   reader.RegisterObject(number);
   reader.DoProcess(false);
-  EXPECT_EQ(list.Count(), 2);
-  EXPECT_EQ(n, 8);
-  EXPECT_EQ(reader.GetReadErrorCount(), 0);
+  EXPECT_ROW("2 8 0", list.Count(), n, reader.GetReadErrorCount());
 }
 
 }  // namespace

@@ -1,15 +1,10 @@
 #include "zu/rectify/plane.h"
 
-#include <gtest/gtest.h>
-
-#include <bit>
-#include <cmath>
-#include <cstdint>
 #include <locale>
-#include <sstream>
 
 #include "tests/support/planes.h"
 #include "tests/support/random_geometry.h"
+#include "tests/support/test.h"
 #include "zu/foundation/object.h"
 #include "zu/rectify/plane_list.h"
 
@@ -29,8 +24,7 @@ TEST(Plane, DefaultIsNoPlane) {
   EXPECT_FALSE(plane.ProjectPoint(&result, ZuPoint()));
   EXPECT_EQ(result.m_dX, 7.0);
   EXPECT_EQ(plane.CalcPlaneVectorForSip(), ZuVector(3));
-  EXPECT_FALSE(std::isfinite(plane.Dist(1.0, 2.0, 3.0)));
-  EXPECT_FALSE(plane.IsParallel(plane));
+  EXPECT_TRUE(!std::isfinite(plane.Dist(1.0, 2.0, 3.0)) && !plane.IsParallel(plane));
   EXPECT_FALSE(plane.IsNormal(plane));
 }
 
@@ -48,21 +42,18 @@ TEST(Plane, CopiesTakeTheRecordAndStandInNoList) {
     EXPECT_EQ(p->GetId(), 17u);
     EXPECT_STREQ(p->GetName().chars(), "wall");
     EXPECT_EQ(p->IsActive(), 2);  // the masked word
-    EXPECT_EQ(p->C(), 3.0);
-    EXPECT_EQ(p->D(), 4.0);
+    EXPECT_ROW("3 4", p->C(), p->D());
   }
   EXPECT_EQ(pFirst->Next(), pLast);
   EXPECT_EQ(list.CountActivePlanes(), 2);
   EXPECT_EQ(list.GetActivePlane(), pFirst);
-  EXPECT_EQ(IsPlaneFlagGuiCheckActive(pFirst), 2u);
-  EXPECT_EQ(IsPlaneFlagGuiSelect(pFirst), 0u);
+  EXPECT_ROW("2 0", IsPlaneFlagGuiCheckActive(pFirst), IsPlaneFlagGuiSelect(pFirst));
 }
 
 TEST(Plane, DistancesOfAnyLengthOfNormal) {
   const ZuPlane plane = MakePlane(0.0, 3.0, 4.0, -10.0);
-  EXPECT_EQ(plane.Dist(9.0, 0.0, 0.0), -2.0);
-  EXPECT_EQ(plane.FastDist(9.0, 0.0, 0.0), -10.0);
-  EXPECT_EQ(plane.Dist(ZuPoint(1, 0.0, 3.0, 4.0)), 3.0);
+  EXPECT_ROW("-2 -10 3", plane.Dist(9.0, 0.0, 0.0), plane.FastDist(9.0, 0.0, 0.0),
+             plane.Dist(ZuPoint(1, 0.0, 3.0, 4.0)));
   // Required: planes differ by their D alone, also when the lengths of the normals differ.
   EXPECT_EQ(plane.Dist(MakePlane(0.0, 6.0, 8.0, 5.0)), -15.0);
   EXPECT_EQ(Tilted(0.0, 3.0).Dist(Tilted(1e-6, 1.0)), 0.0);
@@ -72,8 +63,7 @@ TEST(Plane, DistancesOfAnyLengthOfNormal) {
 TEST(Plane, AnglesAreBoundedAsStored) {
   const double dParallel = std::bit_cast<double>(std::uint64_t{0x3e9ad7f29ac00000});
   const ZuPlane up = Tilted(0.0);
-  EXPECT_TRUE(up.IsParallel(Tilted(0.9 * dParallel)));
-  EXPECT_FALSE(up.IsParallel(Tilted(1.1 * dParallel)));
+  EXPECT_TRUE(up.IsParallel(Tilted(0.9 * dParallel)) && !up.IsParallel(Tilted(1.1 * dParallel)));
   EXPECT_FALSE(up.IsParallel(MakePlane(0.0, 0.0, -1.0, 0.0)));  // the side counts
   const struct {
     double dAngle;
@@ -135,13 +125,11 @@ TEST(Plane, IntersectionRefusesWhatHasNoLine) {
 }
 
 TEST(Plane, PointForTheRayLiesOnTheNearestAxis) {
-  const struct {
-    ZuPlane plane;
-    ZuVector expected;
-  } planes[] = {{MakePlane(2.0, 1.0, -1.0, 4.0), ZuVector(-2.0, 0.0, 0.0)},
-                {MakePlane(1.0, -2.0, 1.0, 4.0), ZuVector(0.0, 2.0, 0.0)},
-                {MakePlane(2.0, 0.0, 2.0, 4.0), ZuVector(0.0, 0.0, -2.0)}};
-  for (const auto& p : planes) EXPECT_EQ(p.plane.CalcPlaneVectorForSip(), p.expected);
+  for (const auto& [plane, expected] :
+       Cases<ZuPlane, ZuVector>{{MakePlane(2.0, 1.0, -1.0, 4.0), ZuVector(-2.0, 0.0, 0.0)},
+                                {MakePlane(1.0, -2.0, 1.0, 4.0), ZuVector(0.0, 2.0, 0.0)},
+                                {MakePlane(2.0, 0.0, 2.0, 4.0), ZuVector(0.0, 0.0, -2.0)}})
+    EXPECT_EQ(plane.CalcPlaneVectorForSip(), expected);
   // Required: a tie of A and B falls to C, even when C is 0.
   const ZuPlane tie = MakePlane(1.0, 1.0, 0.0, 4.0);
   EXPECT_FALSE(std::isfinite(tie.CalcPlaneVectorForSip()[3]));
@@ -156,8 +144,7 @@ TEST(Plane, ProjectionWritesCoordinatesAlone) {
     ZuPoint foot(8, 0.0, 0.0, 0.0);
     foot.m_dDX = 0.5;
     ASSERT_TRUE(plane.ProjectPoint(&foot, p));
-    EXPECT_EQ(foot.GetId(), 8u);
-    EXPECT_EQ(foot.m_dDX, 0.5);
+    EXPECT_ROW("8 0.5", foot.GetId(), foot.m_dDX);
     EXPECT_NEAR(plane.Dist(foot), 0.0, 1e-13);
     EXPECT_NEAR(foot.Distance(p), std::fabs(plane.Dist(p)), 1e-13);
   }
@@ -170,8 +157,7 @@ TEST(Plane, ProjectionWritesCoordinatesAlone) {
 TEST(Plane, MirrorKeepsThePointSet) {
   ZuPlane plane = MakePlane(1.0, -2.0, 3.0, 4.0);
   plane.MirrorNormal();
-  EXPECT_EQ(plane.B(), 2.0);
-  EXPECT_EQ(plane.FastDist(1.0, 1.0, 1.0), -6.0);
+  EXPECT_ROW("2 -6", plane.B(), plane.FastDist(1.0, 1.0, 1.0));
   plane.MirrorNormal();
   EXPECT_EQ(plane.FastDist(1.0, 1.0, 1.0), 6.0);
 }

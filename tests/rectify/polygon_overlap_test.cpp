@@ -1,13 +1,8 @@
 // The ring test: against the text that copies, turns and closes the ring, and against a winding
 // count.
-#include <gtest/gtest.h>
-
-#include <cmath>
-#include <limits>
-#include <vector>
-
 #include "tests/support/count_allocations.h"
 #include "tests/support/random_geometry.h"
+#include "tests/support/test.h"
 #include "zu/numerics/line.h"
 #include "zu/rectify/polygon.h"
 #include "zu/rectify/polygon_tools.h"

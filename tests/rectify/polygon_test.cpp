@@ -1,15 +1,8 @@
 #include "zu/rectify/polygon.h"
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <cmath>
-#include <string>
-#include <vector>
-
+#include "tests/support/keyword_file.h"
 #include "tests/support/random_geometry.h"
-#include "tests/support/temp_file.h"
-#include "zu/foundation/reader.h"
+#include "tests/support/test.h"
 #include "zu/numerics/line.h"
 #include "zu/rectify/polygon_tools.h"
 #include "zu/rectify/region.h"
@@ -34,10 +27,8 @@ std::string Text(const ZuPolygon& polygon) {
 
 TEST(Polygon, RectangleFromTwoCornersInAnyOrder) {
   const ZuPolygon polygon(ZuPoint(7, 5.0, 2.0, 3.0), ZuPoint(8, 1.0, 6.0, 9.0), eLPolygonIdXYZ);
-  EXPECT_EQ(Text(polygon), "1,2,0#1 5,2,0#2 5,6,0#3 1,6,0#4 ");
-  EXPECT_EQ(polygon.Width(), 4.0);
-  EXPECT_EQ(polygon.Deep(), 6.0);
-  EXPECT_EQ(polygon.Boxvol(), 96.0);
+  EXPECT_ROW("1,2,0#1 5,2,0#2 5,6,0#3 1,6,0#4  4 6 96", Text(polygon), polygon.Width(),
+             polygon.Deep(), polygon.Boxvol());
   EXPECT_TRUE(polygon.GetRegion() == ZuRegion(1.0, 2.0, 5.0, 6.0));
   EXPECT_EQ(Text(ZuPolygon(ZuRegion(5.0, 6.0, 1.0, 2.0))), Text(polygon));
 }
@@ -101,66 +92,48 @@ TEST(Polygon, LengthClosesWhereThereIsAnEdgeToClose) {
   ring.AddPoint(ZuPoint(2, 0.0, 3.0, 4.0));
   EXPECT_EQ(ring.Length(true), 5.0);  // two points: one edge
   ring.AddPoint(ZuPoint(3, 0.0, 3.0, 0.0));
-  EXPECT_EQ(ring.Length(false), 9.0);
-  EXPECT_EQ(ring.Length(true), 12.0);
+  EXPECT_ROW("9 12", ring.Length(false), ring.Length(true));
   ring.AddPoint(ZuPoint(4, 0.0, 0.0, 0.0));
   EXPECT_EQ(ring.Length(true), 12.0);  // the first point repeated
 }
 
 TEST(Polygon, ReadTakesTheColumnsOfTheModeAndMakesRectangles) {
-  const struct {
-    ELPolygonMode eMode;
-    const char* szRows;
-    const char* szExpected;
-  } files[] = {
-      {eLPolygonXY, "0 0  10 0  5 8", "0,0,0#0 10,0,0#0 5,8,0#0 "},
-      {eLPolygonIdXY, "7 0 0  8 10 0  9 5 8", "0,0,0#7 10,0,0#8 5,8,0#9 "},
-      {eLPolygonXYZ, "0 0 1  10 0 2", "0,0,0#1 10,0,0#2 10,0,0#3 0,0,0#4 "},
-      {eLPolygonIdXYZ, "7 0 0 1", "0,0,1#7 "},
-      {eLPolygonXY, "1 2 5 6", "1,2,0#1 5,2,0#2 5,6,0#3 1,6,0#4 "},
-      {eLPolygonXY, "1 2 5 6 7", "1,2,0#1 5,2,0#2 5,6,0#3 1,6,0#4 "},  // a cut row leaves no trace
-      {eLPolygonXY, "", ""},
-      {static_cast<ELPolygonMode>(9), "1 2 3 4", ""},
-  };
-  for (const auto& f : files) {
-    SCOPED_TRACE(f.szRows);
-    const TempFile file(std::string("REGION { ") + f.szRows + " }\nN 7\n");
-    ZuReader reader(file.Path());
-    ZuPolygon polygon(f.eMode);
+  for (const auto& [eMode, szRows, szExpected] : Cases<ELPolygonMode, const char*, const char*>{
+           {eLPolygonXY, "0 0  10 0  5 8", "0,0,0#0 10,0,0#0 5,8,0#0 "},
+           {eLPolygonIdXY, "7 0 0  8 10 0  9 5 8", "0,0,0#7 10,0,0#8 5,8,0#9 "},
+           {eLPolygonXYZ, "0 0 1  10 0 2", "0,0,0#1 10,0,0#2 10,0,0#3 0,0,0#4 "},
+           {eLPolygonIdXYZ, "7 0 0 1", "0,0,1#7 "},
+           {eLPolygonXY, "1 2 5 6", "1,2,0#1 5,2,0#2 5,6,0#3 1,6,0#4 "},
+           {eLPolygonXY, "1 2 5 6 7",
+            "1,2,0#1 5,2,0#2 5,6,0#3 1,6,0#4 "},  // a cut row leaves no trace
+           {eLPolygonXY, "", ""},
+           {static_cast<ELPolygonMode>(9), "1 2 3 4", ""},
+       }) {
+    SCOPED_TRACE(szRows);
+    ZuPolygon polygon(eMode);
     polygon.AddPoint(ZuPoint(99, 99.0, 99.0));
     int n = 0;
-    ZuReaderObject region("REGION", Link(&polygon, &ZuPolygon::Read)), number("N", &n);
-    reader.RegisterObject(region);
-    reader.RegisterObject(number);
-    reader.DoProcess(false);
-    EXPECT_EQ(f.eMode <= eLPolygonIdXYZ ? Text(polygon) : "", f.szExpected);
+    KeywordFile file(std::string("REGION { ") + szRows + " }\nN 7\n");
+    file.On("REGION", Link(&polygon, &ZuPolygon::Read)).On("N", &n).Run();
+    EXPECT_EQ(eMode <= eLPolygonIdXYZ ? Text(polygon) : "", szExpected);
     EXPECT_EQ(n, 7);
-    EXPECT_EQ(polygon.GetMax().m_dX == 99.0, polygon.Count() == 0 || f.eMode > eLPolygonIdXYZ);
+    EXPECT_EQ(polygon.GetMax().m_dX == 99.0, polygon.Count() == 0 || eMode > eLPolygonIdXYZ);
   }
 }
 
 // A wrong token ends the reading; complete rows stay, with the work that follows them.
 TEST(Polygon, RowsBeforeAFaultStay) {
-  const TempFile file("REGION { 1 2 5 6 \"x\" 3 }\n");
-  ZuReader reader(file.Path());
   ZuPolygon polygon(eLPolygonXY);
-  ZuReaderObject region("REGION", Link(&polygon, &ZuPolygon::Read));
-  reader.RegisterObject(region);
-  reader.DoProcess(false);
-  EXPECT_EQ(Text(polygon), "1,2,0#1 5,2,0#2 5,6,0#3 1,6,0#4 ");
-  EXPECT_EQ(polygon.Width(), 4.0);
+  KeywordFile("REGION { 1 2 5 6 \"x\" 3 }\n").On("REGION", Link(&polygon, &ZuPolygon::Read)).Run();
+  EXPECT_ROW("1,2,0#1 5,2,0#2 5,6,0#3 1,6,0#4  4", Text(polygon), polygon.Width());
 }
 
 TEST(PolygonTools, OrientationOfThreePoints) {
   const ZuPoint o(1, 0.0, 0.0), a(2, 2.0, 0.0);
-  const struct {
-    double x, y;
-    int iTurn;
-  } points[] = {{1, 1, 1}, {1, -1, -1}, {3, 0, 1}, {1, 0, 0}, {2, 0, 0}, {-1, 0, -1}, {0, 0, 0}};
-  for (const auto& p : points) {
-    EXPECT_EQ(ZuCounterClockwise(o, a, ZuPoint(3, p.x, p.y)), p.iTurn) << p.x << " " << p.y;
-    EXPECT_EQ(CounterClockwise(ZuPoint3d(0, 0, 5), ZuPoint3d(2, 0, 6), ZuPoint3d(p.x, p.y, 7)),
-              p.iTurn);
+  for (const auto& [x, y, iTurn] : Cases<double, double, int>{
+           {1, 1, 1}, {1, -1, -1}, {3, 0, 1}, {1, 0, 0}, {2, 0, 0}, {-1, 0, -1}, {0, 0, 0}}) {
+    EXPECT_EQ(ZuCounterClockwise(o, a, ZuPoint(3, x, y)), iTurn) << x << " " << y;
+    EXPECT_EQ(CounterClockwise(ZuPoint3d(0, 0, 5), ZuPoint3d(2, 0, 6), ZuPoint3d(x, y, 7)), iTurn);
   }
 }
 
@@ -189,11 +162,9 @@ TEST(PolygonTools, IntervalsInAnyOrderOfTheirEnds) {
   // Required: an interval that ends where the other starts has no common stretch with it.
   double lo = -9.0, hi = -9.0;
   ZuIntervall(lo, hi, 1.0, 5.0, 9.0, 5.0);
-  EXPECT_EQ(lo, 0.0);
-  EXPECT_EQ(hi, 0.0);
+  EXPECT_ROW("0 0", lo, hi);
   ZuIntervall(lo, hi, 5.0, 9.0, 1.0, 5.0);  // the other order gives the point
-  EXPECT_EQ(lo, 5.0);
-  EXPECT_EQ(hi, 5.0);
+  EXPECT_ROW("5 5", lo, hi);
 }
 
 TEST(PolygonTools, ClosedPathDoesNotCrossItself) {
@@ -232,9 +203,8 @@ TEST(PolygonTools, ClosedPathBearsTiesAndNoNumbers) {
   for (const ZuPoint* p = list.First(); p != nullptr; p = p->Next()) EXPECT_EQ(p->GetId(), ++uId);
   list.Find(7u)->m_dY = std::nan("");
   list.Find(1u)->m_dX = std::nan("");
-  EXPECT_EQ(ZuSimpleClosedPath(list, &list), 50);
-  EXPECT_EQ(ZuSimpleClosedPath(ZuPointList(), &list), 0);
-  EXPECT_EQ(list.Count(), 0);
+  EXPECT_ROW("50 0 0", ZuSimpleClosedPath(list, &list), ZuSimpleClosedPath(ZuPointList(), &list),
+             list.Count());
 }
 
 TEST(PolygonTools, ProjectionKeepsDistancesInThePlane) {
@@ -264,8 +234,7 @@ TEST(PolygonTools, ProjectionKeepsDistancesInThePlane) {
   ZuPointList line, out;
   for (unsigned int u = 1; u <= 5; ++u) line.Add(ZuPoint(u, u, u, u));
   out.Add(ZuPoint(1, 1.0, 1.0));
-  EXPECT_FALSE(ZuProjectPointListTo2d(&out, line));
-  EXPECT_FALSE(ZuProjectPointListTo2d(nullptr, line));
+  EXPECT_TRUE(!ZuProjectPointListTo2d(&out, line) && !ZuProjectPointListTo2d(nullptr, line));
   EXPECT_EQ(out.Count(), 1);
 }
 

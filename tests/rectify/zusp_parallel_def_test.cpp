@@ -1,9 +1,6 @@
 #include "zu/rectify/zusp_parallel_def.h"
 
-#include <gtest/gtest.h>
-
-#include <sstream>
-
+#include "tests/support/test.h"
 #include "zu/numerics/line3d.h"
 #include "zu/points/point_list.h"
 
@@ -27,8 +24,7 @@ TEST_F(ParallelDef, LinesJoinTwoPointsOnce) {
   EXPECT_FALSE(def.HasDefLineWithLastBikos());
   const ZuZuspDefLine* pLast = def.MakeDefLineFromLastTwoBikos();
   ASSERT_NE(pLast, nullptr);
-  EXPECT_EQ(pLast->m_uBikoId1, 5u);
-  EXPECT_EQ(pLast->GetId(), 2u);
+  EXPECT_ROW("5 2", pLast->m_uBikoId1, pLast->GetId());
   EXPECT_EQ(def.MakeDefLineFromLastTwoBikos(), nullptr);
   // One id in common warns, both refuse.
   points.Add(ZuPoint(7, 0.0, 0.0));
@@ -83,14 +79,11 @@ TEST_F(ParallelDef, LinesAndMidpoints) {
   const ZuZuspDefLineConstraint* pConstraint = def.MakeConstraintDef(1, 2, eConstraintParallel);
   ZuPoint p1, p2;
   ASSERT_TRUE(def.GetConstraintLine(p1, p2, pConstraint));
-  EXPECT_EQ(p1.m_dX, 1.5);
-  EXPECT_EQ(p2.m_dZ, 13.5);
+  EXPECT_ROW("1.5 13.5", p1.m_dX, p2.m_dZ);
   ZuLine3d line;
   ASSERT_TRUE(def.GetLine(line, p12));
-  EXPECT_EQ(line.getEnd().y, 4.0);
-  EXPECT_EQ(line.getStart().w, 1.0);
-  EXPECT_FALSE(def.GetLine(p1, p2, nullptr));
-  EXPECT_FALSE(def.GetConstraintLine(p1, p2, nullptr));
+  EXPECT_ROW("4 1", line.getEnd().y, line.getStart().w);
+  EXPECT_TRUE(!def.GetLine(p1, p2, nullptr) && !def.GetConstraintLine(p1, p2, nullptr));
 }
 
 TEST_F(ParallelDef, WrittenForm) {

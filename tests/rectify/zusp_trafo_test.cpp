@@ -1,12 +1,8 @@
 #include "zu/rectify/zusp_trafo.h"
 
-#include <gtest/gtest.h>
-
-#include <cmath>
-#include <string>
-
 #include "tests/support/cameras.h"
 #include "tests/support/temp_file.h"
+#include "tests/support/test.h"
 #include "zu/foundation/reader.h"
 #include "zu/photo/photo.h"
 
@@ -85,21 +81,17 @@ TEST(ZuspTrafo, ReadsTheKeywordForm) {
   ASSERT_EQ(handler.list.Count(), 2);
   EXPECT_EQ(reader.GetReadErrorCount(), 1);  // the 3 x 3 where 4 x 4 is needed
   const ZuZuspTrafo& trafo = *handler.list.First();
-  EXPECT_EQ(trafo.GetId(), 3u);
-  EXPECT_EQ(trafo.GetZuspMat()[2][1], -0.01);
-  EXPECT_EQ(trafo.GetTransMat()[1][1], 1.0);
-  EXPECT_EQ(trafo.GetTransMat().GetZeilen(), 4);
+  EXPECT_ROW("3 -0.01 1 4", trafo.GetId(), trafo.GetZuspMat()[2][1], trafo.GetTransMat()[1][1],
+             trafo.GetTransMat().GetZeilen());
   EXPECT_TRUE(trafo.IsActive() && trafo.IsRegionActive() && trafo.CompensateDistortion());
   EXPECT_EQ(trafo.GetRegion().Count(), 4);  // two corners make a rectangle
-  EXPECT_EQ(trafo.GetPPList().First()->GetId(), 1u);
-  EXPECT_EQ(trafo.GetBikoList().Count(), 3);
-  EXPECT_EQ(trafo.GetParallelDef().GetLines().Count(), 2);
+  EXPECT_ROW("1 3 2", trafo.GetPPList().First()->GetId(), trafo.GetBikoList().Count(),
+             trafo.GetParallelDef().GetLines().Count());
   EXPECT_TRUE(trafo.GetParallelDef().HasXAxisDef());
   EXPECT_EQ(trafo.GetParallelDef().GetPoints(), &trafo.GetBikoList().GetPoints());
   const ZuZuspTrafo copy(trafo);
   EXPECT_EQ(copy.GetParallelDef().GetPoints(), &copy.GetBikoList().GetPoints());
-  EXPECT_EQ(IsZuspActive(&trafo), 1u);
-  EXPECT_EQ(HasZuspRegion(&trafo), 1u);
+  EXPECT_ROW("1 1", IsZuspActive(&trafo), HasZuspRegion(&trafo));
   const ZuZuspTrafo& other = *handler.list.Last();
   EXPECT_FALSE(other.IsActive() || other.HasRegion());
   EXPECT_EQ(other.Area(), -1.0);
@@ -112,26 +104,20 @@ TEST(ZuspTrafo, AreaLengthAndBorder) {
   ZuPhoto photo(1, "a.jpg");
   photo.SetDigiRegion(ZuRegion(0, 0, 90, 45));
   ZuPointList border;
-  EXPECT_EQ(ZuGetZuspBikoPoints(border, &photo, &trafo), 4);
-  EXPECT_EQ(border.Get(2)->m_dX, 90.0);
+  EXPECT_ROW("4 90", ZuGetZuspBikoPoints(border, &photo, &trafo), border.Get(2)->m_dX);
   trafo.SetDistortCameraParam(ZuCamera(1, 35.0));
   trafo.SetDistortCameraFlag(true);
-  EXPECT_EQ(ZuGetZuspBikoPoints(border, &photo, &trafo), 36);
-  EXPECT_EQ(border.Get(1)->m_dX, 10.0);
-  EXPECT_EQ(border.Last()->GetId(), 36u);
-  EXPECT_EQ(border.Last()->m_dX, 0.0);
-  EXPECT_EQ(border.Last()->m_dY, 5.0);
+  EXPECT_ROW("36 10 36 0 5", ZuGetZuspBikoPoints(border, &photo, &trafo), border.Get(1)->m_dX,
+             border.Last()->GetId(), border.Last()->m_dX, border.Last()->m_dY);
 
   trafo.GetRegion().AddPoint(ZuPoint(1, 0.0, 0.0));
   trafo.GetRegion().AddPoint(ZuPoint(2, 3.0, 0.0));
   trafo.GetRegion().AddPoint(ZuPoint(3, 3.0, 4.0));
   EXPECT_EQ(ZuGetZuspBikoPoints(border, &photo, &trafo), 3);
   trafo.SetDistortCameraFlag(false);
-  EXPECT_EQ(trafo.Area(), 24.0);
-  EXPECT_EQ(trafo.Length(), 24.0);
+  EXPECT_ROW("24 24", trafo.Area(), trafo.Length());
   ZuPoint inside(0, 2.0, 1.0), outside(0, 1.0, 3.0);
-  EXPECT_EQ(trafo.Overlap(&inside), 1);
-  EXPECT_EQ(trafo.Overlap(&outside), 0);
+  EXPECT_ROW("1 0", trafo.Overlap(&inside), trafo.Overlap(&outside));
 
   EXPECT_EQ(trafo.GetOriginalPixelArea(nullptr), 0.0);
   EXPECT_EQ(trafo.GetOriginalPixelArea(&photo), 0.0);  // a new photo is inactive

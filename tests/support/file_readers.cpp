@@ -1,16 +1,11 @@
 #include "tests/support/file_readers.h"
 
-#include <algorithm>
-#include <charconv>
-#include <cstring>
 #include <fstream>
-#include <iterator>
 #include <new>
 #include <optional>
-#include <sstream>
-#include <stdexcept>
 
 #include "tests/support/temp_file.h"
+#include "tests/support/test.h"
 #include "zu/cloud/point_cloud_container.h"
 #include "zu/foundation/id_table.h"
 #include "zu/foundation/reader.h"
@@ -56,23 +51,13 @@ std::string SampleFile(const char* szName) {
 
 // --- Telling ---------------------------------------------------------------------------------
 
-std::string Text(double dValue) {
-  char acText[32];
-  return {acText, std::to_chars(acText, acText + sizeof acText, dValue).ptr};
-}
-std::string Text(unsigned int uValue) { return std::to_string(uValue); }
-std::string Text(int iValue) { return std::to_string(iValue); }
-std::string Text(const String& str) { return std::string("\"") + str.chars() + "\""; }
-
 template <class... Values>
-std::string Row(const Values&... values) {
-  std::string str;
-  ((str += (str.empty() ? "" : " ") + Text(values)), ...);
-  return str;
+std::string Told(const Values&... values) {
+  return Row{values...}.str;
 }
 
 std::string TellPoint(const ZuPoint& p) {
-  return Row(p.GetId(), p.GetName(), p.m_dX, p.m_dY, p.m_dZ, p.GetFlag());
+  return Told(p.GetId(), p.GetName(), p.m_dX, p.m_dY, p.m_dZ, p.GetFlag());
 }
 
 // One line a node; the chain is walked both ways.
@@ -101,20 +86,21 @@ std::string TellPoints(const ZuPointList& list) {
 }
 
 std::string TellCamera(const ZuCamera& c) {
-  return Row(c.GetId(), c.GetName(), c.m_iMode, c.m_dC, c.m_dXh, c.m_dYh, c.m_dA1, c.m_dA2, c.m_dR0,
-             c.m_dRMax, c.m_dC2);
+  return Told(c.GetId(), c.GetName(), c.m_iMode, c.m_dC, c.m_dXh, c.m_dYh, c.m_dA1, c.m_dA2,
+              c.m_dR0, c.m_dRMax, c.m_dC2);
 }
 
 std::string TellPlane(const ZuPlane& p) {
-  return Row(p.GetId(), p.GetName(), p.A(), p.B(), p.C(), p.D());
+  return Told(p.GetId(), p.GetName(), p.A(), p.B(), p.C(), p.D());
 }
 
 std::string TellTrafo(const ZuTrafo2d& t) {
-  return Row(static_cast<int>(t.GetType()), t.GetCoef(0), t.GetCoef(1), t.GetCoef(2), t.GetCoef(3));
+  return Told(static_cast<int>(t.GetType()), t.GetCoef(0), t.GetCoef(1), t.GetCoef(2),
+              t.GetCoef(3));
 }
 
 std::string TellZusp(const ZuZuspTrafo& z) {
-  return Row(z.GetId(), z.GetName(), z.GetZuspMat()[1][1], z.GetTransMat()[1][4]) +
+  return Told(z.GetId(), z.GetName(), z.GetZuspMat()[1][1], z.GetTransMat()[1][4]) +
          TellPoints(z.GetPPList().GetPoints()) + TellPoints(z.GetBikoList().GetPoints()) +
          TellPoints(z.GetRegion().GetPoints()) + TellCamera(z.GetDistortCameraParam());
 }
@@ -123,9 +109,9 @@ std::string TellPhoto(const ZuPhoto& constPhoto) {
   auto& p = const_cast<ZuPhoto&>(constPhoto);
   Lines zusps;
   TellList(p.GetZuspList(), TellZusp, &zusps);
-  return Row(p.GetId(), p.GetName(), p.GetComment(), p.GetScale(), p.GetDigiRegion().Right(),
-             p.GetReseauData().GetName(), p.GetRotAOR()[2][3], p.GetPosAOR()[3],
-             p.GetTpsSetupId()) +
+  return Told(p.GetId(), p.GetName(), p.GetComment(), p.GetScale(), p.GetDigiRegion().Right(),
+              p.GetReseauData().GetName(), p.GetRotAOR()[2][3], p.GetPosAOR()[3],
+              p.GetTpsSetupId()) +
          TellCamera(p.GetCamera()) + TellTrafo(p.GetReseauPreTrafo()) +
          TellTrafo(p.GetReseauMainTrafo()) + TellPoints(p.GetRegoiList()) + Joined(zusps);
 }
@@ -135,7 +121,7 @@ Lines TellReseaus(const ZuReseaufileList& list) {
   Lines lines;
   for (const ZuReseauFile* p = list.First(); p != nullptr; p = p->Next()) {
     lines.push_back(
-        Row(p->GetSubId(), p->GetComment(), p->GetPhotoRegion().Right(), p->GetExifPixelWidth()));
+        Told(p->GetSubId(), p->GetComment(), p->GetPhotoRegion().Right(), p->GetExifPixelWidth()));
     TellList(p->GetCrossList(), TellPoint, &lines);
   }
   return lines;
@@ -147,7 +133,7 @@ Lines TellClouds(const ZuPointCloudContainer& container) {
   for (const ZuPointCloud* pCloud = container.First(); pCloud != nullptr; pCloud = pCloud->Next()) {
     ZuBoundingBox3d box;
     for (const ZuScanPoint3d& p : pCloud->GetPoints()) {
-      lines.push_back(Row(p.x, p.y, p.z, p.m_uColor, static_cast<double>(p.m_fNX)));
+      lines.push_back(Told(p.x, p.y, p.z, p.m_uColor, static_cast<double>(p.m_fNX)));
       box.Update(p.x, p.y, p.z);
     }
     if (box.GetCount() != pCloud->GetBox().GetCount() || box.Xmax() != pCloud->GetBox().Xmax())
@@ -255,17 +241,17 @@ Lines Project::Tell() const {
   TellList(m_orthoPhotos, TellPhoto, &lines);
   TellList(m_cameras, TellCamera, &lines);
   TellList(m_planes, TellPlane, &lines);
-  if (m_iLocal != 0) lines.push_back(Row(m_local.m_uIdA, m_local.m_dScale1Dist));
+  if (m_iLocal != 0) lines.push_back(Told(m_local.m_uIdA, m_local.m_dScale1Dist));
   if (m_iTrafo != 0) lines.push_back(TellTrafo(m_trafo));
   TellList(m_polygon.GetPoints(), TellPoint, &lines);
   TellList(m_measured, TellPoint, &lines);
-  for (int i = 0; i < m_ids.Count(); ++i) lines.push_back(Row(m_ids[i]));
+  for (int i = 0; i < m_ids.Count(); ++i) lines.push_back(Told(m_ids[i]));
   for (int i = 0; i < m_pairs.Count(); ++i) {
-    lines.push_back(Row(m_pairs[i].GetFirst(), m_pairs[i].GetSecond()));
+    lines.push_back(Told(m_pairs[i].GetFirst(), m_pairs[i].GetSecond()));
   }
-  for (int i = 0; i < m_grid.GetSizeY(); ++i) lines.push_back(Row(m_grid(0, i), m_grid(1, i)));
-  if (m_matrix.GetZeilen() > 1) lines.push_back(Row(m_matrix[5][5]));
-  if (m_vector.GetSize() > 1) lines.push_back(Row(m_vector[6]));
+  for (int i = 0; i < m_grid.GetSizeY(); ++i) lines.push_back(Told(m_grid(0, i), m_grid(1, i)));
+  if (m_matrix.GetZeilen() > 1) lines.push_back(Told(m_matrix[5][5]));
+  if (m_vector.GetSize() > 1) lines.push_back(Told(m_vector[6]));
   return lines;
 }
 

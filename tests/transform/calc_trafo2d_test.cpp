@@ -1,12 +1,10 @@
 // Estimates of plane transformations beside a least-squares solution by QR.
 #include "zu/transform/calc_trafo2d.h"
 
-#include <gtest/gtest.h>
-
 #include <Eigen/Dense>
-#include <cmath>
 
 #include "tests/support/random_geometry.h"
+#include "tests/support/test.h"
 #include "zu/rectify/region.h"
 
 namespace {
@@ -218,25 +216,18 @@ TEST(CalcTrafo2D, ResidualsOfThePartners) {
   trafo.SetIdent();
   trafo.SetActList(&source);
   ASSERT_TRUE(trafo.CalcResiduals(nullptr));
-  EXPECT_EQ(trafo.GetResidualX(), 1.5);
-  EXPECT_EQ(trafo.GetResidualY(), 2.0);
-  EXPECT_EQ(trafo.GetMaxError(), 3u);
-  EXPECT_EQ(source.Get(1)->m_dRedu1, 3.0);
-  EXPECT_EQ(source.Get(2)->m_dRedu2, -4.0);
-  EXPECT_EQ(source.First()->m_dRedu3, 0.0);
+  EXPECT_ROW("1.5 2 3 3 -4 0", trafo.GetResidualX(), trafo.GetResidualY(), trafo.GetMaxError(),
+             source.Get(1)->m_dRedu1, source.Get(2)->m_dRedu2, source.First()->m_dRedu3);
   EXPECT_EQ(source.Get(2)->m_dY, 2.0);
   EXPECT_EQ(source.Get(1)->IsFlagSet(0x20), 0x20);
-  EXPECT_EQ(source.Last()->IsFlagSet(0x20), 0);
-  EXPECT_EQ(source.Last()->m_dRedu1, 0.0);
+  EXPECT_ROW("0 0", source.Last()->IsFlagSet(0x20), source.Last()->m_dRedu1);
 
   double dMaxX = -1.0, dMaxY = -1.0;
   int iWithin = -1;
   EXPECT_TRUE(trafo.CalcResiduals(dMaxX, dMaxY, iWithin, 3.0, &source));
-  EXPECT_EQ(dMaxX, 0.0);
-  EXPECT_EQ(dMaxY, -4.0);
+  EXPECT_ROW("0 -4", dMaxX, dMaxY);
   EXPECT_EQ(iWithin, 2);  // the one at 3.0 itself is not within
-  EXPECT_EQ(source.Get(1)->m_dRedu1, 0.0);
-  EXPECT_EQ(trafo.GetResidualY(), 2.0);
+  EXPECT_ROW("0 2", source.Get(1)->m_dRedu1, trafo.GetResidualY());
 }
 
 // A copy of an estimate with a list of its own refers to its own copy of that list.

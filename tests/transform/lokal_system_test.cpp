@@ -1,15 +1,9 @@
 // Local systems: the definition and its text form, and the transformation made of it.
 #include "zu/transform/lokal_system.h"
 
-#include <gtest/gtest.h>
-
-#include <cmath>
-#include <sstream>
-#include <string>
-
+#include "tests/support/keyword_file.h"
 #include "tests/support/random_geometry.h"
-#include "tests/support/temp_file.h"
-#include "zu/foundation/reader.h"
+#include "tests/support/test.h"
 
 namespace {
 
@@ -144,8 +138,7 @@ TEST(LokalSystem, ScaleIsTheMeanOfThePairs) {
   EXPECT_DOUBLE_EQ(trafo.m_dScale, 1.01);
   EXPECT_FALSE(trafo.CalcByLocalSystem(system, &points, 0.0, 0.009));
   EXPECT_EQ(trafo.GetStatus(), eTrafo3DScaleMismatch);
-  EXPECT_TRUE(trafo.IsScale1Bad() && trafo.IsScale2Bad());
-  EXPECT_FALSE(trafo.IsScale3Bad());
+  EXPECT_TRUE(trafo.IsScale1Bad() && trafo.IsScale2Bad() && !trafo.IsScale3Bad());
 
   // Three pairs, one off: it alone is told. A fixed scale does not look at them.
   system.m_dScale1Dist = 2.04;
@@ -153,10 +146,8 @@ TEST(LokalSystem, ScaleIsTheMeanOfThePairs) {
   system.m_uScale3IdB = 3;
   system.m_dScale3Dist = 1.5 * std::sqrt(5.0);
   EXPECT_FALSE(trafo.CalcByLocalSystem(system, &points, 0.0, 0.2));
-  EXPECT_FALSE(trafo.IsScale1Bad() || trafo.IsScale2Bad());
-  EXPECT_TRUE(trafo.IsScale3Bad());
-  EXPECT_TRUE(trafo.CalcByLocalSystem(system, &points, 3.0, 0.2));
-  EXPECT_FALSE(trafo.IsScale3Bad());
+  EXPECT_TRUE(!(trafo.IsScale1Bad() || trafo.IsScale2Bad()) && trafo.IsScale3Bad());
+  EXPECT_TRUE(trafo.CalcByLocalSystem(system, &points, 3.0, 0.2) && !trafo.IsScale3Bad());
   EXPECT_EQ(trafo.m_dScale, 3.0);
 }
 
@@ -172,44 +163,38 @@ TEST(LokalSystem, RefusesWithTheStatusOfTheFault) {
   using Edit = void (*)(ZuLokalSystem&);
   const Edit none = [](ZuLokalSystem&) {};
   const Edit pair = [](ZuLokalSystem& s) { s.m_uScale1IdA = 1, s.m_uScale1IdB = 2; };
-  const struct {
-    const char* szFault;
-    const ZuPointList* pPoints;
-    double dFixedScale;
-    Edit pfnEdit;
-    eTrafo3DStatus eStatus;
-  } cases[] = {
-      {"no scale", &points, 0.0, none, eTrafo3DBadDefinition},
-      {"scale points missing", &points, 0.0,
-       [](ZuLokalSystem& s) { s.m_uScale1IdA = 1, s.m_uScale1IdB = 9, s.m_dScale1Dist = 1; },
-       eTrafo3DBadDefinition},
-      {"pair of one point", &points, 1.0,
-       [](ZuLokalSystem& s) { s.m_uScale3IdA = s.m_uScale3IdB = 2; }, eTrafo3DBadDefinition},
-      {"axis of one point", &points, 1.0, [](ZuLokalSystem& s) { s.m_uIdB = 1; },
-       eTrafo3DNoSolution},
-      {"point missing", &points, 1.0, [](ZuLokalSystem& s) { s.m_uIdC = 9; },
-       eTrafo3DBadDefinition},
-      {"origin missing", &points, 1.0, [](ZuLokalSystem& s) { s.m_uIdOrigin = 9; },
-       eTrafo3DBadDefinition},
-      {"id 0", &zero, 1.0, [](ZuLokalSystem& s) { s.m_uIdC = 0; }, eTrafo3DBadDefinition},
-      {"no list", nullptr, 1.0, none, eTrafo3DBadDefinition},
-      {"unknown axis", &points, 1.0, [](ZuLokalSystem& s) { s.m_iAxisMode = 4; },
-       eTrafo3DBadDefinition},
-      {"distance 0", &points, 0.0, pair, eTrafo3DScaleUndefined},
-      {"negative distance", &points, 0.0,
-       [](ZuLokalSystem& s) { s.m_uScale1IdA = 1, s.m_uScale1IdB = 2, s.m_dScale1Dist = -1; },
-       eTrafo3DScaleUndefined},
-      {"fixed scale", &points, INFINITY, none, eTrafo3DScaleUndefined},
-      {"on one line", &line, 1.0, none, eTrafo3DNoSolution},
-      {"in one place", &spot, 1.0, none, eTrafo3DNoSolution},
-      {"no centre", &far, 1.0, none, eTrafo3DNoSolution},
-  };
-  for (const auto& c : cases) {
+  for (const auto& [szFault, pPoints, dFixedScale, pfnEdit, eStatus] :
+       Cases<const char*, const ZuPointList*, double, Edit, eTrafo3DStatus>{
+           {"no scale", &points, 0.0, none, eTrafo3DBadDefinition},
+           {"scale points missing", &points, 0.0,
+            [](ZuLokalSystem& s) { s.m_uScale1IdA = 1, s.m_uScale1IdB = 9, s.m_dScale1Dist = 1; },
+            eTrafo3DBadDefinition},
+           {"pair of one point", &points, 1.0,
+            [](ZuLokalSystem& s) { s.m_uScale3IdA = s.m_uScale3IdB = 2; }, eTrafo3DBadDefinition},
+           {"axis of one point", &points, 1.0, [](ZuLokalSystem& s) { s.m_uIdB = 1; },
+            eTrafo3DNoSolution},
+           {"point missing", &points, 1.0, [](ZuLokalSystem& s) { s.m_uIdC = 9; },
+            eTrafo3DBadDefinition},
+           {"origin missing", &points, 1.0, [](ZuLokalSystem& s) { s.m_uIdOrigin = 9; },
+            eTrafo3DBadDefinition},
+           {"id 0", &zero, 1.0, [](ZuLokalSystem& s) { s.m_uIdC = 0; }, eTrafo3DBadDefinition},
+           {"no list", nullptr, 1.0, none, eTrafo3DBadDefinition},
+           {"unknown axis", &points, 1.0, [](ZuLokalSystem& s) { s.m_iAxisMode = 4; },
+            eTrafo3DBadDefinition},
+           {"distance 0", &points, 0.0, pair, eTrafo3DScaleUndefined},
+           {"negative distance", &points, 0.0,
+            [](ZuLokalSystem& s) { s.m_uScale1IdA = 1, s.m_uScale1IdB = 2, s.m_dScale1Dist = -1; },
+            eTrafo3DScaleUndefined},
+           {"fixed scale", &points, INFINITY, none, eTrafo3DScaleUndefined},
+           {"on one line", &line, 1.0, none, eTrafo3DNoSolution},
+           {"in one place", &spot, 1.0, none, eTrafo3DNoSolution},
+           {"no centre", &far, 1.0, none, eTrafo3DNoSolution},
+       }) {
     ZuLokalSystem system = System();
-    c.pfnEdit(system);
+    pfnEdit(system);
     ZuTrafo3d trafo;
-    EXPECT_FALSE(trafo.CalcByLocalSystem(system, c.pPoints, c.dFixedScale, 0.1)) << c.szFault;
-    EXPECT_EQ(trafo.GetStatus(), c.eStatus) << c.szFault;
+    EXPECT_FALSE(trafo.CalcByLocalSystem(system, pPoints, dFixedScale, 0.1)) << szFault;
+    EXPECT_EQ(trafo.GetStatus(), eStatus) << szFault;
   }
   // A fixed scale makes up for a pair without a distance; coincident points are no scale.
   ZuLokalSystem system = System();
@@ -303,13 +288,10 @@ TEST(LokalSystem, TextFormReadsBack) {
             "0 0                0");
   ZuLokalSystem back;
   int iBehind = 0;
-  const TempFile file("LOKAL { " + strText + " }\nBEHIND 7\n");
-  ZuReader reader(file.Path());
-  ZuReaderObject lokal("LOKAL", Link(&back, &ZuLokalSystem::Read));
-  ZuReaderObject behind("BEHIND", &iBehind);
-  reader.RegisterObject(lokal);
-  reader.RegisterObject(behind);
-  reader.DoProcess(false);
+  KeywordFile("LOKAL { " + strText + " }\nBEHIND 7\n")
+      .On("LOKAL", [&](auto* p) { return back.Read(p); })
+      .On("BEHIND", &iBehind)
+      .Run();
   EXPECT_EQ(iBehind, 7);
   EXPECT_EQ(Written(back), strText);
   EXPECT_EQ(back.m_dScale1Dist, 0.3333333333333333);

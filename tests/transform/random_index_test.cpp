@@ -1,12 +1,9 @@
 // Draws of subsets by the standard generator.
 #include "zu/transform/random_index.h"
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <cstdlib>
 #include <set>
-#include <vector>
+
+#include "tests/support/test.h"
 
 namespace {
 
@@ -40,15 +37,12 @@ TEST(RandomIndex, DrawsAscendingIndices) {
 
 // The number of subsets; an exact value comes out one too large.
 TEST(RandomIndex, CountsTheSubsets) {
-  const struct {
-    int n, k;
-    double dExpected;
-  } cases[] = {{10, 4, 211.0}, {30, 4, 27406.0}, {30, 26, 27406.0}, {4, 4, 2.0}, {3, 4, 0.0}};
-  for (const auto& c : cases) {
+  for (const auto& [n, k, dExpected] : Cases<int, int, double>{
+           {10, 4, 211.0}, {30, 4, 27406.0}, {30, 26, 27406.0}, {4, 4, 2.0}, {3, 4, 0.0}}) {
     ZuGenerateRandomIndex random;
     EXPECT_EQ(random.GetCombinations(), 0.0);
-    random.Draw(Ids(c.n), c.k);
-    EXPECT_EQ(random.GetCombinations(), c.dExpected) << c.n << " over " << c.k;
+    random.Draw(Ids(n), k);
+    EXPECT_EQ(random.GetCombinations(), dExpected) << n << " over " << k;
   }
 }
 

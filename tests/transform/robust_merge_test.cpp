@@ -1,12 +1,7 @@
 // The merge of two lists some of whose common points are wrong.
-#include <gtest/gtest.h>
-
-#include <bit>
-#include <cstdint>
-#include <cstdio>
-
 #include "tests/support/plain_robust_merge.h"
 #include "tests/support/planted_lists.h"
+#include "tests/support/test.h"
 
 namespace {
 
@@ -193,29 +188,26 @@ TEST(RobustMerge, FailureLeavesTheOutputsAlone) {
   const PlantedLists hopeless(random, 8, 7, kTolerance);
   PlantedLists coincident(random, 6, 0, kTolerance);
   for (ZuPoint* p = coincident.listB.First(); p != nullptr; p = p->Next()) p->m_dX = NAN;
-  const struct {
-    const PlantedLists& lists;
-    int iMinPoints, iExtraPoints;
-    eTrafo3DStatus eStatus;
-  } cases[] = {{good, 6, 0, eTrafo3DTooFewPoints},
-               {hopeless, 3, 6, eTrafo3DTooFewPoints},  // 8 points, 9 for a search
-               {hopeless, 5, 0, eTrafo3DNoSolution},    // samples of 4 are never enough
-               {hopeless, 3, 5, eTrafo3DNoSolution},
-               {coincident, 3, 1, eTrafo3DNoSolution}};
-  for (const auto& c : cases) {
+  for (const auto& [lists, iMinPoints, iExtraPoints, eStatus] :
+       Cases<const PlantedLists&, int, int, eTrafo3DStatus>{
+           {good, 6, 0, eTrafo3DTooFewPoints},
+           {hopeless, 3, 6, eTrafo3DTooFewPoints},  // 8 points, 9 for a search
+           {hopeless, 5, 0, eTrafo3DNoSolution},    // samples of 4 are never enough
+           {hopeless, 3, 5, eTrafo3DNoSolution},
+           {coincident, 3, 1, eTrafo3DNoSolution}}) {
     std::srand(3);
     Merge merge;
-    merge.iMinPoints = c.iMinPoints;
-    merge.iExtraPoints = c.iExtraPoints;
+    merge.iMinPoints = iMinPoints;
+    merge.iExtraPoints = iExtraPoints;
     merge.result.Add(ZuPoint(1, 1.0, 1.0));
-    const ZuPointList listA(c.lists.listA), listB(c.lists.listB);
-    EXPECT_EQ(merge.Run(c.lists), c.eStatus);
-    EXPECT_EQ(merge.trafo.GetStatus(), c.eStatus);
+    const ZuPointList listA(lists.listA), listB(lists.listB);
+    EXPECT_EQ(merge.Run(lists), eStatus);
+    EXPECT_EQ(merge.trafo.GetStatus(), eStatus);
     EXPECT_EQ(IdOrder(merge.result), Ids{1});
     EXPECT_TRUE(merge.bad.IsEmpty() && merge.badControl.IsEmpty());
     EXPECT_EQ(merge.trafo.GetMaxResidualPoint(), nullptr);
-    ExpectSameLists(c.lists.listA, listA);
-    ExpectSameLists(c.lists.listB, listB);
+    ExpectSameLists(lists.listA, listA);
+    ExpectSameLists(lists.listB, listB);
   }
 }
 
@@ -269,6 +261,5 @@ TEST(RobustMerge, KeepsDoubleAndZeroIds) {
   Merge merge;
   EXPECT_EQ(merge.Run(lists), eTrafo3DOk);
   EXPECT_EQ(IdOrder(merge.result), (Ids{101, 102, 103, 104, 105, 106, 102, 0, 102, 0}));
-  EXPECT_EQ(merge.trafo.GetCommonPoints(), 6);
-  EXPECT_EQ(merge.trafo.GetCommonIdTable().Count(), 6);
+  EXPECT_ROW("6 6", merge.trafo.GetCommonPoints(), merge.trafo.GetCommonIdTable().Count());
 }

@@ -1,16 +1,10 @@
 // Stored plane transformations: formulas, matrices, text forms.
 #include "zu/transform/trafo2d.h"
 
-#include <gtest/gtest.h>
-
-#include <cmath>
-#include <sstream>
-#include <string>
-
+#include "tests/support/keyword_file.h"
 #include "tests/support/random_geometry.h"
-#include "tests/support/temp_file.h"
+#include "tests/support/test.h"
 #include "zu/foundation/debug.h"
-#include "zu/foundation/reader.h"
 #include "zu/numerics/matrix.h"
 #include "zu/points/point.h"
 
@@ -18,16 +12,12 @@ namespace {
 
 // Reads "T <type> <coefficients>", in the older form for "V".
 ZuTrafo2d ReadText(const std::string& strText, ZuTrafo2d trafo = {}, int* piBehind = nullptr) {
-  const TempFile file(strText);
-  ZuReader reader(file.Path());
   int iBehind = 0;
-  ZuReaderObject current("T", Link(&trafo, &ZuTrafo2d::Read));
-  ZuReaderObject older("V", Link(&trafo, &ZuTrafo2d::ReadV50));
-  ZuReaderObject behind("BEHIND", &iBehind);
-  reader.RegisterObject(current);
-  reader.RegisterObject(older);
-  reader.RegisterObject(behind);
-  reader.DoProcess(false);
+  KeywordFile(strText)
+      .On("T", [&](auto* p) { return trafo.Read(p); })
+      .On("V", [&](auto* p) { return trafo.ReadV50(p); })
+      .On("BEHIND", &iBehind)
+      .Run();
   if (piBehind != nullptr) *piBehind = iBehind;
   return trafo;
 }
@@ -71,8 +61,7 @@ TEST(Trafo2d, OtherTypesTransformNothing) {
     const ZuTrafo2d trafo = ReadText("T " + std::to_string(iType));
     EXPECT_EQ(static_cast<int>(trafo.GetType()), iType);
     double x = 2.0, y = 3.0;
-    EXPECT_FALSE(trafo.Transform(&x, &y));
-    EXPECT_TRUE(x == 2.0 && y == 3.0);
+    EXPECT_TRUE(!trafo.Transform(&x, &y) && x == 2.0 && y == 3.0);
     EXPECT_STREQ(trafo.GetTrafoName(), iType == 5 ? "Inv. Helmert" : "None");
     EXPECT_EQ(Written(trafo), [&] {
       std::string strType = std::to_string(iType);
@@ -98,8 +87,7 @@ TEST(Trafo2d, InverseHelmertReturnsThePoint) {
     EXPECT_NEAR(p.m_dY, y0, 1e-10);
   }
   double x = 2.0, y = 3.0;
-  EXPECT_FALSE(ReadText("T 1 5 0 6 0").TransInvHelmert(&x, &y));
-  EXPECT_TRUE(x == 2.0 && y == 3.0);
+  EXPECT_TRUE(!ReadText("T 1 5 0 6 0").TransInvHelmert(&x, &y) && x == 2.0 && y == 3.0);
 }
 
 // The matrix maps (x, y, 1) as the transformation does.
@@ -139,18 +127,16 @@ TEST(Trafo2d, ProjectiveFromAMatrixIsAsymmetrical) {
 
 // What is written reads back to the same, and a reader goes on behind it.
 TEST(Trafo2d, TextFormReadsBack) {
-  const struct {
-    int iType, iCoefficients;
-  } kinds[] = {{0, 0}, {1, 4}, {2, 6}, {3, 8}, {4, 20}, {5, 0}};
-  for (const auto& kind : kinds) {
+  for (const auto& [iType, iCoefficients] :
+       Cases<int, int>{{0, 0}, {1, 4}, {2, 6}, {3, 8}, {4, 20}, {5, 0}}) {
     const ZuTrafo2d trafo =
-        ReadText("T " + std::to_string(kind.iType) + Coefficients(kind.iCoefficients, 0.1));
+        ReadText("T " + std::to_string(iType) + Coefficients(iCoefficients, 0.1));
     int iBehind = 0;
     const ZuTrafo2d back = ReadText("T" + Written(trafo) + " BEHIND 7", {}, &iBehind);
-    EXPECT_EQ(iBehind, 7) << kind.iType;
+    EXPECT_EQ(iBehind, 7) << iType;
     EXPECT_EQ(Written(back), Written(trafo));
     for (int i = 0; i < ZuTrafo2d::kCoefficients; ++i) {
-      EXPECT_DOUBLE_EQ(back.GetCoef(i), i < kind.iCoefficients ? 0.1 + i : 0.0);
+      EXPECT_DOUBLE_EQ(back.GetCoef(i), i < iCoefficients ? 0.1 + i : 0.0);
     }
   }
   EXPECT_EQ(
@@ -160,23 +146,18 @@ TEST(Trafo2d, TextFormReadsBack) {
 }
 
 TEST(Trafo2d, OlderFormHasItsOwnCodes) {
-  const struct {
-    int iCode;
-    eZuTrafo2DType eType;
-    int iCoefficients;
-  } kinds[] = {{0, eZuTrafo2DProjektiv, 8},
-               {1, eZuTrafo2DAffin, 6},
-               {2, eZuTrafo2DHelmert, 4},
-               {3, eZuTrafo2DPolynomial, 20}};
-  for (const auto& kind : kinds) {
+  for (const auto& [iCode, eType, iCoefficients] :
+       Cases<int, eZuTrafo2DType, int>{{0, eZuTrafo2DProjektiv, 8},
+                                       {1, eZuTrafo2DAffin, 6},
+                                       {2, eZuTrafo2DHelmert, 4},
+                                       {3, eZuTrafo2DPolynomial, 20}}) {
     int iBehind = 0;
-    const ZuTrafo2d trafo =
-        ReadText("V " + std::to_string(kind.iCode) + Coefficients(kind.iCoefficients) + " BEHIND 7",
-                 {}, &iBehind);
+    const ZuTrafo2d trafo = ReadText(
+        "V " + std::to_string(iCode) + Coefficients(iCoefficients) + " BEHIND 7", {}, &iBehind);
     EXPECT_EQ(iBehind, 7);
-    EXPECT_EQ(trafo.GetType(), kind.eType);
-    EXPECT_DOUBLE_EQ(trafo.GetCoef(kind.iCoefficients - 1), 0.5 + kind.iCoefficients);
-    EXPECT_EQ(Written(trafo).substr(0, 5), "    " + std::to_string(kind.eType));
+    EXPECT_EQ(trafo.GetType(), eType);
+    EXPECT_DOUBLE_EQ(trafo.GetCoef(iCoefficients - 1), 0.5 + iCoefficients);
+    EXPECT_EQ(Written(trafo).substr(0, 5), "    " + std::to_string(eType));
   }
   const ZuTrafo2d before = ReadText("T 1 1 2 3 4");
   for (const char* szCode : {"V 4", "V -1"}) {
@@ -191,10 +172,7 @@ TEST(Trafo2d, OlderFormHasItsOwnCodes) {
 TEST(Trafo2d, DamagedTextGivesZeros) {
   const ZuTrafo2d wrong = ReadText("T 2 1 \"x\" 3 4");
   EXPECT_EQ(wrong.GetType(), eZuTrafo2DAffin);
-  EXPECT_EQ(wrong.GetCoef(0), 1.0);
-  EXPECT_EQ(wrong.GetCoef(1), 0.0);
-  EXPECT_EQ(wrong.GetCoef(2), 3.0);
-  EXPECT_EQ(wrong.GetCoef(5), 0.0);
+  EXPECT_ROW("1 0 3 0", wrong.GetCoef(0), wrong.GetCoef(1), wrong.GetCoef(2), wrong.GetCoef(5));
   EXPECT_EQ(ReadText("T x 1 2").GetType(), eZuTrafo2DNone);
 }
 

@@ -1,9 +1,5 @@
 // Transforming lists, with control points and without.
-#include <gtest/gtest.h>
-
-#include <cmath>
-#include <vector>
-
+#include "tests/support/test.h"
 #include "zu/transform/trafo3d.h"
 
 namespace {
@@ -40,16 +36,12 @@ TEST(Trafo3dApply, ResidualsAndControlCoordinates) {
   ASSERT_EQ(Ids(out), (IdRow{5, 2, 9}));
 
   const ZuPoint* p = out.First();
-  EXPECT_EQ(p->m_dX, 11.5);
-  EXPECT_EQ(p->m_dY, 22.0);
+  EXPECT_ROW("11.5 22", p->m_dX, p->m_dY);
   EXPECT_EQ(p->m_dZ, 32.0) << "the flags of X and Z are set";
-  EXPECT_EQ(p->m_dRedu1, 0.5);
-  EXPECT_EQ(p->m_dRedu2, 0.0);
-  EXPECT_EQ(p->m_dRedu3, -1.0);
+  EXPECT_ROW("0.5 0 -1", p->m_dRedu1, p->m_dRedu2, p->m_dRedu3);
   EXPECT_TRUE(p->IsFlagSet(0x40));
   p = p->Next();
-  EXPECT_EQ(p->m_dX, 10.0);
-  EXPECT_EQ(p->m_dRedu1, 0.0);
+  EXPECT_ROW("10 0", p->m_dX, p->m_dRedu1);
   p = p->Next();
   EXPECT_EQ(p->m_dY, 21.0) << "no flag, the transformed coordinate stays";
   EXPECT_EQ(p->m_dRedu2, -2.0);
@@ -66,15 +58,12 @@ TEST(Trafo3dApply, MeansAreTakenOverAllPoints) {
   control.Add(ZuPoint(1, 13.0, 20.0, 26.0));
   ZuTrafo3d trafo = Shift();
   trafo.Transform(out, in, &control, false);
-  EXPECT_EQ(trafo.GetResidualCount(), 4);
-  EXPECT_EQ(trafo.GetRmsX(), 1.5);
-  EXPECT_EQ(trafo.GetRmsY(), 0.0);
-  EXPECT_EQ(trafo.GetRmsZ(), 2.0);
+  EXPECT_ROW("4 1.5 0 2", trafo.GetResidualCount(), trafo.GetRmsX(), trafo.GetRmsY(),
+             trafo.GetRmsZ());
 
   const ZuPointList nothing;
   trafo.Transform(out, nothing, &nothing, false);
-  EXPECT_EQ(trafo.GetResidualCount(), 1);
-  EXPECT_EQ(trafo.GetRmsX(), 0.0);
+  EXPECT_ROW("1 0", trafo.GetResidualCount(), trafo.GetRmsX());
   EXPECT_EQ(trafo.GetMaxResidualPoint(), nullptr);
   EXPECT_TRUE(out.IsEmpty());
 }
@@ -109,8 +98,7 @@ TEST(Trafo3dApply, ResultMayReplaceItsSource) {
   ZuTrafo3d trafo = Shift();
   EXPECT_TRUE(trafo.Transform(list, list, &list, false));
   ASSERT_EQ(list.Count(), 1);
-  EXPECT_EQ(list.First()->m_dX, 11.0);
-  EXPECT_EQ(list.First()->m_dRedu1, -10.0);
+  EXPECT_ROW("11 -10", list.First()->m_dX, list.First()->m_dRedu1);
 }
 
 TEST(Trafo3dApply, InPlace) {
@@ -120,9 +108,7 @@ TEST(Trafo3dApply, InPlace) {
   list.First()->m_dRedu2 = 4.0;
   const ZuTrafo3d trafo = Shift();
   EXPECT_TRUE(trafo.InPlaceTransform(&list));
-  EXPECT_EQ(list.First()->m_dZ, 33.0);
-  EXPECT_EQ(list.First()->m_dRedu2, 0.0);
-  EXPECT_EQ(list.First()->GetFlag(), 2);
+  EXPECT_ROW("33 0 2", list.First()->m_dZ, list.First()->m_dRedu2, list.First()->GetFlag());
   EXPECT_FALSE(trafo.InPlaceTransform(nullptr));
 }
 
@@ -134,6 +120,5 @@ TEST(Trafo3dApply, CommonIdsFollowTheSource) {
   ids.Add(99);
   ZuTrafo3d::GetCommonIds(ids, &target, &source);
   ASSERT_EQ(ids.Count(), 2);
-  EXPECT_EQ(ids[0], 8u);
-  EXPECT_EQ(ids[1], 3u);
+  EXPECT_ROW("8 3", ids[0], ids[1]);
 }

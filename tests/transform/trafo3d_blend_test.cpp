@@ -1,8 +1,5 @@
 // The transformation that consumes its points, sorts them by residual and blends them.
-#include <gtest/gtest.h>
-
-#include <cmath>
-
+#include "tests/support/test.h"
 #include "zu/transform/trafo3d.h"
 
 namespace {
@@ -57,8 +54,7 @@ TEST(Trafo3dBlend, SortsByTheTolerance) {
     EXPECT_EQ(pOff->IsFlagSet(0x840), bRejected ? 0x840 : 0x40);
     EXPECT_EQ(out.good.Find(1u)->GetFlag(), 0x42);
     EXPECT_EQ(trafo.GetMaxResidualPoint(), pOff);  // good or bad
-    EXPECT_EQ(pOff->m_dRedu1, 3.0);
-    EXPECT_EQ(pOff->m_dRedu2, 4.0);
+    EXPECT_ROW("3 4", pOff->m_dRedu1, pOff->m_dRedu2);
     // Over the good points, those without a partner included.
     EXPECT_EQ(trafo.GetResidualCount(), bRejected ? 2 : 3);
     EXPECT_EQ(trafo.GetRmsY(), bRejected ? 0.0 : std::sqrt(16.0 / 3.0));
@@ -72,25 +68,21 @@ TEST(Trafo3dBlend, SortsByTheTolerance) {
 // 0 keeps the transformed coordinate, 1 takes the control point's, beyond is limited; a control
 // coordinate is always taken, and the code with it.
 TEST(Trafo3dBlend, BlendsTowardsTheControlPoint) {
-  const struct {
-    double dBlend, dShare;
-  } blends[] = {{0.0, 0.0}, {0.25, 0.25}, {1.0, 1.0}, {-3.0, 0.0}, {7.0, 1.0}, {NAN, 0.0}};
-  for (const auto& blend : blends) {
-    SCOPED_TRACE(blend.dBlend);
+  for (const auto& [dBlend, dShare] : Cases<double, double>{
+           {0.0, 0.0}, {0.25, 0.25}, {1.0, 1.0}, {-3.0, 0.0}, {7.0, 1.0}, {NAN, 0.0}}) {
+    SCOPED_TRACE(dBlend);
     ZuTrafo3d trafo = Doubling();
     ZuPointList in = Points();
     ZuPointList control = Control();
     control.First()->SetControlFlags(2);  // Y of point 2
     Outputs out;
     trafo.Transform(&out.good, &out.bad, &out.badControl, &in, 100.0,
-                    ZuSortHelper<ZuPoint>(&control), blend.dBlend);
+                    ZuSortHelper<ZuPoint>(&control), dBlend);
     const ZuPoint* p = out.good.Find(2u);
-    EXPECT_DOUBLE_EQ(p->m_dX, 18.0 + 3.0 * blend.dShare);
+    EXPECT_DOUBLE_EQ(p->m_dX, 18.0 + 3.0 * dShare);
     EXPECT_EQ(p->m_dY, 34.0);
     EXPECT_DOUBLE_EQ(p->m_dZ, 42.0);
-    EXPECT_EQ(p->m_sControl, 2);
-    EXPECT_EQ(p->m_dRedu1, 3.0);
-    EXPECT_EQ(p->m_dRedu2, 4.0);
+    EXPECT_ROW("2 3 4", p->m_sControl, p->m_dRedu1, p->m_dRedu2);
     EXPECT_EQ(out.good.Last()->m_dX, 24.0);  // without partner
   }
 }
@@ -111,7 +103,6 @@ TEST(Trafo3dBlend, BearsMissingLists) {
 
   ZuPointList nothing;
   EXPECT_TRUE(trafo.Transform(&out.good, &out.bad, nullptr, &nothing, 1.0, index, 0.0));
-  EXPECT_EQ(trafo.GetResidualCount(), 1);
-  EXPECT_EQ(trafo.GetRmsX(), 0.0);
+  EXPECT_ROW("1 0", trafo.GetResidualCount(), trafo.GetRmsX());
   EXPECT_EQ(trafo.GetMaxResidualPoint(), nullptr);
 }

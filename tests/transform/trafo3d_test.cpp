@@ -1,14 +1,9 @@
 #include "zu/transform/trafo3d.h"
 
-#include <gtest/gtest.h>
-
 #include <Eigen/Geometry>
-#include <cmath>
-#include <limits>
-#include <random>
-#include <string>
 
 #include "tests/support/eigen_bridge.h"
+#include "tests/support/test.h"
 
 namespace {
 
@@ -208,8 +203,7 @@ TEST(Trafo3d, TooFewCommonPointsTouchNoParameter) {
   trafo.m_dScale = 42.0;
   EXPECT_FALSE(trafo.CalcByControlPoints(&target, &source, 8, false));
   EXPECT_EQ(trafo.GetStatus(), eTrafo3DTooFewPoints);
-  EXPECT_EQ(trafo.GetCommonPoints(), 7);
-  EXPECT_EQ(trafo.m_dScale, 42.0);
+  EXPECT_ROW("7 42", trafo.GetCommonPoints(), trafo.m_dScale);
   EXPECT_EQ(trafo.m_vSource, ZuVector(3));
 
   // Id 0 is no point, and matches none.
@@ -299,8 +293,7 @@ TEST(Trafo3d, MatrixIsTheProductOfItsThreeParts) {
 
 TEST(Trafo3d, ScaleOfAPair) {
   const ZuVector a(1.0, 2.0, 3.0), b(1.0, 5.0, 7.0);
-  EXPECT_EQ(ZuTrafo3d::CalcScale(a, b, 10.0), 2.0);
-  EXPECT_EQ(ZuTrafo3d::CalcScale(a, a, 10.0), 1e-10);
+  EXPECT_ROW("2 1e-10", ZuTrafo3d::CalcScale(a, b, 10.0), ZuTrafo3d::CalcScale(a, a, 10.0));
 }
 
 TEST(Trafo3d, FrameHasItsAxesAsColumns) {
