@@ -68,6 +68,13 @@ TEST_F(Camera, TermsAtTheCentreAndAtR0) {
   const double r02 = 2.5 * 2.5;
   EXPECT_DOUBLE_EQ(camera.Calcd(0.0, 0.0), -camera.m_dA1 * r02 - camera.m_dA2 * r02 * r02);
   EXPECT_NEAR(camera.Calcd(1.2, -0.7), camera.CalcdrA1A2(1.2, -0.7), 1e-15);
+  struct Open : ZuCamera {
+    using ZuCamera::CalcDistortA1A2;
+  } open;
+  open.Set(camera);
+  double dx = 0.0, dy = 0.0;
+  const double d = open.CalcDistortA1A2(dx, dy, 1.2, -0.7);
+  EXPECT_TRUE(d == camera.CalcdrA1A2(1.2, -0.7) && dx == -1.2 * d && dy == 0.7 * d);
   EXPECT_DOUBLE_EQ(camera.GetXhYhRadius(), std::hypot(camera.m_dXh, camera.m_dYh));
   // The curve of the CAP model shows a length, with the sign of the radial part.
   EXPECT_GT(camera.Calc_drForGraph(0.5, 0.1), 0.0);

@@ -118,13 +118,17 @@ TEST(RotatePhoto, QuarterTurnsKeepPreConsistent) {
     Rotation(&photo).AdjustReseauOrZuspTrafo(0, iRotation);
     const bool bExchanged = iRotation == 1 || iRotation == 3;
     EXPECT_EQ(photo.GetDigiRegion().Width(), bExchanged ? 49.0 : 99.0) << iRotation;
-    // The origin of Pre has followed the turn about the image's centre, seen as a distance.
-    ZuPoint origin(0, 0.0, 0.0);
+    // The origin of Pre has followed the turn about the image's centre, and so has its x axis.
+    const int iTurns = (4 - iRotation) % 4;
+    ZuPoint origin(0, 0.0, 0.0), axis(0, 1.0, 0.0);
     photo.ConvertBiko(&origin, ePreToDigi);
-    ZuPoint centre = photo.GetDigiRegion().GetCenter();
-    centre.m_dX += 0.5;
-    centre.m_dY += 0.5;
-    EXPECT_NEAR(origin.Distance(centre), std::hypot(50.0, 25.0), 1e-9) << iRotation;
+    photo.ConvertBiko(&axis, ePreToDigi);
+    EXPECT_NEAR(origin.m_dX, iTurns == 1 ? 50.0 : 0.0, 1e-9) << iRotation;
+    EXPECT_NEAR(origin.m_dY, iTurns == 3 ? 100.0 : 0.0, 1e-9) << iRotation;
+    EXPECT_NEAR(axis.m_dX - origin.m_dX, std::cos(iTurns * std::numbers::pi / 2), 1e-9)
+        << iRotation;
+    EXPECT_NEAR(axis.m_dY - origin.m_dY, -std::sin(iTurns * std::numbers::pi / 2), 1e-9)
+        << iRotation;
     EXPECT_EQ(photo.GetReseauPreTrafo().GetType(), eZuTrafo2DHelmert);
   }
   ZuOrthoPhoto ortho(1u);

@@ -161,6 +161,7 @@ TEST(DetectFiles, TellsKindsByContent) {
            {"PLANE { 1 \"a\" 0 0 1 0 }", eZuvoFileProject},
            {"1 10.0 20.0 30.0\n2 11 21 31\n", eZuvoFileCoordinate},
            {"# points\nP12 10.0 20.0 30.0\n", eZuvoFileCoordinate},
+           {"north wall 10.0 20.0\n", eZuvoFileUnknown},
            {"2\n1.0 2.0 3.0 4\n", eZuvoFilePts},
            {"1.5 2.0 3.0\n", eZuvoFilePts},
            {"ply\nformat ascii 1.0\n", eZuvoFilePly},

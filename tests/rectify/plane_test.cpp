@@ -42,7 +42,9 @@ TEST(Plane, CopiesTakeTheRecordAndStandInNoList) {
     EXPECT_EQ(p->GetId(), 17u);
     EXPECT_STREQ(p->GetName().chars(), "wall");
     EXPECT_EQ(p->IsActive(), 2);  // the masked word
-    EXPECT_ROW("3 4", p->C(), p->D());
+    double a = 0.0, b = 0.0, c = 0.0, d = 0.0;
+    p->Get(&a, &b, &c, &d);
+    EXPECT_ROW("1 2 3 4 3 4", a, b, c, d, p->C(), p->D());
   }
   EXPECT_EQ(pFirst->Next(), pLast);
   EXPECT_EQ(list.CountActivePlanes(), 2);

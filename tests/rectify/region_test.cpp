@@ -24,7 +24,7 @@ TEST(Region, ConstructorsSortAndCopiesDoNot) {
   unsorted.Sort();
   ExpectRegion(unsorted, 1.0, 2.0, 5.0, 6.0);
   EXPECT_TRUE(unsorted.GetUL() == ZuPoint(0, 1.0, 6.0) && unsorted.GetLR() == ZuPoint(0, 5.0, 2.0));
-  EXPECT_TRUE(unsorted.GetCenter() == ZuPoint(0, 3.0, 4.0));
+  EXPECT_TRUE(unsorted.GetCenter() == ZuPoint(0, 3.0, 4.0) && unsorted.GetCenter().GetId() == 0);
 }
 
 TEST(Region, IntersectionAgreesWithACommonPoint) {
