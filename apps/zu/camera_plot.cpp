@@ -123,12 +123,13 @@ void DrawVectors(Svg& svg, const ZuCamera& camera, ImageExtent image, double dLe
   double dFactor = dLongest > 0.0 ? kLongestVector * dSpacing / dLongest : 1.0;
   if (dLongest > 0.0) dFactor = SvgRoundDown(dFactor);
 
-  const double dMarginX = 0.05 * (image.dRight - image.dLeft);
-  const double dMarginY = 0.05 * (image.dTop - image.dBottom);
+  const double dMarginX = 0.1 * (image.dRight - image.dLeft);
+  const double dMarginY = 0.1 * (image.dTop - image.dBottom);
   SvgPlot plot(svg, dLeft, dTop, dWidth, dHeight, {image.dLeft - dMarginX, image.dRight + dMarginX},
                {image.dBottom - dMarginY, image.dTop + dMarginY});
   plot.MakeSquareScale();
-  plot.DrawFrame("Displacement over the image, drawn " + SvgNumber(dFactor) + " times as long",
+  plot.DrawFrame("Displacement over the image, drawn " +
+                     (dFactor == 1.0 ? "to scale" : SvgNumber(dFactor) + " times as long"),
                  "x [mm]", "y [mm]");
   svg.Rect(plot.X(image.dLeft), plot.Y(image.dTop),
            (image.dRight - image.dLeft) * plot.PixelsPerUnit(),

@@ -60,7 +60,7 @@ td.l,th.l{text-align:left;overflow-wrap:anywhere}
 tr.all td{font-weight:bold;border-top:2px solid var(--soft)}
 @media(max-width:640px){table.wide,table.wide tbody{display:block}table.wide thead{display:none}
 table.wide tr{display:flex;flex-wrap:wrap;padding:.4em 0;border-bottom:1px solid var(--line)}
-table.wide td{flex:1 0 30%;box-sizing:border-box;border:0;text-align:left;padding:.1em .3em}
+table.wide td{flex:1 0 22%;box-sizing:border-box;border:0;text-align:left;padding:.1em .3em}
 table.wide td::before{display:block;font-size:11px;font-weight:normal;color:var(--soft)}}
 @media print{tr{break-inside:avoid}thead{display:table-header-group}}
 )";
