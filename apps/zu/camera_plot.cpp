@@ -155,7 +155,8 @@ std::string CameraTitle(const ZuCamera& camera) {
 }  // namespace
 
 ImageExtent CameraExtent(const ZuCamera& camera) {
-  double d = std::fabs(camera.m_dRMax != 0.0 ? camera.m_dRMax : 2.1 * camera.m_dR0);
+  double d =
+      std::fabs(camera.m_dRMax != 0.0 ? camera.m_dRMax : ZuCamera::kTableReach * camera.m_dR0);
   if (!(d > 0.0) || !std::isfinite(d)) d = 1.0;
   return {-d, -d, d, d, "domain of the camera"};
 }

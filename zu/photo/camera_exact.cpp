@@ -11,14 +11,15 @@
 
 namespace {
 
+using camera_kernel::HalfWidth;
+
 constexpr double kResidual = 1e-10;  // accepted distance in the forward map [mm]
 constexpr double kBorder = 1e-9;     // rounding of a point on the border of the valid image [mm]
 constexpr int kNewtonRounds = 60;
 constexpr int kHalvings = 30;
-constexpr double kStep = 1e-6;        // of a difference quotient [mm]
-constexpr double kDefaultReach = 30;  // search radius of a camera without RM and r0 [mm]
-constexpr int kRadiusSteps = 256;     // samples of the search for the valid radius
-constexpr double kCapReach = 3.0;     // corrected over measured distances of the search, mode 2
+constexpr double kStep = 1e-6;     // of a difference quotient [mm]
+constexpr int kRadiusSteps = 256;  // samples of the search for the valid radius
+constexpr double kCapReach = 3.0;  // corrected over measured distances of the search, mode 2
 constexpr int kRadiusBisections = 60;
 
 struct Vec2 {
@@ -26,13 +27,6 @@ struct Vec2 {
 };
 
 double Length(Vec2 v) { return std::hypot(v.x, v.y); }
-
-// Half-width of the square of measured coordinates the camera is meant for [mm].
-double HalfWidth(const ZuCamera& camera) {
-  if (camera.m_dRMax != 0.0) return std::fabs(camera.m_dRMax);
-  if (camera.m_dR0 != 0.0) return ZuCamera::kTableReach * std::fabs(camera.m_dR0);
-  return kDefaultReach;
-}
 
 bool HasForwardMap(const ZuCamera& camera) {
   return camera.m_iMode == eCameraModeZuvo || camera.m_iMode == eCameraModeViva ||

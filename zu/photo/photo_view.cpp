@@ -4,14 +4,13 @@
 #include <cmath>
 #include <limits>
 
+#include "zu/photo/internal/camera_kernel.h"
 #include "zu/photo/photo.h"
 
 namespace {
 
-constexpr double kFlat = 1e-9;        // area over the product of the sides of a singular figure
-constexpr double kBorder = 1e-9;      // rounding of a point on the border [mm]
-constexpr double kTableReach = 2.1;   // half-width of a camera without RM, in units of r0
-constexpr double kDefaultReach = 30;  // of a camera without r0 too [mm]
+constexpr double kFlat = 1e-9;    // area over the product of the sides of a singular figure
+constexpr double kBorder = 1e-9;  // rounding of a point on the border [mm]
 
 }  // namespace
 
@@ -67,9 +66,7 @@ double ZuValidImageRadius(const ZuPhoto& photo) {
 }
 
 bool ZuIsInCameraDomain(const ZuCamera& camera, double x, double y) {
-  const double dHalfWidth = camera.m_dRMax != 0.0 ? std::fabs(camera.m_dRMax)
-                            : camera.m_dR0 != 0.0 ? kTableReach * std::fabs(camera.m_dR0)
-                                                  : kDefaultReach;
+  const double dHalfWidth = camera_kernel::HalfWidth(camera);
   if (!(std::fabs(x) <= dHalfWidth + kBorder) || !(std::fabs(y) <= dHalfWidth + kBorder)) {
     return false;
   }

@@ -1,6 +1,7 @@
 // The distortion formulas of the camera models as plain inline functions, shared by the forward
-// map, the inverse table and the exact inverse. Lengths mm. Sums stand in the order of the models'
-// definition: the table, the forward map and stored results agree to the last bit only so.
+// map, the inverse table, the exact inverse and the tests of what a camera is meant for. Lengths
+// mm. Sums stand in the order of the models' definition: the table, the forward map and stored
+// results agree to the last bit only so.
 #pragma once
 
 #include <cmath>
@@ -42,6 +43,15 @@ inline double FullCorrection(const ZuCamera& camera, double x, double y, double*
   *dx = -(x * f / q + x * d + tx);
   *dy = -(y * f / q + y * d + ty);
   return *dx * *dx + *dy * *dy;
+}
+
+constexpr double kDefaultReach = 30.0;  // half-width of a camera without RM and r0 [mm]
+
+// Half-width of the square of measured coordinates that a camera is meant for [mm].
+inline double HalfWidth(const ZuCamera& camera) {
+  if (camera.m_dRMax != 0.0) return std::fabs(camera.m_dRMax);
+  if (camera.m_dR0 != 0.0) return ZuCamera::kTableReach * std::fabs(camera.m_dR0);
+  return kDefaultReach;
 }
 
 }  // namespace camera_kernel
