@@ -1,6 +1,4 @@
-#include <dirent.h>
 #include <fcntl.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <filesystem>
@@ -32,16 +30,14 @@ void SetWord(std::string& strBytes, std::size_t uOffset, std::uint32_t uWord) {
   std::memcpy(strBytes.data() + uOffset, &uWord, 4);
 }
 
-bool SameHeader(const ZuScanHeader& a, const ZuScanHeader& b) {
-  const auto same = [](const auto& x, const auto& y) { return std::memcmp(&x, &y, sizeof x) == 0; };
-  return a.m_uWord == b.m_uWord && same(a.m_adValues, b.m_adValues) &&
-         same(a.m_adPairs, b.m_adPairs) && same(a.m_adTriples, b.m_adTriples) &&
-         same(a.m_adPair, b.m_adPair) && same(a.m_aszTexts, b.m_aszTexts) &&
-         same(a.m_adTriple, b.m_adTriple) && same(a.m_szText, b.m_szText) &&
-         same(a.m_auWords, b.m_auWords) && same(a.m_auLongs, b.m_auLongs) &&
-         a.m_iImportStart == b.m_iImportStart && a.m_iImportEnd == b.m_iImportEnd &&
-         a.m_iSecondImportStart == b.m_iSecondImportStart &&
-         a.m_iSecondImportEnd == b.m_iSecondImportEnd;
+// The header record as it stands in a file; time stamps are not read.
+std::string HeaderBytes(const ZuScanHeader& header) {
+  char acBytes[ZuScanHeader::FileSize];
+  std::FILE* const fp = fmemopen(acBytes, sizeof acBytes, "wb");
+  std::setvbuf(fp, nullptr, _IONBF, 0);
+  header.Write(fp);
+  std::fclose(fp);
+  return std::string(acBytes, sizeof acBytes);
 }
 
 // Reads the bytes both ways and compares all there is.
@@ -61,21 +57,13 @@ void ExpectAsReference(const std::string& strBytes) {
     ASSERT_EQ(p->GetId(), ++uId);
     ASSERT_EQ(std::string(p->GetName().chars()), cloud.strName);
     ASSERT_EQ(p->GetFlag(), cloud.iFlag);
-    ASSERT_TRUE(SameHeader(p->GetHeader(), cloud.header));
+    ASSERT_EQ(HeaderBytes(p->GetHeader()), HeaderBytes(cloud.header));
     ASSERT_TRUE(SamePoints(p->GetPoints(), cloud.points));
     box.Union(p->GetBox());
     p = p->Next();
   }
   ASSERT_EQ(p, nullptr);
   ASSERT_EQ(BoxValues(container.GetBox()), BoxValues(box));
-}
-
-std::size_t OpenFiles() {
-  std::size_t n = 0;
-  DIR* pDir = opendir("/proc/self/fd");
-  while (pDir && readdir(pDir)) ++n;
-  if (pDir) closedir(pDir);
-  return n;
 }
 
 }  // namespace
@@ -87,7 +75,6 @@ TEST(CloudFile, WrittenCloudsComeBack) {
   const TempFile file;
   ASSERT_EQ(container.Write(file.Path()), 1);
   EXPECT_EQ(container.GetDirty(), 0);
-  EXPECT_EQ(file.Read().size(), 12 + 3 * (4 + 60 + 4 + 472 + 4) + 503 * 58u);
 
   ZuPointCloudContainer back;
   ASSERT_EQ(back.Read(file.Path()), 3);
@@ -109,20 +96,6 @@ TEST(CloudFile, WrittenCloudsComeBack) {
   // A second file behind the first: ids run on from 1.
   ASSERT_EQ(back.Read(file.Path()), 6);
   EXPECT_EQ(back.GetClouds().Last()->GetId(), 6u);
-}
-
-TEST(CloudFile, WidePathsAreUtf8) {
-  ZuPointCloudContainer container;
-  FillContainer(container, {2});
-  const TempFile file;
-  const std::string strPath = std::string(file.Path()) + "_\xC3\xA4\xE2\x82\xAC.zpc";
-  std::wstring strWide(file.Path(), file.Path() + std::strlen(file.Path()));
-  strWide += L"_\u00E4\u20AC.zpc";
-  ASSERT_EQ(container.Write(strWide.c_str()), 1);
-  ZuPointCloudContainer back;
-  EXPECT_EQ(back.Read(strPath.c_str()), 1);
-  EXPECT_EQ(back.Read(strWide.c_str()), 2);
-  std::filesystem::remove(strPath);
 }
 
 TEST(CloudFile, CutAtEveryLengthOfItsFirstRecords) {
@@ -150,28 +123,12 @@ TEST(CloudFile, SizesAtPagesAndWindows) {
 TEST(CloudFile, EachMagicWordDamaged) {
   const std::string strFile = CloudFile({3, 2, 1});
   const std::size_t uSecond = kPoints + 3 * 58;
-  const struct {
-    const char* szWhat;
-    std::size_t uOffset;
-    std::vector<std::size_t> points;  // of the clouds that stay
-  } cases[] = {{"container", 0, {}},
-               {"first cloud", kFirstCloud, {}},  // the next ones are looked for behind
-               {"header record", kHeader, {0}},   // its first word, 7, counts as the count
-               {"first point", kPoints, {0}},
-               {"second point", kPoints + 58, {1}},
-               {"second cloud", uSecond, {3}},
-               {"last point of the second", uSecond + kPoints - kFirstCloud + 58, {3, 1}}};
-  for (const auto& damage : cases) {
-    SCOPED_TRACE(damage.szWhat);
+  for (const std::size_t uOffset : {std::size_t{0}, kFirstCloud, kHeader, kPoints, kPoints + 58,
+                                    uSecond, uSecond + kPoints - kFirstCloud + 58}) {
+    SCOPED_TRACE(uOffset);
     std::string strDamaged = strFile;
-    strDamaged[damage.uOffset + 1] ^= 0x40;
+    strDamaged[uOffset + 1] ^= 0x40;
     ASSERT_NO_FATAL_FAILURE(ExpectAsReference(strDamaged));
-    const TempFile file(strDamaged);
-    ZuPointCloudContainer container;
-    container.Read(file.Path());
-    std::vector<std::size_t> points;
-    for (auto* p = container.First(); p; p = p->Next()) points.push_back(p->GetPoints().size());
-    EXPECT_EQ(points, damage.points);
   }
 }
 
@@ -264,32 +221,22 @@ TEST(CloudFile, CloudOfVersionOneHasNoHeader) {
   EXPECT_TRUE(buff.IsEnd());
 }
 
-TEST(CloudFile, NamesHave60Bytes) {
+// Names have 60 bytes in the file; wide paths are UTF-8.
+TEST(CloudFile, NamesAndWidePaths) {
+  const TempFile file;
+  const std::string strPath = std::string(file.Path()) + "_\xC3\xA4\xE2\x82\xAC.zpc";
+  std::wstring strWide(file.Path(), file.Path() + std::strlen(file.Path()));
+  strWide += L"_\u00E4\u20AC.zpc";
   for (const std::size_t n : {0u, 59u, 60u, 61u, 200u}) {
     ZuPointCloudContainer container, back;
     const std::string strName(n, 'n');
     container.AddCloud(0, strName.c_str());
-    const TempFile file;
-    ASSERT_EQ(container.Write(file.Path()), 1);
-    ASSERT_EQ(back.Read(file.Path()), 1);
+    ASSERT_EQ(container.Write(strWide.c_str()), 1);
+    ASSERT_EQ(back.Read(n % 2 ? strPath.c_str() : file.Path()), n % 2);
+    ASSERT_EQ(back.Read(strWide.c_str()), n % 2 + 1);
     EXPECT_EQ(std::string(back.First()->GetName().chars()), strName.substr(0, 60));
   }
-}
-
-// Somebody shortens the file while it is being read: it ends there, and the process lives.
-TEST(CloudFile, FileThatShrinksEndsEarlier) {
-  const TempFile file(CloudFile({20000}));
-  OpenContainer container;
-  ZuFileBuff buff(file.Path());
-  EXPECT_EQ(buff.ReadWord(), 0xBABEF00Du);
-  buff.ReadWord();
-  buff.ReadWord();
-  ASSERT_EQ(truncate(file.Path(), 600000), 0);
-  ZuPointCloud cloud;
-  EXPECT_EQ(cloud.Read(buff, 2), 1);
-  EXPECT_EQ(cloud.GetPointCount(), (600000 - kPoints + 57) / 58);
-  EXPECT_TRUE(buff.IsEnd());
-  EXPECT_EQ(buff.GetPosition(), 600000u);
+  std::filesystem::remove(strPath);
 }
 
 // Sizes and positions beyond 4 GB, in a file of holes.
@@ -330,26 +277,13 @@ TEST(CloudFile, FullDiskLeavesTheContainerDirty) {
   EXPECT_EQ(container.ExportPlyFile("/dev/full"), 0);
 }
 
-TEST(CloudFile, FilesAreGivenBack) {
-  const TempFile good(CloudFile({30, 2})), bad("no cloud");
-  const std::size_t uOpen = OpenFiles();
-  ZuPointCloudContainer container;
-  container.Read(good.Path());
-  container.Read(bad.Path());
-  container.ReadPtsFile(bad.Path());
-  container.ObsolteReadPlyFile(bad.Path());
-  container.Write(good.Path());
-  container.Read("/tmp");
-  EXPECT_EQ(OpenFiles(), uOpen);
-}
-
 // The handler stops an operation: a reader keeps what it has, a writer says that it failed.
 TEST(CloudFile, ProgressHandlerStops) {
-  OpenContainer container, back;
+  OpenContainer container;
   FillContainer(container, {30000, 30000});
-  const TempFile file;
-  ASSERT_EQ(container.Write(file.Path()), 1);
-  const std::string strFile = file.Read();
+  const TempFile binary, text;
+  ASSERT_EQ(container.Write(binary.Path()), 1);
+  ASSERT_EQ(container.ExportPtsFile(text.Path()), 1);
 
   struct Watch {
     double dLast = 0.0;
@@ -363,18 +297,22 @@ TEST(CloudFile, ProgressHandlerStops) {
     }
   } watch;
   const ZuProgressHandler former = ZuSetProgressHandler({Watch::Notify, &watch});
-  const int iClouds = back.Read(file.Path());
-  EXPECT_TRUE(back.IsStopped());
-  watch.dLast = 0.0;
+  const auto stopped = [&watch](ZuPointCloudContainer& clouds) {
+    EXPECT_TRUE(clouds.IsStopped() && watch.bRising);
+    EXPECT_GT(clouds.Size(), 30000u);
+    EXPECT_LT(clouds.Size(), 60000u);
+    watch.dLast = 0.0;
+  };
+  ZuPointCloudContainer fromBinary, fromText;
+  EXPECT_EQ(fromBinary.Read(binary.Path()), 2);
+  EXPECT_FALSE(fromBinary.GetFindings().IsWhole());
+  stopped(fromBinary);
+  fromText.ReadPtsFile(text.Path());
+  EXPECT_EQ(fromText.GetBox().GetCount(), 1u);
+  stopped(fromText);
   container.SetDirty();
-  EXPECT_EQ(container.Write(file.Path()), 0);
+  EXPECT_EQ(container.Write(binary.Path()), 0);
   EXPECT_TRUE(container.IsStopped());
-  ZuSetProgressHandler(former);
-
-  EXPECT_TRUE(watch.bRising);
-  EXPECT_EQ(iClouds, 2);
-  EXPECT_GT(back.Size(), 30000u);
-  EXPECT_LT(back.Size(), 60000u);
   EXPECT_EQ(container.GetDirty(), 1);
-  EXPECT_LT(file.Read().size(), strFile.size());
+  ZuSetProgressHandler(former);
 }

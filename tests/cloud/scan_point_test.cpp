@@ -38,22 +38,17 @@ TEST(ScanPoint, SelectionAndColourKeepTheirNeighbours) {
   p.SetColor(0xAA010203ul);
   EXPECT_EQ(p.m_uColor, 0x80010203u);
   EXPECT_EQ(p.GetColor(), 0x010203ul);
-  p.SetIntensity(7);
-  EXPECT_EQ(p.m_uColor, 0x07010203u);
+  p.SetIntensity(0);
+  p.SetColor(100 | 50 << 8 | 200 << 16);
+  EXPECT_EQ(p.GetIntensity(), 71);  // the luminance: 21 + 36 + 14
+  p.SetIntensity(3);
+  EXPECT_EQ(p.m_uColor, 0x03C83264u);
+  EXPECT_EQ(p.GetIntensity(), 3);
 
   ZuPoint3d position(4.0, 5.0, 6.0);
   position.w = 2.0;
   EXPECT_EQ(ZuScanPoint3d(position).w, 2.0);
   EXPECT_EQ(ZuScanPoint3d().w, 1.0);
-}
-
-// A stored intensity answers; without one the luminance does.
-TEST(ScanPoint, IntensityFallsBackToLuminance) {
-  ZuScanPoint3d p;
-  p.SetColor(100 | 50 << 8 | 200 << 16);
-  EXPECT_EQ(p.GetIntensity(), 71);  // 21 + 36 + 14
-  p.SetIntensity(3);
-  EXPECT_EQ(p.GetIntensity(), 3);
 }
 
 TEST(ScanPoint, WritePtsIsWhatPrintfGives) {

@@ -7,6 +7,7 @@
 #include <cstdlib>
 #include <random>
 #include <string>
+#include <vector>
 
 // The low byte of what atoi gives where it saturates.
 inline std::uint32_t SaturatedByte(const std::string& strText) {
@@ -19,45 +20,15 @@ class TextMaker {
   explicit TextMaker(unsigned int uSeed) : m_random(uSeed) {}
 
   std::string Token() {
-    static const char* const kOdd[] = {"+5",
-                                       "-.5",
-                                       ".",
-                                       "-",
-                                       "--1",
-                                       "1e3",
-                                       "1E-400",
-                                       "nan",
-                                       "-inf",
-                                       "0x1p3",
-                                       "12abc",
-                                       "abc",
-                                       "1,5",
-                                       "1.5.5",
-                                       "\v7",
-                                       "1\f2",
-                                       "00007",
-                                       "-0",
-                                       "1.",
-                                       ".25",
-                                       "4e",
-                                       "300",
-                                       "-1",
-                                       "4294967297",
-                                       "2147483648",
-                                       "99999999999999999999999",
-                                       "0.1234567890123456789",
-                                       "9007199254740993",
-                                       "9007199254740992",
-                                       "1e22",
-                                       "123456789012345678",
-                                       "0.000000000000000000000001",
-                                       "vertex",
-                                       "\"q\"",
-                                       "1999.9999",
-                                       "255.9999999999999999"};
+    static const std::vector<std::string> odd = Words(
+        "+5 -.5 . - --1 1e3 1E-400 nan -inf 0x1p3 12abc abc 1,5 1.5.5 \v7 1\f2 "
+        "00007 -0 1. .25 4e 300 -1 4294967297 2147483648 "
+        "99999999999999999999999 0.1234567890123456789 9007199254740993 "
+        "9007199254740992 1e22 123456789012345678 0.000000000000000000000001 "
+        "vertex \"q\" 1999.9999 255.9999999999999999");
     switch (m_random() % 8) {
       case 0:
-        return kOdd[m_random() % (sizeof kOdd / sizeof *kOdd)];
+        return odd[m_random() % odd.size()];
       case 1:
       case 2:
         return std::to_string(m_random() % 256);
@@ -104,6 +75,14 @@ class TextMaker {
   }
 
  private:
+  static std::vector<std::string> Words(const std::string& strText) {
+    std::vector<std::string> words;
+    for (std::size_t u = 0, uEnd; u <= strText.size(); u = uEnd + 1) {
+      uEnd = std::min(strText.find(' ', u), strText.size());
+      words.push_back(strText.substr(u, uEnd - u));
+    }
+    return words;
+  }
   char Digit() { return static_cast<char>('0' + m_random() % 10); }
 
   std::mt19937 m_random;
