@@ -47,7 +47,7 @@ mkdir -p "$campaign"
 # The samples that are good inputs of a target.
 samples() {
   case $1 in
-    project) echo samples/*/*.prj ;;
+    project | program) echo samples/*/*.prj ;;
     camera) echo samples/*/*.cam ;;
     plane) echo samples/*/*.pln ;;
     rectification) echo samples/older/*.prj ;;

@@ -1,0 +1,181 @@
+// The program, run in this process: the input is the file of one of its commands, which the last
+// byte chooses among those that take such a file. Result files are whole or not there, drawings and
+// reports are well-formed, what --json prints is JSON, and a failure is told.
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <fstream>
+#include <iostream>
+#include <map>
+#include <nlohmann/json.hpp>
+#include <sstream>
+
+#include "fuzz/input.h"
+
+int ZuMain(int argc, char** argv);
+
+namespace {
+
+// A drawing of a chessboard's plane, with which the projects among the samples are measured.
+constexpr char kBoard[] =
+    "1 0 125 0\n2 25 125 0\n9 200 125 0\n10 0 100 0\n23 100 75 0\n46 0 0 0\n50 100 0 0\n54 200 0 "
+    "0\n";
+
+// A command line: < stands before the ending of the input, > before that of the result, # is the
+// board.
+constexpr const char* kProjectCalls[] = {
+    "measure <.prj --plane # --check # --unit mm --report >.html --json",
+    "measure <.prj --plane # --check # --report >.html",
+    "measure <.prj --plane # --flip -o >.coo",
+    "photo info <.prj --json",
+    "photo info <.prj",
+};
+constexpr const char* kCameraCalls[] = {
+    "camera plot <.cam --id 1 -o >.svg",
+    "camera info <.cam --json",
+    "camera gentri <.cam -o >.txt",
+    "camera plot <.cam --id 2 -o >.svg --json",
+};
+constexpr const char* kBinaryCalls[] = {"cloud info <.zpc --json", "cloud convert <.zpc >.pts"};
+constexpr const char* kPlyCalls[] = {"cloud info <.ply --json", "cloud convert <.ply >.zpc"};
+constexpr const char* kPointCalls[] = {
+    "plane <.coo --json -o >.coo",
+    "transform <.coo --control # --json -o >.coo",
+    "trafo2d <.coo --control # --type auto -o >.coo",
+    "merge # <.coo --tolerance 5 -o >.coo",
+    "local <.coo --axis X:1,2 --plane XY:9 -o >.coo",
+    "plane <.coo --columns idname,x,y,z -o >.coo",
+    "transform # --control <.coo -o >.coo",
+    "cloud info <.pts --json",
+    "cloud convert <.pts >.ply",
+};
+
+bool Holds(std::string_view text, std::string_view word) {
+  return text.find(word) != std::string_view::npos;
+}
+
+template <std::size_t N>
+const char* Choose(const char* const (&aszCalls)[N], unsigned uOption) {
+  return aszCalls[uOption % N];
+}
+
+const char* CallFor(const Input& input) {
+  const unsigned uOption = input.Option() ^ '\n';
+  const std::string_view text = input.Text();
+  if (Holds(text, "PHOTO") || Holds(text, "MEASURE")) return Choose(kProjectCalls, uOption);
+  if (Holds(text, "CAMERA") || text.substr(0, 1) == "{") return Choose(kCameraCalls, uOption);
+  if (Holds(text.substr(0, 4), "ply")) return Choose(kPlyCalls, uOption);
+  if (Holds(text.substr(0, 4), "\xBE\xBA")) return Choose(kBinaryCalls, uOption);
+  return Choose(kPointCalls, uOption);
+}
+
+struct Outcome {
+  int iCode;
+  std::string strOut, strError;
+};
+
+// Standard output goes to a file, which the program closes at its end; messages to a string.
+Outcome Run(const std::vector<std::string>& args) {
+  static const TempFile output;
+  const int fdOld = dup(STDOUT_FILENO);
+  const int fd = open(output.Path(), O_WRONLY | O_TRUNC);
+  Require(fd >= 0 && dup2(fd, STDOUT_FILENO) >= 0);
+  close(fd);
+  std::ostringstream errors;
+  std::streambuf* const pOld = std::cerr.rdbuf(errors.rdbuf());
+  std::vector<char*> argv;
+  for (const std::string& arg : args) argv.push_back(const_cast<char*>(arg.c_str()));
+  argv.push_back(nullptr);
+  const int iCode = ZuMain(static_cast<int>(args.size()), argv.data());
+  std::cerr.rdbuf(pOld);
+  if (fdOld >= 0) {
+    dup2(fdOld, STDOUT_FILENO);
+    close(fdOld);
+  } else {
+    close(STDOUT_FILENO);
+  }
+  return {iCode, output.Read(), errors.str()};
+}
+
+// The file of the input, with that ending.
+std::string InputPath(const std::string& strEnding, std::string_view text) {
+  static std::map<std::string, TempFile> files;
+  const TempFile& file = files.try_emplace(strEnding, "", strEnding).first->second;
+  file.Write(text);
+  return file.Path();
+}
+
+struct Call {
+  std::vector<std::string> args = {"zu"};
+  std::string strResult;  // empty: none
+};
+
+Call MakeCall(const char* szCall, std::string_view text) {
+  static const TempFile board(kBoard, ".coo"), result;
+  Call call;
+  std::istringstream words(szCall);
+  for (std::string strArg; words >> strArg;) {
+    if (strArg[0] == '<') strArg = InputPath(strArg.substr(1), text);
+    if (strArg[0] == '>') call.strResult = strArg = result.Path() + strArg.substr(1);
+    if (strArg[0] == '#') strArg = board.Path();
+    call.args.push_back(strArg);
+  }
+  return call;
+}
+
+// Elements that have no end.
+bool IsVoid(const std::string& strName) {
+  return strName == "meta" || strName == "br" || strName == "hr" || strName == "link" ||
+         strName == "img" || strName == "col";
+}
+
+// Every element ends, in the order in which they began, and no number of a drawing is none.
+void CheckMarkup(const std::string& strText) {
+  std::vector<std::string> open;
+  for (std::size_t i = strText.find('<'); i != std::string::npos; i = strText.find('<', i)) {
+    const std::size_t uEnd = strText.find('>', i);
+    Require(uEnd != std::string::npos);
+    const std::string strTag = strText.substr(i + 1, uEnd - i - 1);
+    i = uEnd;
+    Require(!strTag.empty());
+    if (strTag[0] == '!' || strTag[0] == '?') continue;
+    for (const char* szNone : {"'nan", "'-nan", "'inf", "'-inf", " nan", " inf"}) {
+      Require(!Holds(strTag, szNone) || Holds(strTag, "title"));
+    }
+    const std::string strName = strTag.substr(0, strTag.find_first_of(" \n/", 1));
+    if (strTag[0] == '/') {
+      Require(!open.empty() && "/" + open.back() == strTag);
+      open.pop_back();
+    } else if (strTag.back() != '/' && !IsVoid(strName)) {
+      open.push_back(strName);
+    }
+  }
+  Require(open.empty());
+}
+
+bool IsMarkup(const std::string& strText) {
+  return strText.rfind("<!DOCTYPE", 0) == 0 || strText.rfind("<!doctype", 0) == 0 ||
+         strText.rfind("<svg", 0) == 0 || strText.rfind("<?xml", 0) == 0;
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* pData, std::size_t uSize) {
+  const Input input(pData, uSize);
+  const char* const szCall = CallFor(input);
+  const Call call = MakeCall(szCall, input.Text());
+  const Outcome outcome = Run(call.args);
+
+  Require(outcome.iCode >= 0 && outcome.iCode <= 5);
+  if (outcome.iCode > 1) Require(!outcome.strError.empty());
+  std::ifstream stream(call.strResult, std::ios::binary);
+  const std::string strResult(std::istreambuf_iterator<char>(stream), {});
+  if (outcome.iCode == 0) Require(stream.is_open() || call.strResult.empty());
+  if (outcome.iCode > 1) Require(!stream.is_open());
+  unlink(call.strResult.c_str());
+  if (Holds(szCall, "--json") && !outcome.strOut.empty()) {
+    Require(nlohmann::json::accept(outcome.strOut));
+  }
+  if (IsMarkup(strResult)) CheckMarkup(strResult);
+  return 0;
+}
