@@ -76,6 +76,19 @@ TEST(ThinSets, RotationIsOneInEveryShapeUnitAndScale) {
   }
 }
 
+// A rod of four sides that are alike has no best rotation onto its mirror image.
+TEST(ThinSets, MirroredRodHasNoSolution) {
+  ZuPointList source, target;
+  for (int i = 0; i < 8; ++i) {
+    const double x = i & 1 ? 1.0 : -1.0, y = i & 2 ? 1e-3 : -1e-3, z = i & 4 ? 1e-3 : -1e-3;
+    source.Add(ZuPoint(i + 1, x, y, z));
+    target.Add(ZuPoint(i + 1, x, y, -z));
+  }
+  ZuTrafo3d trafo;
+  EXPECT_FALSE(trafo.CalcByControlPoints(&target, &source, 3, false));
+  EXPECT_EQ(trafo.GetStatus(), eTrafo3DNoSolution);
+}
+
 // Rounding alone must not decide between a line and no solution.
 TEST(ThinSets, LinesInEveryDirectionGiveARotation) {
   std::mt19937_64 rng(62);

@@ -23,6 +23,9 @@ constexpr double kThin = 1e-6;
 // within 1e-6 of their extent from a line, and what M tells of the turn about it is rounding.
 constexpr double kCollinear = 1e-12;
 
+// Largest element of R^T R - 1 of a rotation [-].
+constexpr double kOrthogonal = 1e-10;
+
 // The numbers of M that scale and rotation are made of: with the singular values p, q, r of M, the
 // last one signed like the determinant, d = p q r, a = p^2 + q^2 + r^2, b = p^2 q^2 + p^2 r^2 +
 // q^2 r^2.
@@ -130,8 +133,9 @@ void SetPolarFactor(const ZuMatrix& m, const Invariants& v, double u, ZuMatrix* 
 
 // Brings a matrix that is a rotation to 1e-4 to the nearest one, to rounding: twice R = R (3 I -
 // R^T R) / 2, after A. Bjorck, C. Bowie, "An iterative algorithm for computing the best estimate of
-// an orthogonal matrix", 1971. In thin sets the terms of the polar factor cancel.
-void Orthogonalize(ZuMatrix* pRotation) {
+// an orthogonal matrix", 1971. In thin sets the terms of the polar factor cancel. False for a
+// matrix that is too far from a rotation, as where a mirrored set has no best one.
+bool Orthogonalize(ZuMatrix* pRotation) {
   for (int i = 0; i < 2; ++i) {
     ZuMatrix half(3, 3);
     half.SetIdent();
@@ -139,6 +143,12 @@ void Orthogonalize(ZuMatrix* pRotation) {
     half -= pRotation->Transpose() * *pRotation * 0.5;
     *pRotation *= half;
   }
+  ZuMatrix rest(3, 3);
+  rest.SetIdent();
+  rest -= pRotation->Transpose() * *pRotation;
+  return std::all_of(rest.GetData(), rest.GetData() + 9,
+                     [](double d) { return std::fabs(d) < kOrthogonal; }) &&
+         pRotation->Sarrus() > 0.0;
 }
 
 // A rotation that carries the unit vector f onto the unit vector e: about f x e, after half a turn
@@ -190,7 +200,7 @@ bool CalcSimilarity(const ZuMatrix& m, bool bUnitScale, double* pdScale, ZuMatri
   } else {
     if (!CalcTrace(v, pdScale)) return false;
     SetPolarFactor(m, v, bUnitScale ? 1.0 : *pdScale, pRotation);
-    if (v.bThin && !bUnitScale) Orthogonalize(pRotation);
+    if (v.bThin && !bUnitScale && !Orthogonalize(pRotation)) return false;
   }
   return std::isfinite(*pdScale) && AreFinite(*pRotation);
 }

@@ -63,7 +63,8 @@ class ZU_API ZuTrafo3d : public virtual ZuTrafo3dData {
   // about the long direction is known to about 1e-16 (length / width)^2 rad, which is 1e-10 at a
   // thousandth of the length. Within a millionth of the length the points count as collinear: the
   // rotation is then arbitrary about the line. Centred coordinates below 1e-10 are taken for 1e-10,
-  // so that extents should be well above that in both systems.
+  // so that extents should be well above that in both systems. Where one list mirrors the other the
+  // result is the best rotation, orthogonal to 1e-8, or status 4.
   //
   // Required: with bUnitScale the scale keeps its estimated value, and R is a rotation only where
   // that value is 1; applications compare both. For a rotation at a scale of 1 estimate without the
