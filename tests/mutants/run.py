@@ -184,6 +184,10 @@ def measure(arguments):
     done = {}
     if arguments.results.exists():
         done = {line.split("\t")[2]: line.split("\t")[0] for line in arguments.results.read_text().splitlines()}
+    killers = {}
+    if arguments.again:
+        rows = [line.split("\t") for line in arguments.again.read_text().splitlines()]
+        killers = {name: killer.split(":")[0] for outcome, killer, name in rows if outcome == "killed"}
     count = 0
     with arguments.results.open("a") as results:
         for mutant in draw(root, arguments.seed):
@@ -194,12 +198,14 @@ def measure(arguments):
             if name in done:
                 count += done[name] != "refused"
                 continue
+            if arguments.again and name not in killers:
+                continue
             folder = build.library(root, mutant)
             killer = None
             if folder:
                 count += 1
-                own = mutant.path.parts[1]
-                for program in sorted(tests, key=lambda p: p.name != f"zu_test_{own}"):
+                first = killers.get(name, mutant.path.parts[1])
+                for program in sorted(tests, key=lambda p: p.name != f"zu_test_{first}"):
                     killer = run(program, folder)
                     if killer:
                         break
@@ -233,6 +239,8 @@ def main():
     parser.add_argument("--count", type=int, default=300, help="mutants that compile")
     parser.add_argument("--seed", type=int, default=1)
     parser.add_argument("--results", type=pathlib.Path)
+    parser.add_argument("--again", type=pathlib.Path,
+                        help="results of a run: only what was killed there, the killer first")
     parser.add_argument("--compare", type=pathlib.Path, nargs=2)
     arguments = parser.parse_args()
     if arguments.compare:
