@@ -38,4 +38,18 @@ TEST(CameraMargin, CamerasAreWrittenFromTheMarginOn) {
   ZuWriterReset();
 }
 
+// Beyond the corrected border of the image the table extrapolates and answers true.
+TEST(CameraMargin, InverseBeyondTheTableIsExtrapolated) {
+  const ZuCamera camera(7, 35.0, 0.0, 0.0, 2e-4, 0.0, 0.0, "");
+  double xBorder = 29.9, yBorder = 0.0;
+  ASSERT_TRUE(camera.Adjust(&xBorder, &yBorder));
+  ASSERT_LT(xBorder, 25.0);
+  double x = xBorder + 3.0, y = 0.0;
+  EXPECT_TRUE(camera.InvAdjust(&x, &y));
+  EXPECT_GT(x, 29.9);
+  double xExact = xBorder + 3.0, yExact = 0.0;
+  EXPECT_NE(camera.InvAdjustExact(&xExact, &yExact), eCameraInverseOk);
+  ZuCamera::DeleteInvAdjustTables();
+}
+
 }  // namespace

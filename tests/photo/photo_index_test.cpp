@@ -73,6 +73,17 @@ TEST(PhotoIndex, NeverAnswersWithADeletedPoint) {
   EXPECT_EQ(indexed.m_photo.FindSortedMeasure(3)->m_dX, 3.0);
 }
 
+TEST(PhotoIndex, AssignmentLeavesWhatIsParked) {
+  ZuPhoto photo(1), other(2);
+  photo.GetTempList().Add(ZuPoint(1, 0.0, 0.0));
+  photo.GetRegoiList().Add(ZuPoint(2, 0.0, 0.0));
+  other.GetRegoiList().Add(ZuPoint(3, 0.0, 0.0));
+  photo = other;
+  EXPECT_EQ(photo.GetTempList().Count(), 1);
+  ASSERT_EQ(photo.GetRegoiList().Count(), 1);
+  EXPECT_EQ(photo.GetRegoiList().First()->GetId(), 2u);
+}
+
 // The size of a pixel after a rescaling does not depend on whether it was asked for before.
 TEST(PhotoIndex, RescalingDerivesThePixelSizeAnew) {
   for (const bool bOne : {true, false}) {
