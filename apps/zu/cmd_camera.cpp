@@ -186,7 +186,7 @@ Runner DefineCameraAdjust(Options& options) {
   options.Flag("--inverse", &pValues->bInverse, "from corrected to measured coordinates");
   options.Flag("--table", &pValues->bTable,
                "with --inverse: by the interpolated table that the library uses in bulk");
-  options.Option("-o,--output", "FILE", &pValues->strOut, "write the points to a file, too");
+  options.Output("-o,--output", "FILE", &pValues->strOut, "write the points to a file, too");
   return [pValues](Context& context) { return RunAdjust(*pValues, context); };
 }
 
@@ -271,8 +271,10 @@ Runner DefineCameraPlot(Options& options) {
                  "the photo of a project, whose image is drawn to its borders");
   options.Option("--width", "MM", &pValues->dWidth,
                  "width of the image around the axis; a camera file does not tell it");
+  options.Above(0.0);
   options.Option("--height", "MM", &pValues->dHeight, "height of the image");
-  options.Option("-o,--output", "FILE", &pValues->strOut, "the drawing, SVG");
+  options.Above(0.0);
+  options.Output("-o,--output", "FILE", &pValues->strOut, "the drawing, SVG");
   options.Required();
   return [pValues, options](Context& context) {
     pValues->bId = options.Given("--id");
@@ -289,7 +291,7 @@ Runner DefineCameraGentri(Options& options) {
   };
   auto pValues = std::make_shared<Values>();
   options.Positional("FILE", &pValues->strPath, "camera file, either form");
-  options.Option("-o,--output", "FILE", &pValues->strOut, "write the lines to a file, too");
+  options.Output("-o,--output", "FILE", &pValues->strOut, "write the lines to a file, too");
   return [pValues](Context& context) {
     const ZuCameraList cameras = ReadCameras(pValues->strPath, context);
     std::ostringstream lines;

@@ -199,8 +199,8 @@ ExitCode RunNormals(const Values& values, Context& context) {
 std::shared_ptr<Values> InAndOut(Options& options) {
   auto pValues = std::make_shared<Values>();
   options.Positional("IN", &pValues->strIn, "binary, PTS, PLY or coordinate file");
-  options.Positional("OUT", &pValues->strOut,
-                     "new file: .zpc, .ply, .pts, .xyz, .csv, .coo or .txt");
+  options.PositionalOutput("OUT", &pValues->strOut,
+                           "new file: .zpc, .ply, .pts, .xyz, .csv, .coo or .txt");
   AddCloudInput(options, &pValues->cloud);
   AddCloudOutput(options, &pValues->cloud);
   return pValues;

@@ -98,7 +98,7 @@ bool Calc(const Values& values, const ZuLokalSystem& system, const ZuPointList& 
 
 void WriteText(const ZuLokalSystem& system, const ZuPointList& points,
                const std::vector<Scale>& scales, const ZuTrafo3d& trafo, std::ostream& text) {
-  text << points.Count() << " points in the local system\n\n";
+  text << Counted(points.Count(), "point") << " in the local system\n\n";
   TextTable table;
   for (const char* szTitle : {"point", "x", "y", "z"}) table.AddColumn(szTitle);
   for (const ZuPoint* p = points.First(); p != nullptr; p = p->Next()) {
@@ -153,9 +153,6 @@ void FillJson(const ZuPointList& points, const std::vector<Scale>& scales, bool 
 }
 
 ExitCode Run(const Values& values, Context& context) {
-  if (!(values.dScaleTolerance >= 0.0)) {
-    throw CommandError(kUsage, "--scale-tolerance must not be negative");
-  }
   ZuPointList points;
   ReadPoints(values.strPoints, values.strColumns, context, &points);
   const ZuLokalSystem system =
@@ -192,11 +189,12 @@ Runner DefineLocal(Options& options) {
                  "without");
   options.Option("--scale-tolerance", "T", &pValues->dScaleTolerance,
                  "relative difference of a scale from their mean at most, 0.01");
+  options.AtLeast(0.0);
   options.Option("--definition", "FILE", &lokal.strDefinition,
                  "file with the definition as a LOKAL { ... } block; the options above replace "
                  "its parts");
   AddColumnsOption(options, &pValues->strColumns);
-  options.Option("-o,--output", "OUT", &pValues->strOutput,
+  options.Output("-o,--output", "OUT", &pValues->strOutput,
                  "coordinate file of all points in the local system");
   return [pValues](Context& context) { return Run(*pValues, context); };
 }

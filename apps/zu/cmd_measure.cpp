@@ -172,8 +172,8 @@ Runner DefineMeasure(Options& options) {
   AddPartialOption(options, &pValues->bPartial);
   options.Option("--unit", "TEXT", &pValues->strUnit,
                  "unit of the object coordinates, for headings (\"mm\")");
-  options.Option("-o,--output", "FILE", &pValues->strOut, "object points: photo, id, x, y, z");
-  options.Option("--report", "FILE", &pValues->strReport, "report, one HTML file");
+  options.Output("-o,--output", "FILE", &pValues->strOut, "object points: photo, id, x, y, z");
+  options.Output("--report", "FILE", &pValues->strReport, "report, one HTML file");
   return [pValues](Context& context) { return Run(*pValues, context); };
 }
 

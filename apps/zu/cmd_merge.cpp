@@ -6,6 +6,7 @@
 
 #include "commands.h"
 #include "point_input.h"
+#include "text_table.h"
 #include "trafo_report.h"
 #include "zu/transform/trafo3d.h"
 
@@ -40,16 +41,6 @@ struct Groups {
 };
 
 void CheckUsage(const Values& values) {
-  if (!(values.dTolerance > 0.0) || !std::isfinite(values.dTolerance)) {
-    throw CommandError(kUsage, "--tolerance must be above 0");
-  }
-  if (!(values.dBlend >= 0.0 && values.dBlend <= 1.0)) {
-    throw CommandError(kUsage,
-                       "--blend must be from 0 (all of the carried point) to 1 (all of A's)");
-  }
-  if (values.iExtraPoints < 0 || values.iExtraSample < 0 || values.iMinPoints < 0) {
-    throw CommandError(kUsage, "numbers of points must not be negative");
-  }
   if (values.iMinPoints - kSampleSize > values.iExtraSample) {
     throw CommandError(kUsage, "--min-points " + std::to_string(values.iMinPoints) +
                                    " is more than a sample has; --extra-sample " +
@@ -72,8 +63,7 @@ std::string Files(const Values& values) {
 // Throws CommandError (undetermined) where no transformation can be trusted.
 void Merge(const Values& values, Lists* pLists, ZuTrafo3d* pTrafo) {
   const int iCommon = CountCommon(*pLists);
-  const std::string strHave =
-      Files(values) + " have " + std::to_string(iCommon) + " points in common";
+  const std::string strHave = Files(values) + " have " + Counted(iCommon, "point") + " in common";
   if (values.iExtraSample > 0 && values.iExtraSample > iCommon / 2 - kSampleSize) {
     throw CommandError(kUndetermined, strHave + "; samples of " + std::to_string(kSampleSize) +
                                           " + " + std::to_string(values.iExtraSample) +
@@ -160,9 +150,9 @@ void Report(const Values& values, const Lists& lists, const Groups& groups, cons
   }
 
   std::ostream& text = context.Text();
-  text << agreeing.size() + rejected.size() << " common points, " << groups.onlyA.size()
-       << " only in " << NameInMessages(values.strA) << ", " << groups.onlyB.size() << " only in "
-       << NameInMessages(values.strB) << "\n"
+  text << Counted(static_cast<long long>(agreeing.size() + rejected.size()), "common point") << ", "
+       << groups.onlyA.size() << " only in " << NameInMessages(values.strA) << ", "
+       << groups.onlyB.size() << " only in " << NameInMessages(values.strB) << "\n"
        << rejected.size() << " rejected; residuals: A minus carried B\n";
   if (!rejected.empty()) {
     text << "\nrejected\n";
@@ -215,21 +205,27 @@ Runner DefineMerge(Options& options) {
   options.Option("--tolerance", "T", &pValues->dTolerance,
                  "longest residual of a point that agrees, in the unit of A");
   options.Required();
+  options.Above(0.0);
   options.Flag("--relative", &pValues->bRelative,
                "T is a share of the longest side of the common points' box in A");
   options.Option("--blend", "F", &pValues->dBlend,
                  "move agreeing points towards A's, from 0 (not at all) to 1 (all the way)");
+  options.AtLeast(0.0);
+  options.AtMost(1.0);
   options.Option("--min-points", "N", &pValues->iMinPoints, "common points needed");
+  options.AtLeast(3.0);
   options.Option("--extra-points", "N", &pValues->iExtraPoints,
                  "common points needed beyond these to look for wrong ones");
+  options.AtLeast(0.0);
   options.Option("--extra-sample", "N", &pValues->iExtraSample, "points of a sample beyond 4");
+  options.AtLeast(0.0);
   options.Option("--seed", "S", &pValues->uSeed,
                  "of the random samples; the same seed gives the same result");
   options.Flag("--strict", &pValues->bStrict, "end with exit code 1 where points are rejected");
   AddColumnsOption(options, &pValues->strColumns);
-  options.Option("-o,--output", "OUT", &pValues->strOutput,
+  options.Output("-o,--output", "OUT", &pValues->strOutput,
                  "coordinate file of both lists in the system of A, without rejected points");
-  options.Option("--rejected", "FILE", &pValues->strRejected,
+  options.Output("--rejected", "FILE", &pValues->strRejected,
                  "coordinate file of the rejected points of B, in the system of A");
   return [pValues](Context& context) { return Run(*pValues, context); };
 }

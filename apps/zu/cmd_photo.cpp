@@ -257,7 +257,7 @@ Runner DefinePhotoConvert(Options& options) {
   options.Flag("--flip", &pValues->bFlip,
                "y of the pixels counts the other way than the photo's transformations take it");
   AddPartialOption(options, &pValues->bPartial);
-  options.Option("-o,--output", "FILE", &pValues->strOut, "write the points to a file, too");
+  options.Output("-o,--output", "FILE", &pValues->strOut, "write the points to a file, too");
   return [pValues](Context& context) { return RunConvert(*pValues, context); };
 }
 

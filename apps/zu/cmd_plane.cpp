@@ -67,14 +67,13 @@ void Fit(const Values& values, ZuPointList* pPoints, ZuCalcPlane* pCalc) {
     FailUndetermined(values, "the coordinates of point " + PointLabel(*p) + " are not finite");
   }
   if (!pCalc->CalcPlaneFromFilteredPoints(pPoints, true, values.bForce)) {
-    const std::string strStatus = std::string(" (") + pCalc->GetZuPlaneStatusAsText() + ")";
     if (pCalc->GetZuPlaneStatus() == ZuCalcPlane::TooLessPoints) {
-      FailUndetermined(values, "holds " + std::to_string(pPoints->Count()) +
-                                   " points, a plane needs 3" + strStatus);
+      FailUndetermined(values, "holds " + Counted(pPoints->Count(), "point") + ", a plane needs 3");
     }
-    FailUndetermined(values, "the points stand in one place or on one line" + strStatus +
-                                 "\nthree that span a triangle are needed; --force takes points "
-                                 "close to a line all the same");
+    FailUndetermined(values,
+                     "the points stand in one place or on one line\n"
+                     "three that span a triangle are needed; --force takes points "
+                     "close to a line all the same");
   }
   if (!IsFinite(*pCalc) || AreCollinear(*pPoints)) {
     FailUndetermined(values, "the points do not determine a plane");
@@ -91,7 +90,8 @@ void WriteText(ZuCalcPlane& calc, std::ostream& stream) {
   const ZuPointList& feet = *calc.GetPointsInZuPlane();
   const Figures figures = FiguresOf(feet);
   const int iDecimals = DecimalsFor(figures.dLargest);
-  stream << feet.Count() << " points, " << calc.GetZuPlaneStatusAsText() << "\n\n"
+  stream << Counted(feet.Count(), "point") << ", largest distance "
+         << Fixed(figures.dLargest, iDecimals) << "\n\n"
          << Fixed(plane.A(), 12) << " x " << Term(plane.B(), " y ") << Term(plane.C(), " z ")
          << Term(plane.D(), " = 0") << "\n\n"
          << "RMS              " << Fixed(figures.dRms, iDecimals) << '\n'
@@ -170,9 +170,9 @@ Runner DefinePlane(Options& options) {
   auto pValues = std::make_shared<Values>();
   options.Positional("POINTS", &pValues->strPoints, "coordinate file");
   options.Flag("--force", &pValues->bForce, "take points that are close to a line");
-  options.Option("--log", "FILE", &pValues->strLog, "append the log of the fit to this file");
+  options.Output("--log", "FILE", &pValues->strLog, "append the log of the fit to this file");
   AddColumnsOption(options, &pValues->strColumns);
-  options.Option("-o,--output", "FEET", &pValues->strOutput,
+  options.Output("-o,--output", "FEET", &pValues->strOutput,
                  "coordinate file of the foot points on the plane");
   return [pValues](Context& context) { return Run(*pValues, context); };
 }

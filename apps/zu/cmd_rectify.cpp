@@ -103,7 +103,7 @@ Runner DefineRectify(Options& options) {
   options.Required();
   options.Flag("--inverse", &pValues->bInverse, "from object to image coordinates");
   AddPartialOption(options, &pValues->bPartial);
-  options.Option("-o,--output", "FILE", &pValues->strOut, "write the points to a file, too");
+  options.Output("-o,--output", "FILE", &pValues->strOut, "write the points to a file, too");
   return [pValues](Context& context) { return Run(*pValues, context); };
 }
 

@@ -131,7 +131,7 @@ bool IsDetermined(const Kind& kind, const ZuCalcTrafo2D& trafo, const Lists& lis
 // Throws CommandError (undetermined) where the points do not give a transformation.
 void Estimate(const Values& values, const Kind& kind, Lists* pLists, ZuCalcTrafo2D* pTrafo) {
   const int iCommon = pLists->commonSource.Count();
-  const std::string strPoints = std::to_string(iCommon) + " points in common";
+  const std::string strPoints = Counted(iCommon, "point") + " in common";
   if (iCommon < kind.iMinPoints) {
     throw CommandError(kUndetermined, Files(values) + " have " + strPoints + ", " + kind.szName +
                                           " needs " + std::to_string(kind.iMinPoints));
@@ -157,7 +157,7 @@ void WriteText(const Values& values, const Kind& kind, const Lists& lists,
   }
   std::stable_sort(points.begin(), points.end(),
                    [&length](const ZuPoint* a, const ZuPoint* b) { return length(a) > length(b); });
-  text << points.size() << " common points, "
+  text << Counted(static_cast<long long>(points.size()), "common point") << ", "
        << lists.source.Count() - static_cast<int>(points.size()) << " only in "
        << NameInMessages(values.strSource) << "\nresiduals: transformed source minus control\n\n";
   const int iDecimals = DecimalsFor(dLargest);
@@ -239,7 +239,7 @@ Runner DefineTrafo2d(Options& options) {
                  "kind of transformation; auto takes what number and spread of the points allow");
   options.Required();
   AddColumnsOption(options, &pValues->strColumns);
-  options.Option("-o,--output", "OUT", &pValues->strOutput,
+  options.Output("-o,--output", "OUT", &pValues->strOutput,
                  "coordinate file of SOURCE in the target system");
   return [pValues](Context& context) { return Run(*pValues, context); };
 }

@@ -6,6 +6,7 @@
 
 #include "commands.h"
 #include "point_input.h"
+#include "text_table.h"
 #include "trafo_report.h"
 #include "zu/transform/trafo3d.h"
 
@@ -43,12 +44,12 @@ void FindCommon(const ZuSortHelper<ZuPoint>& control, Lists* pLists) {
 void Estimate(const Values& values, const Lists& lists, const ZuSortHelper<ZuPoint>& control,
               ZuTrafo3d* pTrafo) {
   const bool bGood = pTrafo->CalcByControlPoints(control, &lists.source, values.iMinPoints, false);
-  const std::string strFiles = values.strSource + " and " + values.strControl;
+  const std::string strFiles =
+      NameInMessages(values.strSource) + " and " + NameInMessages(values.strControl);
   if (!bGood && pTrafo->GetStatus() == eTrafo3DTooFewPoints) {
-    throw CommandError(kUndetermined, strFiles + " have " +
-                                          std::to_string(pTrafo->GetCommonPoints()) +
-                                          " points in common, " +
-                                          std::to_string(values.iMinPoints) + " are needed");
+    throw CommandError(kUndetermined,
+                       strFiles + " have " + Counted(pTrafo->GetCommonPoints(), "point") +
+                           " in common, " + std::to_string(values.iMinPoints) + " are needed");
   }
   const bool bProper = bGood && std::fabs(pTrafo->m_mRot.Sarrus() - 1.0) < kProper;
   if (!bProper || AreCollinear(lists.commonSource) || AreCollinear(lists.commonControl)) {
@@ -108,10 +109,11 @@ ExitCode Run(const Values& values, Context& context) {
   const int iSourcePoints = lists.source.Count();
   const std::vector<Residual> residuals = ResidualsOf(out, iSourcePoints, control);
 
-  context.Text() << residuals.size() << " common points, "
+  context.Text() << Counted(static_cast<long long>(residuals.size()), "common point") << ", "
                  << iSourcePoints - static_cast<int>(residuals.size()) << " only in "
-                 << values.strSource << ", " << out.Count() - iSourcePoints << " only in "
-                 << values.strControl << "\nresiduals: control minus transformed source\n\n";
+                 << NameInMessages(values.strSource) << ", " << out.Count() - iSourcePoints
+                 << " only in " << NameInMessages(values.strControl)
+                 << "\nresiduals: control minus transformed source\n\n";
   WriteResiduals(residuals, context.Text());
   context.Text() << '\n';
   WriteParameters(trafo, context.Text());
@@ -141,8 +143,9 @@ Runner DefineTransform(Options& options) {
   options.Required();
   options.Flag("--unit-scale", &pValues->bUnitScale, "rotate and shift only, scale 1");
   options.Option("--min-points", "N", &pValues->iMinPoints, "common points needed");
+  options.AtLeast(3);
   AddColumnsOption(options, &pValues->strColumns);
-  options.Option("-o,--output", "OUT", &pValues->strOutput,
+  options.Output("-o,--output", "OUT", &pValues->strOutput,
                  "coordinate file of all points in the target system");
   return [pValues](Context& context) { return Run(*pValues, context); };
 }

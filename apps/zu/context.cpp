@@ -9,6 +9,7 @@
 #include <utility>
 
 #include "exit_code.h"
+#include "progress_line.h"
 
 namespace cli {
 
@@ -22,21 +23,49 @@ OutputFile& Context::NewOutput(const std::string& strPath) {
   return *m_outputs.back();
 }
 
-void Context::Warn(const std::string& strText) const {
-  if (!m_bQuiet) std::cerr << m_strCommand << ": " << strText << std::endl;
+void Context::Warn(const std::string& strText) {
+  if (!m_bQuiet) return WarnAlways(strText);
+  m_warnings.push_back(strText);
 }
 
+void Context::WarnAlways(const std::string& strText) {
+  m_warnings.push_back(strText);
+  ClearProgress();
+  std::cerr << m_strCommand << ": " << strText << std::endl;
+}
+
+namespace {
+
+// Nobody needs to be told that he has read enough, but of a result file that is not written.
+void FinishStandardOutput(bool bWritten, const std::string& strLost) {
+  if (bWritten && close(STDOUT_FILENO) == 0) return;
+  if (errno == EPIPE && strLost.empty()) throw CommandError(kCannotWrite, "");
+  throw CommandError(kCannotWrite, std::string("standard output cannot be written (") +
+                                       std::strerror(errno) + ")" +
+                                       (strLost.empty() ? "" : "; " + strLost + " is not written"));
+}
+
+}  // namespace
+
 void Context::Finish() {
-  for (const auto& pOutput : m_outputs) pOutput->Seal();
-  PrintAndClose(m_bJson ? JsonText(m_root) : m_text.str());
+  std::string strLost;
+  const OutputFile* pStandard = nullptr;
+  for (const auto& pOutput : m_outputs) {
+    pOutput->Seal();
+    if (pOutput->IsStandardOutput()) pStandard = pOutput.get();
+    if (!pOutput->IsStandardOutput() && strLost.empty()) strLost = pOutput->Path();
+  }
+  if (!m_warnings.empty()) m_root["warnings"] = m_warnings;
+  const std::string strText = pStandard != nullptr ? "" : m_bJson ? JsonText(m_root) : m_text.str();
+  FinishStandardOutput(pStandard != nullptr
+                           ? pStandard->CopyToStandardOutput()
+                           : WriteAll(STDOUT_FILENO, strText.data(), strText.size()),
+                       strLost);
   for (const auto& pOutput : m_outputs) pOutput->Rename();
 }
 
 void PrintAndClose(const std::string& strText) {
-  if (!WriteAll(STDOUT_FILENO, strText.data(), strText.size()) || close(STDOUT_FILENO) != 0) {
-    throw CommandError(kCannotWrite, std::string("standard output cannot be written (") +
-                                         std::strerror(errno) + ")");
-  }
+  FinishStandardOutput(WriteAll(STDOUT_FILENO, strText.data(), strText.size()), "");
 }
 
 }  // namespace cli

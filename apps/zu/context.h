@@ -30,10 +30,14 @@ class Context {
   // made. The reference holds until the end of the run.
   OutputFile& NewOutput(const std::string& strPath);
 
-  // One line on standard error, with the command's name in front; nothing under --quiet.
-  void Warn(const std::string& strText) const;
+  // One line on standard error, with the command's name in front, not under --quiet; and an entry
+  // of "warnings" of the JSON object.
+  void Warn(const std::string& strText);
+  // The same for what changes the result: under --quiet, too.
+  void WarnAlways(const std::string& strText);
 
-  // Prints the result and renames the result files. Throws CommandError.
+  // Prints the result and renames the result files. A result file that goes to standard output
+  // takes the place of the text. Throws CommandError.
   void Finish();
 
  private:
@@ -42,11 +46,12 @@ class Context {
   bool m_bQuiet;
   std::ostringstream m_text;
   Json m_root = Json::object();
+  Json m_warnings = Json::array();
   std::vector<std::unique_ptr<OutputFile>> m_outputs;
 };
 
 // Writes to standard output and closes it, so that a full disk or a closed pipe is seen. Once, at
-// the end. Throws CommandError.
+// the end. Throws CommandError; without a text where the reader has closed the pipe ("| head").
 void PrintAndClose(const std::string& strText);
 
 }  // namespace cli

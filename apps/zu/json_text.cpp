@@ -12,7 +12,7 @@ void AppendNumber(double dValue, std::string* pText) {
     return;
   }
   char szBuffer[32];
-  const auto result = std::to_chars(szBuffer, szBuffer + sizeof(szBuffer), dValue);
+  const auto result = std::to_chars(szBuffer, szBuffer + sizeof(szBuffer), dValue + 0.0);
   pText->append(szBuffer, result.ptr);
 }
 

@@ -17,12 +17,14 @@ namespace {
 struct Selected {
   std::string strName;
   Runner runner;
+  std::vector<Options::OutputOption> outputs;
   bool bJson = false;
   bool bQuiet = false;
 };
 
 ExitCode Complain(ExitCode eCode, const std::string& strText) {
-  std::cerr << strText << std::endl;
+  ClearProgress();
+  if (!strText.empty()) std::cerr << strText << std::endl;
   return eCode;
 }
 
@@ -48,9 +50,10 @@ void AddCommand(const Command& command, CLI::App* pProgram, Selected* pSelected)
   options.Flag("--json", &pSelected->bJson, "print one JSON object instead of text");
   options.Flag("--quiet", &pSelected->bQuiet, "leave out everything but the result");
   pApp->footer(std::string("Example:\n") + command.szExample);
-  pApp->callback([pSelected, strName, runner] {
+  pApp->callback([pSelected, strName, runner, outputs = options.Outputs()] {
     pSelected->strName = "zu " + strName;
     pSelected->runner = runner;
+    pSelected->outputs = outputs;
   });
 }
 
@@ -80,9 +83,14 @@ ExitCode ComplainOfUsage(const CLI::App* pApp, std::string strText) {
 }
 
 ExitCode RunCommand(const Selected& selected) {
+  CheckOutputs(Options::GivenOutputs(selected.outputs), selected.bJson);
   Context context(selected.strName, selected.bJson, selected.bQuiet);
-  const LibraryProgress progress(selected.bQuiet);
-  const ExitCode eCode = selected.runner(context);
+  ExitCode eCode = kGood;
+  {
+    const WorkLine line(selected.strName, selected.bQuiet);
+    const LibraryProgress progress(selected.bQuiet);
+    eCode = selected.runner(context);
+  }
   context.Finish();
   return eCode;
 }

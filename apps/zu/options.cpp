@@ -1,8 +1,26 @@
 #include "options.h"
 
 #include <CLI/CLI.hpp>
+#include <functional>
+
+#include "number_text.h"
+#include "text_table.h"
 
 namespace cli {
+namespace {
+
+// The first name of "-o,--output".
+std::string FirstName(const std::string& strName) { return strName.substr(0, strName.find(',')); }
+
+void Limit(void* pOption, const std::string& strWanted, const std::function<bool(double)>& fnGood) {
+  static_cast<CLI::Option*>(pOption)->check([strWanted, fnGood](const std::string& strValue) {
+    double dValue = 0.0;
+    const bool bGood = ParseNumber(strValue, &dValue) && fnGood(dValue);
+    return bGood ? std::string() : strValue + " is not " + strWanted;
+  });
+}
+
+}  // namespace
 
 void Options::Positional(const char* szName, std::string* pValue, const char* szHelp) {
   m_pLast = m_pApp->add_option(szName, *pValue, szHelp)->required()->type_name("");
@@ -32,6 +50,39 @@ void Options::Option(const char* szName, const char* szType, unsigned* pValue, c
 
 void Options::Option(const char* szName, const char* szType, double* pValue, const char* szHelp) {
   m_pLast = m_pApp->add_option(szName, *pValue, szHelp)->type_name(szType);
+  Limit(m_pLast, "a number such as 12.345", [](double) { return true; });
+}
+
+void Options::Output(const char* szName, const char* szType, std::string* pValue,
+                     const char* szHelp) {
+  Option(szName, szType, pValue, szHelp);
+  m_outputs.push_back({FirstName(szName), pValue, m_pLast});
+}
+
+void Options::PositionalOutput(const char* szName, std::string* pValue, const char* szHelp) {
+  Positional(szName, pValue, szHelp);
+  m_outputs.push_back({szName, pValue, m_pLast});
+}
+
+std::vector<OutputName> Options::GivenOutputs(const std::vector<OutputOption>& outputs) {
+  std::vector<OutputName> names;
+  for (const OutputOption& output : outputs) {
+    const bool bGiven = static_cast<const CLI::Option*>(output.pOption)->count() > 0;
+    if (bGiven) names.push_back({output.strName, *output.pValue});
+  }
+  return names;
+}
+
+void Options::AtLeast(double dLimit) {
+  Limit(m_pLast, "at least " + Shortest(dLimit), [dLimit](double d) { return d >= dLimit; });
+}
+
+void Options::Above(double dLimit) {
+  Limit(m_pLast, "above " + Shortest(dLimit), [dLimit](double d) { return d > dLimit; });
+}
+
+void Options::AtMost(double dLimit) {
+  Limit(m_pLast, "at most " + Shortest(dLimit), [dLimit](double d) { return d <= dLimit; });
 }
 
 void Options::Option(const char* szName, const char* szType, std::vector<std::string>* pValues,
@@ -50,8 +101,8 @@ void Options::Choice(const char* szName, std::initializer_list<const char*> word
                 ->capture_default_str();
 }
 
-void Options::Required() { static_cast<CLI::Option*>(m_pLast)->required(); }
-
 bool Options::Given(const char* szName) const { return m_pApp->count(szName) > 0; }
+
+void Options::Required() { static_cast<CLI::Option*>(m_pLast)->required(); }
 
 }  // namespace cli

@@ -6,6 +6,8 @@
 #include <string>
 #include <vector>
 
+#include "output_file.h"
+
 namespace CLI {
 class App;
 }
@@ -21,13 +23,19 @@ class Options {
   // One or more arguments without a name, behind all others.
   void Positionals(const char* szName, std::vector<std::string>* pValues, const char* szHelp);
 
+  // The same for the name of a result file, which is looked at before the command runs.
+  void PositionalOutput(const char* szName, std::string* pValue, const char* szHelp);
+
   void Flag(const char* szName, bool* pValue, const char* szHelp);
 
-  // szName is "--control" or "-o,--output"; szType the word in the help text ("FILE").
+  // szName is "--control" or "-o,--output"; szType the word in the help text ("FILE"). Numbers are
+  // finite; the option declared last may be limited further by the next three.
   void Option(const char* szName, const char* szType, std::string* pValue, const char* szHelp);
   void Option(const char* szName, const char* szType, int* pValue, const char* szHelp);
   void Option(const char* szName, const char* szType, unsigned* pValue, const char* szHelp);
   void Option(const char* szName, const char* szType, double* pValue, const char* szHelp);
+  // A result file: its name is looked at before the command runs (CheckOutputs).
+  void Output(const char* szName, const char* szType, std::string* pValue, const char* szHelp);
   // May be given several times, one value each.
   void Option(const char* szName, const char* szType, std::vector<std::string>* pValues,
               const char* szHelp);
@@ -35,15 +43,30 @@ class Options {
   void Choice(const char* szName, std::initializer_list<const char*> words, std::string* pValue,
               const char* szHelp);
 
+  void AtLeast(double dLimit);
+  void Above(double dLimit);
+  void AtMost(double dLimit);
+
   // The option declared last must be given.
   void Required();
 
   // True if the option stands on the command line; valid in the runner.
   bool Given(const char* szName) const;
 
+  // The result files declared.
+  struct OutputOption {
+    std::string strName;
+    const std::string* pValue;
+    const void* pOption;
+  };
+  const std::vector<OutputOption>& Outputs() const { return m_outputs; }
+  // The names of those that stand on the command line; valid once it is parsed.
+  static std::vector<OutputName> GivenOutputs(const std::vector<OutputOption>& outputs);
+
  private:
   CLI::App* m_pApp;
   void* m_pLast = nullptr;  // the option declared last
+  std::vector<OutputOption> m_outputs;
 };
 
 }  // namespace cli

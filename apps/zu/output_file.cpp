@@ -1,13 +1,16 @@
 #include "output_file.h"
 
 #include <fcntl.h>
+#include <limits.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
+#include <filesystem>
 #include <locale>
+#include <map>
 #include <streambuf>
 #include <vector>
 
@@ -64,20 +67,35 @@ class OutputFile::Buffer : public std::streambuf {
 
 namespace {
 
-// The file behind symbolic links; a link to nothing names the file that it would create.
-std::string BehindLinks(const std::string& strPath) {
-  std::string strTarget = strPath;
-  if (char* szReal = realpath(strPath.c_str(), nullptr)) {
-    strTarget = szReal;
-    std::free(szReal);
-  }
-  return strTarget;
-}
-
 std::string FolderOf(const std::string& strPath) {
   const size_t uSlash = strPath.rfind('/');
   if (uSlash == std::string::npos) return ".";
   return uSlash == 0 ? "/" : strPath.substr(0, uSlash);
+}
+
+// The file behind symbolic links, also where it is still to be made.
+std::string BehindLinks(std::string strPath) {
+  constexpr int kMostLinks = 40;  // as the system has it
+  std::vector<char> target(PATH_MAX);
+  for (int i = 0; i < kMostLinks; ++i) {
+    const ssize_t n = readlink(strPath.c_str(), target.data(), target.size());
+    if (n < 0) break;
+    const std::string strTarget(target.data(), static_cast<size_t>(n));
+    strPath = strTarget[0] == '/' ? strTarget : FolderOf(strPath) + "/" + strTarget;
+  }
+  return strPath;
+}
+
+bool NamesStandardOutput(const std::string& strPath) {
+  for (const char* sz : {"-", "/dev/stdout", "/dev/fd/1", "/proc/self/fd/1"}) {
+    if (strPath == sz) return true;
+  }
+  return false;
+}
+
+const char* TemporaryFolder() {
+  const char* const szFolder = std::getenv("TMPDIR");
+  return szFolder != nullptr && *szFolder != '\0' ? szFolder : "/tmp";
 }
 
 // ".coo" of "a/b.coo"; nothing for a name without one or with one of unusual length.
@@ -90,8 +108,16 @@ std::string EndingOf(const std::string& strPath) {
 
 }  // namespace
 
-OutputFile::OutputFile(const std::string& strPath)
-    : m_strPath(strPath), m_strTarget(BehindLinks(strPath)), m_strFolder(FolderOf(m_strTarget)) {
+OutputFile::OutputFile(const std::string& strPath, bool bCreate)
+    : m_bStandard(NamesStandardOutput(strPath)),
+      m_strPath(strPath),
+      m_strTarget(m_bStandard ? std::string() : BehindLinks(strPath)),
+      m_strFolder(m_bStandard ? TemporaryFolder() : FolderOf(m_strTarget)) {
+  if (!bCreate) {
+    unsigned uMode = 0;
+    CheckTarget(&uMode);
+    return;
+  }
   Create();
   m_pBuffer = std::make_unique<Buffer>(m_fd);
   m_pStream = std::make_unique<std::ostream>(m_pBuffer.get());
@@ -104,12 +130,24 @@ OutputFile::~OutputFile() {
   ForgetUnfinishedFile(m_iSlot);
 }
 
-void OutputFile::Create() {
-  struct stat old = {};
+// True with its mode where there is an old file.
+bool OutputFile::CheckTarget(unsigned* puMode) const {
+  struct stat old = {}, folder = {};
   const bool bOld = stat(m_strTarget.c_str(), &old) == 0;
+  if (!bOld && errno == ENOENT && stat(m_strFolder.c_str(), &folder) != 0) {
+    Fail("cannot be written, its folder is missing; mkdir -p '" + m_strFolder + "' makes it", 0);
+  }
   if (bOld && S_ISDIR(old.st_mode)) Fail("is a folder; name a file", 0);
   if (bOld && !S_ISREG(old.st_mode)) Fail("is no regular file; name a file", 0);
   if (bOld && access(m_strTarget.c_str(), W_OK) != 0) Fail("cannot be replaced", errno);
+  if (access(m_strFolder.c_str(), W_OK | X_OK) != 0) Fail("cannot be written", errno);
+  *puMode = old.st_mode & 07777;
+  return bOld;
+}
+
+void OutputFile::Create() {
+  unsigned uOldMode = 0;
+  const bool bOld = CheckTarget(&uOldMode);
 
   const std::string strEnding = EndingOf(m_strTarget);
   std::string strTemp = m_strFolder + "/.zu-XXXXXX" + strEnding;
@@ -122,7 +160,7 @@ void OutputFile::Create() {
 
   mode_t mode = 0666;
   if (bOld) {
-    mode = old.st_mode & 07777;
+    mode = uOldMode;
   } else {
     const mode_t mask = umask(0);
     umask(mask);
@@ -146,7 +184,24 @@ void OutputFile::Seal() {
   if (close(fd) != 0) Fail("cannot be written", errno);
 }
 
+bool OutputFile::CopyToStandardOutput() const {
+  const int fd = open(m_strTemp.c_str(), O_RDONLY | O_CLOEXEC);
+  if (fd < 0) return false;
+  std::vector<char> buffer(1 << 18);
+  ssize_t n = 0;
+  bool bGood = true;
+  while (bGood && (n = read(fd, buffer.data(), buffer.size())) != 0) {
+    if (n < 0 && errno == EINTR) continue;
+    bGood = n > 0 && WriteAll(STDOUT_FILENO, buffer.data(), static_cast<size_t>(n));
+  }
+  const int iErrno = errno;
+  close(fd);
+  errno = iErrno;
+  return bGood;
+}
+
 void OutputFile::Rename() {
+  if (m_bStandard) return;
   const SignalPause pause;
   if (rename(m_strTemp.c_str(), m_strTarget.c_str()) != 0) Fail("cannot be replaced", errno);
   m_strTemp.clear();
@@ -160,8 +215,30 @@ void OutputFile::Rename() {
   if (!bSynced) Fail("may be lost if the machine stops now", iErrno);
 }
 
+void CheckOutputs(const std::vector<OutputName>& outputs, bool bJson) {
+  std::map<std::string, std::string> names;  // target to option
+  if (bJson) names["-"] = "--json";
+  for (const OutputName& output : outputs) {
+    if (output.strPath.empty()) {
+      throw CommandError(kUsage, output.strOption + ": the name of the file is empty");
+    }
+    const bool bStandard = NamesStandardOutput(output.strPath);
+    std::error_code error;
+    const auto path = std::filesystem::absolute(BehindLinks(output.strPath), error);
+    const std::string strTarget =
+        bStandard ? "-" : std::filesystem::weakly_canonical(path, error).string();
+    const auto [former, bNew] = names.emplace(strTarget, output.strOption);
+    if (!bNew) {
+      throw CommandError(kUsage, former->second + " and " + output.strOption + " both write " +
+                                     (bStandard ? "standard output" : output.strPath) +
+                                     "; two names would be right");
+    }
+    OutputFile::Check(output.strPath);
+  }
+}
+
 void OutputFile::Fail(const std::string& strWhat, int iErrno) const {
-  std::string strText = m_strPath + ": " + strWhat;
+  std::string strText = (m_bStandard ? "standard output" : m_strPath) + ": " + strWhat;
   if (iErrno != 0) strText += std::string(" (") + std::strerror(iErrno) + ")";
   throw CommandError(kCannotWrite, strText);
 }

@@ -61,8 +61,7 @@ void ReadInSlices(const ColumnTable& table, std::string_view text, ProgressLine*
   }
 }
 
-void WarnOfDoubleIds(const std::string& strName, const ZuPointList& points,
-                     const Context& context) {
+void WarnOfDoubleIds(const std::string& strName, const ZuPointList& points, Context& context) {
   std::unordered_set<unsigned> seen;
   for (const ZuPoint* pPoint = points.First(); pPoint != nullptr; pPoint = pPoint->Next()) {
     if (seen.insert(pPoint->GetId()).second) continue;
@@ -124,6 +123,19 @@ void ReadPointsOrRows(const std::string& strPath, const std::string& strColumns,
   ReadRows(InputFile(strPath, "a coordinate file"), strColumns, context, pPoints);
 }
 
+namespace {
+
+// A zero is written without a sign.
+void DropSignsOfZero(ZuPointList* pPoints) {
+  for (ZuPoint* p = pPoints->First(); p != nullptr; p = p->Next()) {
+    for (double* pd : {&p->m_dX, &p->m_dY, &p->m_dZ, &p->m_dRedu1, &p->m_dRedu2, &p->m_dRedu3}) {
+      *pd += 0.0;
+    }
+  }
+}
+
+}  // namespace
+
 void WritePoints(ZuPointList* pPoints, const std::string& strColumns, OutputFile* pOutput) {
   std::vector<eZuPointRWMask> columns;
   for (eZuPointRWMask eColumn : ParseColumns(strColumns)) {
@@ -135,6 +147,7 @@ void WritePoints(ZuPointList* pPoints, const std::string& strColumns, OutputFile
     }
   }
   pPoints->SetMask(TableOf(columns));
+  DropSignsOfZero(pPoints);
   pPoints->Write(pOutput->Stream());
   if (pPoints->Count() > 0) pOutput->Stream() << '\n';
 }

@@ -3,8 +3,11 @@
 #pragma once
 
 #include <chrono>
+#include <condition_variable>
+#include <mutex>
 #include <optional>
 #include <string>
+#include <thread>
 
 #include "zu/foundation/progress.h"
 
@@ -29,6 +32,28 @@ class ProgressLine {
   bool m_bShown = false;
   Clock::time_point m_next;
 };
+
+// Tells that the program works, and for how many seconds, while no ProgressLine tells more: a line
+// of the same kind for work whose end nobody knows.
+class WorkLine {
+ public:
+  WorkLine(std::string strTitle, bool bQuiet);
+  ~WorkLine();
+  WorkLine(const WorkLine&) = delete;
+  WorkLine& operator=(const WorkLine&) = delete;
+
+ private:
+  void Run();
+
+  std::string m_strTitle;
+  std::mutex m_mutex;
+  std::condition_variable m_ended;
+  bool m_bEnded = false;
+  std::thread m_thread;  // none where nothing is shown
+};
+
+// Takes the line off the terminal before something else is written there.
+void ClearProgress();
 
 // Shows the progress of the library's own long operations while it lives.
 class LibraryProgress {

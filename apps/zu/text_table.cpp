@@ -13,10 +13,17 @@ std::string Fixed(double dValue, int iDecimals) {
   char szBuffer[400];  // 309 digits before the point at most
   const auto result = std::to_chars(szBuffer, szBuffer + sizeof(szBuffer), dValue,
                                     std::chars_format::fixed, std::min(iDecimals, 40));
-  std::string strResult(szBuffer, result.ptr);
-  const bool bZero = strResult.find_first_not_of("-0.") == std::string::npos;
-  if (bZero && strResult[0] == '-') strResult.erase(0, 1);  // rounded to 0, which has no sign
-  return strResult;
+  const std::string strText(szBuffer, result.ptr);
+  const bool bZero = strText.find_first_of("123456789") == std::string::npos;
+  return bZero && strText[0] == '-' ? strText.substr(1) : strText;
+}
+
+std::string Counted(long long iCount, const std::string& strOne) {
+  return Counted(iCount, strOne, strOne + "s");
+}
+
+std::string Counted(long long iCount, const std::string& strOne, const std::string& strMany) {
+  return std::to_string(iCount) + " " + (iCount == 1 ? strOne : strMany);
 }
 
 int DecimalsFor(double dLargest) {
@@ -27,7 +34,7 @@ int DecimalsFor(double dLargest) {
 std::string Shortest(double dValue) {
   if (!std::isfinite(dValue)) return "-";
   char szBuffer[32];
-  const auto result = std::to_chars(szBuffer, szBuffer + sizeof(szBuffer), dValue);
+  const auto result = std::to_chars(szBuffer, szBuffer + sizeof(szBuffer), dValue + 0.0);
   return std::string(szBuffer, result.ptr);
 }
 

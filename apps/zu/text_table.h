@@ -7,10 +7,14 @@
 
 namespace cli {
 
-// dValue with iDecimals digits behind the point; "-" for one that is not finite.
+// dValue with iDecimals digits behind the point; "-" for one that is not finite. What rounds to 0
+// has no sign.
 std::string Fixed(double dValue, int iDecimals);
 // Decimals that show four digits of the largest value of a column: 4 to 12.
 int DecimalsFor(double dLargest);
+// A number of things: "1 point", "2 points"; for words that take another ending the second form.
+std::string Counted(long long iCount, const std::string& strOne);
+std::string Counted(long long iCount, const std::string& strOne, const std::string& strMany);
 // All digits that tell dValue from its neighbours, in the shortest form.
 std::string Shortest(double dValue);
 // An angle in radians as "12.3456789 gon  11.1111110 deg".

@@ -125,22 +125,61 @@ TEST(ResultFile, ReplacesTheOldFileAndKeepsItsMode) {
   EXPECT_EQ(folder.Names(), std::vector<std::string>({"out.coo"}));
 }
 
-TEST(ResultFile, IsWrittenBehindASymbolicLink) {
+// Names are looked at before anything is computed: a wrong one leaves no other file, and old ones
+// alone.
+TEST(ResultFile, GoesWhereItsNameSaysOrIsRefused) {
   const ScratchFolder folder;
-  const std::string strReal = folder.Write("real.coo", "old");
-  ASSERT_EQ(symlink(strReal.c_str(), folder.Path("link.coo").c_str()), 0);
-  EXPECT_EQ(RunZu(Join(folder.Path("link.coo"))).iExit, 0);
-  EXPECT_NE(ReadFile(strReal), "old");
-  struct stat status = {};
-  ASSERT_EQ(lstat(folder.Path("link.coo").c_str(), &status), 0);
-  EXPECT_TRUE(S_ISLNK(status.st_mode));
+  folder.Write("a.coo", "1 0 0 0\n2 1 0 0\n3 0 1 0\n");
+  folder.Write("real.coo", "old");
+  ExpectLines(
+      {
+          {"ln -s real.coo link; zu plane a.coo -o link && test -L link && wc -w < real.coo", 0,
+           "12", ""},
+          {"mkdir d; ln -s d/new.coo to; zu plane a.coo -o to && test -L to && wc -w < d/new.coo",
+           0, "12", ""},
+          {"rm d/new.coo; zu plane a.coo -o feet --log d/../feet", 2, "",
+           "-o and --log both write d/../feet; two names"},
+          {"zu plane a.coo -o d/new.coo --log to", 2, "", "-o and --log both write"},
+          {"zu plane a.coo --json -o -", 2, "", "--json and -o both write standard output"},
+          {"zu plane a.coo -o ''", 2, "", "-o: the name of the file is empty"},
+          {"zu plane a.coo --log b -o no/such/feet", 5, "", "mkdir -p 'no/such' makes it"},
+          {"zu plane a.coo -o .", 5, "", ".: is a folder"},
+          {"zu plane a.coo -o /dev/full", 5, "", "is no regular file"},
+          {"zu plane none.coo -o no/feet", 5, "", "no/feet: cannot be written"},
+          {"ls", 0, "a.coo\nd\nlink\nreal.coo\nto\n", ""},
+          {"zu plane a.coo -o - | zu plane - --quiet", 0, "3 points", ""},
+          {"zu plane a.coo -o /dev/stdout > out && wc -w < out && ls -A $TMPDIR | grep -c zu- || :",
+           0, "12", ""},
+          {"zu plane a.coo -o - > /dev/full", 5, "", "standard output cannot be written"},
+          {"seq 9999 | awk '{print $1,$1%71,$1%73,1}' | zu plane - | head -1 2>&1", 5, "", "!zu"},
+      },
+      folder);
 }
 
-TEST(ResultFile, CannotBeAFolderADeviceOrInAMissingFolder) {
+TEST(Program, ChecksTheNumbersOfItsOptions) {
   const ScratchFolder folder;
-  ExpectFailure(RunZu(Join(folder.Path("missing/out.coo"))), 5, "cannot be written");
-  ExpectFailure(RunZu(Join(folder.Path("."))), 5, "is a folder");
-  ExpectFailure(RunZu(Join("/dev/full")), 5, "is no regular file");
+  folder.Write("a.coo", "1 0 0 0\n2 1 0 0\n3 0 1 0\n");
+  ExpectLines(
+      {{"zu transform a.coo --control a.coo --min-points -7", 2, "", "-7 is not at least 3"},
+       {"zu merge a.coo a.coo --tolerance nan", 2, "", "nan is not a number"},
+       {"zu merge a.coo a.coo --tolerance 0", 2, "", "0 is not above 0"},
+       {"zu merge a.coo a.coo --tolerance 1 --blend 2", 2, "", "2 is not at most 1"},
+       {"zu local a.coo --scale-tolerance -1", 2, "", "-1 is not at least 0"},
+       {"zu camera plot $S/chessboard/cameras.cam --id 1 -o x --width inf", 2, "", "inf is"},
+       {"zu camera plot $S/chessboard/cameras.cam --id 1 -o x --height -5", 2, "",
+        "--height: -5 is not above 0"}},
+      folder);
+}
+
+// What rounds to 0 has no sign, one thing no plural.
+TEST(Program, WritesNumbersAsPeopleDo) {
+  const ScratchFolder folder;
+  folder.Write("a.coo", "1 0 0 0\n2 1 0 0\n3 0 1 -1e-9\n4 1 1 -1e-9\n");
+  ExpectLines({{"zu local a.coo --axis X:1,2 --plane XY:3 -o -", 0, "!-0 ", ""},
+               {"zu local a.coo --axis X:1,2 --plane XY:3", 0, "!-0.0000000 ", ""},
+               {"zu plane a.coo", 0, "!-0.000000000000 ", ""},
+               {"zu trafo2d a.coo --control <(head -1 a.coo) --type helmert", 4, "", "1 point in"}},
+              folder);
 }
 
 // Whatever stops the run, the old file stays byte for byte and nothing else is left.
@@ -155,7 +194,7 @@ TEST(ResultFile, StaysAsItWasWhenTheRunFails) {
 
   RunOptions closedPipe;
   closedPipe.bClosedPipe = true;
-  ExpectFailure(RunZu(arguments, closedPipe), 5, "standard output cannot be written");
+  ExpectFailure(RunZu(arguments, closedPipe), 5, "out.coo is not written");
 
   RunOptions fullStdout;
   fullStdout.strStdout = "/dev/full";

@@ -89,7 +89,7 @@ TEST(Merge, RefusesWhatItCannotDecide) {
   const std::string strLine = "1 0 0 0\n2 1 1 1\n3 2 2 2\n";
   const std::vector<std::string> tolerance = {"--tolerance=0.1"};
   ExpectFailure(RunTexts("merge", {strTriangle, "1 0 0 0\n9 1 1 1\n"}, tolerance), 4,
-                "1 points in common, 3 are needed");
+                "1 point in common, 3 are needed");
   ExpectFailure(RunTexts("merge", {strTriangle, "1 0 0 0\n2 5 0 0\n3 0 1 0\n"}, tolerance), 4,
                 "do not agree");
   ExpectFailure(RunTexts("merge", {strLine, strLine}, tolerance), 4, "do not determine");
@@ -222,7 +222,7 @@ TEST(Trafo2d, RefusesWhatDoesNotDetermineIt) {
                         const char* szType, const char* szMessage) {
     ExpectFailure(RunTexts("trafo2d", {strSource, strControl}, {"--type", szType}), 4, szMessage);
   };
-  fails("1 0 0\n9 1 0\n", strSquare, "helmert", "1 points in common, helmert needs 2");
+  fails("1 0 0\n9 1 0\n", strSquare, "helmert", "1 point in common, helmert needs 2");
   fails("8 0 0\n9 1 0\n", strSquare, "auto", "0 points in common");
   fails(strSquare, strSquare, "polynom", "polynom needs 10");
   fails(strLine, strSquare, "affin", "do not determine");
