@@ -17,7 +17,7 @@ namespace {
 
 struct Values {
   std::string strPoints, strOutput;
-  std::string strColumns = "id,x,y,z";
+  PointFormat format;
   LokalOptions lokal;
   double dScaleTolerance = 0.01;
 };
@@ -112,7 +112,7 @@ void WriteText(const ZuLokalSystem& system, const ZuPointList& points,
       scaleTable.AddColumn(szTitle);
     }
     for (const Scale& s : scales) {
-      scaleTable.AddRow({std::to_string(s.uIdA) + "," + std::to_string(s.uIdB),
+      scaleTable.AddRow({LabelOf(s.uIdA, points) + "," + LabelOf(s.uIdB, points),
                          Shortest(s.dDistance), Fixed(s.dScale, 9),
                          Fixed((s.dScale - trafo.m_dScale) / trafo.m_dScale * 100.0, 4) + " %",
                          s.bBad ? "beyond tolerance" : ""});
@@ -137,6 +137,7 @@ void FillJson(const ZuPointList& points, const std::vector<Scale>& scales, bool 
   root["scales"] = Json::array();
   for (const Scale& s : scales) {
     root["scales"].push_back({{"ids", {s.uIdA, s.uIdB}},
+                              {"points", {LabelOf(s.uIdA, points), LabelOf(s.uIdB, points)}},
                               {"distance", s.dDistance},
                               {"scale", s.dScale},
                               {"bad", s.bBad}});
@@ -154,7 +155,8 @@ void FillJson(const ZuPointList& points, const std::vector<Scale>& scales, bool 
 
 ExitCode Run(const Values& values, Context& context) {
   ZuPointList points;
-  ReadPoints(values.strPoints, values.strColumns, context, &points);
+  ReadPoints(values.strPoints, values.format, context, &points);
+  GiveCommonIds("", context, &points, nullptr);
   const ZuLokalSystem system =
       ReadLokalSystem(values.lokal, NameInMessages(values.strPoints), points);
   CheckPoints(values, system, points);
@@ -168,7 +170,7 @@ ExitCode Run(const Values& values, Context& context) {
     context.Warn("the scales disagree by more than --scale-tolerance; their mean was taken");
   }
   if (!values.strOutput.empty()) {
-    WritePoints(&points, values.strColumns, &context.NewOutput(values.strOutput));
+    WritePoints(&points, values.format.strColumns, &context.NewOutput(values.strOutput));
   }
   return bScales ? kGood : kNotAcceptable;
 }
@@ -193,7 +195,7 @@ Runner DefineLocal(Options& options) {
   options.Option("--definition", "FILE", &lokal.strDefinition,
                  "file with the definition as a LOKAL { ... } block; the options above replace "
                  "its parts");
-  AddColumnsOption(options, &pValues->strColumns);
+  AddPointOptions(options, &pValues->format);
   options.Output("-o,--output", "OUT", &pValues->strOutput,
                  "coordinate file of all points in the local system");
   return [pValues](Context& context) { return Run(*pValues, context); };

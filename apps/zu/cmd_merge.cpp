@@ -19,7 +19,7 @@ constexpr int kSampleSize = 4;    // of the library's search, without extra poin
 struct Values {
   std::string strA, strB;
   std::string strOutput, strRejected;
-  std::string strColumns = "id,x,y,z";
+  PointFormat format;
   double dTolerance = 0.0;
   bool bRelative = false;
   bool bStrict = false;
@@ -125,12 +125,6 @@ Residual ResidualOf(const ZuPoint& p) {
   return {PointLabel(p), p.m_dRedu1, p.m_dRedu2, p.m_dRedu3};
 }
 
-Json IdsOf(const std::vector<const ZuPoint*>& points) {
-  Json ids = Json::array();
-  for (const ZuPoint* p : points) ids.push_back(p->GetId());
-  return ids;
-}
-
 void Report(const Values& values, const Lists& lists, const Groups& groups, const ZuTrafo3d& trafo,
             Context& context) {
   std::vector<Residual> agreeing, rejected;
@@ -167,19 +161,20 @@ void Report(const Values& values, const Lists& lists, const Groups& groups, cons
   root["status"] = static_cast<int>(trafo.GetStatus());
   root["status_text"] = GetTrafo3DStatusText(trafo.GetStatus());
   root["common"] = agreeing.size() + rejected.size();
-  root["rejected"] = IdsOf(rejectedPoints);
+  root["rejected"] = JsonLabels(rejectedPoints);
   AddParameters(trafo, &root);
   root["rms"] = ToJson(RmsOf(agreeing));
-  root["only_a"] = IdsOf(groups.onlyA);
-  root["only_b"] = IdsOf(groups.onlyB);
+  root["only_a"] = JsonLabels(groups.onlyA);
+  root["only_b"] = JsonLabels(groups.onlyB);
   root["points"] = std::move(points);
 }
 
 ExitCode Run(const Values& values, Context& context) {
   CheckUsage(values);
   Lists lists;
-  ReadPoints(values.strA, values.strColumns, context, &lists.listA);
-  ReadPoints(values.strB, values.strColumns, context, &lists.listB);
+  ReadPoints(values.strA, values.format, context, &lists.listA);
+  ReadPoints(values.strB, values.format, context, &lists.listB);
+  GiveCommonIds(NameInMessages(values.strB), context, &lists.listA, &lists.listB);
   ZuTrafo3d trafo;
   Merge(values, &lists, &trafo);
   const Groups groups = GroupsOf(lists, trafo.GetCommonIdTable().Count());
@@ -188,10 +183,10 @@ ExitCode Run(const Values& values, Context& context) {
 
   const bool bRejected = !lists.rejected.IsEmpty();
   if (!values.strOutput.empty()) {
-    WritePoints(&lists.result, values.strColumns, &context.NewOutput(values.strOutput));
+    WritePoints(&lists.result, values.format.strColumns, &context.NewOutput(values.strOutput));
   }
   if (!values.strRejected.empty()) {
-    WritePoints(&lists.rejected, values.strColumns, &context.NewOutput(values.strRejected));
+    WritePoints(&lists.rejected, values.format.strColumns, &context.NewOutput(values.strRejected));
   }
   return bRejected && values.bStrict ? kNotAcceptable : kGood;
 }
@@ -222,7 +217,7 @@ Runner DefineMerge(Options& options) {
   options.Option("--seed", "S", &pValues->uSeed,
                  "of the random samples; the same seed gives the same result");
   options.Flag("--strict", &pValues->bStrict, "end with exit code 1 where points are rejected");
-  AddColumnsOption(options, &pValues->strColumns);
+  AddPointOptions(options, &pValues->format);
   options.Output("-o,--output", "OUT", &pValues->strOutput,
                  "coordinate file of both lists in the system of A, without rejected points");
   options.Output("--rejected", "FILE", &pValues->strRejected,

@@ -97,7 +97,7 @@ void PrintPhoto(const ZuPhoto& photo, int iMeasured, std::ostream& stream) {
            << "\n                                 about Y b " << Angle(angles.b)
            << "\n                                 about Z c " << Angle(angles.c) << '\n';
   }
-  stream << "  " << Counted(static_cast<size_t>(iMeasured), "measured point") << ", "
+  stream << "  " << Counted(iMeasured, "measured point") << ", "
          << Counted(static_cast<size_t>(photo.CountZuspTrafo()), "rectification") << '\n';
 }
 

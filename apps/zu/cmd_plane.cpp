@@ -19,7 +19,7 @@ struct Values {
   std::string strPoints;
   std::string strLog;
   std::string strOutput;
-  std::string strColumns = "id,x,y,z";
+  PointFormat format;
   bool bForce = false;
 };
 
@@ -148,7 +148,7 @@ void WriteLog(const std::string& strLog, ZuCalcPlane& calc, Context& context) {
 
 ExitCode Run(const Values& values, Context& context) {
   ZuPointList points;
-  ReadPointsOrRows(values.strPoints, values.strColumns, context, &points);
+  ReadPointsOrRows(values.strPoints, values.format, context, &points);
   ZuCalcPlane calc;
   Fit(values, &points, &calc);
 
@@ -159,7 +159,8 @@ ExitCode Run(const Values& values, Context& context) {
   }
   if (!values.strLog.empty()) WriteLog(values.strLog, calc, context);
   if (!values.strOutput.empty()) {
-    WritePoints(calc.GetPointsInZuPlane(), values.strColumns, &context.NewOutput(values.strOutput));
+    WritePoints(calc.GetPointsInZuPlane(), values.format.strColumns,
+                &context.NewOutput(values.strOutput));
   }
   return kGood;
 }
@@ -171,7 +172,7 @@ Runner DefinePlane(Options& options) {
   options.Positional("POINTS", &pValues->strPoints, "coordinate file");
   options.Flag("--force", &pValues->bForce, "take points that are close to a line");
   options.Output("--log", "FILE", &pValues->strLog, "append the log of the fit to this file");
-  AddColumnsOption(options, &pValues->strColumns);
+  AddPointOptions(options, &pValues->format);
   options.Output("-o,--output", "FEET", &pValues->strOutput,
                  "coordinate file of the foot points on the plane");
   return [pValues](Context& context) { return Run(*pValues, context); };

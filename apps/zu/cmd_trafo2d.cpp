@@ -7,6 +7,7 @@
 #include "commands.h"
 #include "point_input.h"
 #include "text_table.h"
+#include "trafo_check.h"
 #include "zu/foundation/sort_helper.h"
 #include "zu/rectify/region.h"
 #include "zu/transform/calc_trafo2d.h"
@@ -21,7 +22,7 @@ constexpr double kSame = 1e-4;
 struct Values {
   std::string strSource, strControl, strOutput;
   std::string strType;
-  std::string strColumns = "id,x,y";
+  PointFormat format = {"id,x,y", "error", "xy"};
 };
 
 struct Kind {
@@ -136,6 +137,10 @@ void Estimate(const Values& values, const Kind& kind, Lists* pLists, ZuCalcTrafo
     throw CommandError(kUndetermined, Files(values) + " have " + strPoints + ", " + kind.szName +
                                           " needs " + std::to_string(kind.iMinPoints));
   }
+  if (kind.eType == eZuTrafo2DHelmert) {
+    CheckMirrored(Files(values), NameInMessages(values.strSource), HelmertRms, pLists->commonSource,
+                  pLists->commonControl);
+  }
   const bool bGood = (pTrafo->*kind.pfnCalc)(&pLists->commonSource);
   if (!bGood || !IsDetermined(kind, *pTrafo, *pLists)) {
     throw CommandError(kUndetermined, Files(values) + ": the " + strPoints +
@@ -192,6 +197,7 @@ void FillJson(const Kind& kind, const Lists& lists, const ZuCalcTrafo2D& trafo, 
   root["residual_x"] = trafo.GetResidualX();
   root["residual_y"] = trafo.GetResidualY();
   root["max_error_id"] = trafo.GetMaxError();
+  root["max_error_point"] = LabelOf(trafo.GetMaxError(), lists.commonSource);
   const ZuSortHelper<ZuPoint> common(&lists.commonSource);
   Json points = Json::array();
   for (const ZuPoint* p = lists.source.First(); p != nullptr; p = p->Next()) {
@@ -211,8 +217,9 @@ void FillJson(const Kind& kind, const Lists& lists, const ZuCalcTrafo2D& trafo, 
 
 ExitCode Run(const Values& values, Context& context) {
   Lists lists;
-  ReadPoints(values.strSource, values.strColumns, context, &lists.source);
-  ReadPoints(values.strControl, values.strColumns, context, &lists.control);
+  ReadPoints(values.strSource, values.format, context, &lists.source);
+  ReadPoints(values.strControl, values.format, context, &lists.control);
+  GiveCommonIds(NameInMessages(values.strControl), context, &lists.source, &lists.control);
   FindCommon(&lists);
   const Kind& kind = KindFor(values, &lists);
   ZuCalcTrafo2D trafo(&lists.control);
@@ -222,7 +229,7 @@ ExitCode Run(const Values& values, Context& context) {
   if (!values.strOutput.empty()) {
     ZuPointList out(lists.source);
     for (ZuPoint* p = out.First(); p != nullptr; p = p->Next()) trafo.Transform(p);
-    WritePoints(&out, values.strColumns, &context.NewOutput(values.strOutput));
+    WritePoints(&out, values.format.strColumns, &context.NewOutput(values.strOutput));
   }
   return kGood;
 }
@@ -238,7 +245,7 @@ Runner DefineTrafo2d(Options& options) {
   options.Choice("--type", {"helmert", "affin", "projektiv", "polynom", "auto"}, &pValues->strType,
                  "kind of transformation; auto takes what number and spread of the points allow");
   options.Required();
-  AddColumnsOption(options, &pValues->strColumns);
+  AddPointOptions(options, &pValues->format);
   options.Output("-o,--output", "OUT", &pValues->strOutput,
                  "coordinate file of SOURCE in the target system");
   return [pValues](Context& context) { return Run(*pValues, context); };

@@ -7,6 +7,7 @@
 #include "commands.h"
 #include "point_input.h"
 #include "text_table.h"
+#include "trafo_check.h"
 #include "trafo_report.h"
 #include "zu/transform/trafo3d.h"
 
@@ -19,7 +20,7 @@ struct Values {
   std::string strSource;
   std::string strControl;
   std::string strOutput;
-  std::string strColumns = "id,x,y,z";
+  PointFormat format;
   bool bUnitScale = false;
   int iMinPoints = 3;
 };
@@ -51,12 +52,21 @@ void Estimate(const Values& values, const Lists& lists, const ZuSortHelper<ZuPoi
                        strFiles + " have " + Counted(pTrafo->GetCommonPoints(), "point") +
                            " in common, " + std::to_string(values.iMinPoints) + " are needed");
   }
-  const bool bProper = bGood && std::fabs(pTrafo->m_mRot.Sarrus() - 1.0) < kProper;
-  if (!bProper || AreCollinear(lists.commonSource) || AreCollinear(lists.commonControl)) {
-    throw CommandError(kUndetermined,
-                       strFiles + ": the " + std::to_string(lists.commonSource.Count()) +
-                           " common points do not determine a transformation\nthree that are not "
-                           "on one straight line are needed, with finite coordinates");
+  const std::string strCommon = Counted(lists.commonSource.Count(), "common point");
+  if (AreCollinear(lists.commonSource) || AreCollinear(lists.commonControl)) {
+    throw CommandError(kUndetermined, strFiles + ": the " + strCommon +
+                                          " do not determine a transformation\nthree that are not "
+                                          "on one straight line are needed");
+  }
+  CheckMirrored(strFiles, NameInMessages(values.strSource), SimilarityRms, lists.commonSource,
+                lists.commonControl);
+  if (!bGood || !(std::fabs(pTrafo->m_mRot.Sarrus() - 1.0) < kProper)) {
+    throw CommandError(kUndetermined, strFiles + ": no rotation carries the " + strCommon +
+                                          " over (" + GetTrafo3DStatusText(pTrafo->GetStatus()) +
+                                          ")\nif one of them is wrong, zu merge " +
+                                          NameInMessages(values.strControl) + " " +
+                                          NameInMessages(values.strSource) +
+                                          " --tolerance T finds it");
   }
   // The best rotation does not depend on the scale; what is left is not to apply it.
   if (values.bUnitScale) pTrafo->m_dScale = 1.0;
@@ -79,26 +89,26 @@ std::vector<Residual> ResidualsOf(const ZuPointList& out, int iSourcePoints,
 void AddPoints(const ZuPointList& out, int iSourcePoints, const ZuSortHelper<ZuPoint>& control,
                const std::vector<Residual>& residuals, Json* pRoot) {
   Json points = Json::array();
-  Json onlySource = Json::array();
-  Json onlyControl = Json::array();
+  std::vector<const ZuPoint*> onlySource, onlyControl;
   size_t uResidual = 0;
   int i = 0;
   for (const ZuPoint* p = out.First(); p != nullptr; p = p->Next(), ++i) {
     const bool bSource = i < iSourcePoints;
     const bool bCommon = bSource && control.Find(p->GetId()) != nullptr;
     points.push_back(ToJson(*p, bCommon ? &residuals[uResidual++] : nullptr));
-    if (!bSource) onlyControl.push_back(p->GetId());
-    if (bSource && !bCommon) onlySource.push_back(p->GetId());
+    if (!bSource) onlyControl.push_back(p);
+    if (bSource && !bCommon) onlySource.push_back(p);
   }
   (*pRoot)["points"] = std::move(points);
-  (*pRoot)["only_source"] = std::move(onlySource);
-  (*pRoot)["only_control"] = std::move(onlyControl);
+  (*pRoot)["only_source"] = JsonLabels(onlySource);
+  (*pRoot)["only_control"] = JsonLabels(onlyControl);
 }
 
 ExitCode Run(const Values& values, Context& context) {
   Lists lists;
-  ReadPoints(values.strSource, values.strColumns, context, &lists.source);
-  ReadPoints(values.strControl, values.strColumns, context, &lists.control);
+  ReadPoints(values.strSource, values.format, context, &lists.source);
+  ReadPoints(values.strControl, values.format, context, &lists.control);
+  GiveCommonIds(NameInMessages(values.strControl), context, &lists.source, &lists.control);
   const ZuSortHelper<ZuPoint> control(&lists.control);
   FindCommon(control, &lists);
 
@@ -115,6 +125,7 @@ ExitCode Run(const Values& values, Context& context) {
                  << " only in " << NameInMessages(values.strControl)
                  << "\nresiduals: control minus transformed source\n\n";
   WriteResiduals(residuals, context.Text());
+  WarnOfWrongPoint(residuals, lists.commonControl, context);
   context.Text() << '\n';
   WriteParameters(trafo, context.Text());
 
@@ -128,7 +139,7 @@ ExitCode Run(const Values& values, Context& context) {
   if (context.IsJson()) AddPoints(out, iSourcePoints, control, residuals, &root);
 
   if (!values.strOutput.empty()) {
-    WritePoints(&out, values.strColumns, &context.NewOutput(values.strOutput));
+    WritePoints(&out, values.format.strColumns, &context.NewOutput(values.strOutput));
   }
   return kGood;
 }
@@ -144,7 +155,7 @@ Runner DefineTransform(Options& options) {
   options.Flag("--unit-scale", &pValues->bUnitScale, "rotate and shift only, scale 1");
   options.Option("--min-points", "N", &pValues->iMinPoints, "common points needed");
   options.AtLeast(3);
-  AddColumnsOption(options, &pValues->strColumns);
+  AddPointOptions(options, &pValues->format);
   options.Output("-o,--output", "OUT", &pValues->strOutput,
                  "coordinate file of all points in the target system");
   return [pValues](Context& context) { return Run(*pValues, context); };

@@ -4,7 +4,6 @@
 #include <cstdio>
 #include <memory>
 #include <string_view>
-#include <unordered_set>
 #include <vector>
 
 #include "exit_code.h"
@@ -61,24 +60,33 @@ void ReadInSlices(const ColumnTable& table, std::string_view text, ProgressLine*
   }
 }
 
-void WarnOfDoubleIds(const std::string& strName, const ZuPointList& points, Context& context) {
-  std::unordered_set<unsigned> seen;
-  for (const ZuPoint* pPoint = points.First(); pPoint != nullptr; pPoint = pPoint->Next()) {
-    if (seen.insert(pPoint->GetId()).second) continue;
-    context.Warn(strName + ": point " + PointLabel(*pPoint) + " stands more than once");
-    return;
+Duplicates DuplicatesOf(const PointFormat& format) {
+  if (format.strDuplicates == "first") return eDuplicatesFirst;
+  if (format.strDuplicates == "last") return eDuplicatesLast;
+  return format.strDuplicates == "mean" ? eDuplicatesMean : eDuplicatesError;
+}
+
+void CheckCoordinates(const PointFormat& format) {
+  const std::vector<eZuPointRWMask> columns = ParseColumns(format.strColumns);
+  for (const char* pc = format.szCoordinates; *pc != '\0'; ++pc) {
+    const eZuPointRWMask eColumn = *pc == 'x'   ? eZuPointRWX
+                                   : *pc == 'y' ? eZuPointRWY
+                                                : eZuPointRWZ;
+    if (std::find(columns.begin(), columns.end(), eColumn) != columns.end()) continue;
+    throw CommandError(kUsage, "--columns: \"" + format.strColumns + "\" has no column " + *pc +
+                                   ", which the command computes with");
   }
 }
 
-void CheckHasId(const std::string& strColumns) {
-  if (!HasIdColumn(ParseColumns(strColumns))) {
-    throw CommandError(kUsage, "--columns: \"" + strColumns +
-                                   "\" has no column for the id; add id, or idname for names");
-  }
+void CheckIdColumn(const std::string& strColumns) {
+  if (HasIdColumn(ParseColumns(strColumns))) return;
+  throw CommandError(kUsage, "--columns: \"" + strColumns +
+                                 "\" has no column for the id; add id, or idname for names");
 }
 
-void ReadRows(const InputFile& file, const std::string& strColumns, Context& context,
+void ReadRows(const InputFile& file, const PointFormat& format, Context& context,
               ZuPointList* pPoints) {
+  const std::string& strColumns = format.strColumns;
   const std::vector<eZuPointRWMask> columns = ParseColumns(strColumns);
   const std::string strText = file.Text();
   std::string_view text = strText;
@@ -93,9 +101,12 @@ void ReadRows(const InputFile& file, const std::string& strColumns, Context& con
     throw CommandError(
         kBadInput, file.Name() + ": holds no point; lines of " + strColumns + " would be right");
   }
+  reader.SetMask(TableOf(columns));
+  if (!reader.HasEntry(eZuPointRWPhoto)) {
+    JoinDuplicates(file.Name(), lines.Lines(), DuplicatesOf(format), context, &reader);
+  }
   pPoints->SetMask(TableOf(columns));
   reader.MoveTo(pPoints);
-  if (!reader.HasEntry(eZuPointRWPhoto)) WarnOfDoubleIds(file.Name(), *pPoints, context);
 }
 
 }  // namespace
@@ -106,21 +117,38 @@ void AddColumnsOption(Options& options, std::string* pColumns) {
                  "camera x y z dx dy dz red1 red2 red3 color nimo vx vy vz skip");
 }
 
+void AddPointOptions(Options& options, PointFormat* pFormat) {
+  AddColumnsOption(options, &pFormat->strColumns);
+  options.Choice("--duplicates", {"error", "first", "last", "mean"}, &pFormat->strDuplicates,
+                 "what counts of a point that stands more than once in a file");
+}
+
+void ReadPoints(const std::string& strPath, const PointFormat& format, Context& context,
+                ZuPointList* pPoints) {
+  CheckIdColumn(format.strColumns);
+  ReadPointsOrRows(strPath, format, context, pPoints);
+}
+
 void ReadPoints(const std::string& strPath, const std::string& strColumns, Context& context,
                 ZuPointList* pPoints) {
-  CheckHasId(strColumns);
-  ReadRows(InputFile(strPath, "a coordinate file"), strColumns, context, pPoints);
+  ReadPoints(strPath, PointFormat{strColumns, "error", ""}, context, pPoints);
 }
 
 void ReadPoints(const InputFile& file, const std::string& strColumns, Context& context,
                 ZuPointList* pPoints) {
-  CheckHasId(strColumns);
-  ReadRows(file, strColumns, context, pPoints);
+  CheckIdColumn(strColumns);
+  ReadRows(file, PointFormat{strColumns, "error", ""}, context, pPoints);
+}
+
+void ReadPointsOrRows(const std::string& strPath, const PointFormat& format, Context& context,
+                      ZuPointList* pPoints) {
+  CheckCoordinates(format);
+  ReadRows(InputFile(strPath, "a coordinate file"), format, context, pPoints);
 }
 
 void ReadPointsOrRows(const std::string& strPath, const std::string& strColumns, Context& context,
                       ZuPointList* pPoints) {
-  ReadRows(InputFile(strPath, "a coordinate file"), strColumns, context, pPoints);
+  ReadPointsOrRows(strPath, PointFormat{strColumns, "error", ""}, context, pPoints);
 }
 
 namespace {
@@ -150,11 +178,6 @@ void WritePoints(ZuPointList* pPoints, const std::string& strColumns, OutputFile
   DropSignsOfZero(pPoints);
   pPoints->Write(pOutput->Stream());
   if (pPoints->Count() > 0) pOutput->Stream() << '\n';
-}
-
-std::string PointLabel(const ZuPoint& point) {
-  const std::string strName = point.GetName().chars();
-  return strName.empty() ? std::to_string(point.GetId()) : strName;
 }
 
 std::string ReadWholeFile(const std::string& strPath) {

@@ -135,8 +135,4 @@ ZuCameraList ReadCameras(const std::string& strPath, Context& context) {
   return cameras;
 }
 
-std::string Counted(size_t uCount, const std::string& strWhat) {
-  return std::to_string(uCount) + " " + strWhat + (uCount == 1 ? "" : "s");
-}
-
 }  // namespace cli

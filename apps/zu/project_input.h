@@ -8,6 +8,7 @@
 #include "input_file.h"
 #include "options.h"
 #include "project.h"
+#include "text_table.h"
 
 namespace cli {
 
@@ -34,8 +35,5 @@ void CheckNothingLacks(const Project& project, const ZuPhoto& photo, unsigned uN
 // The cameras of a camera file, either form. A keyword that was probably meant as another is a
 // fault here: the camera would lack a coefficient. Throws CommandError (bad input).
 ZuCameraList ReadCameras(const std::string& strPath, Context& context);
-
-// "1 measurement", "2 measurements".
-std::string Counted(size_t uCount, const std::string& strWhat);
 
 }  // namespace cli

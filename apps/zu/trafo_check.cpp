@@ -1,0 +1,111 @@
+#include "trafo_check.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <utility>
+
+#include "exit_code.h"
+#include "text_table.h"
+#include "zu/transform/calc_trafo2d.h"
+#include "zu/transform/trafo3d.h"
+
+namespace cli {
+namespace {
+
+constexpr double kProper = 1e-6;    // |det R - 1| of a rotation at most [-]
+constexpr double kBad = 1e-4;       // RMS over the extent from which a fit is looked at [-]
+constexpr double kBetter = 0.1;     // RMS over the former one of a fit that explains it [-]
+constexpr double kOutlier = 5.0;    // length over the median of a point that stands out [-]
+constexpr double kRounding = 1e-6;  // length over the extent that is no blunder [-]
+constexpr size_t kFewest = 4;       // points of which one can stand out
+constexpr double kNone = std::numeric_limits<double>::infinity();
+
+// Largest side of the box.
+double ExtentOf(const ZuPointList& points) {
+  double adLow[3] = {kNone, kNone, kNone}, adHigh[3] = {-kNone, -kNone, -kNone};
+  for (const ZuPoint* p = points.First(); p != nullptr; p = p->Next()) {
+    const double ad[] = {p->m_dX, p->m_dY, p->m_dZ};
+    for (int i = 0; i < 3; ++i) {
+      adLow[i] = std::min(adLow[i], ad[i]);
+      adHigh[i] = std::max(adHigh[i], ad[i]);
+    }
+  }
+  return std::max({adHigh[0] - adLow[0], adHigh[1] - adLow[1], adHigh[2] - adLow[2]});
+}
+
+std::string Figure(double d) { return Fixed(d, DecimalsFor(d)); }
+
+}  // namespace
+
+double SimilarityRms(const ZuPointList& source, const ZuPointList& control) {
+  ZuPointList controlCopy(control);
+  const ZuSortHelper<ZuPoint> index(&controlCopy);
+  ZuTrafo3d trafo;
+  if (!trafo.CalcByControlPoints(index, &source, 3, false)) return kNone;
+  if (!(std::fabs(trafo.m_mRot.Sarrus() - 1.0) < kProper)) return kNone;
+  double dSum = 0.0;
+  for (const ZuPoint* p = source.First(); p != nullptr; p = p->Next()) {
+    const ZuPoint* const pControl = index.Find(p->GetId());
+    const double ad[] = {p->m_dX - trafo.m_vSource[1], p->m_dY - trafo.m_vSource[2],
+                         p->m_dZ - trafo.m_vSource[3]};
+    const double adControl[] = {pControl->m_dX, pControl->m_dY, pControl->m_dZ};
+    for (int i = 1; i <= 3; ++i) {
+      const double* const pRow = trafo.m_mRot[i];
+      const double d = trafo.m_dScale * (pRow[1] * ad[0] + pRow[2] * ad[1] + pRow[3] * ad[2]) +
+                       trafo.m_vTarget[i] - adControl[i - 1];
+      dSum += d * d;
+    }
+  }
+  return std::sqrt(dSum / source.Count());
+}
+
+double HelmertRms(const ZuPointList& source, const ZuPointList& control) {
+  ZuPointList sourceCopy(source), controlCopy(control);
+  ZuCalcTrafo2D trafo(&controlCopy);
+  if (!trafo.CalcTrafoHelmert(&sourceCopy)) return kNone;
+  const ZuSortHelper<ZuPoint> index(&controlCopy);
+  double dSum = 0.0;
+  for (const ZuPoint* p = source.First(); p != nullptr; p = p->Next()) {
+    const ZuPoint* const pControl = index.Find(p->GetId());
+    double x = p->m_dX, y = p->m_dY;
+    trafo.Transform(&x, &y);
+    dSum += std::pow(x - pControl->m_dX, 2) + std::pow(y - pControl->m_dY, 2);
+  }
+  return std::sqrt(dSum / source.Count());
+}
+
+void CheckMirrored(const std::string& strFiles, const std::string& strSource, FitRms pfnRms,
+                   const ZuPointList& source, const ZuPointList& control) {
+  const double dRms = pfnRms(source, control);
+  const double dExtent = ExtentOf(control);
+  if (dRms <= kBad * dExtent) return;
+  ZuPointList exchanged(source);
+  for (ZuPoint* p = exchanged.First(); p != nullptr; p = p->Next()) std::swap(p->m_dX, p->m_dY);
+  const double dExchanged = pfnRms(exchanged, control);
+  if (!(dExchanged <= kBetter * std::min(dRms, dExtent))) return;
+  throw CommandError(kUndetermined,
+                     strFiles + ": mirrored; RMS " + Figure(dExchanged) + " when x and y of " +
+                         strSource + " are exchanged" +
+                         (std::isfinite(dRms) ? ", " + Figure(dRms) + " as they are" : "") +
+                         "\nthe columns in the order of the other file would be right");
+}
+
+void WarnOfWrongPoint(const std::vector<Residual>& residuals, const ZuPointList& control,
+                      Context& context) {
+  if (residuals.size() < kFewest) return;
+  std::vector<double> lengths;
+  for (const Residual& r : residuals) lengths.push_back(r.Length());
+  const auto largest = std::max_element(lengths.begin(), lengths.end());
+  const Residual& worst = residuals[static_cast<size_t>(largest - lengths.begin())];
+  const auto middle = lengths.begin() + static_cast<std::ptrdiff_t>(lengths.size() / 2);
+  std::nth_element(lengths.begin(), middle, lengths.end());
+  if (!(worst.Length() > kOutlier * *middle && worst.Length() > kRounding * ExtentOf(control))) {
+    return;
+  }
+  context.Warn("point " + worst.strLabel + " is off by " + Figure(worst.Length()) +
+               ", the median is " + Figure(*middle) +
+               "; zu merge finds common points that are wrong");
+}
+
+}  // namespace cli
