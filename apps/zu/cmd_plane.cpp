@@ -137,8 +137,9 @@ void FillJson(ZuCalcPlane& calc, Json* pRoot) {
 
 // The library appends reports to a log; the file is replaced as a whole, its old reports in front.
 void WriteLog(const std::string& strLog, ZuCalcPlane& calc, Context& context) {
-  std::ostream& file = context.NewOutput(strLog).Stream();
-  if (std::filesystem::exists(strLog)) file << ReadWholeFile(strLog);
+  OutputFile& output = context.NewOutput(strLog);
+  std::ostream& file = output.Stream();
+  if (!output.IsStandardOutput() && std::filesystem::exists(strLog)) file << ReadWholeFile(strLog);
   ZuLogfile log;
   static_cast<std::ios&>(log).rdbuf(file.rdbuf());
   log.WriteSmallHeader();

@@ -85,24 +85,19 @@ TEST(Merge, BlendMovesTowardsTheFirstList) {
 }
 
 TEST(Merge, RefusesWhatItCannotDecide) {
-  const std::string strTriangle = "1 0 0 0\n2 1 0 0\n3 0 1 0\n";
-  const std::string strLine = "1 0 0 0\n2 1 1 1\n3 2 2 2\n";
-  const std::vector<std::string> tolerance = {"--tolerance=0.1"};
-  ExpectFailure(RunTexts("merge", {strTriangle, "1 0 0 0\n9 1 1 1\n"}, tolerance), 4,
-                "1 point in common, 3 are needed");
-  ExpectFailure(RunTexts("merge", {strTriangle, "1 0 0 0\n2 5 0 0\n3 0 1 0\n"}, tolerance), 4,
-                "do not agree");
-  ExpectFailure(RunTexts("merge", {strLine, strLine}, tolerance), 4, "do not determine");
-  ExpectFailure(RunTexts("merge",
-                         {"1 0 0 0\n2 1 0 0\n3 0 1 0\n4 0 0 9\n5 7 7 7\n",
-                          "1 0 0 0\n2 5 0 0\n3 0 1 8\n4 3 0 1\n5 1 2 3\n"},
-                         tolerance),
-                4, "no sample of which agrees");
-  ExpectFailure(RunTexts("merge", {strTriangle, strTriangle}, {"--tolerance=0"}), 2, "above 0");
-  ExpectFailure(RunTexts("merge", {strTriangle, strTriangle}, {"--tolerance=1", "--blend=1.5"}), 2,
-                "--blend");
-  ExpectFailure(RunTexts("merge", {strTriangle, strTriangle}, {"--tolerance=1", "--min-points=5"}),
-                2, "--extra-sample 1");
+  const ScratchFolder folder;
+  folder.Write("a", "1 0 0 0\n2 1 0 0\n3 0 1 0\n");
+  folder.Write("b", "1 0 0 0\n2 5 0 0\n3 0 1 0\n");
+  folder.Write("line", "1 0 0 0\n2 1 1 1\n3 2 2 2\n");
+  folder.Write("five", "1 0 0 0\n2 1 0 0\n3 0 1 0\n4 0 0 9\n5 7 7 7\n");
+  folder.Write("other", "1 0 0 0\n2 5 0 0\n3 0 1 8\n4 3 0 1\n5 1 2 3\n");
+  ExpectLines({{"zu merge a <(echo 1 0 0 0; echo 9 1 1 1) --tolerance 1", 4, "",
+                "1 point in common, 3 are"},
+               {"zu merge a b --tolerance 0.1", 4, "", "do not agree"},
+               {"zu merge line line --tolerance 0.1", 4, "", "do not determine"},
+               {"zu merge five other --tolerance 0.1", 4, "", "no sample of which agrees"},
+               {"zu merge a a --tolerance 1 --min-points 5", 2, "", "--extra-sample 1"}},
+              folder);
 }
 
 TEST(Local, PutsPointsIntoTheSystem) {
@@ -154,32 +149,24 @@ TEST(Local, TellsScalesThatDisagree) {
 
 TEST(Local, RefusesWhatIsNoDefinition) {
   const ScratchFolder folder;
-  const struct {
-    std::vector<std::string> options;
-    int iExit;
-    const char* szMessage;
-  } cases[] = {
-      {{"--axis=X:1,2"}, 2, "--plane XY:3"},
-      {{"--axis=X:1", "--plane=XY:3"}, 2, "\"X:1\" cannot be understood"},
-      {{"--axis=X:1,2", "--plane=YZ:3"}, 2, "does not hold the axis"},
-      {{"--axis=X:1,1", "--plane=XY:3"}, 2, "one point twice"},
-      {{"--axis=X:1,2", "--plane=XY:9"}, 3, "no point 9"},
-      {{"--axis=X:1,2", "--plane=XY:2"}, 4, "three different points"},
-      {{"--axis=X:1,2", "--plane=XY:3", "--scale=1,2:-4"}, 2, "cannot be understood"},
-      {{"--axis=X:1,2", "--plane=XY:3", "--origin=1:2,3"}, 2, "cannot be understood"},
-      {{"--definition", folder.Path("none.prj")}, 3, "no such file"},
-      {{"--definition", folder.Write("cut.prj", "LOKAL { 1 1 }\n")}, 3, "no whole definition"},
-      {{"--definition",
-        folder.Write("far.prj", "LOKAL { 1 1 2 4 9 1 0 0 0  0 0 0  0 0 0  0 0 0 }\n")},
-       3,
-       "missing"},
-  };
-  for (const auto& c : cases) {
-    ExpectFailure(RunTexts("local", {kHouse}, c.options), c.iExit, c.szMessage);
-  }
-  ExpectFailure(
-      RunTexts("local", {"1 0 0 0\n2 1 0 0\n3 2 0 0\n"}, {"--axis=X:1,2", "--plane=XY:3"}), 4,
-      "on one line");
+  folder.Write("a", kHouse);
+  folder.Write("line", "1 0 0 0\n2 1 0 0\n3 2 0 0\n");
+  folder.Write("cut.prj", "LOKAL { 1 1 }\n");
+  folder.Write("far.prj", "LOKAL { 1 1 2 4 9 1 0 0 0  0 0 0  0 0 0  0 0 0 }\n");
+  ExpectLines(
+      {{"zu local a --axis X:1,2", 2, "", "--plane XY:3"},
+       {"zu local a --axis X:1 --plane XY:3", 2, "", "\"X:1\" cannot be understood"},
+       {"zu local a --axis X:1,2 --plane YZ:3", 2, "", "does not hold the axis"},
+       {"zu local a --axis X:1,1 --plane XY:3", 2, "", "one point twice"},
+       {"zu local a --axis X:1,2 --plane XY:9", 3, "", "no point 9"},
+       {"zu local a --axis X:1,2 --plane XY:2", 4, "", "three different points"},
+       {"zu local a --axis X:1,2 --plane XY:3 --scale 1,2:-4", 2, "", "cannot be understood"},
+       {"zu local a --axis X:1,2 --plane XY:3 --origin 1:2,3", 2, "", "cannot be understood"},
+       {"zu local a --definition none.prj", 3, "", "no such file"},
+       {"zu local a --definition cut.prj", 3, "", "no whole definition"},
+       {"zu local a --definition far.prj", 3, "", "missing"},
+       {"zu local line --axis X:1,2 --plane XY:3", 4, "", "on one line"}},
+      folder);
 }
 
 // A quarter turn, twice as large, and a shift; point 5 is 0.1 off in y.
@@ -214,20 +201,19 @@ TEST(Trafo2d, FitsEachType) {
 }
 
 TEST(Trafo2d, RefusesWhatDoesNotDetermineIt) {
-  const std::string strSquare = "1 0 0\n2 1 0\n3 1 1\n4 0 1\n",
-                    strLine = "1 1 1\n2 2 2\n3 3 3\n4 7 7\n";
-  const std::string strFar =
-      "1 4e9 4e9\n2 4000000001 4e9\n3 4e9 4000000001\n4 4000000001 4000000001\n";
-  const auto fails = [](const std::string& strSource, const std::string& strControl,
-                        const char* szType, const char* szMessage) {
-    ExpectFailure(RunTexts("trafo2d", {strSource, strControl}, {"--type", szType}), 4, szMessage);
-  };
-  fails("1 0 0\n9 1 0\n", strSquare, "helmert", "1 point in common, helmert needs 2");
-  fails("8 0 0\n9 1 0\n", strSquare, "auto", "0 points in common");
-  fails(strSquare, strSquare, "polynom", "polynom needs 10");
-  fails(strLine, strSquare, "affin", "do not determine");
-  fails(strLine, strSquare, "projektiv", "do not determine");
-  fails("1 5 5\n2 5 5\n", strSquare, "helmert", "do not determine");
-  fails(strFar, "1 0 0\n2 2 0\n3 0 1\n4 3 5\n", "projektiv", "do not determine");
-  ExpectFailure(RunTexts("trafo2d", {strSquare, strSquare}, {"--type=cubic"}), 2, "cubic");
+  const ScratchFolder folder;
+  folder.Write("a", "1 0 0\n2 1 0\n3 1 1\n4 0 1\n");
+  folder.Write("b", "1 0 0\n2 2 0\n3 0 1\n4 3 5\n");
+  folder.Write("line", "1 0 0\n2 1 1\n3 2 2\n4 3 3\n");
+  folder.Write("far", "1 4e9 4e9\n2 4000000001 4e9\n3 4e9 4000000001\n4 4000000001 4000000001\n");
+  ExpectLines(
+      {{"zu trafo2d <(echo 1 0 0) --control a --type helmert", 4, "", "1 point in common, helmert"},
+       {"zu trafo2d <(echo 9 0 0) --control a --type auto", 4, "", "0 points in common"},
+       {"zu trafo2d a --control a --type polynom", 4, "", "polynom needs 10"},
+       {"zu trafo2d line --control a --type affin", 4, "", "do not determine"},
+       {"zu trafo2d line --control a --type projektiv", 4, "", "do not determine"},
+       {"zu trafo2d <(echo 1 5 5; echo 2 5 5) --control a --type helmert", 4, "", "do not determ"},
+       {"zu trafo2d far --control b --type projektiv", 4, "", "do not determine"},
+       {"zu trafo2d a --control a --type cubic", 2, "", "cubic"}},
+      folder);
 }
