@@ -23,12 +23,12 @@ OutputFile& Context::NewOutput(const std::string& strPath) {
   return *m_outputs.back();
 }
 
-void Context::Warn(const std::string& strText) {
+void Context::Warn(const std::string& strText) const {
   if (!m_bQuiet) return WarnAlways(strText);
   m_warnings.push_back(strText);
 }
 
-void Context::WarnAlways(const std::string& strText) {
+void Context::WarnAlways(const std::string& strText) const {
   m_warnings.push_back(strText);
   ClearProgress();
   std::cerr << m_strCommand << ": " << strText << std::endl;

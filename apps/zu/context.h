@@ -32,9 +32,9 @@ class Context {
 
   // One line on standard error, with the command's name in front, not under --quiet; and an entry
   // of "warnings" of the JSON object.
-  void Warn(const std::string& strText);
+  void Warn(const std::string& strText) const;
   // The same for what changes the result: under --quiet, too.
-  void WarnAlways(const std::string& strText);
+  void WarnAlways(const std::string& strText) const;
 
   // Prints the result and renames the result files. A result file that goes to standard output
   // takes the place of the text. Throws CommandError.
@@ -46,7 +46,7 @@ class Context {
   bool m_bQuiet;
   std::ostringstream m_text;
   Json m_root = Json::object();
-  Json m_warnings = Json::array();
+  mutable Json m_warnings = Json::array();  // what was told, beside the result
   std::vector<std::unique_ptr<OutputFile>> m_outputs;
 };
 
