@@ -16,9 +16,12 @@ namespace {
 constexpr double kProper = 1e-6;    // |det R - 1| of a rotation at most [-]
 constexpr double kBad = 1e-4;       // RMS over the extent from which a fit is looked at [-]
 constexpr double kBetter = 0.1;     // RMS over the former one of a fit that explains it [-]
-constexpr double kOutlier = 5.0;    // length over the median of a point that stands out [-]
 constexpr double kRounding = 1e-6;  // length over the extent that is no blunder [-]
-constexpr size_t kFewest = 4;       // points of which one can stand out
+// Length over the median of a point that stands out [-]. Among few points it bends the fit, and so
+// the lengths of the others; among many ones the tail of good points reaches farther.
+constexpr double kOutlierOfFew = 3.0, kOutlierOfMany = 5.0;
+constexpr size_t kMany = 100;
+constexpr size_t kFewest = 4;  // points of which one can stand out
 constexpr double kNone = std::numeric_limits<double>::infinity();
 
 // Largest side of the box.
@@ -34,7 +37,7 @@ double ExtentOf(const ZuPointList& points) {
   return std::max({adHigh[0] - adLow[0], adHigh[1] - adLow[1], adHigh[2] - adLow[2]});
 }
 
-std::string Figure(double d) { return Fixed(d, DecimalsFor(d)); }
+std::string Figure(double d, double dLargest) { return Fixed(d, DecimalsFor(dLargest)); }
 
 }  // namespace
 
@@ -84,11 +87,13 @@ void CheckMirrored(const std::string& strFiles, const std::string& strSource, Fi
   for (ZuPoint* p = exchanged.First(); p != nullptr; p = p->Next()) std::swap(p->m_dX, p->m_dY);
   const double dExchanged = pfnRms(exchanged, control);
   if (!(dExchanged <= kBetter * std::min(dRms, dExtent))) return;
-  throw CommandError(kUndetermined,
-                     strFiles + ": mirrored; RMS " + Figure(dExchanged) + " when x and y of " +
-                         strSource + " are exchanged" +
-                         (std::isfinite(dRms) ? ", " + Figure(dRms) + " as they are" : "") +
-                         "\nthe columns in the order of the other file would be right");
+  const double dLargest = std::isfinite(dRms) ? dRms : dExtent;
+  throw CommandError(
+      kUndetermined,
+      strFiles + ": mirrored; RMS " + Figure(dExchanged, dLargest) + " when x and y of " +
+          strSource + " are exchanged" +
+          (std::isfinite(dRms) ? ", " + Figure(dRms, dLargest) + " as they are" : "") +
+          "\nthe columns in the order of the other file would be right");
 }
 
 void WarnOfWrongPoint(const std::vector<Residual>& residuals, const ZuPointList& control,
@@ -100,11 +105,12 @@ void WarnOfWrongPoint(const std::vector<Residual>& residuals, const ZuPointList&
   const Residual& worst = residuals[static_cast<size_t>(largest - lengths.begin())];
   const auto middle = lengths.begin() + static_cast<std::ptrdiff_t>(lengths.size() / 2);
   std::nth_element(lengths.begin(), middle, lengths.end());
-  if (!(worst.Length() > kOutlier * *middle && worst.Length() > kRounding * ExtentOf(control))) {
+  const double dOutlier = lengths.size() < kMany ? kOutlierOfFew : kOutlierOfMany;
+  if (!(worst.Length() > dOutlier * *middle && worst.Length() > kRounding * ExtentOf(control))) {
     return;
   }
-  context.Warn("point " + worst.strLabel + " is off by " + Figure(worst.Length()) +
-               ", the median is " + Figure(*middle) +
+  context.Warn("point " + worst.strLabel + " is off by " + Figure(worst.Length(), worst.Length()) +
+               ", the median is " + Figure(*middle, worst.Length()) +
                "; zu merge finds common points that are wrong");
 }
 

@@ -20,7 +20,8 @@ double HelmertRms(const ZuPointList& source, const ZuPointList& control);     //
 void CheckMirrored(const std::string& strFiles, const std::string& strSource, FitRms pfnRms,
                    const ZuPointList& source, const ZuPointList& control);
 
-// Warns of a point that is off by several times the median: a wrong one bends the whole fit.
+// Warns of a point that is off by three times the median or more (five times among many): a wrong
+// one bends the whole fit.
 void WarnOfWrongPoint(const std::vector<Residual>& residuals, const ZuPointList& control,
                       Context& context);
 

@@ -84,7 +84,7 @@ TEST(Plane, PrintsTheLargestDeviationFirstOrRefuses) {
        {"zu plane line", 4, "", "in one place or on one line"},
        {"zu plane line --force", 4, "", "do not determine"},
        {"zu plane near", 4, "", "--force"},
-       {"zu plane near --force --json", 0, "\"status\": 0", ""},
+       {"zu plane near --force --json", 0, "\"deviation\": ", ""},
        {"zu plane rows --columns x,y,z --json", 0, "\"d\": -1,", ""},
        {"zu plane rows --columns x,y,z --json", 0, "{\"id\": 4, \"deviation\": 0}\n ]", ""},
        {"echo 4 0 | zu plane - --columns x,y,z", 3, "", "standard input:1: the line has 2 fields"},
