@@ -1,4 +1,5 @@
-# Checks that zu/zu.h and the file list of its folder name every public header:
+# Checks that zu/zu.h names every header for applications, and the file list of its folder every one that
+# is installed: those in detail/ too, which public headers include and applications do not.
 #
 #   cmake -P cmake/umbrella.cmake
 cmake_minimum_required(VERSION 3.25)
@@ -22,11 +23,15 @@ file(GLOB_RECURSE _files RELATIVE ${_root}/zu ${_root}/zu/*.h)
 list(REMOVE_ITEM _files zu.h)
 list(FILTER _files EXCLUDE REGEX "(^|/)internal/")
 foreach(_file IN LISTS _files)
-  if(NOT _file IN_LIST _named)
+  if(_file MATCHES "/detail/")
+    if(_file IN_LIST _named)
+      list(APPEND _faults "zu/zu.h: zu/${_file} is not for applications")
+    endif()
+  elseif(NOT _file IN_LIST _named)
     list(APPEND _faults "zu/zu.h: zu/${_file} is missing")
   endif()
-  get_filename_component(_folder zu/${_file} DIRECTORY)
-  get_filename_component(_name ${_file} NAME)
+  string(REGEX REPLACE "/(detail/)?[^/]+$" "" _folder "zu/${_file}")
+  string(REPLACE "${_folder}/" "" _name "zu/${_file}")
   file(READ ${_root}/${_folder}/CMakeLists.txt _list)
   string(REPLACE "." "\\." _pattern "${_name}")
   if(NOT _list MATCHES "[ \t\r\n]${_pattern}[ \t\r\n)]")

@@ -6,9 +6,9 @@
 #include "zu/foundation/alnum_id.h"
 #include "zu/foundation/crc32.h"
 #include "zu/foundation/file_name.h"
+#include "zu/foundation/internal/valid_pointer.h"
 #include "zu/foundation/profiler.h"
 #include "zu/foundation/progress.h"
-#include "zu/foundation/valid_pointer.h"
 
 namespace {
 

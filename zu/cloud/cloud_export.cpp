@@ -69,7 +69,7 @@ int ExportFile(const ZuPointCloudContainer& container, const char* szPath, Write
     *pbStopped = progress.IsStopped();
     return file.Close() && bGood ? 1 : 0;
   };
-  return zu_internal::OrWithoutMemory(write, 0);
+  return zu::internal::OrWithoutMemory(write, 0);
 }
 
 }  // namespace

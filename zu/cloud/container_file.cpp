@@ -140,11 +140,11 @@ void ZuPointCloudContainer::ReadClouds(ZuFileBuff& buff, int iVersion) {
 }
 
 int ZuPointCloudContainer::Write(const char* szPath) {
-  return zu_internal::OrWithoutMemory([&] { return WriteFile(szPath); }, 0);
+  return zu::internal::OrWithoutMemory([&] { return WriteFile(szPath); }, 0);
 }
 
 int ZuPointCloudContainer::Write(const wchar_t* szPath) {
-  return zu_internal::OrWithoutMemory([&] { return WriteFile(szPath); }, 0);
+  return zu::internal::OrWithoutMemory([&] { return WriteFile(szPath); }, 0);
 }
 
 template <class Char>

@@ -127,5 +127,5 @@ bool ZuWritePly(const char* szPath, const ZuPointCloudContainer& clouds, eZuPlyF
     const bool bGood = ZuWritePly(file.Get(), clouds, eForm, eIntensity);
     return file.Close() && bGood;
   };
-  return zu_internal::OrWithoutMemory(write, false);
+  return zu::internal::OrWithoutMemory(write, false);
 }

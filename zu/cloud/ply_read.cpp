@@ -206,11 +206,11 @@ ZuPointCloud* ZuPointCloudContainer::ObsolteReadPlyFile(const char* szPath) {
     if (pCloud) pCloud->SetName(ZuCloudName(szPath));
     return pCloud;
   };
-  zu_internal::OrWithoutMemory(read, pCloud);
+  zu::internal::OrWithoutMemory(read, pCloud);
   return pCloud;  // also without the name
 }
 
 ZuPointCloud* ZuPointCloudContainer::ObsolteReadPlyFile(const wchar_t* szPath) {
   const auto read = [&] { return ObsolteReadPlyFile(UniToAnsi(szPath)()); };
-  return zu_internal::OrWithoutMemory<ZuPointCloud*>(read, nullptr);
+  return zu::internal::OrWithoutMemory<ZuPointCloud*>(read, nullptr);
 }

@@ -52,7 +52,7 @@ ZuPointCloud* ZuPointCloudContainer::AddCloudWithId(unsigned int uId) {
 bool ZuPointCloudContainer::Observe(ZuPointCloud* pCloud) {
   // Without a parent it may enter a further table; it stays on those of the earlier clouds.
   m_pNotifyParent = nullptr;
-  return zu_internal::OrWithoutMemory([&] { return pCloud->AddObserver(this); }, false);
+  return zu::internal::OrWithoutMemory([&] { return pCloud->AddObserver(this); }, false);
 }
 
 ZuPointCloud* ZuPointCloudContainer::AddCloud(unsigned int uCount, const char* szName) {

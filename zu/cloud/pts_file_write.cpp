@@ -50,5 +50,5 @@ bool ZuWritePts(const char* szPath, const ZuPointCloudContainer& clouds,
     const bool bGood = ZuWritePts(file.Get(), clouds, options);
     return file.Close() && bGood;
   };
-  return zu_internal::OrWithoutMemory(write, false);
+  return zu::internal::OrWithoutMemory(write, false);
 }

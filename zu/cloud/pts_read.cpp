@@ -142,7 +142,7 @@ ZuPointCloud* ZuPointCloudContainer::ReadPtsFile(std::FILE* fp) {
 
 ZuPointCloud* ZuPointCloudContainer::ReadPtsFile(const char* szPath) {
   const auto read = [&] { return ReadPtsFile(ZuStdioFile(szPath, "rb").Get()); };
-  return zu_internal::OrWithoutMemory<ZuPointCloud*>(read, nullptr);
+  return zu::internal::OrWithoutMemory<ZuPointCloud*>(read, nullptr);
 }
 
 ZuPointCloud* ZuPointCloudContainer::ReadPtsFile(const wchar_t* szPath) {
@@ -152,6 +152,6 @@ ZuPointCloud* ZuPointCloudContainer::ReadPtsFile(const wchar_t* szPath) {
     if (pCloud) pCloud->SetName(ZuCloudName(szPath));
     return pCloud;
   };
-  zu_internal::OrWithoutMemory(read, pCloud);
+  zu::internal::OrWithoutMemory(read, pCloud);
   return pCloud;  // also without the name
 }

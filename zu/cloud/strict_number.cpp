@@ -2,11 +2,13 @@
 
 #include <algorithm>
 
+#include "zu/foundation/internal/characters.h"
+
 namespace {
 
-constexpr std::ptrdiff_t kLongest = 40;  // bytes of a token that a message shows
+using zu::internal::IsDigit;
 
-bool IsDigit(char c) { return c >= '0' && c <= '9'; }
+constexpr std::ptrdiff_t kLongest = 40;  // bytes of a token that a message shows
 
 // Digits on both sides of its only comma, and otherwise a number.
 bool HasDecimalComma(const std::string& strText) {

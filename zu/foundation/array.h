@@ -101,6 +101,6 @@ class ZU_API TZuArray {
   static bool Less(const T* a, const T* b) { return b && (!a || *a < *b); }
 };
 
-#include "zu/foundation/array_impl.h"
+#include "zu/foundation/detail/array_impl.h"
 
 extern template class TZuArray<unsigned int>;

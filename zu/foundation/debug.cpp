@@ -26,7 +26,7 @@ void dbgprintf(char const* szFormat, ...) {
   char szText[kZuDebugTextSize];
   std::va_list args;
   va_start(args, szFormat);
-  zu_internal::FormatInto(szText, kZuDebugTextSize, szFormat, args);
+  zu::internal::FormatInto(szText, kZuDebugTextSize, szFormat, args);
   va_end(args);
   Send(szText);
 }
@@ -36,7 +36,7 @@ void dbgprintf(wchar_t const* szFormat, ...) {
   wchar_t szText[kZuDebugTextSize];
   std::va_list args;
   va_start(args, szFormat);
-  zu_internal::FormatInto(szText, kZuDebugTextSize, szFormat, args);
+  zu::internal::FormatInto(szText, kZuDebugTextSize, szFormat, args);
   va_end(args);
   Send(UniToAnsi(szText)());
 }

@@ -15,7 +15,7 @@ int ZuZuvoDebugLogger::Log(int iLevel, wchar_t const* szText) {
   std::ostringstream line;
   line.imbue(std::locale::classic());
   line << iLevel << " : " << static_cast<void const*>(szText) << '\n';
-  zu_internal::AppendToStateFile("ZuvoProtokoll.log", line.str());
+  zu::internal::AppendToStateFile("ZuvoProtokoll.log", line.str());
   return 0;
 }
 

@@ -15,7 +15,7 @@
 #pragma once
 
 #include "zu/export.h"
-#include "zu/foundation/list_order.h"
+#include "zu/foundation/detail/list_order.h"
 #include "zu/foundation/listnode.h"
 #include "zu/foundation/observer.h"
 #include "zu/foundation/string.h"
@@ -266,7 +266,7 @@ class ZU_API TZuListHeader : public TZuBaseListHeader<T>, public ZuStandardNotif
   T* ReplaceNode(T* pOld, T* p);
 };
 
-#include "zu/foundation/list_impl.h"
+#include "zu/foundation/detail/list_impl.h"
 
 // A record's header declares its lists, and one source compiles them: that keeps the library small.
 #define ZU_DECLARE_LIST(T)                    \

@@ -143,7 +143,7 @@ int ZuApplicationLogger::Log(int iLevel, wchar_t const* szFormat, ...) {
   wchar_t szText[kMessageLength];
   std::va_list args;
   va_start(args, szFormat);
-  zu_internal::FormatInto(szText, kMessageLength, szFormat, args);
+  zu::internal::FormatInto(szText, kMessageLength, szFormat, args);
   va_end(args);
   return LogText(iLevel, szText);
 }

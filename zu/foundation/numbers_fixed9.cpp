@@ -27,7 +27,7 @@ char* PutFixed9(char* pOut, double dValue, int iWidth) {
 
 namespace {
 
-using namespace zu_internal;
+using namespace zu::internal;
 
 // The nine digits behind the point of |value| below 2^53, rounded exactly, ties to even; the whole
 // part goes to *puWhole.

@@ -13,7 +13,7 @@
 
 namespace {
 
-using namespace zu_internal;
+using namespace zu::internal;
 
 constexpr std::uint64_t kTenTo15 = 1000000000000000;
 constexpr std::uint64_t kTenTo16 = 10 * kTenTo15;

@@ -14,7 +14,7 @@
 
 namespace {
 
-using namespace zu_internal;
+using namespace zu::internal;
 
 bool IsBlank(char c) { return c == ' ' || (c >= '\t' && c <= '\r'); }
 

@@ -11,7 +11,7 @@
 #include <cstdint>
 #include <vector>
 
-#include "zu/foundation/id_entries.h"
+#include "zu/foundation/detail/id_entries.h"
 #include "zu/foundation/list.h"
 
 template <class T>

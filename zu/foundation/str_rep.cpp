@@ -5,13 +5,13 @@
 
 #include "zu/foundation/internal/str_block.h"
 
-using zu_internal::FreeRep;
-using zu_internal::IsNil;
-using zu_internal::LiesIn;
-using zu_internal::NewRep;
-using zu_internal::NilRep;
-using zu_internal::SetLength;
-using zu_internal::TextLength;
+using zu::internal::FreeRep;
+using zu::internal::IsNil;
+using zu::internal::LiesIn;
+using zu::internal::NewRep;
+using zu::internal::NilRep;
+using zu::internal::SetLength;
+using zu::internal::TextLength;
 
 const StrRep _nilStrRep = {0, 1, {'\0'}};
 

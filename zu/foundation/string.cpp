@@ -6,7 +6,7 @@
 #include "zu/foundation/internal/c_format.h"
 #include "zu/foundation/internal/str_block.h"
 
-using zu_internal::IsNil;
+using zu::internal::IsNil;
 
 constinit String _nilString;
 
@@ -20,7 +20,7 @@ String const& DoubleForm() {
 
 // An empty text takes no block.
 StrRep* MakeRep(char const* t, int n) {
-  if (zu_internal::TextLength(t, n) == 0) return zu_internal::NilRep();
+  if (zu::internal::TextLength(t, n) == 0) return zu::internal::NilRep();
   return Salloc(nullptr, t, n, -1);
 }
 
@@ -43,7 +43,7 @@ StrRep* PrependText(StrRep* rep, char const* t, int n) {
 
 StrRep* String::CopyRep(StrRep const* p) { return MakeRep(p->s, p->len); }
 
-void String::DropRep(StrRep* p) { zu_internal::FreeRep(p); }
+void String::DropRep(StrRep* p) { zu::internal::FreeRep(p); }
 
 String::String(SubString const& x) : rep(MakeRep(x.chars(), x.Rest())) {}
 
@@ -60,7 +60,7 @@ String::String(int i) : rep(NilRep()) {
 }
 
 String::String(double d) : rep(NilRep()) {
-  const std::string strText = zu_internal::FormatDouble(DoubleForm().chars(), d);
+  const std::string strText = zu::internal::FormatDouble(DoubleForm().chars(), d);
   rep = MakeRep(strText.data(), static_cast<int>(strText.size()));
 }
 
@@ -108,7 +108,7 @@ void String::prepend(char c) { rep = PrependText(rep, &c, 1); }
 void String::prepend(char const* y) { rep = PrependText(rep, y, -1); }
 
 bool String::OK() const {
-  return rep != nullptr && (rep->len <= rep->sz || rep->sz == zu_internal::kStrTop) &&
+  return rep != nullptr && (rep->len <= rep->sz || rep->sz == zu::internal::kStrTop) &&
          rep->s[rep->len] == '\0';
 }
 
@@ -130,7 +130,7 @@ void String::reverse() { rep = Sreverse(rep, rep); }
 void String::alloc(int n) {
   const int nLength = length();
   rep = Sresize(rep, n);
-  zu_internal::SetLength(rep, static_cast<std::size_t>(nLength));
+  zu::internal::SetLength(rep, static_cast<std::size_t>(nLength));
 }
 
 void String::error(char const*) const {}

@@ -5,12 +5,12 @@
 #include "zu/foundation/internal/str_block.h"
 #include "zu/foundation/string.h"
 
-using zu_internal::FreeRep;
-using zu_internal::IsNil;
-using zu_internal::LiesIn;
-using zu_internal::NewRep;
-using zu_internal::SetLength;
-using zu_internal::TextLength;
+using zu::internal::FreeRep;
+using zu::internal::IsNil;
+using zu::internal::LiesIn;
+using zu::internal::NewRep;
+using zu::internal::SetLength;
+using zu::internal::TextLength;
 
 SubString::SubString(String& x, int first, int l)
     : S(x), pos(static_cast<std::uint16_t>(first)), len(static_cast<std::uint16_t>(l)) {}
@@ -83,7 +83,7 @@ void SubString::assign(StrRep const* ysrc, char const* ys, int ylen) {
 bool String::del(int pos, int l) {
   if (pos < 0 || l <= 0 || l > length() - pos) return false;
   std::memmove(rep->s + pos, rep->s + pos + l, static_cast<std::size_t>(length() - pos - l));
-  zu_internal::SetLength(rep, static_cast<std::size_t>(length() - l));
+  zu::internal::SetLength(rep, static_cast<std::size_t>(length() - l));
   return true;
 }
 

@@ -7,9 +7,9 @@
 
 #include "zu/foundation/internal/str_block.h"
 
-using zu_internal::FreeRep;
-using zu_internal::NewRep;
-using zu_internal::SetLength;
+using zu::internal::FreeRep;
+using zu::internal::NewRep;
+using zu::internal::SetLength;
 
 std::ostream& operator<<(std::ostream& stream, String const& x) {
   return stream << std::string_view(x.chars(), static_cast<std::size_t>(x.length()));
@@ -129,7 +129,7 @@ int readline(std::istream& stream, String& x, char terminator, int discard) {
       std::memcpy(p->s, x.rep->s, n);
       FreeRep(x.rep);
       x.rep = p;
-      nRoom = zu_internal::RoomFor(n + 1);
+      nRoom = zu::internal::RoomFor(n + 1);
     }
     x.rep->s[n++] = Traits::to_char_type(c);
   }

@@ -7,7 +7,7 @@
 #include "zu/foundation/internal/str_block.h"
 #include "zu/foundation/string.h"
 
-using zu_internal::TextLength;
+using zu::internal::TextLength;
 
 int String::search(int start, int sl, char c) const {
   sl = std::min(sl, length());

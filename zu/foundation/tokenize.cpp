@@ -2,14 +2,14 @@
 
 #include <string_view>
 
+#include "zu/foundation/internal/characters.h"
 #include "zu/foundation/numbers.h"
 #include "zu/foundation/parser.h"
 
 namespace {
 
-// As isdigit and isalpha of the "C" locale: bytes above 127 are neither.
-bool IsDigit(char c) { return c >= '0' && c <= '9'; }
-bool IsLetter(char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z'); }
+using zu::internal::IsDigit;
+using zu::internal::IsLetter;
 
 // What ends a word; further bits that an application sets mean nothing here.
 constexpr int kAnyClass =

@@ -49,7 +49,7 @@ int ZuCameraList::Read(const char* szPath) {
   ReadFileFormatFull(szPath);
   if (Count() == iBefore) ReadFileFormatSimple(szPath);
   const auto test = [this] { return TestForMultipleCameras(); };
-  zu_internal::OrWithoutMemory(test, 0);
+  zu::internal::OrWithoutMemory(test, 0);
   return 1;
 }
 
@@ -59,7 +59,7 @@ int ZuCameraList::ReadFileFormatFull(const char* szPath) {
     if (szPath != nullptr && ZuExistFile(szPath)) ReadItems(szPath, &object);
     return 1;
   };
-  return zu_internal::OrWithoutMemory(read, 1);
+  return zu::internal::OrWithoutMemory(read, 1);
 }
 
 int ZuCameraList::ReadFileFormatSimple(const char* szPath) {
@@ -68,7 +68,7 @@ int ZuCameraList::ReadFileFormatSimple(const char* szPath) {
     if (szPath != nullptr) ReadItems(szPath, &object);
     return 1;
   };
-  return zu_internal::OrWithoutMemory(read, 1);
+  return zu::internal::OrWithoutMemory(read, 1);
 }
 
 void ZuCameraList::ReadItems(const char* szPath, ZuReaderObject* pItem) {

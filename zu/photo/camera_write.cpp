@@ -39,7 +39,7 @@ std::ostream& ZuCamera::WriteFullData(std::ostream& stream, bool) const { return
 std::ostream& ZuCamera::WriteTS15Data(std::ostream& stream) const { return stream; }
 
 std::ostream& ZuCamera::WriteGentriFormat(std::ostream& stream) const {
-  const zu_internal::ClassicStream classic(stream);
+  const zu::internal::ClassicStream classic(stream);
   stream << p8 << w4 << GetId() << w12 << std::fabs(m_dC);
   if (m_iMode == eCameraModeCap) {
     for (int i = 0; i < 5; ++i) stream << w12 << 0;
@@ -57,7 +57,7 @@ int ZuCameraList::WriteFile(const String& path, bool bGentri) const {
     WriteFile(stream, bGentri);
     return 1;
   };
-  return zu_internal::OrWithoutMemory(write, 1);
+  return zu::internal::OrWithoutMemory(write, 1);
 }
 
 std::ostream& ZuCameraList::WriteFile(std::ostream& stream, const bool& bGentri) const {
@@ -101,5 +101,5 @@ int ZuCameraList::WriteFileFormatFull(const String& path) const {
     }
     return 1;
   };
-  return zu_internal::OrWithoutMemory(write, 1);
+  return zu::internal::OrWithoutMemory(write, 1);
 }

@@ -191,7 +191,7 @@ eZuvoFile DetectHead(const std::string& head) {
 // A file for which there is no memory is unknown.
 eZuvoFile Detect(const char* szPath) {
   const auto detect = [szPath] { return DetectHead(ReadHead(szPath)); };
-  return zu_internal::OrWithoutMemory(detect, eZuvoFileUnknown);
+  return zu::internal::OrWithoutMemory(detect, eZuvoFileUnknown);
 }
 
 }  // namespace

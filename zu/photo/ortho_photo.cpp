@@ -24,9 +24,9 @@ ZuOrthoPhoto& ZuOrthoPhoto::operator=(const ZuOrthoPhoto& other) {
   if (this == &other) return *this;
   ZuPhoto::operator=(other);
   {
-    const zu_internal::NotifyLock lock(&m_PlaneList);
+    const zu::internal::NotifyLock lock(&m_PlaneList);
     m_PlaneList.Destroy();
-    zu_internal::CopyAll(other.m_PlaneList, &m_PlaneList);
+    zu::internal::CopyAll(other.m_PlaneList, &m_PlaneList);
   }
   m_aPlaneIds = other.m_aPlaneIds;
   m_iStatPixel = other.m_iStatPixel;

@@ -15,8 +15,8 @@
 #include <iosfwd>
 
 #include "zu/export.h"
+#include "zu/foundation/detail/seldom.h"
 #include "zu/foundation/list.h"
-#include "zu/foundation/seldom.h"
 #include "zu/foundation/sort_helper.h"
 #include "zu/numerics/matrix.h"
 #include "zu/numerics/vector.h"

@@ -22,7 +22,7 @@ class ZuPhoto::IndexPause {
     for (const Index& index : m_indexes) {
       if (index.pList == nullptr) continue;
       const auto build = [&index] { return index.pIndex->Set(index.pList), true; };
-      if (!zu_internal::OrWithoutMemory(build, false)) index.pIndex->Set(nullptr);
+      if (!zu::internal::OrWithoutMemory(build, false)) index.pIndex->Set(nullptr);
     }
   }
 

@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
-#include <limits>
 
+#include "zu/foundation/internal/to_int.h"
 #include "zu/foundation/internal/without_memory.h"
 #include "zu/points/point.h"
 
@@ -30,12 +30,6 @@ double Extent(const ZuPointList& list, Value value) {
   return dMax - dMin;
 }
 
-int Truncate(double d) {
-  if (std::isnan(d)) return 0;
-  return static_cast<int>(std::clamp(d, static_cast<double>(std::numeric_limits<int>::min()),
-                                     static_cast<double>(std::numeric_limits<int>::max())));
-}
-
 }  // namespace
 
 ZuReseauFile::ZuReseauFile() { m_CrossList.SetMask(kCrossFormat); }
@@ -54,7 +48,7 @@ ZuReseauFile& ZuReseauFile::operator=(const ZuReseauFile& other) {
   m_PhotoRegion = other.m_PhotoRegion;
   m_BoxRegion = other.m_BoxRegion;
   m_CrossList.Destroy();
-  zu_internal::CopyAll(other.m_CrossList, &m_CrossList);
+  zu::internal::CopyAll(other.m_CrossList, &m_CrossList);
   m_CrossList.SetMask(kCrossFormat);
   m_bValid = other.m_bValid;
   m_iExifPixelWidth = other.m_iExifPixelWidth;
@@ -63,7 +57,7 @@ ZuReseauFile& ZuReseauFile::operator=(const ZuReseauFile& other) {
 }
 
 void ZuReseauFile::AddCross(unsigned int uId, double x, double y, short int sCode) {
-  zu_internal::Taken(m_CrossList.Add(ZuPoint(uId, x, y, 0.0, sCode)));
+  zu::internal::Taken(m_CrossList.Add(ZuPoint(uId, x, y, 0.0, sCode)));
 }
 
 void ZuReseauFile::CreateDigitalFormat(int w, int h, double ccdX, double ccdY) {
@@ -81,8 +75,8 @@ void ZuReseauFile::CreateDigitalFormat(int w, int h, double ccdX, double ccdY) {
 }
 
 void ZuReseauFile::CreateDigitalFormat(const ZuRegion& pixels, const ZuRegion& bikos) {
-  m_iExifPixelWidth = Truncate(pixels.Right() - pixels.Left());
-  m_iExifPixelHeight = Truncate(pixels.Top() - pixels.Bottom());
+  m_iExifPixelWidth = zu::internal::ToInt(pixels.Right() - pixels.Left());
+  m_iExifPixelHeight = zu::internal::ToInt(pixels.Top() - pixels.Bottom());
   m_PhotoRegion = bikos;
   AddCross(11, bikos.Left(), bikos.Top(), kCorner);
   AddCross(12, bikos.Right(), bikos.Top(), kCorner);

@@ -84,7 +84,7 @@ int ZuReseauFile::ReadFile(const String& path) {
     m_ReadFaults.Follow(&reader);
     return reader.DoProcess(false);
   };
-  return zu_internal::OrWithoutMemory(read, 1);
+  return zu::internal::OrWithoutMemory(read, 1);
 }
 
 int ZuReseauFile::Read(ZuReaderObject* pObject) {
@@ -102,7 +102,7 @@ void ZuReseauFile::ReadCross(ZuReaderObject* pObject) {
   pObject->TakeBlockOpen();
   const bool bWhole = pObject->ReadRow([&] { cross.Read(pObject, m_CrossList.GetMask()); });
   pObject->TakeRestOfBlock();
-  if (bWhole) zu_internal::Taken(m_CrossList.Add(cross));
+  if (bWhole) zu::internal::Taken(m_CrossList.Add(cross));
 }
 
 int ZuReseauFile::ReadDigitalCameraFormat(ZuReaderObject* pObject) {
@@ -136,7 +136,7 @@ std::ostream& ZuReseauFile::Write(std::ostream& stream) const {
 
 std::ostream& ZuReseauFile::WriteDigitalCameraFormat(std::ostream& stream) const {
   if (m_CrossList.Count() != 4) return stream;
-  const zu_internal::ClassicStream classic(stream);
+  const zu::internal::ClassicStream classic(stream);
   ZuPolygon box(eLPolygonXY);
   box.AddPoint(&m_CrossList);
   stream << '{' << w14 << std::left << Quoted(GetName()).chars() << w4 << m_uSubId << w14
@@ -166,7 +166,7 @@ int ZuReseaufileList::ReadReseauFile(const String& path) {
     }
     return Count() - iBefore;
   };
-  const int iTaken = zu_internal::OrWithoutMemory(read, -1);
+  const int iTaken = zu::internal::OrWithoutMemory(read, -1);
   return iTaken >= 0 ? iTaken : Count() - iBefore;
 }
 
@@ -212,5 +212,5 @@ bool ZuReseaufileList::WriteDigitalCameraFormat(const String& path) const {
       p->WriteDigitalCameraFormat(stream);
     return true;
   };
-  return zu_internal::OrWithoutMemory(write, false);
+  return zu::internal::OrWithoutMemory(write, false);
 }

@@ -43,7 +43,7 @@ int ZuPointList::ReadFile(FILE* pFile, const TZuFormatTable<eZuPointRWMask>& tab
       const int iFields = pPoint->ReadLine(line, columns.data());
       if (iFields > 0 && pPoint->m_uId != 0) {
         if (!bAlone) {
-          zu_internal::Taken(Add(*pPoint));
+          zu::internal::Taken(Add(*pPoint));
         } else {
           LinkLast(pPoint.release());
           ++iCount;
@@ -66,7 +66,7 @@ int ZuPointList::ReadFile(const char* szPath, const TZuFormatTable<eZuPointRWMas
 
 int ZuPointList::ReadFile(const wchar_t* wszPath, const TZuFormatTable<eZuPointRWMask>& table) {
   const auto read = [&] { return ReadFile(UniToAnsi(wszPath)(), table); };
-  return zu_internal::OrWithoutMemory(read, 0);
+  return zu::internal::OrWithoutMemory(read, 0);
 }
 
 int ZuPointList::WriteFile(const char* szPath) const {
@@ -78,12 +78,12 @@ int ZuPointList::WriteFile(const char* szPath) const {
     file.close();  // sets the failure state if that fails
     return 1;
   };
-  return zu_internal::OrWithoutMemory(write, 1);
+  return zu::internal::OrWithoutMemory(write, 1);
 }
 
 int ZuPointList::WriteFile(const wchar_t* wszPath) const {
   const auto write = [&] { return WriteFile(UniToAnsi(wszPath)()); };
-  return zu_internal::OrWithoutMemory(write, 1);
+  return zu::internal::OrWithoutMemory(write, 1);
 }
 
 int ZuPointList::WriteFile(const char* szPath, const TZuFormatTable<eZuPointRWMask>& table) {
@@ -91,7 +91,7 @@ int ZuPointList::WriteFile(const char* szPath, const TZuFormatTable<eZuPointRWMa
     SetMask(table);
     return WriteFile(szPath);
   };
-  return zu_internal::OrWithoutMemory(write, 1);
+  return zu::internal::OrWithoutMemory(write, 1);
 }
 
 int ZuPointList::WriteFile(const wchar_t* wszPath, const TZuFormatTable<eZuPointRWMask>& table) {
@@ -99,5 +99,5 @@ int ZuPointList::WriteFile(const wchar_t* wszPath, const TZuFormatTable<eZuPoint
     SetMask(table);
     return WriteFile(wszPath);
   };
-  return zu_internal::OrWithoutMemory(write, 1);
+  return zu::internal::OrWithoutMemory(write, 1);
 }

@@ -2,13 +2,10 @@
 
 #include <cstring>
 
+#include "zu/foundation/internal/characters.h"
 #include "zu/foundation/numbers.h"
 
-namespace {
-
-bool IsDigit(char c) { return c >= '0' && c <= '9'; }
-
-}  // namespace
+using zu::internal::IsDigit;
 
 std::string_view ZuFieldCutter::Text() {
   const char* pBegin = m_pNext;

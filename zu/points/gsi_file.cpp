@@ -11,6 +11,7 @@
 #include <optional>
 #include <string_view>
 
+#include "zu/foundation/internal/characters.h"
 #include "zu/foundation/internal/without_memory.h"
 #include "zu/foundation/numbers.h"
 #include "zu/foundation/unicode.h"
@@ -18,6 +19,8 @@
 #include "zu/points/point_list.h"
 
 namespace {
+
+using zu::internal::IsDigit;
 
 constexpr std::size_t kUnit = 5;  // places in a word
 constexpr std::size_t kSign = 6;
@@ -34,8 +37,6 @@ constexpr GsiUnit kUnits[] = {{'0', 3, eZuUnitMeter},
                               {'6', 4, eZuUnitMeter},
                               {'7', 4, eZuUnitFoot},
                               {'8', 5, eZuUnitMeter}};
-
-bool IsDigit(char c) { return c >= '0' && c <= '9'; }
 
 // A word has its sign in place, and an index.
 bool IsWord(std::string_view word) {
@@ -136,7 +137,7 @@ int ZuPointList::ReadGsiFile(const char* szPath) {
       } else {
         point.SetNameAndId(text);
       }
-      zu_internal::Taken(Add(point));
+      zu::internal::Taken(Add(point));
     }
   } catch (const std::bad_alloc&) {
     // The points that found room stay.
@@ -146,5 +147,5 @@ int ZuPointList::ReadGsiFile(const char* szPath) {
 
 int ZuPointList::ReadGsiFile(const wchar_t* wszPath) {
   const auto read = [&] { return ReadGsiFile(UniToAnsi(wszPath)()); };
-  return zu_internal::OrWithoutMemory(read, 0);
+  return zu::internal::OrWithoutMemory(read, 0);
 }

@@ -6,9 +6,9 @@
 #include <utility>
 #include <vector>
 
+#include "zu/foundation/internal/valid_pointer.h"
 #include "zu/foundation/logfile.h"
 #include "zu/foundation/string.h"
-#include "zu/foundation/valid_pointer.h"
 #include "zu/points/filter.h"
 #include "zu/rectify/internal/point_refill.h"
 #include "zu/rectify/internal/spare_points.h"

@@ -30,7 +30,7 @@ int ZuPlaneList::ReadFile(const String& strFileName) {
     m_ReadFaults.Follow(&reader);
     return reader.DoProcess(false);
   };
-  return zu_internal::OrWithoutMemory(read, 1);
+  return zu::internal::OrWithoutMemory(read, 1);
 }
 
 ZuPlane* ZuPlaneList::GetActivePlane() const {

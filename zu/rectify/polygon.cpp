@@ -44,7 +44,7 @@ ZuPolygon::ZuPolygon(const ZuRegion& region) : m_eMode(eLPolygonXY) {
 
 bool ZuPolygon::AddPoint(const ZuPoint& point) {
   const bool bFirst = m_points.IsEmpty();
-  zu_internal::Taken(m_points.Add(point));
+  zu::internal::Taken(m_points.Add(point));
   if (bFirst) m_ptMin = m_ptMax = point;
   UpdateMinMax(point);
   return true;
@@ -66,7 +66,7 @@ void ZuPolygon::MakePolygon(const ZuPoint& p1, const ZuPoint& p2) {
   const double adX[] = {m_ptMin.m_dX, m_ptMax.m_dX, m_ptMax.m_dX, m_ptMin.m_dX};
   const double adY[] = {m_ptMin.m_dY, m_ptMin.m_dY, m_ptMax.m_dY, m_ptMax.m_dY};
   for (int i = 0; i < 4; ++i) {
-    zu_internal::Taken(m_points.Add(ZuPoint(0, adX[i], adY[i])));
+    zu::internal::Taken(m_points.Add(ZuPoint(0, adX[i], adY[i])));
   }
   m_points.Renumber(1, nullptr, 1);
 }

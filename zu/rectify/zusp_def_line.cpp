@@ -20,7 +20,7 @@ int ZuZuspDefLine::Read(ZuReaderObject* pObject) {
 }
 
 std::ostream& ZuZuspDefLine::Write(std::ostream& stream) const {
-  const zu_internal::ClassicStream classic(stream);
+  const zu::internal::ClassicStream classic(stream);
   return stream << w8 << GetId() << w8 << m_uBikoId1 << w8 << m_uBikoId2 << w8 << m_iXAxis << w8
                 << m_dValue;
 }
@@ -35,7 +35,7 @@ int ZuZuspDefLineConstraint::Read(ZuReaderObject* pObject) {
 }
 
 std::ostream& ZuZuspDefLineConstraint::Write(std::ostream& stream) const {
-  const zu_internal::ClassicStream classic(stream);
+  const zu::internal::ClassicStream classic(stream);
   return stream << w8 << m_uLineId1 << w8 << m_uLineId2 << w8 << static_cast<int>(m_eType) << w8
                 << m_dValue;
 }

@@ -125,7 +125,7 @@ int ZuLokalSystem::Read(ZuReaderObject* pObject) {
 }
 
 std::ostream& ZuLokalSystem::Write(std::ostream& stream) const {
-  const zu_internal::ClassicStream classic(stream);
+  const zu::internal::ClassicStream classic(stream);
   stream << m_iAxisMode << ' ' << m_uIdA << ' ' << m_uIdB << Zuendl;
   stream << m_iPlaneMode << ' ' << m_uIdC << Zuendl;
   stream << p16 << m_uIdOrigin << w16 << m_dOffsetX << w16 << m_dOffsetY << w16 << m_dOffsetZ;

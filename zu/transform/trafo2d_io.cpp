@@ -49,7 +49,7 @@ int ZuTrafo2d::ReadV50(ZuReaderObject* pObject) {
 }
 
 std::ostream& ZuTrafo2d::Write(std::ostream& stream) const {
-  const zu_internal::ClassicStream classic(stream);
+  const zu::internal::ClassicStream classic(stream);
   stream << w4 << static_cast<int>(m_eType) << Zuendl << p16;
   for (int i = 0; i < CoefficientCount(); ++i) {
     stream << w19 << m_adCoef[i];

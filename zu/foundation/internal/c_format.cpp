@@ -9,7 +9,7 @@
 #include <xlocale.h>
 #endif
 
-namespace zu_internal {
+namespace zu::internal {
 namespace {
 
 #if defined(_WIN32)
@@ -81,4 +81,4 @@ std::string FormatDouble(char const* szForm, double dValue) {
   return std::string(szText, static_cast<std::size_t>(n));
 }
 
-}  // namespace zu_internal
+}  // namespace zu::internal

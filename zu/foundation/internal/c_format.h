@@ -5,7 +5,7 @@
 #include <cstddef>
 #include <string>
 
-namespace zu_internal {
+namespace zu::internal {
 
 // As vsnprintf. The text is cut at nSize - 1 characters and terminated, also when the formatter
 // refuses an argument. Returns the length of what stands in pOut.
@@ -23,4 +23,4 @@ double StringToDouble(char const* szText, char const** ppStop);
 // One double by a printf form.
 std::string FormatDouble(char const* szForm, double dValue);
 
-}  // namespace zu_internal
+}  // namespace zu::internal

@@ -5,7 +5,7 @@
 #include <locale>
 #include <ostream>
 
-namespace zu_internal {
+namespace zu::internal {
 
 // Sets the classic locale and the plain form of numbers of a stream for its lifetime. Width,
 // precision and the side of columns are the writers' own.
@@ -37,4 +37,4 @@ class ClassicStream {
   bool m_bSet;
 };
 
-}  // namespace zu_internal
+}  // namespace zu::internal

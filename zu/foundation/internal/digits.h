@@ -11,7 +11,7 @@
 #define ZU_FAST_NUMBERS 0
 #endif
 
-namespace zu_internal {
+namespace zu::internal {
 
 #if ZU_FAST_NUMBERS
 __extension__ typedef unsigned __int128 Wide;
@@ -54,4 +54,4 @@ inline std::uint64_t Load8(char const* p) {
   return u;
 }
 
-}  // namespace zu_internal
+}  // namespace zu::internal

@@ -4,7 +4,7 @@
 #include <bit>
 #include <cstdint>
 
-namespace zu_internal {
+namespace zu::internal {
 
 constexpr int kMantissaBits = 52;
 constexpr int kExponentBias = 1075;  // of a mantissa taken as a whole number
@@ -25,4 +25,4 @@ inline DoubleParts Split(double dValue) {
           iBiased != 0 && iBiased != 0x7FF};
 }
 
-}  // namespace zu_internal
+}  // namespace zu::internal

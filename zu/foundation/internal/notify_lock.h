@@ -1,7 +1,7 @@
 // Events of a list held back by whoever fills it from outside.
 #pragma once
 
-namespace zu_internal {
+namespace zu::internal {
 
 // Holds the events of a list back for its lifetime; they are not remembered.
 template <class List>
@@ -16,4 +16,4 @@ class NotifyLock {
   List* m_pList;
 };
 
-}  // namespace zu_internal
+}  // namespace zu::internal

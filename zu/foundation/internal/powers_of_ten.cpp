@@ -2,7 +2,7 @@
 
 #include <bit>
 
-namespace zu_internal {
+namespace zu::internal {
 namespace {
 
 constexpr int kLimbs = 36;  // of 32 bits: 5^342 has 795 bits, its reciprocal needs 128 more
@@ -82,4 +82,4 @@ constexpr PowersOfTen MakeTable() {
 constexpr PowersOfTen kTable = MakeTable();
 const PowersOfTen kPowersOfTen = kTable;
 
-}  // namespace zu_internal
+}  // namespace zu::internal

@@ -4,7 +4,7 @@
 #include <array>
 #include <cstdint>
 
-namespace zu_internal {
+namespace zu::internal {
 
 // 10^q = (g + d) 2^(PowerExponent(q)), g = uHigh 2^64 + uLow, 2^127 <= g < 2^128, 0 <= d < 1. From
 // q = 0 to kLastExactPower, d is 0.
@@ -33,4 +33,4 @@ constexpr double kExactDoubles[kLastExactDouble + 1] = {
     1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,  1e8,  1e9,  1e10, 1e11,
     1e12, 1e13, 1e14, 1e15, 1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
 
-}  // namespace zu_internal
+}  // namespace zu::internal

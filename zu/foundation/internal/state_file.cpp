@@ -6,7 +6,7 @@
 
 #include <fstream>
 
-namespace zu_internal {
+namespace zu::internal {
 
 void AppendToStateFile(char const* szName, std::string const& strText) {
   char const* const szFolder = std::getenv("LOCALAPPDATA");
@@ -14,7 +14,7 @@ void AppendToStateFile(char const* szName, std::string const& strText) {
   std::ofstream(std::string(szFolder) + "\\" + szName, std::ios::app | std::ios::binary) << strText;
 }
 
-}  // namespace zu_internal
+}  // namespace zu::internal
 
 #else
 
@@ -22,7 +22,7 @@ void AppendToStateFile(char const* szName, std::string const& strText) {
 #include <sys/stat.h>
 #include <unistd.h>
 
-namespace zu_internal {
+namespace zu::internal {
 namespace {
 
 // The folder of an environment variable; empty unless that names one from the root.
@@ -65,6 +65,6 @@ void AppendToStateFile(char const* szName, std::string const& strText) {
   ::close(iFile);
 }
 
-}  // namespace zu_internal
+}  // namespace zu::internal
 
 #endif

@@ -8,7 +8,7 @@
 
 #include "zu/foundation/str_rep.h"
 
-namespace zu_internal {
+namespace zu::internal {
 
 constexpr std::size_t kStrMinBlock = 16;  // smallest size class
 constexpr std::size_t kStrSlack = 10;     // size class less capacity
@@ -58,4 +58,4 @@ inline bool LiesIn(StrRep const* p, char const* t) {
   return !IsNil(p) && isAtOrBefore(p->s, t) && isAtOrBefore(t, p->s + p->sz);
 }
 
-}  // namespace zu_internal
+}  // namespace zu::internal

@@ -6,7 +6,7 @@
 #include "zu/foundation/internal/c_format.h"
 #include "zu/foundation/unicode.h"
 
-namespace zu_internal {
+namespace zu::internal {
 namespace {
 
 // Walks a wide format and prints one conversion after the other through the narrow formatter: the
@@ -240,4 +240,4 @@ int FormatInto(wchar_t* pOut, std::size_t nSize, wchar_t const* szFormat, std::v
   return static_cast<int>(WideFormatter(pOut, nSize, args).Run(szFormat) - pOut);
 }
 
-}  // namespace zu_internal
+}  // namespace zu::internal

@@ -3,7 +3,7 @@
 
 #include <new>
 
-namespace zu_internal {
+namespace zu::internal {
 
 // The result of the work, or the other one where it finds no memory.
 template <class Result, class Work>
@@ -28,4 +28,4 @@ void CopyAll(const List& from, List* pTo) {
   if (from.CopyTo(pTo) != from.Count()) throw std::bad_alloc();
 }
 
-}  // namespace zu_internal
+}  // namespace zu::internal

@@ -1,4 +1,4 @@
-#include "zu/foundation/list_order.h"
+#include "zu/foundation/detail/list_order.h"
 
 #include <algorithm>
 #include <cstddef>

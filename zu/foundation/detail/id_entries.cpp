@@ -1,4 +1,4 @@
-#include "zu/foundation/id_entries.h"
+#include "zu/foundation/detail/id_entries.h"
 
 #include <algorithm>
 #include <array>
