@@ -17,7 +17,9 @@
 // and their like stand in string_functions.h, which this header includes.
 #pragma once
 
+#include <concepts>
 #include <iosfwd>
+#include <utility>
 
 #include "zu/export.h"
 #include "zu/foundation/str_rep.h"
@@ -72,7 +74,7 @@ class ZU_API String {
  public:
   constexpr String() noexcept : rep(NilRep()) {}
   String(String const& x) : rep(x.empty() ? NilRep() : CopyRep(x.rep)) {}
-  String(String&& x) noexcept : rep(x.rep) { x.rep = NilRep(); }
+  String(String&& x) noexcept : rep(std::exchange(x.rep, NilRep())) {}  // x is empty then
   String(SubString const& x);
   String(char c);
   String(char const* t);           // null gives the empty string
@@ -85,6 +87,16 @@ class ZU_API String {
 
   String& operator=(String const& y) {
     if (rep != y.rep) rep = Scopy(rep, y.rep);
+    return *this;
+  }
+  // Takes the text and leaves y empty. As in a copy, the block stays where the text fits.
+  String& operator=(String&& y) noexcept {
+    if (this == &y) return *this;
+    if (rep != NilRep() && y.rep->len <= rep->sz)
+      rep = Scopy(rep, y.rep);
+    else
+      std::swap(rep, y.rep);
+    if (y.rep != NilRep()) DropRep(std::exchange(y.rep, NilRep()));
     return *this;
   }
   String& operator=(SubString const& y);
@@ -121,6 +133,15 @@ class ZU_API String {
   char& operator[](int i) {
     if (i >= 0 && i < length()) return rep->s[i];
     return InvalidIndex();
+  }
+  // An index of any other integer type: without these, a long would meet that of `char const*` too.
+  template <std::integral Index>
+  char operator[](Index i) const {
+    return elem(std::in_range<int>(i) ? static_cast<int>(i) : -1);
+  }
+  template <std::integral Index>
+  char& operator[](Index i) {
+    return (*this)[std::in_range<int>(i) ? static_cast<int>(i) : -1];
   }
 
   // Whether length, capacity and terminator fit together.
