@@ -20,6 +20,10 @@ ZU_API int ZuAtoi(char const* szText);
 ZU_API double ZuAtof(char const* pBegin, char const* pEnd);
 ZU_API int ZuAtoi(char const* pBegin, char const* pEnd);
 
+// An id, which has no sign in a file: as ZuAtoi, but 0 to 4294967295 are read whole and more gives
+// 4294967295. A number below 0 is that of ZuAtoi, taken as unsigned: -1 gives 4294967295.
+ZU_API unsigned int ZuAtou(char const* pBegin, char const* pEnd);
+
 // As ZuAtof; *ppStop becomes the first character behind the number, or pBegin where there is none.
 ZU_API double ZuAtof(char const* pBegin, char const* pEnd, char const** ppStop);
 

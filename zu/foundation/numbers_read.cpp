@@ -7,6 +7,7 @@
 #include <string_view>
 
 #include "zu/foundation/internal/c_format.h"
+#include "zu/foundation/internal/characters.h"
 #include "zu/foundation/internal/digits.h"
 #include "zu/foundation/internal/double_parts.h"
 #include "zu/foundation/internal/powers_of_ten.h"
@@ -15,12 +16,6 @@
 namespace {
 
 using namespace zu::internal;
-
-bool IsBlank(char c) { return c == ' ' || (c >= '\t' && c <= '\r'); }
-
-bool IsDigit(char c) { return c >= '0' && c <= '9'; }
-
-bool IsLetter(char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z'); }
 
 // Whether a character can stand in a hexadecimal number, an infinity or a "nan(...)".
 bool IsSpecial(char c) {
@@ -229,8 +224,9 @@ double ReadDouble(char const* pBegin, End end, char const** ppStop) {
   return std::bit_cast<double>(std::bit_cast<std::uint64_t>(dValue) ^ std::uint64_t{bMinus} << 63);
 }
 
+// An integer, or a number beyond all that are told apart.
 template <class End>
-int ReadInt(char const* pBegin, End end) {
+long long ReadInteger(char const* pBegin, End end) {
   constexpr long long kAbove = 1LL << 32;  // any more digits change nothing
   char const* p = SkipBlanks(pBegin, end);
   const bool bMinus = TakeSign(p, end);
@@ -238,10 +234,19 @@ int ReadInt(char const* pBegin, End end) {
   for (; !end.AtEnd(p) && IsDigit(*p); ++p) {
     if (n < kAbove) n = 10 * n + (*p - '0');
   }
-  if (bMinus) n = -n;
-  if (n > std::numeric_limits<int>::max()) return std::numeric_limits<int>::max();
-  if (n < std::numeric_limits<int>::min()) return std::numeric_limits<int>::min();
-  return static_cast<int>(n);
+  return bMinus ? -n : n;
+}
+
+template <class T>
+T Limited(long long n, T least, T most) {
+  if (n < static_cast<long long>(least)) return least;
+  return n > static_cast<long long>(most) ? most : static_cast<T>(n);
+}
+
+template <class End>
+int ReadInt(char const* pBegin, End end) {
+  return Limited(ReadInteger(pBegin, end), std::numeric_limits<int>::min(),
+                 std::numeric_limits<int>::max());
 }
 
 }  // namespace
@@ -263,3 +268,10 @@ double ZuAtof(char const* pBegin, char const* pEnd, char const** ppStop) {
 int ZuAtoi(char const* szText) { return ReadInt(szText, Terminated()); }
 
 int ZuAtoi(char const* pBegin, char const* pEnd) { return ReadInt(pBegin, Bounded{pEnd}); }
+
+unsigned int ZuAtou(char const* pBegin, char const* pEnd) {
+  const long long n = ReadInteger(pBegin, Bounded{pEnd});
+  if (n < 0)
+    return static_cast<unsigned int>(Limited<long long>(n, std::numeric_limits<int>::min(), 0));
+  return Limited(n, 0u, std::numeric_limits<unsigned int>::max());
+}
