@@ -18,6 +18,15 @@ step(${CMAKE_COMMAND} -S ${CMAKE_CURRENT_LIST_DIR} -B ${WORK_DIR}/build -G Ninja
      -DCMAKE_BUILD_TYPE=${BUILD_TYPE} -DCMAKE_CXX_COMPILER=${CXX} "-DCMAKE_CXX_FLAGS=${CXX_FLAGS}"
      -DCMAKE_PREFIX_PATH=${WORK_DIR}/moved -DEXPECTED_VERSION=${VERSION})
 step(${CMAKE_COMMAND} --build ${WORK_DIR}/build)
+# Without C++20 the compiler says what is missing, and nothing else but that it stops.
+execute_process(COMMAND ${CXX} -std=c++17 -fsyntax-only -I${WORK_DIR}/moved/include
+                        ${CMAKE_CURRENT_LIST_DIR}/main.cpp
+                RESULT_VARIABLE _result OUTPUT_VARIABLE _text ERROR_VARIABLE _text)
+string(REGEX MATCHALL "error: " _errors "${_text}")
+list(LENGTH _errors _errors)
+if(_result EQUAL 0 OR NOT _errors EQUAL 2 OR NOT _text MATCHES "Zu needs C\\+\\+20")
+  message(FATAL_ERROR "compiled as C++17:\n${_text}")
+endif()
 foreach(_program by_package by_pkg_config)
   if(EXISTS ${WORK_DIR}/build/${_program})
     step(${WORK_DIR}/build/${_program} ${VERSION})
