@@ -190,4 +190,7 @@ class ZU_API ZuPointCloud : public ZuListnode, public ZuFlag, public ZuStandardN
 
 ZU_DECLARE_LIST(ZuPointCloud);
 
-class ZU_API ZuPointCloudList : public TZuListHeader<ZuPointCloud> {};
+class ZU_API ZuPointCloudList : public TZuListHeader<ZuPointCloud> {
+ public:
+  using TZuListHeader<ZuPointCloud>::operator=;
+};

@@ -49,11 +49,12 @@ class ZU_API ZuIdTable : public TZuArray<unsigned int> {
  public:
   using TZuArray<unsigned int>::TZuArray;
 
-  // { 17 4 205 }
+  // Appends the ids of a block such as { 17 4 205 }: integer tokens from the one in hand to the
+  // brace that closes it, or to the end of the file. Any other token leaves as the parser's fault;
+  // the ids before it stay. Returns 1.
   //
-  // Appends the ids of a block: integer tokens from the one in hand to the brace that closes it, or
-  // to the end of the file. Any other token leaves as the parser's fault; the ids before it stay.
-  // Returns 1.
+  // A table is no LinkHdl. The handler of the block's keyword, a function of the record that holds
+  // the table, calls this.
   int Read(ZuReaderObject* pObject);
 };
 
@@ -61,7 +62,7 @@ class ZU_API ZuIdPairTable : public TZuArray<ZuIdPair> {
  public:
   using TZuArray<ZuIdPair>::TZuArray;
 
-  // { 17 4  205 206 }: as ZuIdTable, two ids to a pair; a pair that is cut leaves no trace.
+  // { 17 4  205 206 } as ZuIdTable, two ids to a pair; a pair that is cut leaves no trace.
   int Read(ZuReaderObject* pObject);
 };
 

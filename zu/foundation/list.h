@@ -42,7 +42,7 @@ class ZU_API TZuBaseListHeader {
 
  public:
   // Events are held back while more SetNotify(false) than SetNotify(true) were called; they are not
-  // remembered. ForceNotify ends that at once.
+  // remembered. ForceNotify ends that at once. A NotifyLock calls both, also past an exception.
   virtual void SetNotify(bool bNotify);
   virtual void ForceNotify() { m_iNotifyLock = 0; }
 
@@ -70,6 +70,8 @@ class ZU_API TZuBaseListHeader {
   virtual T* SortedInsert(T* p);
   virtual T* InsertFirst(T* p) { return Insert(m_pFirst, p); }
 
+  // The node at position i, from 0: Subtract(7) is the eighth node, Subtract(7u) of TZuListHeader
+  // the one with the id 7.
   virtual T* Subtract(int i) { return Subtract(Get(i)); }
 
   // Unlinks p and returns it.
@@ -119,17 +121,10 @@ class ZU_API TZuBaseListHeader {
   virtual T* Pop() { return SubtractLast(); }
 
   bool IsNotifyEnabled() const { return m_iNotifyLock == 0; }
-  bool IsPtrInList(const void* p) const;
-  static T* Cast(const void* p) { return static_cast<T*>(const_cast<void*>(p)); }
-  void AssertInvalid() const {}
-  void AssertPointNotInList(const T*) const {}
 
-  // The neighbours of a node, for walks in code that knows no more of T.
-  static T* NextOf(const T* p) { return Typed(Links(p).m_pNext); }
-  static T* PreviousOf(const T* p) { return Typed(Links(p).m_pPrev); }
-
- protected:
-  // Holds events back for its lifetime.
+  // Holds the events of a list back for its lifetime:
+  //
+  //   const ZuPointList::NotifyLock lock(&list);
   class NotifyLock {
    public:
     explicit NotifyLock(TZuBaseListHeader* pList) : m_pList(pList) { pList->SetNotify(false); }
@@ -141,6 +136,16 @@ class ZU_API TZuBaseListHeader {
     TZuBaseListHeader* m_pList;
   };
 
+  bool IsPtrInList(const void* p) const;
+  static T* Cast(const void* p) { return static_cast<T*>(const_cast<void*>(p)); }
+  void AssertInvalid() const {}
+  void AssertPointNotInList(const T*) const {}
+
+  // The neighbours of a node, for walks in code that knows no more of T.
+  static T* NextOf(const T* p) { return Typed(Links(p).m_pNext); }
+  static T* PreviousOf(const T* p) { return Typed(Links(p).m_pPrev); }
+
+ protected:
   // Changes of the chain without events.
   void LinkLast(T* p);
   void LinkBefore(T* pBefore, T* p);  // null: at the tail
@@ -230,8 +235,10 @@ class ZU_API TZuListHeader : public TZuBaseListHeader<T>, public ZuStandardNotif
   virtual T* SortedReplace(const T& x);
   virtual T* SortedReplace(T* p);
 
-  virtual T* Subtract(const String& strName) { return Base::Subtract(Find(strName, false)); }
-  virtual T* Subtract(unsigned int uId) { return Base::Subtract(Find(uId)); }
+  // The first node of that name, of that id, by the list's own Subtract(T*). An id is unsigned: a
+  // plain number is a position.
+  virtual T* Subtract(const String& strName) { return Subtract(Find(strName, false)); }
+  virtual T* Subtract(unsigned int uId) { return Subtract(Find(uId)); }
 
   // The first node of that name, of that id; null if there is none. Without bCaseSensitive, as in
   // Subtract, ASCII letters match in either case.
@@ -239,7 +246,8 @@ class ZU_API TZuListHeader : public TZuBaseListHeader<T>, public ZuStandardNotif
   T* Find(const String& strName) const { return Find(strName, false); }
   virtual T* Find(unsigned int uId) const;
 
-  // The first id at or above uHint that no node has; with 0 the largest id and 1.
+  // The first id at or above uHint that no node has; with 0 the largest id and 1. Behind 4294967295
+  // it is the smallest one from 1 on that is free.
   virtual unsigned int GetFreeId(unsigned int uHint) const;
 
   // Numbers the nodes from pFrom (null: the head) to the tail with uStart, uStart + uStep, ... and
@@ -258,6 +266,7 @@ class ZU_API TZuListHeader : public TZuBaseListHeader<T>, public ZuStandardNotif
   static ZuObject& Object(T* p) { return *p; }
   static const ZuObject& Object(const T* p) { return *p; }
   static int CompareIds(const ZuBaseListnode* p, const ZuBaseListnode* pOther);
+  unsigned int FreeIdFrom(unsigned int uFirst) const;
 
   void Send(eZuNotifyType eType, T* p, ZuObserver* pExcept) {
     if (this->IsNotifyEnabled()) SendAlways(eType, p, pExcept);

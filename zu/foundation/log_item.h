@@ -18,4 +18,7 @@ class ZU_API ZuLogItem : public ZuListnode {
 
 ZU_DECLARE_LIST(ZuLogItem);
 
-class ZU_API ZuLogItemList : public TZuListHeader<ZuLogItem> {};
+class ZU_API ZuLogItemList : public TZuListHeader<ZuLogItem> {
+ public:
+  using TZuListHeader<ZuLogItem>::operator=;
+};

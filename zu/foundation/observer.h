@@ -54,6 +54,7 @@ class ZU_API ZuStandardNotifier : public TZuArray<ZuObserver*> {
 
  protected:
   // The table changes by the operations above alone: each observer knows the tables it stands on.
+  // Nor is it searched or compared: a list would answer for its observers.
   using TZuArray<ZuObserver*>::Add;
   using TZuArray<ZuObserver*>::Insert;
   using TZuArray<ZuObserver*>::Remove;
@@ -61,7 +62,12 @@ class ZU_API ZuStandardNotifier : public TZuArray<ZuObserver*> {
   using TZuArray<ZuObserver*>::Sort;
   using TZuArray<ZuObserver*>::Size;
   using TZuArray<ZuObserver*>::Item;
+  using TZuArray<ZuObserver*>::Search;
+  using TZuArray<ZuObserver*>::BinSearchUp;
+  using TZuArray<ZuObserver*>::BinSearchDown;
   using TZuArray<ZuObserver*>::operator[];
+  using TZuArray<ZuObserver*>::operator==;
+  using TZuArray<ZuObserver*>::operator!=;
 
  private:
   friend class ZuObserver;

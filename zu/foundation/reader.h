@@ -43,7 +43,10 @@ class ZU_API ZuReaderError : public ZuParserStatus, public ZuListnode {
   ZuReaderError* Next() const { return static_cast<ZuReaderError*>(m_pNext); }
 };
 
-class ZU_API ZuReaderErrorList : public TZuListHeader<ZuReaderError> {};
+class ZU_API ZuReaderErrorList : public TZuListHeader<ZuReaderError> {
+ public:
+  using TZuListHeader<ZuReaderError>::operator=;
+};
 
 #if defined(__GNUC__)
 #pragma GCC diagnostic push

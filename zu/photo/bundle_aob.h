@@ -20,4 +20,7 @@ class ZU_API ZuBundleAOB : public ZuListnode {
 
 ZU_DECLARE_LIST(ZuBundleAOB);
 
-class ZU_API ZuBundleAOBList : public TZuListHeader<ZuBundleAOB> {};
+class ZU_API ZuBundleAOBList : public TZuListHeader<ZuBundleAOB> {
+ public:
+  using TZuListHeader<ZuBundleAOB>::operator=;
+};

@@ -15,6 +15,7 @@
 
 class ZU_API ZuCameraList : public TZuListHeader<ZuCamera>, public LinkHdl {
  public:
+  using TZuListHeader<ZuCamera>::operator=;
   ZuCameraList() = default;
   ZuCameraList(const ZuCameraList& other);
   explicit ZuCameraList(const char* szPath) { Read(szPath); }

@@ -78,6 +78,7 @@ ZU_DECLARE_LIST(ZuOrthoPhoto);
 
 class ZU_API ZuOrthoPhotoList : public TZuListHeader<ZuOrthoPhoto>, public LinkHdl {
  public:
+  using TZuListHeader<ZuOrthoPhoto>::operator=;
   // Handler of a keyword: appends the orthophoto read.
   ZuOrthoPhoto* AddPhoto(ZuReaderObject* pObject);
 };

@@ -8,6 +8,7 @@
 
 class ZU_API ZuPhotoList : public TZuListHeader<ZuPhoto>, public LinkHdl {
  public:
+  using TZuListHeader<ZuPhoto>::operator=;
   // Handler of a keyword: appends the photo read.
   ZuPhoto* AddPhoto(ZuReaderObject* pObject);
 };

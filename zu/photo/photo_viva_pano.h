@@ -16,4 +16,7 @@ class ZU_API ZuPhotoVivaPano : public ZuPhoto {
 
 ZU_DECLARE_LIST(ZuPhotoVivaPano);
 
-class ZU_API ZuVivaPanoList : public TZuListHeader<ZuPhotoVivaPano> {};
+class ZU_API ZuVivaPanoList : public TZuListHeader<ZuPhotoVivaPano> {
+ public:
+  using TZuListHeader<ZuPhotoVivaPano>::operator=;
+};

@@ -124,6 +124,7 @@ ZU_DECLARE_LIST(ZuReseauFile);
 // The loaded formats. Owns its entries.
 class ZU_API ZuReseaufileList : public TZuListHeader<ZuReseauFile>, public LinkHdl {
  public:
+  using TZuListHeader<ZuReseauFile>::operator=;
   ZuReseaufileList() = default;
   ZuReseaufileList(const ZuReseaufileList& other);
   ZuReseaufileList& operator=(const ZuReseaufileList& other);

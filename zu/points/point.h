@@ -33,7 +33,8 @@ class ZU_API ZuPoint : public ZuListnode, public ZuFlag {
   // (m_iPhoto + Id) of this point minus that of the other, formed without overflow in 32 bits:
   // lists of points sort ascending on that sum. pOther must be a ZuPoint.
   //
-  // Required: the sense is the reverse of ZuListnode::Compare, whose lists sort descending.
+  // Required: the sense is the reverse of ZuListnode::Compare, whose lists sort descending. That
+  // one answers for a pointer to const, and for an id: ask with the pointer that lists hold.
   using ZuListnode::Compare;
   virtual int Compare(ZuListnode* pOther) const;
 

@@ -37,6 +37,8 @@ class ZU_API ZuPointList : public TZuListHeader<ZuPoint>,
   TZuFormatTable<eZuPointRWMask>& GetMask() { return *this; }
   const TZuFormatTable<eZuPointRWMask>& GetMask() const { return *this; }
   void SetMask(const TZuFormatTable<eZuPointRWMask>& table);
+  using TZuFormatTable<eZuPointRWMask>::Size;  // number of columns
+  using TZuFormatTable<eZuPointRWMask>::operator[];
 
   // Handler of a keyword block whose rows are points: adds a point for each row of values, until
   // the block's closing brace or the end of the file. A row cut short leaves no trace; any other

@@ -12,6 +12,7 @@ ZU_DECLARE_LIST(ZuPlane);
 
 class ZU_API ZuPlaneList : public TZuListHeader<ZuPlane>, public LinkHdl {
  public:
+  using TZuListHeader<ZuPlane>::operator=;
   ZuPlaneList() = default;
   ZuPlaneList(const ZuPlaneList& list) = default;
   ZuPlaneList& operator=(const ZuPlaneList& list) = default;

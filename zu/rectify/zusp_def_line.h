@@ -90,6 +90,7 @@ ZU_DECLARE_LIST(ZuZuspDefLineConstraint);
 
 class ZU_API ZuZuspDefLineList : public TZuListHeader<ZuZuspDefLine>, public LinkHdl {
  public:
+  using TZuListHeader<ZuZuspDefLine>::operator=;
   // Handler of a keyword: appends the line read. A cut one enters no line.
   ZuZuspDefLine* AddObject(ZuReaderObject* pObject);
 };
@@ -97,5 +98,6 @@ class ZU_API ZuZuspDefLineList : public TZuListHeader<ZuZuspDefLine>, public Lin
 class ZU_API ZuZuspDefLineConstraintList : public TZuListHeader<ZuZuspDefLineConstraint>,
                                            public LinkHdl {
  public:
+  using TZuListHeader<ZuZuspDefLineConstraint>::operator=;
   ZuZuspDefLineConstraint* AddObject(ZuReaderObject* pObject);
 };

@@ -34,6 +34,7 @@ ZU_DECLARE_LIST(ZuZuspPlaneInfo);
 
 class ZU_API ZuZuspPlaneInfoList : public TZuListHeader<ZuZuspPlaneInfo>, public LinkHdl {
  public:
+  using TZuListHeader<ZuZuspPlaneInfo>::operator=;
   // Handler of a keyword: appends the plane read.
   ZuZuspPlaneInfo* AddPlane(ZuReaderObject* pObject);
   // Pixel to object coordinates by the first plane that holds the pixel; false, point untouched,

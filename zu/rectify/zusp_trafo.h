@@ -136,6 +136,7 @@ ZU_DECLARE_LIST(ZuZuspTrafo);
 // The rectifications of a photo, which it owns.
 class ZU_API ZuZuspTrafoList : public TZuListHeader<ZuZuspTrafo>, public LinkHdl {
  public:
+  using TZuListHeader<ZuZuspTrafo>::operator=;
   // Handlers of keywords: append the record read, in the present and the older form.
   ZuZuspTrafo* AddTrafo(ZuReaderObject* pObject);
   ZuZuspTrafo* AddTrafoV50(ZuReaderObject* pObject);

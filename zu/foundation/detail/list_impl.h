@@ -2,6 +2,7 @@
 #pragma once
 
 #include <algorithm>
+#include <climits>
 #include <new>
 #include <vector>
 
@@ -359,24 +360,25 @@ T* TZuListHeader<T>::Find(unsigned int uId) const {
 
 template <class T>
 unsigned int TZuListHeader<T>::GetFreeId(unsigned int uHint) const {
-  if (uHint == 0) {
-    unsigned int uLargest = 0;
-    for (const T* p = this->m_pFirst; p; p = this->NextOf(p)) {
-      uLargest = std::max(uLargest, Object(p).GetId());
-    }
-    return uLargest + 1;
+  if (uHint != 0) return Find(uHint) ? FreeIdFrom(uHint) : uHint;
+  unsigned int uLargest = 0;
+  for (const T* p = this->m_pFirst; p; p = this->NextOf(p)) {
+    uLargest = std::max(uLargest, Object(p).GetId());
   }
-  if (!Find(uHint)) return uHint;
+  return uLargest != UINT_MAX ? uLargest + 1 : FreeIdFrom(1);
+}
 
-  // n nodes leave one of the n + 1 ids from the hint on free.
+template <class T>
+unsigned int TZuListHeader<T>::FreeIdFrom(unsigned int uFirst) const {
+  // n nodes leave one of the n + 1 ids from the first on free.
   std::vector<bool> aTaken(static_cast<std::size_t>(Count()) + 1);
   for (const T* p = this->m_pFirst; p; p = this->NextOf(p)) {
-    const unsigned int uOffset = Object(p).GetId() - uHint;
-    if (uOffset < aTaken.size()) aTaken[uOffset] = true;
+    const unsigned int uId = Object(p).GetId();
+    if (uId >= uFirst && uId - uFirst < aTaken.size()) aTaken[uId - uFirst] = true;
   }
   unsigned int uFree = 0;
   while (aTaken[uFree]) ++uFree;
-  return uHint + uFree;
+  return uFree <= UINT_MAX - uFirst ? uFirst + uFree : FreeIdFrom(1);
 }
 
 template <class T>
