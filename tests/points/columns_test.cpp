@@ -127,7 +127,7 @@ TEST(Columns, IdOrNameTakesDigitsAsTheId) {
                                                                      {"\"P 12\"", 0},
                                                                      {"\xE4\xF6", 0},
                                                                      {"1.5", 0},
-                                                                     {"99999999999", INT_MAX}}) {
+                                                                     {"99999999999", UINT_MAX}}) {
     SCOPED_TRACE(szField);
     ZuPoint p;
     EXPECT_EQ(p.Read(szField, One(3)), 1);
@@ -168,7 +168,7 @@ TEST(Columns, LinesAreCutIntoFields) {
            {" \t\r\n", 0, 0, "", 0, 0},
            {"", 0, 0, "", 0, 0},
            {"-1 A", 2, UINT_MAX, "A", 0, 0},
-           {"99999999999 A", 2, INT_MAX, "A", 0, 0},
+           {"99999999999 A", 2, UINT_MAX, "A", 0, 0},
        }) {
     SCOPED_TRACE(szLine);
     ZuPoint p;

@@ -138,9 +138,8 @@ std::vector<ZuPoint> PlainRead(const char* szPath) {
       return i < fields.size() ? std::strtod(fields[i].c_str(), nullptr) : 0.0;
     };
     if (fields.empty()) continue;
-    const double dId = std::strtol(fields[0].c_str(), nullptr, 10);
-    p.SetId(static_cast<unsigned int>(
-        static_cast<int>(std::fmax(-2147483648.0, std::fmin(dId, 2147483647.0)))));
+    const long lId = std::strtol(fields[0].c_str(), nullptr, 10);
+    p.SetId(static_cast<unsigned int>(std::clamp(lId, -2147483648L, 4294967295L)));
     p.m_dX = number(1);
     if (fields.size() > 2) p.SetName(fields[2].c_str());
     p.m_dY = number(3);

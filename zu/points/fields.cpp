@@ -36,16 +36,28 @@ double ZuFieldCutter::Double() {
   return ZuAtof(text.data(), text.data() + text.size());
 }
 
-int ZuFieldCutter::Int() {
+bool ZuFieldCutter::ShortInt(int* piValue) {
   constexpr int kSafeDigits = 9;
   const char* p = m_pNext;
   int iValue = 0;
   while (p != m_pEnd && p - m_pNext < kSafeDigits && IsDigit(*p))
     iValue = iValue * 10 + (*p++ - '0');
-  if (p != m_pNext && (p == m_pEnd || IsDelimiter(*p))) {
-    m_pNext = p;
-    return iValue;
-  }
+  if (p == m_pNext || (p != m_pEnd && !IsDelimiter(*p))) return false;
+  m_pNext = p;
+  *piValue = iValue;
+  return true;
+}
+
+int ZuFieldCutter::Int() {
+  int iValue = 0;
+  if (ShortInt(&iValue)) return iValue;
   const std::string_view text = Text();
   return ZuAtoi(text.data(), text.data() + text.size());
+}
+
+unsigned int ZuFieldCutter::Id() {
+  int iValue = 0;
+  if (ShortInt(&iValue)) return static_cast<unsigned int>(iValue);
+  const std::string_view text = Text();
+  return ZuAtou(text.data(), text.data() + text.size());
 }

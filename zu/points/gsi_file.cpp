@@ -119,7 +119,7 @@ bool TakeLine(std::string_view line, GsiPoint* pPoint) {
 }  // namespace
 
 int ZuPointList::ReadGsiFile(const char* szPath) {
-  // More digits than an Id has in any case make a name.
+  // More digits than every Id may have make a name.
   constexpr std::size_t kIdDigits = 9;
 
   const ZuOpenFile pFile = ZuOpenText(szPath);

@@ -55,6 +55,9 @@ void ZuPoint::ReadValue(ZuReaderObject* pObject, const ZuColumn& column) {
     case eZuColumnKind::Int:
       this->*column.pInt = pObject->TakeInt();
       break;
+    case eZuColumnKind::Key:
+      this->*column.pInt = static_cast<int>(pObject->TakeId());
+      break;
     case eZuColumnKind::Double:
       this->*column.pDouble = pObject->TakeNumber();
       break;

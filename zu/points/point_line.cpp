@@ -4,6 +4,7 @@
 #include <string_view>
 
 #include "zu/foundation/alnum_id.h"
+#include "zu/foundation/internal/characters.h"
 #include "zu/foundation/numbers.h"
 #include "zu/points/internal/columns.h"
 #include "zu/points/internal/fields.h"
@@ -19,8 +20,7 @@ std::string_view WithoutLineEnd(const char* szLine) {
 }
 
 bool HasOnlyDigits(std::string_view text) {
-  return !text.empty() &&
-         std::all_of(text.begin(), text.end(), [](char c) { return c >= '0' && c <= '9'; });
+  return !text.empty() && std::all_of(text.begin(), text.end(), zu::internal::IsDigit);
 }
 
 // A text that need not be terminated.
@@ -38,9 +38,10 @@ void AssignText(String& str, std::string_view text) {
 }  // namespace
 
 void ZuPoint::SetIdOrName(std::string_view text, bool bZeroIsName) {
-  const int iId = HasOnlyDigits(text) ? ZuAtoi(text.data(), text.data() + text.size()) : -1;
-  if (iId > 0 || (iId == 0 && !bZeroIsName)) {
-    m_uId = static_cast<unsigned int>(iId);
+  const bool bDigits = HasOnlyDigits(text);
+  const unsigned int uId = bDigits ? ZuAtou(text.data(), text.data() + text.size()) : 0;
+  if (bDigits && (uId != 0 || !bZeroIsName)) {
+    m_uId = uId;
   } else {
     SetNameAndId(text);
   }
@@ -54,7 +55,7 @@ void ZuPoint::SetNameAndId(std::string_view text) {
 inline void ZuPoint::ReadField(ZuFieldCutter& fields, const ZuColumn& column) {
   switch (column.eKind) {
     case eZuColumnKind::Id:
-      m_uId = static_cast<unsigned int>(fields.Int());
+      m_uId = fields.Id();
       break;
     case eZuColumnKind::Name:
       AssignText(m_strName, fields.Text());
@@ -73,6 +74,9 @@ inline void ZuPoint::ReadField(ZuFieldCutter& fields, const ZuColumn& column) {
       break;
     case eZuColumnKind::Int:
       this->*column.pInt = fields.Int();
+      break;
+    case eZuColumnKind::Key:
+      this->*column.pInt = static_cast<int>(fields.Id());
       break;
     case eZuColumnKind::Double:
       this->*column.pDouble = fields.Double();

@@ -29,6 +29,7 @@ void ZuPoint::WriteColumns(ZuRowWriter& row, const TZuFormatTable<eZuPointRWMask
         row.Number(static_cast<int>(this->*column.pShort), column.iWidth);
         break;
       case eZuColumnKind::Int:
+      case eZuColumnKind::Key:
         row.Number(this->*column.pInt, column.iWidth);
         break;
       case eZuColumnKind::Double:

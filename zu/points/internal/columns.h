@@ -14,6 +14,7 @@ enum class eZuColumnKind {
   Code,      // control code by its digits
   Short,     // the fields of pShort, pInt, pDouble, pFloat
   Int,       //
+  Key,       // the id of another record, in pInt; its text is one of 32 bits without a sign
   Double,    //
   Float,     //
   Accuracy,  // root of the sum of the squared accuracies; read and dropped
@@ -40,8 +41,9 @@ struct ZuColumn {
       : ZuColumn(e, sz, iTitle, eZuColumnKind::Short, iW) {
     pShort = p;
   }
-  constexpr ZuColumn(eZuPointRWMask e, const char* sz, int iTitle, int ZuPoint::*p, int iW)
-      : ZuColumn(e, sz, iTitle, eZuColumnKind::Int, iW) {
+  constexpr ZuColumn(eZuPointRWMask e, const char* sz, int iTitle, int ZuPoint::*p, int iW,
+                     eZuColumnKind k = eZuColumnKind::Int)
+      : ZuColumn(e, sz, iTitle, k, iW) {
     pInt = p;
   }
   constexpr ZuColumn(eZuPointRWMask e, const char* sz, int iTitle, double ZuPoint::*p, int iW)

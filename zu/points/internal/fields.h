@@ -18,12 +18,16 @@ class ZuFieldCutter {
     return m_pNext != m_pEnd;
   }
 
-  // The three below take the field that FindField found.
+  // Those below take the field that FindField found.
   std::string_view Text();
   double Double();
   int Int();
+  unsigned int Id();
 
  private:
+  // Takes a field of at most nine digits; false, and nothing taken, for any other.
+  inline bool ShortInt(int* piValue);
+
   const char* m_pNext;
   const char* m_pEnd;
 };
