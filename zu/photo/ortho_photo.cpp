@@ -4,7 +4,6 @@
 #include <ostream>
 #include <utility>
 
-#include "zu/foundation/internal/notify_lock.h"
 #include "zu/foundation/internal/without_memory.h"
 #include "zu/foundation/reader.h"
 
@@ -24,7 +23,7 @@ ZuOrthoPhoto& ZuOrthoPhoto::operator=(const ZuOrthoPhoto& other) {
   if (this == &other) return *this;
   ZuPhoto::operator=(other);
   {
-    const zu::internal::NotifyLock lock(&m_PlaneList);
+    const ZuZuspPlaneInfoList::NotifyLock lock(&m_PlaneList);
     m_PlaneList.Destroy();
     zu::internal::CopyAll(other.m_PlaneList, &m_PlaneList);
   }

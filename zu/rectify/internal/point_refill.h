@@ -8,18 +8,8 @@
 class ZuPointRefill {
  public:
   // Empties the list with the event that Destroy sends, then holds events back for its lifetime.
-  explicit ZuPointRefill(ZuPointList* pList) : m_pList(pList) {
-    if (pList->IsEmpty()) {
-      pList->NotifyChanged(nullptr, nullptr);
-    } else {
-      pList->MoveTo(&m_nodes);
-    }
-    m_pNext = m_nodes.First();
-    pList->SetNotify(false);
-  }
-  ZuPointRefill(const ZuPointRefill&) = delete;
-  ZuPointRefill& operator=(const ZuPointRefill&) = delete;
-  ~ZuPointRefill() { m_pList->SetNotify(true); }
+  explicit ZuPointRefill(ZuPointList* pList)
+      : m_pList(pList), m_pNext(TakeNodes()), m_lock(pList) {}
 
   // The copy, which the caller may change.
   ZuPoint* Append(const ZuPoint& point) {
@@ -55,8 +45,19 @@ class ZuPointRefill {
     using TZuBaseListHeader<ZuPoint>::LinkLast;
   };
 
+  // The first of the nodes that the list held.
+  ZuPoint* TakeNodes() {
+    if (m_pList->IsEmpty()) {
+      m_pList->NotifyChanged(nullptr, nullptr);
+    } else {
+      m_pList->MoveTo(&m_nodes);
+    }
+    return m_nodes.First();
+  }
+
   ZuPointList* m_pList;
   Nodes m_nodes;
   ZuSparePoints m_spares;
   ZuPoint* m_pNext;  // the first node not yet used again
+  ZuPointList::NotifyLock m_lock;
 };

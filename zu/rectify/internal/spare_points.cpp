@@ -65,9 +65,10 @@ void ZuSparePoints::Keep(ZuPointList* pList) {
   Store* pStore = pList->IsEmpty() ? nullptr : Store::OfThread();
   if (pStore == nullptr) return;
   Nodes nodes;
-  pList->SetNotify(false);
-  pList->MoveTo(&nodes);
-  pList->SetNotify(true);
+  {
+    const ZuPointList::NotifyLock lock(pList);
+    pList->MoveTo(&nodes);
+  }
   while (pStore->m_iCount < kMostSpares && !nodes.IsEmpty()) {
     ZuPoint* p = nodes.TakeFirst();
     if (IsWorthKeeping(*p)) {
