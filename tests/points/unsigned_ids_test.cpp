@@ -2,11 +2,12 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <cstdio>
-#include <fstream>
 #include <limits>
+#include <sstream>
 #include <string>
 
+#include "tests/support/temp_file.h"
+#include "zu/foundation/reader.h"
 #include "zu/points/point_list.h"
 
 namespace {
@@ -15,19 +16,8 @@ const eZuPointRWMask aeColumns[] = {eZuPointRWId, eZuPointRWPhoto, eZuPointRWX,
                                     eZuPointRWY,  eZuPointRWZ,     eZuPointRWEnd};
 const eZuPointRWMask aeIdOrName[] = {eZuPointRWIdName, eZuPointRWX, eZuPointRWEnd};
 
-// A file of the test, removed at its end.
-class File {
- public:
-  explicit File(const std::string& strText) { std::ofstream(m_strPath) << strText; }
-  ~File() { std::remove(m_strPath.c_str()); }
-  const char* Path() const { return m_strPath.c_str(); }
-
- private:
-  std::string m_strPath = ::testing::TempDir() + "zu_unsigned_ids.coo";
-};
-
 TEST(CoordinateFile, KeepsIdsApartBeyond31Bits) {
-  const File file("2147483648 3000000000 1 2 3\n4294967295 -1 1 2 3\n4294967296 5 1 2 3\n");
+  const TempFile file("2147483648 3000000000 1 2 3\n4294967295 -1 1 2 3\n4294967296 5 1 2 3\n");
   ZuPointList list;
   ASSERT_EQ(list.ReadFile(file.Path(), aeColumns), 3);
   EXPECT_EQ(list.Get(0)->GetId(), 2147483648u);
@@ -38,7 +28,7 @@ TEST(CoordinateFile, KeepsIdsApartBeyond31Bits) {
 }
 
 TEST(CoordinateFile, TakesDigitsOfAnyIdAsIdNotAsName) {
-  const File file("3000000000 1\n0 1\n3000000000a 1\n");
+  const TempFile file("3000000000 1\n0 1\n3000000000a 1\n");
   ZuPointList list;
   ASSERT_EQ(list.ReadFile(file.Path(), aeIdOrName), 3);
   EXPECT_EQ(list.Get(0)->GetId(), 3000000000u);
@@ -47,18 +37,31 @@ TEST(CoordinateFile, TakesDigitsOfAnyIdAsIdNotAsName) {
   EXPECT_STREQ(list.Get(2)->GetName(), "3000000000a");
 }
 
-TEST(CoordinateFile, ReadsBackWhatIsNoNumber) {
+TEST(Points, ComeBackFromFilesAndRowsWithEveryIdAndWhatIsNoNumber) {
   constexpr double kInf = std::numeric_limits<double>::infinity();
-  const File file("");
   ZuPointList list{TZuFormatTable<eZuPointRWMask>(aeColumns)};
   list.Add(ZuPoint(4294967295u, kInf, -kInf, std::nan("")));
-  list.WriteFile(file.Path());
-  ZuPointList back;
-  ASSERT_EQ(back.ReadFile(file.Path(), aeColumns), 1);
-  EXPECT_EQ(back.First()->GetId(), 4294967295u);
-  EXPECT_EQ(back.First()->m_dX, kInf);
-  EXPECT_EQ(back.First()->m_dY, -kInf);
-  EXPECT_TRUE(std::isnan(back.First()->m_dZ));
+  std::ostringstream rows;
+  list.Write(rows);
+  const TempFile file(rows.str());
+  ZuPointList fromFile;
+  ASSERT_EQ(fromFile.ReadFile(file.Path(), aeColumns), 1);
+
+  const TempFile block("POINTS {" + rows.str() + " }");
+  ZuPointList fromRows{TZuFormatTable<eZuPointRWMask>(aeColumns)};
+  ZuReader reader(block.Path());
+  ZuReaderObject object("POINTS", Link(&fromRows, &ZuPointList::Read));
+  reader.RegisterObject(object);
+  reader.DoProcess(false);
+  ASSERT_EQ(fromRows.Count(), 1);
+
+  for (const ZuPointList* pList : {&fromFile, &fromRows}) {
+    const ZuPoint& point = *pList->First();
+    EXPECT_EQ(point.GetId(), 4294967295u);
+    EXPECT_EQ(point.m_dX, kInf);
+    EXPECT_EQ(point.m_dY, -kInf);
+    EXPECT_TRUE(std::isnan(point.m_dZ));
+  }
 }
 
 }  // namespace
