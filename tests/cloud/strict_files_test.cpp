@@ -219,6 +219,12 @@ TEST(StrictFiles, DialectsAndTheirColumns) {
     EXPECT_EQ(Written(points, PtsWriter(c.eDialect, eZuIntensityNone)), c.szText);
   }
   EXPECT_EQ(Written({{0.5, 2, 3, 0}}, PtsWriter(eZuPtsAuto, eZuIntensityNone)), "1\n0.5 2 3\n");
+  ZuScanPoint3d low(0.5, 2, 3, 0);  // of 65,536 levels one in the lower half
+  ASSERT_TRUE(ZuSetIntensity(low, 66, eZuIntensity65535));
+  EXPECT_EQ(Written({low}, PtsWriter(eZuPtsAuto, eZuIntensity65535)), "1\n0.5 2 3 66\n");
+  low.m_fNX = 1.0f;
+  const Read back = Ply(Written({low}, PlyWriter(eZuPlyAscii, eZuIntensity65535)));
+  EXPECT_TRUE(SamePoints(back.points, {low}));
   EXPECT_FALSE(ZuWritePly("/dev/full", ZuPointCloudContainer(), eZuPlyAscii));
   EXPECT_FALSE(ZuWritePts("/nowhere/at/all", ZuPointCloudContainer(), {}));
 }

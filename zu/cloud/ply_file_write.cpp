@@ -17,13 +17,11 @@ struct Columns {
   eZuIntensityScale eScale = eZuIntensity255;
 
   Columns(const ZuCloudRun& run, eZuIntensityScale eWanted) {
-    const std::uint32_t uColors = run.UsedColors();
-    bColors = (uColors & 0x00FFFFFFu) != 0;
-    bIntensities = (uColors & 0xFF000000u) != 0;
     if (eWanted == eZuIntensity65535) eScale = eZuIntensity65535;
+    bColors = (run.UsedColors() & 0x00FFFFFFu) != 0;
+    bIntensities = run.HasIntensities(eScale);
     run.ForEach([this](const ZuScanPoint3d& p) {
       bNormals = p.HasNormVector();
-      if (eScale == eZuIntensity65535 && (p.m_sFlags & 0xFF) != 0) bIntensities = true;
       return !bNormals;
     });
   }

@@ -9,11 +9,11 @@
 namespace {
 
 // The columns that hold something, where the caller leaves them open.
-eZuPtsDialect DialectOf(const ZuCloudRun& run, eZuPtsDialect eDialect) {
+eZuPtsDialect DialectOf(const ZuCloudRun& run, eZuPtsDialect eDialect, eZuIntensityScale eScale) {
   if (eDialect != eZuPtsAuto) return eDialect;
   const std::uint32_t uColors = run.UsedColors();
   if ((uColors & 0x00FFFFFFu) != 0) return eZuPtsRgb;
-  return uColors != 0 ? eZuPtsIntensity : eZuPtsPlain;
+  return run.HasIntensities(eScale) ? eZuPtsIntensity : eZuPtsPlain;
 }
 
 }  // namespace
@@ -22,9 +22,9 @@ bool ZuWritePts(std::FILE* fp, const ZuPointCloudContainer& clouds, const ZuPtsO
   if (!fp) return false;
   ZuProgress progress("Writing PTS file");
   const ZuCloudRun run(clouds.First(), nullptr);
-  const eZuPtsDialect eDialect = DialectOf(run, options.m_eDialect);
   const eZuIntensityScale eScale =
       options.m_eIntensity == eZuIntensityNone ? eZuIntensity255 : options.m_eIntensity;
+  const eZuPtsDialect eDialect = DialectOf(run, options.m_eDialect, eScale);
   const std::uint64_t uCount = run.Count();
   ZuStreamWriter writer(fp);
   if (options.m_bWithCount) {

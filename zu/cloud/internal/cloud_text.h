@@ -5,6 +5,7 @@
 #include <cmath>
 #include <cstdint>
 
+#include "zu/cloud/intensity_scale.h"
 #include "zu/cloud/internal/stream_writer.h"
 #include "zu/cloud/point_cloud.h"
 #include "zu/foundation/progress.h"
@@ -60,6 +61,16 @@ class ZuCloudRun {
       return true;
     });
     return uColors;
+  }
+
+  // Whether any point has an intensity; on the scale of 65,536 levels it may be in the lower half.
+  bool HasIntensities(eZuIntensityScale eScale) const {
+    bool bAny = false;
+    ForEach([&](const ZuScanPoint3d& p) {
+      bAny = p.m_uColor >> 24 != 0 || (eScale == eZuIntensity65535 && (p.m_sFlags & 0xFF) != 0);
+      return !bAny;
+    });
+    return bAny;
   }
 
   std::uint64_t Count() const {
