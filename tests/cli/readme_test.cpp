@@ -1,8 +1,11 @@
-// The commands of the README give the output that stands there, line by line.
+// What the documents say of the program: their command lines run and give what stands below them,
+// and docs/command_line.md tells of every command and option, and of no other.
 #include <gtest/gtest.h>
 #include <unistd.h>
 
-#include <algorithm>
+#include <cstdlib>
+#include <filesystem>
+#include <set>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -12,54 +15,163 @@
 namespace {
 
 struct Shown {
-  std::vector<std::string> arguments;
-  std::vector<std::string> lines;
+  std::string strLine;             // "zu ...", perhaps behind a pipe
+  std::vector<std::string> lines;  // what follows it in its block
 };
 
-// Indented blocks that begin with "$ zu".
-std::vector<Shown> ShownCommands() {
+std::vector<std::string> LinesOf(const std::string& strText) {
+  std::vector<std::string> lines;
+  std::istringstream stream(strText);
+  for (std::string strLine; std::getline(stream, strLine);) lines.push_back(strLine);
+  return lines;
+}
+
+bool IsCommand(const std::string& strLine) {
+  return strLine.rfind("zu ", 0) == 0 || strLine.find("| zu ") != std::string::npos;
+}
+
+// Command lines of indented and fenced blocks; "$ " may stand before them.
+std::vector<Shown> ShownCommands(const std::string& strPath) {
   std::vector<Shown> shown;
-  std::istringstream stream(ReadFile(Source("README.md")));
-  bool bInside = false;
-  for (std::string strLine; std::getline(stream, strLine);) {
-    const bool bIndented = strLine.compare(0, 4, "    ") == 0;
-    if (bIndented && strLine.compare(4, 5, "$ zu ") == 0) {
-      shown.emplace_back();
-      std::istringstream words(strLine.substr(9));
-      for (std::string strWord; words >> strWord;) shown.back().arguments.push_back(strWord);
-      bInside = true;
-    } else if (bInside && (bIndented || strLine.empty())) {
-      shown.back().lines.push_back(strLine.empty() ? "" : strLine.substr(4));
-    } else {
+  bool bFence = false, bInside = false;
+  for (std::string strLine : LinesOf(ReadFile(strPath))) {
+    if (strLine.rfind("```", 0) == 0) {
+      bFence = !bFence;
       bInside = false;
+      continue;
     }
-  }
-  for (Shown& command : shown) {
-    while (!command.lines.empty() && command.lines.back().empty()) command.lines.pop_back();
+    const bool bIndented = strLine.rfind("    ", 0) == 0;
+    if (!bFence && !bIndented && !strLine.empty()) bInside = false;
+    if (!bFence && bIndented) strLine.erase(0, 4);
+    if ((bFence || bIndented) && strLine.rfind("$ ", 0) == 0) strLine.erase(0, 2);
+    if ((bFence || bIndented) && IsCommand(strLine)) {
+      shown.push_back({strLine, {}});
+      bInside = true;
+    } else if (bInside) {
+      shown.back().lines.push_back(strLine);
+    }
   }
   return shown;
 }
 
-TEST(Readme, CommandsGiveWhatItShows) {
-  ASSERT_EQ(chdir(Source("").c_str()), 0);
-  const std::vector<Shown> shown = ShownCommands();
-  ASSERT_GE(shown.size(), 2U);
-  const ScratchFolder folder;
-  for (const Shown& command : shown) {
-    std::vector<std::string> arguments = command.arguments;
-    for (std::string& strArgument : arguments) {
-      if (strArgument.compare(0, 4, "out/") == 0) strArgument = folder.Path(strArgument.substr(4));
+// The folder of a fresh clone, with the program in the path.
+class Clone {
+ public:
+  Clone() {
+    std::filesystem::create_symlink(Source("samples"), m_folder.Path("samples"));
+    std::filesystem::create_symlink(ZU_PROGRAM, m_folder.Path("zu"));
+    std::filesystem::create_directory(m_folder.Path("out"));
+  }
+  int Run(const std::string& strLine, std::string* pOut) const {
+    const std::string strScript = "cd '" + m_folder.Path("") + "' && PATH=.:$PATH && " + strLine;
+    m_folder.Write("line.sh", strScript);
+    const std::string strCall =
+        "bash '" + m_folder.Path("line.sh") + "' >'" + m_folder.Path("text") + "' 2>&1";
+    const int iStatus = std::system(strCall.c_str());
+    *pOut = ReadFile(m_folder.Path("text"));
+    return iStatus;
+  }
+
+ private:
+  ScratchFolder m_folder;
+};
+
+TEST(Documents, CommandLinesRun) {
+  const Clone clone;
+  std::vector<std::string> paths = {Source("README.md")};
+  for (const auto& entry : std::filesystem::recursive_directory_iterator(Source("docs"))) {
+    if (entry.path().extension() == ".md") paths.push_back(entry.path().string());
+  }
+  int iRun = 0;
+  for (const std::string& strPath : paths) {
+    for (const Shown& shown : ShownCommands(strPath)) {
+      SCOPED_TRACE(strPath + ": " + shown.strLine);
+      std::string strOut;
+      EXPECT_EQ(clone.Run(shown.strLine, &strOut), 0) << strOut;
+      ++iRun;
+      std::vector<std::string> expected = shown.lines;
+      while (!expected.empty() && expected.back().empty()) expected.pop_back();
+      if (expected.empty()) continue;
+      EXPECT_EQ(LinesOf(strOut), expected);
     }
-    const Outcome outcome = RunZu(arguments);
-    SCOPED_TRACE(command.arguments[0]);
-    EXPECT_EQ(outcome.iExit, 0) << outcome.strErr;
-    std::istringstream stream(outcome.strOut);
-    size_t i = 0;
-    for (std::string strLine; std::getline(stream, strLine); ++i) {
-      ASSERT_LT(i, command.lines.size()) << strLine;
-      EXPECT_EQ(strLine, command.lines[i]);
+  }
+  EXPECT_GE(iRun, 10);
+}
+
+// The long options, or the short one where there is no other, that a help text lists.
+std::set<std::string> OptionsIn(const std::string& strHelp) {
+  std::set<std::string> options;
+  for (const std::string& strLine : LinesOf(strHelp)) {
+    if (strLine.rfind("  -", 0) != 0) continue;
+    const size_t uLong = strLine.find("--");
+    options.insert(strLine.substr(uLong, strLine.find_first_of(" ,", uLong) - uLong));
+  }
+  return options;
+}
+
+// Everything in a text that looks like a long option.
+std::set<std::string> OptionsNamed(const std::string& strText) {
+  std::set<std::string> options;
+  for (size_t u = 0; (u = strText.find("--", u)) != std::string::npos;) {
+    const size_t uEnd = strText.find_first_not_of("abcdefghijklmnopqrstuvwxyz0123456789-", u);
+    if (u > 0 && (strText[u - 1] == '`' || strText[u - 1] == ' ') && uEnd > u + 2) {
+      options.insert(strText.substr(u, uEnd - u));
     }
-    EXPECT_EQ(i, command.lines.size());
+    u = uEnd == std::string::npos ? uEnd : uEnd + 1;
+  }
+  return options;
+}
+
+std::vector<std::string> CommandsIn(const std::string& strHelp) {
+  std::vector<std::string> names;
+  const size_t uStart = strHelp.find("Subcommands:");
+  if (uStart == std::string::npos) return names;
+  for (const std::string& strLine : LinesOf(strHelp.substr(uStart))) {
+    if (strLine.rfind("  ", 0) == 0 && strLine[2] != ' ') {
+      names.push_back(strLine.substr(2, strLine.find(' ', 2) - 2));
+    }
+  }
+  return names;
+}
+
+// The name of the value of --control is CONTROL, and a text that tells of CONTROL tells of it.
+std::string Upper(std::string strText) {
+  for (char& c : strText) c = c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
+  return strText;
+}
+
+TEST(Documents, TellOfEveryCommandAndOption) {
+  const std::string strPage = ReadFile(Source("docs/command_line.md"));
+  std::string strGeneral = strPage;  // what stands in no command's section
+  for (size_t u = 0; (u = strGeneral.find("## `zu ")) != std::string::npos;) {
+    strGeneral.erase(u, strGeneral.find("\n## ", u) - u);
+  }
+  for (const std::string& strName : CommandsIn(RunZu({"--help"}).strOut)) {
+    SCOPED_TRACE("zu " + strName);
+    const size_t uStart = strPage.find("## `zu " + strName + "`");
+    if (uStart == std::string::npos) {
+      ADD_FAILURE() << "no section";
+      continue;
+    }
+    const std::string strSection = strPage.substr(uStart, strPage.find("\n## ", uStart) - uStart);
+    std::set<std::string> known = OptionsNamed(strGeneral);
+    known.insert({"--help", "--output"});  // told as -o
+    const auto told = OptionsNamed(strSection);
+    const auto take = [&](const std::string& strHelp) {
+      for (const std::string& strOption : OptionsIn(strHelp)) {
+        EXPECT_TRUE(told.count(strOption) + known.count(strOption) > 0 ||
+                    strSection.find(Upper(strOption.substr(2))) != std::string::npos)
+            << strOption;
+        known.insert(strOption);
+      }
+    };
+    const std::string strHelp = RunZu({strName, "--help"}).strOut;
+    take(strHelp);
+    for (const std::string& strInner : CommandsIn(strHelp)) {
+      EXPECT_NE(strSection.find("zu " + strName + " " + strInner), std::string::npos) << strInner;
+      take(RunZu({strName, strInner, "--help"}).strOut);
+    }
+    for (const std::string& strOption : told) EXPECT_TRUE(known.count(strOption) > 0) << strOption;
   }
 }
 
