@@ -78,15 +78,20 @@ TEST(ThinSets, RotationIsOneInEveryShapeUnitAndScale) {
 
 // A rod of four sides that are alike has no best rotation onto its mirror image.
 TEST(ThinSets, MirroredRodHasNoSolution) {
-  ZuPointList source, target;
-  for (int i = 0; i < 8; ++i) {
-    const double x = i & 1 ? 1.0 : -1.0, y = i & 2 ? 1e-3 : -1e-3, z = i & 4 ? 1e-3 : -1e-3;
-    source.Add(ZuPoint(i + 1, x, y, z));
-    target.Add(ZuPoint(i + 1, x, y, -z));
+  std::mt19937_64 rng(63);
+  for (int iRound = 0; iRound < 100; ++iRound) {
+    const Eigen::Matrix3d turn = RandomRotation(rng), r = RandomRotation(rng);
+    ZuPointList source, target;
+    for (int i = 0; i < 8; ++i) {
+      const Eigen::Vector3d p(i & 1 ? 1.0 : -1.0, i & 2 ? 1e-5 : -1e-5, i & 4 ? 1e-5 : -1e-5);
+      const Eigen::Vector3d a = turn * p, b = r * Eigen::Vector3d(p.x(), p.y(), -p.z());
+      source.Add(ZuPoint(i + 1, a.x(), a.y(), a.z()));
+      target.Add(ZuPoint(i + 1, b.x(), b.y(), b.z()));
+    }
+    ZuTrafo3d trafo;
+    ASSERT_FALSE(trafo.CalcByControlPoints(&target, &source, 3, false)) << iRound;
+    ASSERT_EQ(trafo.GetStatus(), eTrafo3DNoSolution);
   }
-  ZuTrafo3d trafo;
-  EXPECT_FALSE(trafo.CalcByControlPoints(&target, &source, 3, false));
-  EXPECT_EQ(trafo.GetStatus(), eTrafo3DNoSolution);
 }
 
 // Rounding alone must not decide between a line and no solution.
