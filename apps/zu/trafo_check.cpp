@@ -37,6 +37,14 @@ double ExtentOf(const ZuPointList& points) {
   return std::max({adHigh[0] - adLow[0], adHigh[1] - adLow[1], adHigh[2] - adLow[2]});
 }
 
+// Of an even number of lengths the mean of the two in the middle. Reorders them.
+double Median(std::vector<double>* pLengths) {
+  const auto middle = pLengths->begin() + static_cast<std::ptrdiff_t>(pLengths->size() / 2);
+  std::nth_element(pLengths->begin(), middle, pLengths->end());
+  if (pLengths->size() % 2 == 1) return *middle;
+  return (*std::max_element(pLengths->begin(), middle) + *middle) / 2.0;
+}
+
 std::string Figure(double d, double dLargest) { return Fixed(d, DecimalsFor(dLargest)); }
 
 }  // namespace
@@ -103,14 +111,13 @@ void WarnOfWrongPoint(const std::vector<Residual>& residuals, const ZuPointList&
   for (const Residual& r : residuals) lengths.push_back(r.Length());
   const auto largest = std::max_element(lengths.begin(), lengths.end());
   const Residual& worst = residuals[static_cast<size_t>(largest - lengths.begin())];
-  const auto middle = lengths.begin() + static_cast<std::ptrdiff_t>(lengths.size() / 2);
-  std::nth_element(lengths.begin(), middle, lengths.end());
+  const double dMedian = Median(&lengths);
   const double dOutlier = lengths.size() < kMany ? kOutlierOfFew : kOutlierOfMany;
-  if (!(worst.Length() > dOutlier * *middle && worst.Length() > kRounding * ExtentOf(control))) {
+  if (!(worst.Length() > dOutlier * dMedian && worst.Length() > kRounding * ExtentOf(control))) {
     return;
   }
   context.Warn("point " + worst.strLabel + " is off by " + Figure(worst.Length(), worst.Length()) +
-               ", the median is " + Figure(*middle, worst.Length()) +
+               ", the median is " + Figure(dMedian, worst.Length()) +
                "; zu merge finds common points that are wrong");
 }
 
