@@ -1,6 +1,4 @@
 // What a fit leaves behind: quality figures, deviations, foot points, log, events, memory.
-#include <thread>
-
 #include "tests/support/random_geometry.h"
 #include "tests/support/temp_file.h"
 #include "tests/support/test.h"
@@ -154,45 +152,6 @@ TEST(CalcPlaneResult, ReusedObjectsAndCopiesGiveTheSameResult) {
     // Its own foot points as input: they lie in the plane.
     ASSERT_TRUE(fresh.CalcPlaneFromFilteredPoints(fresh.GetPointsInZuPlane(), true, false));
     EXPECT_NEAR(fresh.GetZuPlaneMediumPointDist(), 0.0, 1e-12);
-  }
-}
-
-bool AreSameRecords(const ZuPoint& p, const ZuPoint& q) {
-  return p == q && p.GetId() == q.GetId() && compare(p.GetName(), q.GetName()) == 0 &&
-         p.GetFlag() == q.GetFlag() && p.m_iPhoto == q.m_iPhoto && p.m_dDX == q.m_dDX &&
-         p.m_dDY == q.m_dDY && p.m_dDZ == q.m_dDZ && p.m_dRedu1 == q.m_dRedu1 &&
-         p.m_dRedu2 == q.m_dRedu2 && p.m_iColor == q.m_iColor && p.m_pParent == q.m_pParent;
-}
-
-// A new object may work in the memory of former ones of its thread. A new thread has none.
-TEST(CalcPlaneResult, NewObjectsKeepNothingOfFormerOnes) {
-  int iRun = 0;
-  for (const int n : {50, 3, 1500, 7, 90}) {
-    SCOPED_TRACE(n);
-    ZuPointList list = NoisyPoints(n, 113);
-    for (ZuPoint* p = list.First(); p != nullptr; p = p->Next()) {
-      p->SetName(String(std::string((p->GetId() + iRun) % 5 * 15, 'n').c_str()));
-      p->SetFlag(iRun);
-      p->m_iPhoto = p->m_iColor = iRun;
-      p->m_dRedu2 = iRun;
-      p->m_pParent = iRun % 2 == 0 ? p : nullptr;
-    }
-    ++iRun;
-    ZuPointList listOfThread(list);
-    ZuCalcPlane calc, calcOfThread;
-    std::thread([&] {
-      calcOfThread.CalcPlaneFromFilteredPoints(&listOfThread, true, false);
-    }).join();
-    ASSERT_TRUE(calc.CalcPlaneFromFilteredPoints(&list, true, false));
-    ASSERT_EQ(calc.GetPointsInZuPlane()->Count(), n);
-    EXPECT_EQ(calc.GetZuPlaneSigma0(), calcOfThread.GetZuPlaneSigma0());
-    const ZuPoint* q = calcOfThread.GetPointsInZuPlane()->First();
-    for (const ZuPoint* p = calc.GetPointsInZuPlane()->First(); p != nullptr; p = p->Next()) {
-      ASSERT_TRUE(q != nullptr && AreSameRecords(*p, *q)) << p->GetId();
-      q = q->Next();
-    }
-    // A record taken out of the list is its taker's.
-    delete calc.GetPointsInZuPlane()->SubtractFirst();
   }
 }
 

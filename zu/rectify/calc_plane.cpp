@@ -11,7 +11,6 @@
 #include "zu/foundation/string.h"
 #include "zu/points/filter.h"
 #include "zu/rectify/internal/point_refill.h"
-#include "zu/rectify/internal/spare_points.h"
 
 namespace {
 
@@ -85,10 +84,7 @@ void AddPointsOfParallel(ZuPointList* pPoints, int iMode) {
 
 }  // namespace
 
-ZuCalcPlane::~ZuCalcPlane() {
-  ZuSparePoints::Keep(&m_filteredPoints);
-  ZuSparePoints::Keep(&m_pointsInPlane);
-}
+ZuCalcPlane::~ZuCalcPlane() = default;
 
 bool ZuCalcPlane::CalcPlaneFromFilteredPoints(ZuPointList* pPoints, bool bWriteBack, bool bForce) {
   m_bForcePlane = bForce;

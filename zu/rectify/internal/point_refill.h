@@ -1,9 +1,8 @@
-// Fills a point list anew with copies, in the nodes that it holds already: a fit that is made again
-// and again allocates nothing, and a new one takes those of the fits before it.
+// Fills a point list anew with copies, in the nodes that it holds already: a fit that an object
+// makes again and again allocates nothing.
 #pragma once
 
 #include "zu/points/point_list.h"
-#include "zu/rectify/internal/spare_points.h"
 
 class ZuPointRefill {
  public:
@@ -19,14 +18,8 @@ class ZuPointRefill {
       *pNode = point;
       return pNode;
     }
-    pNode = m_spares.Take();
-    if (pNode != nullptr) {
-      m_nodes.LinkLast(pNode);
-      *pNode = point;
-    } else {
-      pNode = new ZuPoint(point);
-      m_nodes.LinkLast(pNode);
-    }
+    pNode = new ZuPoint(point);
+    m_nodes.LinkLast(pNode);
     return pNode;
   }
 
@@ -57,7 +50,6 @@ class ZuPointRefill {
 
   ZuPointList* m_pList;
   Nodes m_nodes;
-  ZuSparePoints m_spares;
   ZuPoint* m_pNext;  // the first node not yet used again
   ZuPointList::NotifyLock m_lock;
 };
