@@ -29,7 +29,8 @@ std::string Word(const char* szIndex, char cUnit, bool bMinus, const std::string
 std::string PointWord(const ZuPoint& point) {
   std::string strText(point.GetName().chars());
   if (strText.empty()) strText = std::to_string(point.GetId());
-  const bool bMinus = strText.front() == '-';
+  // Where there is room a minus stands among the data: zeros behind it would be lost otherwise.
+  const bool bMinus = strText.size() > 16;
   if (bMinus) strText.erase(0, 1);
   return Word("11", '0', bMinus, strText);
 }
