@@ -83,7 +83,8 @@ TEST(String, IsEmptyWhenItsTextWasMoved) {
   strTo = std::move(strFrom);
   EXPECT_EQ(strTo.chars(), szText);
   EXPECT_EQ(strFrom.chars(), String().chars());
-  strTo = std::move(strTo);
+  String& strSame = strTo;
+  strTo = std::move(strSame);
   EXPECT_STREQ(strTo, "a text too long for nothing");
 }
 
