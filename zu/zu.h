@@ -21,6 +21,7 @@
 #include "zu/foundation/debug.h"
 #include "zu/foundation/debug_logger.h"
 #include "zu/foundation/file_name.h"
+#include "zu/foundation/finding.h"
 #include "zu/foundation/id_table.h"
 #include "zu/foundation/link.h"
 #include "zu/foundation/list.h"
