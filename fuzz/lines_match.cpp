@@ -20,11 +20,12 @@ struct Vec {
   Vec operator-(Vec o) const { return {x - o.x, y - o.y, z - o.z}; }
   Vec operator*(double d) const { return {x * d, y * d, z * d}; }
   double Dot(Vec o) const { return x * o.x + y * o.y + z * o.z; }
+  Vec Cross(Vec o) const { return {y * o.z - z * o.y, z * o.x - x * o.z, x * o.y - y * o.x}; }
   double Length() const { return std::hypot(x, y, z); }
 };
 
 constexpr double kTolerance = 1e-6;  // of results, whose coordinates reach 32768
-constexpr double kUndecided = 1e-9;  // what comparisons this close give is left to rounding
+constexpr double kUndecided = 1e-9;  // of sines; what is this close is left to rounding
 
 struct Case {
   Vec aLine[2][2];
@@ -69,16 +70,16 @@ struct Corner {
   bool bDecided;
 };
 
-// How much nearer an end of the line is to a point, and which one stays.
+// Which end of the line stays, the farther one of a point; open where the point is in the middle.
 Corner Keep(const Vec (&line)[2], Vec match) {
   const double dFar = (match - line[1]).Length() - (match - line[0]).Length();
-  return {line[dFar <= 0.0 ? 0 : 1], match, std::fabs(dFar) > kUndecided};
+  return {line[dFar <= 0.0 ? 0 : 1], match, std::fabs(dFar) > kTolerance};
 }
 
 Corner Skew(const Vec (&line)[2], const Vec (&other)[2], double dExtend) {
-  const Vec d = line[1] - line[0], e = other[1] - other[0], w = line[0] - other[0];
-  const double dd = d.Dot(d), ee = e.Dot(e), de = d.Dot(e);
-  const double t = (de * e.Dot(w) - ee * d.Dot(w)) / (dd * ee - de * de);
+  const Vec d = line[1] - line[0], e = other[1] - other[0];
+  const Vec n = d.Cross(e);  // exact: the coordinates are short whole numbers
+  const double t = (other[0] - line[0]).Cross(e).Dot(n) / n.Dot(n);
   Corner corner = Keep(line, line[0] + d * t);
   const double dSign = (corner.keep - line[0]).Length() == 0.0 ? 1.0 : -1.0;
   corner.match = corner.match + d * (dSign * dExtend / d.Length());
@@ -122,7 +123,7 @@ void Check(Case c) {
     Require(!match.IsValid());
     return;
   }
-  const Vec cross{d.y * e.z - d.z * e.y, d.z * e.x - d.x * e.z, d.x * e.y - d.y * e.x};
+  const Vec cross = d.Cross(e);
   const double dSine = cross.Length() / d.Length() / e.Length();
   const double dLimit = std::sin(c.dAngle * std::acos(-1.0) / 180.0);
   if (std::fabs(dSine - dLimit) < kUndecided && dSine != 0.0) return;
