@@ -1,10 +1,17 @@
-# Installs the library: headers, CMake package (find_package(zu), target zu::zu), pkg-config file.
+# Installs core and components: headers, CMake package (find_package(zu COMPONENTS ...), targets zu::zu,
+# zu::<component>), pkg-config files.
 include(CMakePackageConfigHelpers)
 
 install(TARGETS zu EXPORT zu-targets FILE_SET HEADERS
         LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR})
 set(_package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/zu)
 install(EXPORT zu-targets NAMESPACE zu:: DESTINATION ${_package_dir})
+get_property(_components GLOBAL PROPERTY ZU_COMPONENTS)
+foreach(_component IN LISTS _components)
+  install(TARGETS zu_${_component} EXPORT zu-${_component}-targets FILE_SET HEADERS
+          LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR})
+  install(EXPORT zu-${_component}-targets NAMESPACE zu:: DESTINATION ${_package_dir})
+endforeach()
 configure_package_config_file(cmake/zu-config.cmake.in ${PROJECT_BINARY_DIR}/zu-config.cmake
                               INSTALL_DESTINATION ${_package_dir})
 write_basic_package_version_file(${PROJECT_BINARY_DIR}/zu-config-version.cmake
@@ -24,3 +31,8 @@ if(NOT BUILD_SHARED_LIBS)
 endif()
 configure_file(cmake/zu.pc.in ${PROJECT_BINARY_DIR}/zu.pc @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/zu.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+foreach(_component IN LISTS _components)
+  configure_file(cmake/zu-component.pc.in ${PROJECT_BINARY_DIR}/zu-${_component}.pc @ONLY)
+  install(FILES ${PROJECT_BINARY_DIR}/zu-${_component}.pc
+          DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+endforeach()

@@ -6,8 +6,9 @@
 # Forward declarations are free. The few ties that run upward are named file by file.
 cmake_minimum_required(VERSION 3.25)
 
-# cad and cloud come last and do not know each other: both stand on the same step.
-set(ZU_LAYERS foundation points numerics rectify transform photo "cad|cloud")
+# Folders on the same step do not know each other. The last steps are the components beside the core.
+set(ZU_LAYERS foundation points numerics rectify transform photo "cad|cloud|project" adjust
+    "image|exchange")
 
 # "<file> -> <header it may include>", paths below zu/.
 set(ZU_UPWARD_TIES

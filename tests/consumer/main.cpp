@@ -1,6 +1,10 @@
 // Uses the installed headers and library as an application does.
 #include <zu/zu.h>
 
+#ifdef WITH_ADJUST
+#include <zu/adjust/adjust_status.h>
+#endif
+
 #include <cstdio>
 #include <cstring>
 
@@ -12,10 +16,17 @@ bool HasAxes(const ZuFrame3d& frame) {
   return frame.v1().x == 1.0 && frame.v2().y == 1.0 && frame.v3().z == 1.0;
 }
 
+bool HasComponents() {
+#ifdef WITH_ADJUST
+  if (std::strcmp(ZuAdjustStatusText(ZuAdjustStatus::Good), "good") != 0) return false;
+#endif
+  return true;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
   std::printf("zu %s\n", ZuVersion());
   const bool bVersion = argc == 2 && std::strcmp(argv[1], ZuVersion()) == 0;
-  return bVersion && HasAxes(g_world) ? 0 : 1;
+  return bVersion && HasAxes(g_world) && HasComponents() ? 0 : 1;
 }

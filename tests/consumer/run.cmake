@@ -16,7 +16,8 @@ file(RENAME ${WORK_DIR}/first ${WORK_DIR}/moved)
 set(ENV{PKG_CONFIG_PATH} ${WORK_DIR}/moved/${LIBDIR}/pkgconfig)
 step(${CMAKE_COMMAND} -S ${CMAKE_CURRENT_LIST_DIR} -B ${WORK_DIR}/build -G Ninja
      -DCMAKE_BUILD_TYPE=${BUILD_TYPE} -DCMAKE_CXX_COMPILER=${CXX} "-DCMAKE_CXX_FLAGS=${CXX_FLAGS}"
-     -DCMAKE_PREFIX_PATH=${WORK_DIR}/moved -DEXPECTED_VERSION=${VERSION})
+     -DCMAKE_PREFIX_PATH=${WORK_DIR}/moved -DEXPECTED_VERSION=${VERSION}
+     "-DCOMPONENTS=${COMPONENTS}")
 step(${CMAKE_COMMAND} --build ${WORK_DIR}/build)
 # Without C++20 the compiler says what is missing, and nothing else but that it stops.
 execute_process(COMMAND ${CXX} -std=c++17 -fsyntax-only -I${WORK_DIR}/moved/include
