@@ -1,0 +1,80 @@
+#include "zu/project/internal/keyword_rule.h"
+
+namespace zu::internal {
+
+namespace {
+
+constexpr char kCameraRow[] = "i nnnnnn t";  // id, c, xh, yh, a1, a2, r0, name
+
+constexpr KeywordRule kEnd = {nullptr, nullptr};
+
+constexpr KeywordRule kCamera[] = {
+    {"ID", "i"}, {"NAME", "t"}, {"MD", "i"},  {"C", "n"},   {"CV", "n"}, {"XH", "n"}, {"YH", "n"},
+    {"X0", "n"}, {"Y0", "n"},   {"XHV", "n"}, {"YHV", "n"}, {"A1", "n"}, {"A2", "n"}, {"A3", "n"},
+    {"R0", "n"}, {"RM", "n"},   {"B1", "n"},  {"B2", "n"},  {"C1", "n"}, {"C2", "n"}, kEnd};
+
+constexpr KeywordRule kRectification[] = {
+    {"ZUSPID", "ut"},     {"KAMERA", "i"},      {"ACTIV", "i"},       {"DISTORTION", kCameraRow},
+    {"REGIONACTIV", "i"}, {"ZUSPTRAFO", "M33"}, {"TRAFO3D", "M44"},   {"DEFPOINTS", "*"},
+    {"MEASPOINTS", "*"},  {"VALIDREGION", "*"}, {"PARALLELDEF", "*"}, kEnd};
+
+constexpr KeywordRule kPhoto[] = {{"PHOTOID", "ut"},
+                                  {"COMMENT", "t"},
+                                  {"USERDATA", "t"},
+                                  {"DIGITALPAGE", "i"},
+                                  {"DIGITALROT", "i"},
+                                  {"TYPE", "ii"},
+                                  {"DIGITAL", "i"},
+                                  {"DIGITIZERID", "i"},
+                                  {"CHECKACTIVE", "i"},
+                                  {"STATE", "i"},
+                                  {"ROTATION", "i"},
+                                  {"SCALE", "n"},
+                                  {"ORIENTED", "i"},
+                                  {"DIGIREGION", "nnnn"},
+                                  {"AORM", "M33"},
+                                  {"AORV", "V3"},
+                                  {"TPS_SETUP_ID", "t"},
+                                  {"CAMERA", kCameraRow},
+                                  {"CAMDATA", nullptr, kCamera},
+                                  {"PRERESEAU", "G?t"},
+                                  {"MAINRESEAU", "G?t"},
+                                  {"POLYRESINV", "G?t"},
+                                  {"RESEAUFILE", "t"},
+                                  {"RESEAUSUBID", "i"},
+                                  {"PRERESTRAFO", "F"},
+                                  {"MAINRESTRAFO", "F"},
+                                  {"POLYRESINVTRAFO", "F"},
+                                  {"ZUSPTRAFO", "*"},
+                                  {"ZUSPPLANE", nullptr, kRectification},
+                                  {"LASTZUSPID", "i"},
+                                  {"SCREENPOS", "nn"},
+                                  {"SCREENSIZE", "i"},
+                                  {"SCREENFLAGS", "i"},
+                                  {"REGOI", "(unnnn)"},
+                                  kEnd};
+
+constexpr KeywordRule kOrthoPhoto[] = {
+    {"ID", "ut"},          {"COMMENT", "t"},       {"RECTPIXEL", "i"},  {"TIME", "n"},
+    {"SCALE", "n"},        {"PLANEANGLE", "n"},    {"DIGITALROT", "i"}, {"MIRROR", "i"},
+    {"PIXELSIZE", "nnnn"}, {"OBJECTSIZE", "nnnn"}, {"PLANEINFO", "*"},  kEnd};
+
+constexpr KeywordRule kMeasure[] = {{"PHOTOID", "u"}, {"POINTS", "(unn)", nullptr, true}, kEnd};
+
+constexpr KeywordRule kProject[] = {{"PHOTO", nullptr, kPhoto, true},
+                                    {"ORTHOPHOTO", nullptr, kOrthoPhoto},
+                                    {"CAMERA", nullptr, kCamera},
+                                    {"PLANE", "*"},
+                                    {"LOKAL", "*"},
+                                    {"MEASURE", nullptr, kMeasure, true},
+                                    {"POINTS", "(unnn)", nullptr, true},
+                                    kEnd};
+
+constexpr KeywordRule kCameraFile[] = {{"CAMERA", nullptr, kCamera}, {"", kCameraRow}, kEnd};
+
+}  // namespace
+
+const KeywordRule* ProjectRules() { return kProject; }
+const KeywordRule* CameraFileRules() { return kCameraFile; }
+
+}  // namespace zu::internal

@@ -1,0 +1,196 @@
+#include "zu/project/internal/keyword_walk.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace zu::internal {
+
+namespace {
+
+constexpr size_t kTextShown = 40;  // bytes of the file in a message
+
+// Offsets of the lines of a text.
+std::vector<size_t> LineStarts(std::string_view text) {
+  std::vector<size_t> starts = {0};
+  for (size_t u = text.find('\n'); u != text.npos; u = text.find('\n', u + 1)) {
+    starts.push_back(u + 1);
+  }
+  return starts;
+}
+
+}  // namespace
+
+std::string ShownText(std::string_view text) {
+  return "\"" + std::string(text.substr(0, kTextShown)) +
+         (text.size() > kTextShown ? "...\"" : "\"");
+}
+
+size_t KeywordWalk::Parser::Begin() const {
+  return static_cast<size_t>(m_pToken - m_acLine) - (m_Token.m_eType == eZuTokenString ? 1 : 0);
+}
+
+unsigned KeywordWalk::Parser::Column() const {
+  const bool bMark = m_Status.m_uLine == 1 && std::strncmp(m_acLine, "\xEF\xBB\xBF", 3) == 0;
+  return static_cast<unsigned>(Begin()) + 1 - (bMark ? 3 : 0);
+}
+
+KeywordWalk::KeywordWalk(std::string_view text, bool bPartial, KeywordText* pText)
+    : m_whole(text),
+      m_lineStarts(LineStarts(text)),
+      m_buffer(text),
+      m_stream(&m_buffer),
+      m_result(*pText),
+      m_bPartial(bPartial),
+      m_bEndsOpen(!text.empty() && std::strchr(" \t\r\n{}\"", text.back()) == nullptr) {}
+
+void KeywordWalk::TopLevel(const KeywordRule* pRules) {
+  Next();
+  Items(pRules, &m_result.m_Top, true);
+}
+
+void KeywordWalk::Next(bool bTell) {
+  if (m_place.uLine > 0 && m_eType != eZuTokenEof) m_uEnd = LineStart() + m_parser.End();
+  const eZuParserStatus eFault = m_parser.ReadToken(m_stream);
+  const ZuParserToken& token = m_parser.GetToken();
+  m_eType = token.m_eType;
+  m_text = token.m_szText;
+  if (m_eType != eZuTokenString) m_text = m_text.substr(0, m_text.find('}', 1));
+  m_place = {m_parser.GetStatus().m_uLine, m_eType == eZuTokenEof ? 0 : m_parser.Column()};
+  if (eFault == ParserErrorStream) {
+    Error({m_place.uLine, 0}, "", "cannot be read on", "lines of at most 8511 characters");
+  } else if (eFault == ParserErrorUnterminatedString && bTell && !IsLastLine()) {
+    Error(m_place, "", "a text is not closed", "\"text\" on one line");
+  }
+}
+
+// A text that the end of the file leaves open is cut, and told as that.
+bool KeywordWalk::IsLastLine() { return m_stream.peek() == std::istream::traits_type::eof(); }
+
+bool KeywordWalk::IsKeyword() const {
+  return m_eType == eZuTokenKeyword && FindRule(m_pRules, m_text) != nullptr;
+}
+
+void KeywordWalk::Add(eZuSeverity eSeverity, Place place, const char* szKeyword,
+                      const std::string& strText, const std::string& strRight) {
+  m_result.Add(eSeverity, place.uLine, place.uColumn, szKeyword, strText, strRight);
+}
+
+// Keywords with their values up to the } of their block, which stays in hand.
+void KeywordWalk::Items(const KeywordRule* pRules, ZuKeywordBlock* pBlock, bool bTop) {
+  const KeywordRule* const pOuter = m_pRules;
+  const char* const szOuterLast = m_szLast;
+  m_pRules = pRules;
+  m_szLast = "";
+  while (m_eType != eZuTokenEof && (bTop || m_eType != eZuTokenBlockClose)) {
+    if (m_eType == eZuTokenBlockClose) {
+      Error(m_place, "", "a } without its {", "one } for each {");
+      Next();
+    } else if (m_eType == eZuTokenKeyword) {
+      Item(pBlock, bTop);
+    } else if (const KeywordRule* pRule = FindRule(pRules, "");
+               pRule != nullptr && m_eType == eZuTokenBlockOpen) {
+      m_result.m_bKnown = true;
+      ZuKeywordBlock item;
+      item.m_uLine = m_place.uLine;
+      item.m_uColumn = m_place.uColumn;
+      Values(*pRule, &item, &item);
+    } else {
+      Stray();
+    }
+  }
+  m_pRules = pOuter;
+  m_szLast = szOuterLast;
+}
+
+void KeywordWalk::Item(ZuKeywordBlock* pBlock, bool bTop) {
+  const KeywordRule* pRule = FindRule(m_pRules, m_text);
+  if (pRule == nullptr) return UnknownItem(pBlock);
+  ZuKeywordBlock item;
+  item.m_strKeyword = pRule->szKeyword;
+  item.m_uLine = m_place.uLine;
+  item.m_uColumn = m_place.uColumn;
+  item.m_uToken = m_parser.GetStatus().m_uTokenCount;
+  const Place place = m_place;
+  m_szLast = pRule->szKeyword;
+  pBlock->m_keywords.emplace(pRule->szKeyword, place.uLine);
+  Next();
+  if (bTop && m_eType == eZuTokenBlockOpen) m_result.m_bKnown = true;
+  const bool bTaken = Values(*pRule, &item, bTop ? &item : pBlock);
+  item.m_bCut = m_bCut;
+  if (bTaken && (bTop || pRule->szValues == nullptr)) pBlock->m_blocks.push_back(std::move(item));
+  if (!bTop || !m_bCut) return;
+  Add(m_bPartial ? eZuSeverityWarning : eZuSeverityError, place, pRule->szKeyword,
+      std::string("the file ends inside ") + pRule->szKeyword + " { ... }",
+      m_bPartial ? "" : "the whole file");
+  m_bCut = false;
+}
+
+void KeywordWalk::UnknownItem(ZuKeywordBlock* pBlock) {
+  const KeywordRule* pMeant = NearestRule(m_pRules, *pBlock, m_text);
+  ZuUnknownKeyword word;
+  word.m_uLine = m_place.uLine;
+  word.m_uColumn = m_place.uColumn;
+  word.m_strWritten = m_text.substr(0, kTextShown);
+  if (pMeant != nullptr) word.m_strMeant = pMeant->szKeyword;
+  word.m_strAfter = m_szLast;
+  const size_t uBegin = LineStart() + m_parser.Begin();
+  Next();
+  const bool bLost = pMeant != nullptr && pMeant->bVital && m_eType == eZuTokenBlockOpen;
+  Add(bLost ? eZuSeverityError : eZuSeverityWarning, {word.m_uLine, word.m_uColumn},
+      word.m_strWritten.c_str(), "unknown keyword " + word.m_strWritten + " skipped",
+      word.m_strMeant);
+  SkipUnknownValue();
+  word.m_strText = m_whole.substr(uBegin, m_uEnd - uBegin);
+  pBlock->m_unknown.push_back(std::move(word));
+}
+
+// What follows an unknown keyword: its block, or one token.
+void KeywordWalk::SkipUnknownValue() {
+  if (m_eType == eZuTokenBlockOpen) {
+    SkipBlock();
+  } else if (!IsEnd()) {
+    Next();
+  }
+}
+
+// What stands where a keyword should.
+void KeywordWalk::Stray() {
+  const bool bBlock = m_eType == eZuTokenBlockOpen;
+  Error(m_place, "", (bBlock ? "a block" : ShownText(m_text)) + " stands here", "a keyword");
+  if (bBlock) return SkipBlock();
+  while (!IsEnd() && m_eType != eZuTokenKeyword && m_eType != eZuTokenBlockOpen) Next();
+}
+
+// From a { in hand to behind its }. What stands inside is not looked at.
+void KeywordWalk::SkipBlock() {
+  const unsigned uFirst = m_place.uLine;
+  Next(false);
+  SkipToBlockEnd();
+  unsigned& uLast = m_result.m_skipped[uFirst];
+  uLast = std::max(uLast, m_place.uLine);
+  if (m_eType == eZuTokenEof) m_bCut = true;
+  if (m_eType == eZuTokenBlockClose) Next();
+}
+
+// To the } of the block in which the token in hand stands.
+void KeywordWalk::SkipToBlockEnd() {
+  for (int iOpen = 0; m_eType != eZuTokenEof; Next(false)) {
+    if (m_eType == eZuTokenBlockOpen) ++iOpen;
+    if (m_eType == eZuTokenBlockClose && iOpen-- == 0) return;
+  }
+}
+
+// Values that a newer writer added are dropped by the records.
+void KeywordWalk::EndOfBlock(const KeywordRule& rule) {
+  if (!IsEnd()) {
+    Add(eZuSeverityWarning, m_place, rule.szKeyword,
+        std::string(rule.szKeyword) + ": further values, from " + ShownText(m_text) +
+            " on, dropped",
+        "");
+    SkipToBlockEnd();
+  }
+  if (m_eType == eZuTokenEof) m_bCut = true;
+  if (m_eType == eZuTokenBlockClose) Next();
+}
+
+}  // namespace zu::internal

@@ -1,0 +1,45 @@
+#include "zu/project/project.h"
+
+#include "zu/project/internal/keyword_text.h"
+
+using zu::internal::KeywordText;
+
+ZuProject::ZuProject() : m_pText(std::make_unique<KeywordText>()) {}
+
+ZuProject::~ZuProject() = default;
+
+void ZuProject::Clear() {
+  m_photoBlocks.clear();
+  m_measureBlocks.clear();
+  m_aItems.clear();
+  m_Faults.clear();
+  m_bForeign = false;
+  m_pText = std::make_unique<KeywordText>();
+  m_Photos.Destroy();
+  m_OrthoPhotos.Destroy();
+  m_Cameras.Destroy();
+  m_Planes.Destroy();
+  m_LocalSystems.clear();
+  m_ObjectPoints.Destroy();
+  m_Measurements.clear();
+}
+
+const ZuFindingList& ZuProject::GetFindings() const { return m_pText->Findings(); }
+
+bool ZuProject::IsCut() const { return m_pText->IsCut(); }
+
+const ZuPointList* ZuProject::FindMeasurements(unsigned uPhoto) const {
+  const auto found = m_Measurements.find(uPhoto);
+  return found != m_Measurements.end() ? &found->second : nullptr;
+}
+
+const std::vector<ZuDoubledRow>& ZuProject::GetDoubled(unsigned uPhoto) const {
+  static const std::vector<ZuDoubledRow> none;
+  const auto found = m_measureBlocks.find(uPhoto);
+  return found != m_measureBlocks.end() ? found->second->m_doubled : none;
+}
+
+const ZuKeywordBlock* ZuProject::FindPhotoBlock(unsigned uPhoto) const {
+  const auto found = m_photoBlocks.find(uPhoto);
+  return found != m_photoBlocks.end() ? found->second : nullptr;
+}

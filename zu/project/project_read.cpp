@@ -1,0 +1,244 @@
+// The records of a project file. A look at its text comes first: it knows best what is wrong where.
+#include <algorithm>
+#include <fstream>
+#include <iterator>
+#include <sstream>
+#include <utility>
+
+#include "zu/foundation/reader.h"
+#include "zu/project/internal/keyword_text.h"
+#include "zu/project/internal/text_buffer.h"
+#include "zu/project/project.h"
+
+using zu::internal::KeywordText;
+
+namespace {
+
+const char* FaultText(int iStatus) {
+  switch (iStatus) {
+    case ParserErrorStream:
+      return "cannot be read on";
+    case ParserErrorUnterminatedString:
+      return "a text is not closed";
+    case ParserErrorInvalidNumber:
+      return "no number, or a matrix of the wrong shape";
+    default:
+      return "not what stands here";
+  }
+}
+
+const char* FaultRight(int iStatus) {
+  switch (iStatus) {
+    case ParserErrorStream:
+      return "lines of at most 8511 characters";
+    case ParserErrorUnterminatedString:
+      return "\"text\" on one line";
+    case ParserErrorInvalidNumber:
+      return "3x3, 4x4 or 3 numbers";
+    default:
+      return "a keyword, a number or a \"text\" as the keyword needs it";
+  }
+}
+
+using Place = std::pair<unsigned, unsigned>;
+
+template <class Item>
+Place PlaceOf(const Item& item) {
+  return {item.m_uLine, item.m_uColumn};
+}
+
+Place PlaceOf(const ZuProjectItem& item) {
+  return item.m_pBlock != nullptr ? PlaceOf(*item.m_pBlock) : PlaceOf(*item.m_pUnknown);
+}
+
+}  // namespace
+
+bool ZuProject::Read(const char* szPath, eZuProjectPart ePart) {
+  std::ifstream stream(szPath, std::ios::in | std::ios::binary);
+  return Read(stream, szPath, ePart);
+}
+
+bool ZuProject::Read(std::istream& stream, const std::string& strName, eZuProjectPart ePart) {
+  std::ostringstream text;
+  if (stream.good() && stream.peek() != std::istream::traits_type::eof()) text << stream.rdbuf();
+  if (stream.bad() || (stream.fail() && !stream.eof())) {
+    Clear();
+    m_pText->Findings().Add(
+        {strName, 0, 0, eZuSeverityError, "", "cannot be read", "a file that can be read"});
+    return false;
+  }
+  return ReadText(std::move(text).str(), strName, ePart);
+}
+
+bool ZuProject::ReadText(const std::string& strText, const std::string& strName,
+                         eZuProjectPart ePart) {
+  Clear();
+  m_pText = std::make_unique<KeywordText>(strText, strName, zu::internal::ProjectRules(),
+                                          ePart == eZuProjectPartial);
+  m_bForeign = m_pText->IsForeign();
+  if (m_bForeign) {
+    m_pText->Findings().Clear();
+    m_pText->Add(eZuSeverityError, 0, 0, "", "does not look like a project file",
+                 "blocks PHOTO { ... } and MEASURE { ... }");
+    return false;
+  }
+  MakeItems();
+  ReadRecords(strText);
+  AddFaults();
+  CheckBlocks();
+  DropCutRecord();
+  m_pText->Findings().Sort();
+  return GetFindings().GetErrorCount() == 0;
+}
+
+void ZuProject::MakeItems() {
+  const ZuKeywordBlock& top = m_pText->Top();
+  for (const ZuKeywordBlock& block : top.m_blocks) m_aItems.push_back({&block});
+  for (const ZuUnknownKeyword& word : top.m_unknown) m_aItems.push_back({nullptr, &word});
+  std::sort(m_aItems.begin(), m_aItems.end(),
+            [](const ZuProjectItem& a, const ZuProjectItem& b) { return PlaceOf(a) < PlaceOf(b); });
+}
+
+void ZuProject::ReadRecords(const std::string& strText) {
+  zu::internal::TextBuffer buffer(strText);
+  ZuReader reader("");
+  std::ios& stream = reader.GetStream();
+  stream.rdbuf(&buffer);  // in place of the file
+  ZuReaderObject keywords[] = {
+      {"PHOTO", Link(this, &ZuProject::ReadPhoto)},
+      {"ORTHOPHOTO", Link(this, &ZuProject::ReadOrthoPhoto)},
+      {"CAMERA", Link(this, &ZuProject::ReadCamera)},
+      {"PLANE", Link(this, &ZuProject::ReadPlane)},
+      {"LOKAL", Link(this, &ZuProject::ReadLocalSystem)},
+      {"MEASURE", Link(this, &ZuProject::ReadMeasure)},
+      {"POINTS", Link(this, &ZuProject::ReadObjectPoints)},
+  };
+  for (ZuReaderObject& keyword : keywords) reader.RegisterObject(keyword);
+  reader.SkipUnknownToken(false);
+  reader.SetUnknownTokenHdl(Link(this, &ZuProject::OnUnknown));
+  reader.SetParserErrorHdl(Link(this, &ZuProject::OnFault));
+  reader.DoProcess(false);
+  for (const ZuReaderError* p = reader.GetReaderErrorList().First(); p != nullptr; p = p->Next()) {
+    AddFault(p->m_uLine, p->m_eStatus);
+  }
+}
+
+// The item whose first value, or whose brace and first token, are in hand; null where the look at
+// the text saw none.
+ZuProjectItem* ZuProject::ItemAt(ZuReaderObject* pObject) {
+  constexpr unsigned kBetween = 2;  // tokens from the keyword on, at most
+  const unsigned uToken = pObject->GetStreamParser().GetStatus().m_uTokenCount;
+  const auto& blocks = m_pText->Blocks();
+  const auto next =
+      std::lower_bound(blocks.begin(), blocks.end(), uToken,
+                       [](const ZuKeywordBlock& b, unsigned u) { return b.m_uToken < u; });
+  if (next == blocks.begin() || uToken - std::prev(next)->m_uToken > kBetween) return nullptr;
+  const auto item = std::lower_bound(
+      m_aItems.begin(), m_aItems.end(), PlaceOf(*std::prev(next)),
+      [](const ZuProjectItem& i, const Place& place) { return PlaceOf(i) < place; });
+  return &*item;
+}
+
+int ZuProject::ReadPhoto(ZuReaderObject* pObject) {
+  ZuProjectItem* const pItem = ItemAt(pObject);
+  ZuListnode* const pRecord = m_Photos.AddPhoto(pObject);
+  if (pItem != nullptr) pItem->m_pRecord = pRecord;
+  return 1;
+}
+
+int ZuProject::ReadOrthoPhoto(ZuReaderObject* pObject) {
+  ZuProjectItem* const pItem = ItemAt(pObject);
+  ZuListnode* const pRecord = m_OrthoPhotos.AddPhoto(pObject);
+  if (pItem != nullptr) pItem->m_pRecord = pRecord;
+  return 1;
+}
+
+int ZuProject::ReadCamera(ZuReaderObject* pObject) {
+  ZuProjectItem* const pItem = ItemAt(pObject);
+  ZuListnode* const pRecord = m_Cameras.AddCamera(pObject, true);
+  if (pItem != nullptr) pItem->m_pRecord = pRecord;
+  return 1;
+}
+
+int ZuProject::ReadPlane(ZuReaderObject* pObject) {
+  ZuProjectItem* const pItem = ItemAt(pObject);
+  ZuListnode* const pRecord = m_Planes.AddPlane(pObject);
+  if (pItem != nullptr) pItem->m_pRecord = pRecord;
+  return 1;
+}
+
+int ZuProject::ReadLocalSystem(ZuReaderObject* pObject) {
+  ZuProjectItem* const pItem = ItemAt(pObject);
+  if (pItem != nullptr) pItem->m_iLocalSystem = static_cast<int>(m_LocalSystems.size());
+  m_LocalSystems.emplace_back();
+  return m_LocalSystems.back().Read(pObject);
+}
+
+// { PHOTOID 1 POINTS { 1 244.4274 94.1646 ... } }
+int ZuProject::ReadMeasure(ZuReaderObject* pObject) {
+  unsigned int uPhoto = 0;
+  m_Rows.Destroy();
+  ZuReaderObject photo("PHOTOID", &uPhoto);
+  ZuReaderObject points("POINTS", Link(this, &ZuProject::ReadMeasuredRows));
+  pObject->RegisterObject(photo);
+  pObject->RegisterObject(points);
+  pObject->DoProcess();
+  m_Rows.MoveTo(&m_Measurements[uPhoto]);
+  return 1;
+}
+
+int ZuProject::ReadMeasuredRows(ZuReaderObject* pObject) {
+  constexpr eZuPointRWMask kColumns[] = {eZuPointRWId, eZuPointRWX, eZuPointRWY, eZuPointRWEnd};
+  m_Rows.SetMask(kColumns);
+  ZuReaderObject rows(Link(&m_Rows, &ZuPointList::Read));
+  pObject->RegisterObject(rows);
+  return pObject->DoProcess();
+}
+
+// { 1 182.9437 83.8612 374.3365 ... }
+int ZuProject::ReadObjectPoints(ZuReaderObject* pObject) {
+  constexpr eZuPointRWMask kColumns[] = {eZuPointRWId, eZuPointRWX, eZuPointRWY, eZuPointRWZ,
+                                         eZuPointRWEnd};
+  m_ObjectPoints.SetMask(kColumns);
+  ZuReaderObject rows(Link(&m_ObjectPoints, &ZuPointList::Read));
+  pObject->RegisterObject(rows);
+  return pObject->DoProcess();
+}
+
+long ZuProject::OnUnknown(ZuReader* pReader) {
+  const unsigned uLine = pReader->GetParser().GetStatus().m_uLine;
+  if (!HasFinding(uLine)) {
+    const std::string strKeyword =
+        std::string(pReader->GetParser().GetToken().m_szText).substr(0, 40);
+    m_pText->Add(eZuSeverityWarning, uLine, 0, strKeyword,
+                 "unknown keyword " + strKeyword + " skipped", "");
+  }
+  pReader->SkipUnknownValue();
+  return 1;
+}
+
+long ZuProject::OnFault(ZuReader* pReader) {
+  const ZuReaderError* pError = pReader->GetReaderErrorList().Last();
+  if (pError != nullptr) AddFault(pError->m_uLine, pError->m_eStatus);
+  return 1;
+}
+
+void ZuProject::AddFault(unsigned uLine, int iStatus) {
+  const bool bCut = IsCut() && uLine >= m_pText->Blocks().back().m_uLine;
+  if (iStatus > ParserStatusEOF && !bCut && !m_pText->IsSkipped(uLine)) {
+    m_Faults.emplace(uLine, iStatus);
+  }
+}
+
+// For what the look at the text, which knows better what is wrong, has no rule for.
+void ZuProject::AddFaults() {
+  if (GetFindings().GetErrorCount() > 0) return;
+  for (const auto& [uLine, iStatus] : m_Faults) {
+    m_pText->Add(eZuSeverityError, uLine, 0, "", FaultText(iStatus), FaultRight(iStatus));
+  }
+}
+
+bool ZuProject::HasFinding(unsigned uLine) const {
+  return std::any_of(GetFindings().begin(), GetFindings().end(),
+                     [uLine](const ZuFinding& finding) { return finding.m_uLine == uLine; });
+}
