@@ -1,0 +1,33 @@
+#include "tests/support/test.h"
+
+#include "zu/adjust/adjust_test.h"
+
+// Values of printed tables: normal, chi squared, F, Student (tau = t sqrt(r / (r - 1 + t^2)), t of
+// r
+// - 1 degrees), Baarda's delta0, radii of the ellipse and the ellipsoid of 95 %.
+TEST(TestLimits, AreThoseOfTheTables) {
+  ZuTestOptions total;
+  total.dAlphaTotal = 0.05;
+  double dLow = 0.0, dHigh = 0.0;
+  ZuSigmaBounds(0.05, 10, &dLow, &dHigh);
+  const double t = 2.262157;  // 0.975, 9 degrees
+  for (const auto& [szWhat, dValue, dExpected] : Cases<const char*, double, double>{
+           {"w", ZuNormalLimit(0.001), 3.2905},
+           {"chi2", 3.0 * ZuGroupLimit(0.001, 3), 16.2662},
+           {"F", ZuNewGroupLimit(0.001, 3, 20), 8.0984},
+           {"tau", ZuTauLimit(0.05, 10), t * std::sqrt(10.0 / (9.0 + t * t))},
+           {"tau of two", ZuTauLimit(0.001, 2), std::sqrt(2.0)},
+           {"delta0", ZuLeastError(0.001, 0.8), 4.1321},
+           {"delta0 of two", ZuLeastError(0.05, 0.8, 2), std::sqrt(9.6347)},
+           {"Sidak", ZuTestAlpha(total, 50), 0.0010253},
+           {"sigma0 low", dLow * 10.0, 3.24697},
+           {"sigma0 high", dHigh * 10.0, 20.4832},
+           {"ellipse", ZuConfidenceRadius(0.95, 2), 2.44775},
+           {"ellipsoid", ZuConfidenceRadius(0.95, 3), 2.79548},
+       }) {
+    EXPECT_NEAR(dValue, dExpected, 6e-5 * dExpected) << szWhat;
+  }
+  for (double d : {ZuTauLimit(0.001, 1), ZuGroupLimit(0.001, 3, 3), ZuNewGroupLimit(0.001, 3, 0)}) {
+    EXPECT_EQ(d, std::numeric_limits<double>::infinity());
+  }
+}

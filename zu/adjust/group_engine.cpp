@@ -1,0 +1,339 @@
+#include "zu/adjust/internal/group_engine.h"
+
+#include <Eigen/Cholesky>
+#include <Eigen/Eigenvalues>
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <cstddef>
+#include <limits>
+
+namespace zu::internal {
+namespace {
+
+constexpr double kNever = std::numeric_limits<double>::infinity();
+constexpr double kNone = std::numeric_limits<double>::quiet_NaN();
+
+// Largest change of a parameter over its standard deviation that ends the iteration [-].
+constexpr double kConverged = 1e-6;
+
+// Change over the former one from which on a step below kConverged (a priori) is rounding [-].
+constexpr double kStalled = 0.25;
+
+// Share of its covariance that a group must keep in a direction to be tested there [-]: below it
+// the residual is rounding.
+constexpr double kTestable = 1e-6;
+
+// The same for the redundancy of one axis.
+constexpr double kSeen = 1e-12;
+
+struct Normals {
+  Eigen::MatrixXd N;
+  Eigen::VectorXd h;      // A' M^-1 w
+  double dSquares = 0.0;  // w' M^-1 w
+  int iObservations = 0;
+  bool bFinite = true;
+};
+
+// Room for the equations of a model.
+GroupEquation EquationFor(int iParameters) {
+  GroupEquation equation;
+  equation.A.assign(static_cast<std::size_t>(kMaxGroup) * static_cast<std::size_t>(iParameters),
+                    0.0);
+  return equation;
+}
+
+// N, h and the squares of one group; only the lower triangle of N. K = M^-1 A is scratch.
+bool AddGroup(const GroupEquation& q, int u, std::vector<double>* pScratch, Normals* pNormals) {
+  double inverse[kMaxGroup * kMaxGroup];
+  if (!InvertSpd(q.m, q.M, inverse)) return false;
+  double* const K = pScratch->data();
+  const double* const A = q.A.data();
+  for (int i = 0; i < q.m; ++i) {
+    for (int j = 0; j < u; ++j) K[i * u + j] = 0.0;
+    double dWeighted = 0.0;
+    for (int k = 0; k < q.m; ++k) {
+      const double dWeight = inverse[i * q.m + k];
+      for (int j = 0; j < u; ++j) K[i * u + j] += dWeight * A[k * u + j];
+      dWeighted += dWeight * q.w[k];
+    }
+    pNormals->dSquares += q.w[i] * dWeighted;
+  }
+  for (int i = 0; i < q.m; ++i) {
+    const double* const pA = A + i * u;
+    const double* const pK = K + i * u;
+    for (int j = 0; j < u; ++j) {
+      double* const pColumn = pNormals->N.data() + static_cast<std::ptrdiff_t>(j) * u;
+      const double a = pA[j];
+      for (int k = j; k < u; ++k) pColumn[k] += a * pK[k];
+      pNormals->h[j] += q.w[i] * pK[j];
+    }
+  }
+  pNormals->iObservations += q.m;
+  return true;
+}
+
+Normals FormNormals(const GroupModel& model, GroupEquation* pEquation,
+                    std::vector<double>* pScratch) {
+  const int u = model.Parameters();
+  Normals normals;
+  normals.N = Eigen::MatrixXd::Zero(u, u);
+  normals.h = Eigen::VectorXd::Zero(u);
+  for (int i = 0, n = model.Groups(); i < n; ++i) {
+    if (!model.IsUsed(i)) continue;
+    model.Linearize(i, pEquation);
+    if (!AddGroup(*pEquation, u, pScratch, &normals)) {
+      normals.bFinite = false;
+      return normals;
+    }
+  }
+  normals.N.triangularView<Eigen::StrictlyUpper>() = normals.N.transpose();
+  normals.bFinite =
+      normals.N.allFinite() && normals.h.allFinite() && std::isfinite(normals.dSquares);
+  return normals;
+}
+
+// Decomposes the normal matrix with the parameters in their units. False for a defect, told in the
+// result, and for a matrix that is not finite then.
+class ScaledNormals {
+ public:
+  ScaledNormals(const GroupModel& model, const Normals& normals, EngineResult* pResult) {
+    const int u = static_cast<int>(normals.h.size());
+    m_unit.resize(u);
+    for (int j = 0; j < u; ++j) {
+      m_unit[j] = model.Unit(j);
+      if (m_unit[j] == 0.0 && normals.N(j, j) > 0.0) m_unit[j] = 1.0 / std::sqrt(normals.N(j, j));
+      if (m_unit[j] == 0.0) m_unit[j] = 1.0;
+    }
+    const Eigen::MatrixXd scaled = m_unit.asDiagonal() * normals.N * m_unit.asDiagonal();
+    if (!scaled.allFinite()) return;
+    const Eigen::SelfAdjointEigenSolver<Eigen::MatrixXd> eigen(scaled);
+    const Eigen::VectorXd& values = eigen.eigenvalues();
+    const double dLargest = values[u - 1];
+    pResult->dCondition = dLargest > 0.0 ? std::max(values[0], 0.0) / dLargest : 0.0;
+    pResult->iDefect = 0;
+    for (int j = 0; j < u; ++j) pResult->iDefect += !(values[j] > kSingular * dLargest);
+    if (pResult->iDefect > 0) {
+      pResult->status = ZuAdjustStatus::RankDefect;
+      pResult->freeDirection.assign(eigen.eigenvectors().data(), eigen.eigenvectors().data() + u);
+      return;
+    }
+    m_inverse = m_unit.asDiagonal() * eigen.eigenvectors() * values.cwiseInverse().asDiagonal() *
+                eigen.eigenvectors().transpose() * m_unit.asDiagonal();
+    // Symmetric to the last bit.
+    m_inverse.triangularView<Eigen::StrictlyUpper>() = m_inverse.transpose();
+    m_factors.compute(scaled);
+    m_bGood = m_inverse.allFinite() && m_factors.info() == Eigen::Success;
+  }
+
+  bool IsGood() const { return m_bGood; }
+  const Eigen::MatrixXd& Inverse() const { return m_inverse; }
+  Eigen::VectorXd Correction(const Eigen::VectorXd& h) const {
+    return -(m_unit.asDiagonal() * m_factors.solve(m_unit.asDiagonal() * h));
+  }
+
+ private:
+  Eigen::VectorXd m_unit;
+  Eigen::MatrixXd m_inverse;
+  Eigen::LLT<Eigen::MatrixXd> m_factors;
+  bool m_bGood = false;
+};
+
+// Largest change over its standard deviation for sigma0 = 1.
+double RelativeChange(const Eigen::VectorXd& dx, const Eigen::MatrixXd& covariance) {
+  double dLargest = 0.0;
+  for (int j = 0; j < dx.size(); ++j) {
+    dLargest = std::max(dLargest, std::fabs(dx[j]) / std::sqrt(covariance(j, j)));
+  }
+  return dLargest;
+}
+
+}  // namespace
+
+double EngineResult::SigmaPosteriori() const {
+  return iRedundancy > 0 ? std::sqrt(std::max(dSquares, 0.0) / iRedundancy) : 1.0;
+}
+
+EngineResult Adjust(GroupModel& model, int iMaxSteps) {
+  const int u = model.Parameters();
+  EngineResult result;
+  GroupEquation equation = EquationFor(u);
+  std::vector<double> scratch(equation.A.size());
+  double dPrevious = kNever;
+  for (result.iSteps = 0; result.iSteps < iMaxSteps;) {
+    const Normals normals = FormNormals(model, &equation, &scratch);
+    ++result.iSteps;
+    result.iObservations = normals.iObservations;
+    result.iRedundancy = normals.iObservations - u;
+    result.status = ZuAdjustStatus::NotFinite;
+    if (!normals.bFinite) return result;
+    if (result.iRedundancy < 0) {
+      result.status = ZuAdjustStatus::TooFew;
+      return result;
+    }
+    const ScaledNormals scaled(model, normals, &result);
+    if (!scaled.IsGood()) return result;
+    const Eigen::VectorXd dx = scaled.Correction(normals.h);
+    if (!dx.allFinite()) return result;
+    model.Step(dx.data());
+
+    result.dSquares = std::max(normals.dSquares + normals.h.dot(dx), 0.0);
+    const double dChange = RelativeChange(dx, scaled.Inverse());
+    const double dSigma0 = result.iRedundancy > 0 ? result.SigmaPosteriori() : 1.0;
+    const bool bSmall = dChange < kConverged;
+    if ((bSmall && dChange < kConverged * dSigma0) || (bSmall && dChange >= kStalled * dPrevious) ||
+        dChange == 0.0) {
+      const double* const pCovariance = scaled.Inverse().data();
+      result.covariance.assign(pCovariance, pCovariance + scaled.Inverse().size());
+      result.status = ZuAdjustStatus::Good;
+      return result;
+    }
+    dPrevious = dChange;
+  }
+  result.status = ZuAdjustStatus::NotConverged;
+  return result;
+}
+
+Sigma ChooseSigma(const EngineResult& result, ZuSigmaKind kind, bool bGivenByUser) {
+  if (kind == ZuSigmaKind::Automatic) {
+    kind = bGivenByUser ? ZuSigmaKind::APriori : ZuSigmaKind::APosteriori;
+  }
+  if (kind == ZuSigmaKind::APriori || result.iRedundancy < 1) return {};
+  return {result.SigmaPosteriori(), ZuSigmaKind::APosteriori};
+}
+
+GroupTester::GroupTester(const EngineResult& result, const Sigma& sigma,
+                         const ZuTestOptions& options, int iTests)
+    : m_result(result), m_dSigma0(sigma.dSigma0), m_dLeastRedundancy(options.dLeastRedundancy) {
+  const double dAlpha = ZuTestAlpha(options, iTests);
+  m_dLeastError = ZuLeastError(dAlpha, options.dPower);
+  const bool bPriori = sigma.kind == ZuSigmaKind::APriori;
+  m_adLimit[0] = m_adNewLimit[0] = kNever;
+  for (int m = 1; m <= kMaxGroup; ++m) {
+    m_adLimit[m] = bPriori ? ZuGroupLimit(dAlpha, m) : ZuGroupLimit(dAlpha, m, result.iRedundancy);
+    m_adNewLimit[m] = bPriori ? m_adLimit[m] : ZuNewGroupLimit(dAlpha, m, result.iRedundancy);
+  }
+}
+
+namespace {
+
+using Small =
+    Eigen::Matrix<double, Eigen::Dynamic, Eigen::Dynamic, Eigen::RowMajor, kMaxGroup, kMaxGroup>;
+using SmallVector = Eigen::Matrix<double, Eigen::Dynamic, 1, 0, kMaxGroup, 1>;
+
+Small Matrix(int m, const double* pd) { return Eigen::Map<const Small>(pd, m, m); }
+
+void Store(const SmallVector& v, double* pd) {
+  for (int i = 0; i < v.size(); ++i) pd[i] = v[i];
+}
+
+// 0 where both vanish, as residuals of observations without error do.
+double Quotient(double dValue, double dBy) { return dBy > 0.0 ? dValue / dBy : 0.0; }
+
+}  // namespace
+
+void GroupTester::Test(const GroupEquation& equation, bool bUsed, ZuPointTest* pTest) const {
+  const int u = static_cast<int>(std::lround(std::sqrt(m_result.covariance.size())));
+  const int m = equation.m;
+  const double* const A = equation.A.data();
+  const double* const Q = m_result.covariance.data();
+  double adAQA[kMaxGroup * kMaxGroup] = {};
+  for (int k = 0; k < u; ++k) {
+    for (int i = 0; i < m; ++i) {
+      double dAQ = 0.0;
+      for (int j = 0; j < u; ++j) dAQ += A[i * u + j] * Q[k * u + j];
+      for (int l = 0; l <= i; ++l) adAQA[i * m + l] += dAQ * A[l * u + k];
+    }
+  }
+  for (int i = 0; i < m; ++i) {
+    for (int l = i + 1; l < m; ++l) adAQA[i * m + l] = adAQA[l * m + i];
+  }
+  const unsigned uId = pTest->uId;
+  *pTest = ZuPointTest();
+  pTest->uId = uId;
+  pTest->iDimension = m;
+  pTest->bUsed = bUsed;
+  std::copy_n(equation.w, m, pTest->adResidual);
+  if (bUsed) {
+    TestUsed(equation, adAQA, pTest);
+  } else {
+    TestOther(equation, adAQA, pTest);
+  }
+}
+
+void GroupTester::TestUsed(const GroupEquation& equation, const double* pdAQA,
+                           ZuPointTest* pTest) const {
+  const int m = equation.m;
+  const Small M = Matrix(m, equation.M);
+  const Small Qee = M - Matrix(m, pdAQA);
+  const Small P = M.inverse();
+  const Small R = Qee * P;
+  const Small S = P * R;  // M^-1 Qee M^-1: what an error by axis leaves in the sum of squares
+  const SmallVector e = Eigen::Map<const SmallVector>(equation.w, m);
+  const SmallVector Pe = P * e;
+
+  pTest->bControlled = true;
+  for (int i = 0; i < m; ++i) {
+    const double r = std::clamp(R(i, i), 0.0, 1.0);
+    const double dSeen = S(i, i) > kSeen * P(i, i) ? S(i, i) : 0.0;
+    pTest->adRedundancy[i] = r;
+    pTest->adResidualSd[i] = m_dSigma0 * std::sqrt(std::max(Qee(i, i), 0.0));
+    pTest->adW[i] = Quotient(Pe[i], m_dSigma0 * std::sqrt(dSeen));
+    pTest->adNabla[i] = dSeen > 0.0 ? m_dLeastError * m_dSigma0 / std::sqrt(dSeen) : kNever;
+    pTest->adEffect[i] =
+        dSeen > 0.0 ? m_dLeastError * std::sqrt(std::max(P(i, i) - dSeen, 0.0) / dSeen) : kNever;
+    if (r < m_dLeastRedundancy) pTest->bControlled = false;
+  }
+
+  // In the directions in which the group has redundancy; M = L L', directions of L^-1 Qee L^-T.
+  const Eigen::LLT<Small> factor(M);
+  Small share = factor.matrixL().solve(Qee);
+  share = factor.matrixL().solve(share.transpose().eval()).eval();
+  const Eigen::SelfAdjointEigenSolver<Small> eigen(share);
+  const SmallVector unit = factor.matrixL().solve(e);
+  SmallVector predicted(m);
+  predicted.setZero();
+  int iRank = 0;
+  double dSum = 0.0;
+  for (int k = 0; k < m; ++k) {
+    const double dShare = eigen.eigenvalues()[k];
+    if (!(dShare > kTestable)) continue;
+    const double d = eigen.eigenvectors().col(k).dot(unit);
+    dSum += d * d / dShare;
+    predicted += eigen.eigenvectors().col(k) * (d / dShare);
+    ++iRank;
+  }
+  pTest->dTest = iRank > 0 ? Quotient(dSum, m_dSigma0 * m_dSigma0 * iRank) : 0.0;
+  pTest->dLimit = m_adLimit[iRank];
+  Store(iRank == m ? SmallVector(factor.matrixL() * predicted) : SmallVector::Constant(m, kNone),
+        pTest->adLeaveOneOut);
+}
+
+void GroupTester::TestOther(const GroupEquation& equation, const double* pdAQA,
+                            ZuPointTest* pTest) const {
+  const int m = equation.m;
+  const Small Q = Matrix(m, equation.M) + Matrix(m, pdAQA);
+  const SmallVector e = Eigen::Map<const SmallVector>(equation.w, m);
+  const SmallVector Pe = Q.llt().solve(e);
+  const Small P = Q.inverse();
+  for (int i = 0; i < m; ++i) {
+    pTest->adResidualSd[i] = m_dSigma0 * std::sqrt(Q(i, i));
+    pTest->adW[i] = Quotient(Pe[i], m_dSigma0 * std::sqrt(P(i, i)));
+    pTest->adNabla[i] = m_dLeastError * m_dSigma0 / std::sqrt(P(i, i));
+    pTest->adLeaveOneOut[i] = e[i];
+  }
+  pTest->dTest = Quotient(e.dot(Pe), m_dSigma0 * m_dSigma0 * m);
+  pTest->dLimit = m_adNewLimit[m];
+}
+
+std::vector<ZuPointTest> TestGroups(const GroupModel& model, const GroupTester& tester) {
+  std::vector<ZuPointTest> tests(static_cast<std::size_t>(model.Groups()));
+  GroupEquation equation = EquationFor(model.Parameters());
+  for (int i = 0; i < model.Groups(); ++i) {
+    model.Linearize(i, &equation);
+    tester.Test(equation, model.IsUsed(i), &tests[static_cast<std::size_t>(i)]);
+  }
+  return tests;
+}
+
+}  // namespace zu::internal

@@ -1,0 +1,100 @@
+// Least squares by groups of observations of a point: few parameters, any number of small groups,
+// one pass over the groups a step, nothing stored for each.
+//
+//   e = w + A dx      misclosures of a group after the adjustment, cov(w) = M for sigma0 = 1
+//
+// Observations l with conditions f(l, x) = 0 (the general case): w = f, A = df/dx, M = B Q B' with
+// B = df/dl. Observation equations are the case w = f(x) - l, M = Q. Sum of e' M^-1 e -> minimum.
+#pragma once
+
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "zu/adjust/adjust_status.h"
+#include "zu/adjust/adjust_test.h"
+#include "zu/adjust/internal/small_matrix.h"
+#include "zu/adjust/point_test.h"
+
+namespace zu::internal {
+
+// The equations of one group at the present parameters.
+struct GroupEquation {
+  int m = 0;                        // 1 to kMaxGroup
+  double w[kMaxGroup];              // misclosures
+  double M[kMaxGroup * kMaxGroup];  // their covariance, m x m
+  std::vector<double> A;            // m x u, row by row; the engine gives it its size
+};
+
+// What is adjusted. Groups are numbered from 0 in an order that does not depend on the input's.
+class GroupModel {
+ public:
+  virtual ~GroupModel() = default;
+  virtual int Parameters() const = 0;  // u
+  virtual int Groups() const = 0;
+  // Groups that take part; the others are only tested.
+  virtual bool IsUsed(int iGroup) const = 0;
+  virtual void Linearize(int iGroup, GroupEquation* pEquation) const = 0;
+  // Adds a correction to the parameters.
+  virtual void Step(const double* pdCorrection) = 0;
+  // The unit in which parameter j is judged where the normal matrix is looked at for a defect;
+  // 0: the parameter's own, 1 / sqrt(Njj). A model that gives units that do not depend on the
+  // choice of axes gets a verdict that does not.
+  virtual double Unit(int) const { return 0.0; }
+};
+
+// The smallest eigenvalue of the normal matrix, with parameters in their units and the largest
+// eigenvalue 1, down to which it counts as regular [-]. 1e-12 is a millionth in length.
+inline constexpr double kSingular = 1e-12;
+
+struct EngineResult {
+  ZuAdjustStatus status = ZuAdjustStatus::TooFew;
+  int iSteps = 0;
+  int iObservations = 0;              // equations of the groups used
+  int iRedundancy = 0;                // less the parameters
+  double dSquares = 0.0;              // e' M^-1 e
+  std::vector<double> covariance;     // u x u, for sigma0 = 1; empty unless good
+  double dCondition = 0.0;            // smallest over largest eigenvalue, see kSingular
+  int iDefect = 0;                    // eigenvalues below kSingular
+  std::vector<double> freeDirection;  // of a rank defect: the direction in the parameters, length 1
+                                      // in their units
+
+  // sqrt(dSquares / r); 1 for r < 1.
+  double SigmaPosteriori() const;
+};
+
+// Adjusts from the present parameters of the model to convergence: largest change of a parameter
+// below 1e-6 of its standard deviation. The parameters keep what they have where it fails.
+EngineResult Adjust(GroupModel& model, int iMaxSteps = 100);
+
+// The sigma0 that scales standard deviations and tests.
+struct Sigma {
+  double dSigma0 = 1.0;
+  ZuSigmaKind kind = ZuSigmaKind::APriori;  // never Automatic
+};
+Sigma ChooseSigma(const EngineResult& result, ZuSigmaKind kind, bool bGivenByUser);
+
+// Tests groups against a good result. Limits are formed once.
+class GroupTester {
+ public:
+  GroupTester(const EngineResult& result, const Sigma& sigma, const ZuTestOptions& options,
+              int iTests);
+
+  // The equations must be those of the result's parameters. All of *pTest but its id.
+  void Test(const GroupEquation& equation, bool bUsed, ZuPointTest* pTest) const;
+
+ private:
+  void TestUsed(const GroupEquation& equation, const double* pdAQA, ZuPointTest* pTest) const;
+  void TestOther(const GroupEquation& equation, const double* pdAQA, ZuPointTest* pTest) const;
+
+  const EngineResult& m_result;
+  double m_dSigma0;
+  double m_dLeastError;
+  double m_dLeastRedundancy;
+  double m_adLimit[kMaxGroup + 1], m_adNewLimit[kMaxGroup + 1];  // by number of observations
+};
+
+// Tests all groups of a model; the ids stay 0.
+std::vector<ZuPointTest> TestGroups(const GroupModel& model, const GroupTester& tester);
+
+}  // namespace zu::internal
