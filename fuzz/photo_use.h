@@ -27,7 +27,7 @@ inline void CheckExactInverse(const ZuCamera& camera, double x, double y) {
     return;
   }
   double xBack = xFound, yBack = yFound;
-  Require(camera.Adjust(&xBack, &yBack));
+  Require(camera.AdjustExact(&xBack, &yBack) == eCameraInverseOk);
   Require(std::hypot(xBack - x, yBack - y) <= 1e-9 + 1e-12 * std::hypot(x, y));
 }
 

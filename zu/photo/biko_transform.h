@@ -9,7 +9,7 @@
 //
 // It keeps copies of the transformations and refers to the photo for camera and orientation: after
 // a change of a transformation Set is called again. The photo must outlive it. One thread at a time
-// where the camera's inverse takes part.
+// where the camera's inverse table takes part.
 #pragma once
 
 #include <limits>
@@ -56,6 +56,16 @@ class ZU_API ZuBikoTransform {
   // A singular transformation gives what ZuMatrix::Invert leaves.
   void Set(const ZuPhoto* pPhoto, eConvertBikoMode eMode, bool bFlipY);
 
+  // Exact conversion of the whole chain, off by default and kept by Set: the camera's AdjustExact
+  // and InvAdjustExact take the place of Adjust and its table, a polynomial main transformation is
+  // applied by eDigiToAdjusted too and inverted by Newton's method from the stored inverse, and
+  // the collinearity takes |c|, as rays do. Forth and back then agree to 1e-12 mm. Transform is
+  // false, in every mode, where the camera refuses the point or no inverse of a polynomial is
+  // found (coordinates as the last good step gave them), and for an object point at the height of
+  // the projection centre; the rest stays as told there. Any number of threads.
+  void SetExact(bool bExact) { m_bExact = bExact; }
+  bool IsExact() const { return m_bExact; }
+
   // Converts in place; z is read for Object systems only and then set to 0. True, also for an
   // unknown mode and where the camera refuses a point, whose coordinates then stay as the last step
   // gave them; but false
@@ -94,6 +104,10 @@ class ZU_API ZuBikoTransform {
     if (m_bFlipY) *y = m_dHeight - *y;
   }
   bool FromObject(double* x, double* y, double* z) const;
+  bool Correct(double* x, double* y) const;    // Biko to Adjusted
+  bool Uncorrect(double* x, double* y) const;  // Adjusted to Biko
+  bool InvertPolynomial(double* x, double* y) const;
+  bool SolvePolynomial(double* x, double* y) const;
 
   const ZuPhoto* m_pPhoto = nullptr;  // not owned
   ZuMatrix m_Matrix = ZuMatrix(3, 3);
@@ -102,6 +116,7 @@ class ZU_API ZuBikoTransform {
   ZuReseauTrafo m_InverseTrafo;
   eConvertBikoMode m_eMode = static_cast<eConvertBikoMode>(0);
   bool m_bFlipY = false;
+  bool m_bExact = false;
   double m_dWidth = 0.0;  // of the image, one added [pixels]
   double m_dHeight = 0.0;
   ZuVector m_ViewDirection = ZuVector(3);  // unit third axis of the image system in object space

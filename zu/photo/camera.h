@@ -30,12 +30,12 @@ enum eCameraMode : int {
   eCameraModePinhole = 3,  // no distortion
 };
 
-// Outcome of ZuCamera::InvAdjustExact.
+// Outcome of ZuCamera::AdjustExact and InvAdjustExact.
 enum eCameraInverse : int {
   eCameraInverseOk = 0,             // the point found maps to the point given
   eCameraInverseNoCamera = 1,       // id 0
-  eCameraInverseNoModel = 2,        // a mode without a forward map (pinhole, unknown)
-  eCameraInverseOutside = 3,        // beyond the valid radius of the model, or not finite
+  eCameraInverseNoModel = 2,        // an unknown mode
+  eCameraInverseOutside = 3,        // where the model is not one to one, or not finite
   eCameraInverseNoConvergence = 4,  // no measured point of the valid image maps there
 };
 
@@ -95,10 +95,21 @@ class ZU_API ZuCamera : public ZuListnode, public ZuFlag {
   // Frees all tables of the process.
   static void DeleteInvAdjustTables();
 
-  // The measured point of the valid image whose Adjust is (x, y), in place, with a residual of at
-  // most 1e-10 mm in the forward map: Newton steps, halved until the residual falls. No table, no
-  // cache, no shared state; several threads may call it. Other than InvAdjust it refuses what no
-  // measured point of the valid image maps to. Unless the result is eCameraInverseOk, (x, y) stay.
+  // The model without the stop rule of Adjust and without the table, in place: AdjustExact from
+  // measured to corrected, InvAdjustExact back, each the other's inverse to 1e-12 mm. In modes 0
+  // and 1 AdjustExact gives the bits of Adjust; in mode 2 it takes
+  //
+  //   measured = (xh, yh) + (x, y) - D(x, y)      D: CalcDistortA1A2A3B1B2C1C2
+  //
+  // to the end by Newton's method (InvAdjustExact evaluates it as it stands). A pinhole camera
+  // answers eCameraInverseOk both ways and leaves the point.
+  //
+  // Both refuse points where the model is not known to be one to one: where the symmetric part of
+  // its derivative is not positive on the whole disk from the distortion centre to the point.
+  // InvAdjustExact refuses measured points beyond the half-width of the valid image, too (RM, or
+  // 2.1 r0, or 30 mm). Unless the result is eCameraInverseOk, (x, y) stay. No cache, no shared
+  // state: several threads may call them.
+  eCameraInverse AdjustExact(double* x, double* y) const;
   eCameraInverse InvAdjustExact(double* x, double* y) const;
   // Largest measured distance from the distortion centre [mm] up to which the radial part of the
   // forward map grows with r and so has one inverse; at most dSearch (0: m_dRMax, or 2.1 r0 when
@@ -187,7 +198,6 @@ class ZU_API ZuCamera : public ZuListnode, public ZuFlag {
   void AdjustCap(double* x, double* y) const;
   bool InvAdjustByTable(double* x, double* y) const;
   bool InvAdjustByIteration(double* x, double* y) const;
-  eCameraInverse InvAdjustExactImpl(double* x, double* y) const;
 };
 
 ZU_DECLARE_LIST(ZuCamera);

@@ -1,26 +1,32 @@
-// InvAdjustExact: the inverse of the forward map without a table.
+// AdjustExact and InvAdjustExact: the camera models both ways without a table and without the stop
+// rule of the quick forward map.
 //
-// Newton's method on the forward map, started from the closed form of the model where there is
-// one, with steps halved until the residual falls (J. E. Dennis, R. B. Schnabel: Numerical Methods
-// for Unconstrained Optimization and Nonlinear Equations, 1983, chapter 6).
+// What has no closed form is found by Newton's method with the models' own derivatives, its steps
+// halved until the residual falls (J. E. Dennis, R. B. Schnabel: Numerical Methods for
+// Unconstrained Optimization and Nonlinear Equations, 1983, chapter 6). A map is one to one on a
+// disk where the symmetric part of its derivative is positive definite, the disk being convex
+// (D. Gale, H. Nikaido: The Jacobian matrix and global univalence of mappings, 1965).
 #include <algorithm>
 #include <cmath>
+#include <limits>
 
 #include "zu/photo/camera.h"
 #include "zu/photo/internal/camera_kernel.h"
+#include "zu/photo/internal/camera_measured.h"
 
 namespace {
 
 using camera_kernel::HalfWidth;
 
-constexpr double kResidual = 1e-10;  // accepted distance in the forward map [mm]
+constexpr double kResidual = 1e-12;  // accepted distance in the map that is inverted [mm]
 constexpr double kBorder = 1e-9;     // rounding of a point on the border of the valid image [mm]
 constexpr int kNewtonRounds = 60;
 constexpr int kHalvings = 30;
-constexpr double kStep = 1e-6;     // of a difference quotient [mm]
 constexpr int kRadiusSteps = 256;  // samples of the search for the valid radius
 constexpr double kCapReach = 3.0;  // corrected over measured distances of the search, mode 2
 constexpr int kRadiusBisections = 60;
+// Largest eigenvalue of the symmetric part of d(q (b . q) / |q|) / dq, over |b|.
+constexpr double kAffinity = 1.1180339887498949;  // sqrt(5) / 2
 
 struct Vec2 {
   double x, y;
@@ -33,128 +39,155 @@ bool HasForwardMap(const ZuCamera& camera) {
          camera.m_iMode == eCameraModeCap;
 }
 
-// Positive while the forward map is one to one at the distance r from the distortion centre. Modes
-// 0 and 1: the determinant of its derivative, in the least favourable direction of the offset
-// between the two principal points. Mode 2, r taken at the corrected position: how far the
-// correction is from folding the image (g' > 0), and from stopping the fixed point (its factor
-// below 1).
-double Margin(const ZuCamera& camera, double r) {
+// Distance of the two principal points of mode 1.
+double CentreOffset(const ZuCamera& camera) {
+  if (camera.m_iMode != eCameraModeViva) return 0.0;
+  return std::hypot(camera.m_dXhViva - camera.m_dXh, camera.m_dYhViva - camera.m_dYh);
+}
+
+// Positive where the derivative of the model at the distance r from the distortion centre has a
+// positive symmetric part in every direction. Modes 0 and 1: of the forward map, r measured. Mode
+// 2: of the map from corrected to measured points, r corrected.
+double Slope(const ZuCamera& camera, double r) {
   const double r2 = r * r;
   const double dSlope = r * (2.0 * camera.m_dA1 + 4.0 * camera.m_dA2 * r2);  // d'(r), two terms
   if (camera.m_iMode == eCameraModeCap) {
     const double d = camera_kernel::Radial3(camera, r);
     const double dSlope3 = dSlope + 6.0 * camera.m_dA3 * r2 * r2 * r;
-    const double dOther =
-        std::hypot(camera.m_dB1, camera.m_dB2) + 6.0 * r * std::hypot(camera.m_dC1, camera.m_dC2);
-    const double dStretch = d + r * dSlope3;
-    return std::min({1.0 + d - dOther, 1.0 + dStretch - dOther,
-                     1.0 - std::max(std::fabs(d), std::fabs(dStretch)) - dOther});
+    const double dOther = kAffinity * std::hypot(camera.m_dB1, camera.m_dB2) +
+                          6.0 * r * std::hypot(camera.m_dC1, camera.m_dC2);
+    return std::min(1.0 + d, 1.0 + d + r * dSlope3) - dOther;
   }
   const double d = camera_kernel::Radial2(camera, r);
-  double dOffset = 0.0;
-  if (camera.m_iMode == eCameraModeViva) {
-    dOffset = std::hypot(camera.m_dXhViva - camera.m_dXh, camera.m_dYhViva - camera.m_dYh);
-  }
-  return std::min(1.0 - d, 1.0 - d - r * dSlope - std::fabs(dSlope) * dOffset);
+  return std::min(1.0 - d, 1.0 - d - r * dSlope - std::fabs(dSlope) * CentreOffset(camera));
 }
 
-// Newton's method for forward(p) = target from the given start.
-class Newton {
- public:
-  Newton(const ZuCamera& camera, Vec2 target) : m_camera(camera), m_target(target) {}
-
-  // True with the point in *p when the residual got small enough.
-  bool Solve(Vec2* p) const {
-    Vec2 residual = Residual(*p);
-    for (int n = 0; n < kNewtonRounds; ++n) {
-      const double dLength = Length(residual);
-      if (!(dLength > 0.0)) break;
-      Vec2 next, nextResidual;
-      if (!Step(*p, residual, &next, &nextResidual)) break;  // no step lowers it any more
-      *p = next;
-      residual = nextResidual;
-    }
-    return Length(residual) <= kResidual;
+// The slope bounded from below over all distances up to r: coefficients that lower it count with
+// their largest power.
+double LeastSlope(const ZuCamera& camera, double r) {
+  const double s = r * r, s0 = camera.m_dR0 * camera.m_dR0;
+  const double dSign = camera.m_iMode == eCameraModeCap ? 1.0 : -1.0;
+  const double a1 = dSign * camera.m_dA1, a2 = dSign * camera.m_dA2;
+  const double a3 = camera.m_iMode == eCameraModeCap ? camera.m_dA3 : 0.0;
+  const double dPolynomial = 1.0 - a1 * s0 - a2 * s0 * s0 - a3 * s0 * s0 * s0 +
+                             3.0 * std::min(a1, 0.0) * s + 5.0 * std::min(a2, 0.0) * s * s +
+                             7.0 * std::min(a3, 0.0) * s * s * s;
+  if (camera.m_iMode == eCameraModeCap) {
+    return dPolynomial - kAffinity * std::hypot(camera.m_dB1, camera.m_dB2) -
+           6.0 * r * std::hypot(camera.m_dC1, camera.m_dC2);
   }
+  return dPolynomial - CentreOffset(camera) * r * (2.0 * std::fabs(a1) + 4.0 * std::fabs(a2) * s);
+}
 
- private:
-  Vec2 Residual(Vec2 p) const {
-    m_camera.Adjust(&p.x, &p.y);
-    return {p.x - m_target.x, p.y - m_target.y};
+// The model is one to one on the disk of radius r (see Slope). The bound answers for nearly every
+// camera and point.
+bool IsOneToOne(const ZuCamera& camera, double r) {
+  if (!std::isfinite(r)) return false;
+  if (LeastSlope(camera, r) > 0.0) return true;
+  if (camera.m_iMode == eCameraModeZuvo) return r * r < camera_measured::FoldSquare(camera);
+  for (int n = 0; n <= kRadiusSteps; ++n) {
+    if (!(Slope(camera, r * n / kRadiusSteps) > 0.0)) return false;
   }
+  return true;
+}
 
-  // One Newton step, halved until the residual is below the former one.
-  bool Step(Vec2 p, Vec2 residual, Vec2* pNext, Vec2* pNextResidual) const {
-    const Vec2 dx = Difference({p.x + kStep, p.y}, {p.x - kStep, p.y});
-    const Vec2 dy = Difference({p.x, p.y + kStep}, {p.x, p.y - kStep});
-    const double dDet = dx.x * dy.y - dy.x * dx.y;
-    Vec2 step{(dy.y * residual.x - dy.x * residual.y) / dDet,
-              (dx.x * residual.y - dx.y * residual.x) / dDet};
-    const double dLength = Length(residual);
-    for (int n = 0; n < kHalvings; ++n) {
-      *pNext = {p.x - step.x, p.y - step.y};
-      *pNextResidual = Residual(*pNext);
-      if (Length(*pNextResidual) < dLength) return true;
-      step = {0.5 * step.x, 0.5 * step.y};
-    }
-    return false;
-  }
+// As Slope; in mode 2 also how far the correction is from stopping the fixed point of Adjust, whose
+// factor must stay below 1.
+double Margin(const ZuCamera& camera, double r) {
+  const double dSlope = Slope(camera, r);
+  if (camera.m_iMode != eCameraModeCap) return dSlope;
+  const double r2 = r * r;
+  const double d = camera_kernel::Radial3(camera, r);
+  const double dStretch =
+      d + r2 * (2.0 * camera.m_dA1 + 4.0 * camera.m_dA2 * r2 + 6.0 * camera.m_dA3 * r2 * r2);
+  const double dOther =
+      std::hypot(camera.m_dB1, camera.m_dB2) + 6.0 * r * std::hypot(camera.m_dC1, camera.m_dC2);
+  return std::min(dSlope, 1.0 - std::max(std::fabs(d), std::fabs(dStretch)) - dOther);
+}
 
-  Vec2 Difference(Vec2 a, Vec2 b) const {
-    m_camera.Adjust(&a.x, &a.y);
-    m_camera.Adjust(&b.x, &b.y);
-    return {(a.x - b.x) / (2.0 * kStep), (a.y - b.y) / (2.0 * kStep)};
-  }
-
-  const ZuCamera& m_camera;
-  Vec2 m_target;
+// A map of the plane and its derivative at a point.
+struct Mapped {
+  Vec2 value;
+  double adSlope[2][2];
 };
 
-// The root of r (1 - d(r)) = dTarget in [0, dReach], where the left side grows: Newton, kept within
-// a shrinking bracket. Negative when the target lies beyond.
-double SolveRadius(const ZuCamera& camera, double dTarget, double dReach) {
-  const auto forward = [&](double r) { return r * (1.0 - camera_kernel::Radial2(camera, r)); };
-  double dLow = 0.0, dHigh = dReach;
-  if (!(dTarget <= forward(dHigh))) return -1.0;
-  double r = std::min(dTarget, dHigh);
-  for (int n = 0; n < 200 && dLow < dHigh; ++n) {
-    const double e = forward(r) - dTarget;
-    (e > 0.0 ? dHigh : dLow) = r;
-    const double dSlope = 1.0 - camera_kernel::Radial2(camera, r) -
-                          r * r * (2.0 * camera.m_dA1 + 4.0 * camera.m_dA2 * r * r);
-    double dNext = r - e / dSlope;
-    if (!(dNext > dLow && dNext < dHigh)) dNext = 0.5 * (dLow + dHigh);
-    if (dNext == r) break;
-    r = dNext;
-  }
-  return r;
-}
-
-// Where the search of mode 1 and 2 starts. Mode 2: the measured point is the corrected one less
-// its correction, up to the stop rule of the forward map.
-Vec2 Start(const ZuCamera& camera, Vec2 target) {
-  if (camera.m_iMode == eCameraModeCap) {
-    double dx, dy;
-    camera_kernel::FullCorrection(camera, target.x, target.y, &dx, &dy);
-    return {target.x - dx + camera.m_dXh, target.y - dy + camera.m_dYh};
-  }
-  return {target.x + camera.m_dXhViva, target.y + camera.m_dYhViva};
-}
-
-// Mode 2 stops its iteration by a rule, so its forward map has small steps where the number of
-// rounds changes, and Newton can get stuck before one. Starts around the closed form reach the
-// pieces beside it.
-bool SolveWithNeighbours(const Newton& newton, Vec2 start, Vec2* p) {
-  *p = start;
-  if (newton.Solve(p)) return true;
-  for (double dRadius = 1e-4; dRadius < 1.0; dRadius *= 3.0) {
-    for (int n = 0; n < 8; ++n) {
-      const double dAngle = n * (std::acos(-1.0) / 4.0);
-      *p = {start.x + dRadius * std::cos(dAngle), start.y + dRadius * std::sin(dAngle)};
-      if (newton.Solve(p)) return true;
+// Mode 1 from measured to corrected: w (1 - d(|v|)), w and v from the two principal points.
+Mapped VivaForward(const ZuCamera& camera, Vec2 p) {
+  const double v[2] = {p.x - camera.m_dXh, p.y - camera.m_dYh};
+  const double w[2] = {p.x - camera.m_dXhViva, p.y - camera.m_dYhViva};
+  const double s = v[0] * v[0] + v[1] * v[1];
+  const double d = camera_kernel::Radial2(camera, std::sqrt(s));
+  const double dCurve = 2.0 * camera.m_dA1 + 4.0 * camera.m_dA2 * s;
+  Mapped mapped{};
+  camera.Adjust(&p.x, &p.y);
+  mapped.value = p;
+  for (int i = 0; i < 2; ++i) {
+    for (int j = 0; j < 2; ++j) {
+      mapped.adSlope[i][j] = (i == j ? 1.0 - d : 0.0) - w[i] * v[j] * dCurve;
     }
   }
-  return false;
+  return mapped;
+}
+
+// Mode 2 from corrected to measured, the latter less the principal point.
+Mapped CapBackward(const ZuCamera& camera, Vec2 q) {
+  Mapped mapped{};
+  double dx, dy;
+  camera_kernel::FullCorrection(camera, q.x, q.y, &dx, &dy);
+  mapped.value = {q.x - dx, q.y - dy};
+  camera_measured::CapSlope(camera, q.x, q.y, mapped.adSlope);
+  return mapped;
+}
+
+// Newton's method for map(p) = target from *p on, until no step lowers the residual; p stays on the
+// disk of radius dReach about (0, 0). True when the residual got small enough.
+template <typename Map>
+bool SolveNewton(const Map& map, Vec2 target, double dReach, Vec2* p) {
+  Mapped at = map(*p);
+  Vec2 residual{at.value.x - target.x, at.value.y - target.y};
+  for (int n = 0; n < kNewtonRounds && Length(residual) > 0.0; ++n) {
+    const auto& J = at.adSlope;
+    const double dDet = J[0][0] * J[1][1] - J[0][1] * J[1][0];
+    Vec2 step{(J[1][1] * residual.x - J[0][1] * residual.y) / dDet,
+              (J[0][0] * residual.y - J[1][0] * residual.x) / dDet};
+    bool bLower = false;
+    for (int k = 0; k < kHalvings && !bLower; ++k) {
+      const Vec2 next{p->x - step.x, p->y - step.y};
+      const Mapped atNext = map(next);
+      const Vec2 nextResidual{atNext.value.x - target.x, atNext.value.y - target.y};
+      bLower = Length(nextResidual) < Length(residual) && Length(next) <= dReach;
+      if (bLower) {
+        *p = next;
+        at = atNext;
+        residual = nextResidual;
+      }
+      step = {0.5 * step.x, 0.5 * step.y};
+    }
+    if (!bLower) break;
+  }
+  return Length(residual) <= kResidual;
+}
+
+// The corrected point of mode 2, target measured less the principal point. The plain start finds
+// it for nearly every point; where Newton leaves the part of the plane on which the model is one to
+// one, it starts again from the centre outwards and stays within that part.
+eCameraInverse CapForward(const ZuCamera& camera, Vec2 target, Vec2* pCorrected) {
+  const auto map = [&camera](Vec2 q) { return CapBackward(camera, q); };
+  Vec2 q = map(target).value;
+  q = {2.0 * target.x - q.x, 2.0 * target.y - q.y};
+  constexpr double kEverywhere = std::numeric_limits<double>::infinity();
+  if (!SolveNewton(map, target, kEverywhere, &q) || !IsOneToOne(camera, Length(q))) {
+    double dLow = 0.0, dHigh = kCapReach * Length(target);
+    if (!IsOneToOne(camera, dLow)) return eCameraInverseOutside;
+    for (int n = 0; n < kRadiusBisections; ++n) {
+      const double r = 0.5 * (dLow + dHigh);
+      (IsOneToOne(camera, r) ? dLow : dHigh) = r;
+    }
+    q = {0.0, 0.0};
+    if (!SolveNewton(map, target, dLow, &q)) return eCameraInverseOutside;
+  }
+  *pCorrected = q;
+  return eCameraInverseOk;
 }
 
 }  // namespace
@@ -198,36 +231,48 @@ double ZuCamera::GetValidRadius(double dSearch) const {
   return std::min(dReach, measured(dLow));
 }
 
-eCameraInverse ZuCamera::InvAdjustExact(double* x, double* y) const {
+eCameraInverse ZuCamera::AdjustExact(double* x, double* y) const {
   if (m_uId == 0) return eCameraInverseNoCamera;
-  if (!HasForwardMap(*this)) return eCameraInverseNoModel;
+  if (!HasForwardMap(*this) && m_iMode != eCameraModePinhole) return eCameraInverseNoModel;
   if (!std::isfinite(*x) || !std::isfinite(*y)) return eCameraInverseOutside;
-  return InvAdjustExactImpl(x, y);
+  if (m_iMode == eCameraModePinhole) return eCameraInverseOk;
+  const Vec2 p{*x - m_dXh, *y - m_dYh};
+  Vec2 corrected{*x, *y};
+  if (m_iMode == eCameraModeCap) {
+    const eCameraInverse eStatus = CapForward(*this, p, &corrected);
+    if (eStatus != eCameraInverseOk) return eStatus;
+  } else {
+    if (!IsOneToOne(*this, Length(p))) return eCameraInverseOutside;
+    Adjust(&corrected.x, &corrected.y);
+  }
+  if (!std::isfinite(corrected.x) || !std::isfinite(corrected.y)) return eCameraInverseOutside;
+  *x = corrected.x;
+  *y = corrected.y;
+  return eCameraInverseOk;
 }
 
-eCameraInverse ZuCamera::InvAdjustExactImpl(double* x, double* y) const {
-  const double dHalfWidth = HalfWidth(*this);
-  // The square's corners seen from the distortion centre.
-  const double dCorner = std::hypot(dHalfWidth + std::fabs(m_dXh), dHalfWidth + std::fabs(m_dYh));
-  const double dValid = GetValidRadius(dCorner + kBorder);
+eCameraInverse ZuCamera::InvAdjustExact(double* x, double* y) const {
+  if (m_uId == 0) return eCameraInverseNoCamera;
+  if (!HasForwardMap(*this) && m_iMode != eCameraModePinhole) return eCameraInverseNoModel;
   const Vec2 target{*x, *y};
-  Vec2 p{};
-  if (m_iMode == eCameraModeZuvo) {
-    const double dTarget = Length(target);
-    const double r = SolveRadius(*this, dTarget, dValid);
-    if (r < 0.0) return eCameraInverseOutside;
-    const double dFactor = dTarget == 0.0 ? 0.0 : r / dTarget;
-    p = {target.x * dFactor + m_dXh, target.y * dFactor + m_dYh};
-    Vec2 check = p;
-    Adjust(&check.x, &check.y);
-    if (!(Length({check.x - target.x, check.y - target.y}) <= kResidual)) {
-      return eCameraInverseNoConvergence;
+  if (!std::isfinite(target.x) || !std::isfinite(target.y)) return eCameraInverseOutside;
+  if (m_iMode == eCameraModePinhole) return eCameraInverseOk;
+  Vec2 p{target.x + m_dXhViva, target.y + m_dYhViva};
+  if (m_iMode == eCameraModeViva) {
+    const auto map = [this](Vec2 v) { return VivaForward(*this, v); };
+    constexpr double kEverywhere = std::numeric_limits<double>::infinity();
+    if (!SolveNewton(map, target, kEverywhere, &p)) return eCameraInverseNoConvergence;
+    if (!IsOneToOne(*this, Length({p.x - m_dXh, p.y - m_dYh}))) return eCameraInverseOutside;
+  } else {
+    if (m_iMode == eCameraModeCap && !IsOneToOne(*this, Length(target))) {
+      return eCameraInverseOutside;
     }
-  } else if (!SolveWithNeighbours(Newton(*this, target), Start(*this, target), &p)) {
-    return eCameraInverseNoConvergence;
+    if (!camera_measured::Measured(*this, target.x, target.y, &p.x, &p.y, nullptr)) {
+      return eCameraInverseOutside;
+    }
   }
-  if (!(std::fabs(p.x) <= dHalfWidth + kBorder) || !(std::fabs(p.y) <= dHalfWidth + kBorder) ||
-      !(Length({p.x - m_dXh, p.y - m_dYh}) <= dValid + kBorder)) {
+  const double dHalfWidth = HalfWidth(*this);
+  if (!(std::fabs(p.x) <= dHalfWidth + kBorder) || !(std::fabs(p.y) <= dHalfWidth + kBorder)) {
     return eCameraInverseOutside;
   }
   *x = p.x;
