@@ -3,8 +3,6 @@
 // whole, and the exit code tells.
 #include <errno.h>
 #include <signal.h>
-#include <sys/mount.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -183,39 +181,5 @@ std::vector<WritingCommand> CommandsToFail() {
 }
 
 INSTANTIATE_TEST_SUITE_P(Commands, SystemFault, ::testing::ValuesIn(CommandsToFail()), NameOf);
-
-// A file system of 64 KB, which only root can have.
-TEST(FullDisk, LeavesTheOldFile) {
-  const ScratchFolder folder;
-  const std::string strDisk = folder.Path("disk");
-  mkdir(strDisk.c_str(), 0700);
-  if (mount("tmpfs", strDisk.c_str(), "tmpfs", 0, "size=64k") != 0) {
-    GTEST_SKIP() << "no file system may be mounted here";
-  }
-  folder.Write("disk/out.zpc", "old");
-  const auto outcome =
-      RunZu({"cloud", "convert", Source("samples/clouds/milk_carton.ply"), strDisk + "/out.zpc"});
-  ExpectFailure(outcome, 5, "out.zpc: ");
-  EXPECT_EQ(ReadFile(strDisk + "/out.zpc"), "old");
-  EXPECT_EQ(umount2(strDisk.c_str(), MNT_DETACH), 0);
-}
-
-// A folder without the right to write, for a user that rights bind.
-TEST(UnwritableFolder, LeavesTheOldFile) {
-  const ScratchFolder folder;
-  chmod(folder.Path(".").c_str(), 0755);
-  mkdir(folder.Path("results").c_str(), 0755);
-  folder.Write("in.coo", "1 0 0 0\n2 1 0 0\n3 0 1 0\n4 1 1 0\n");
-  const std::string strOut = folder.Write("results/feet.coo", "old");
-  chmod(strOut.c_str(), 0666);
-  chmod(folder.Path("results").c_str(), 0555);
-  RunOptions options;
-  options.bNobody = true;
-  if (RunZu({"--version"}, options).iExit != 0) GTEST_SKIP() << "only root reads the program";
-  const auto outcome = RunZu({"plane", folder.Path("in.coo"), "-o", strOut}, options);
-  ExpectFailure(outcome, 5, "feet.coo: cannot be written");
-  EXPECT_EQ(ReadFile(strOut), "old");
-  chmod(folder.Path("results").c_str(), 0755);
-}
 
 }  // namespace

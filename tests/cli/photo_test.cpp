@@ -57,27 +57,6 @@ TEST(Measure, GivesTheFiguresOfAnIndependentCalculation) {
   }
 }
 
-TEST(Measure, WritesPointsAndAReportThatStandsAlone) {
-  const ScratchFolder folder;
-  const std::string strReport = folder.Path("report.html"), strOut = folder.Path("points.coo");
-  const Outcome outcome =
-      Measure("left.prj", {"--unit", "mm", "--report", strReport, "-o", strOut});
-  ASSERT_EQ(outcome.iExit, 0) << outcome.strErr;
-  EXPECT_NE(outcome.strOut.find("RMS 0.1377 mm, worst 0.4233 mm (photo 7, point 46)"),
-            std::string::npos);
-  const std::string strHtml = ReadFile(strReport);
-  EXPECT_LT(strHtml.size(), 300000U);
-  for (const char* szNeeded : {"RMS 0.1377 mm", "RMS [mm]", "left14.jpg", "times as long",
-                               "measure ", "CRC-32", "Lengths of the residuals"}) {
-    EXPECT_NE(strHtml.find(szNeeded), std::string::npos) << szNeeded;
-  }
-  for (const char* szForbidden : {"<script", "src=", "href=", "@import", "url("}) {
-    EXPECT_EQ(strHtml.find(szForbidden), std::string::npos) << szForbidden;
-  }
-  const std::string strPoints = ReadFile(strOut);
-  EXPECT_EQ(std::count(strPoints.begin(), strPoints.end(), '\n'), 702);
-}
-
 TEST(Photo, InfoAndUnknownKeywords) {
   const auto info = RunZu({"photo", "info", Chessboard("left.prj"), "--json"}).Json();
   ASSERT_EQ(info["photos"].size(), 13U);

@@ -1,7 +1,6 @@
 #include "tests/cli/program.h"
 
 #include <fcntl.h>
-#include <grp.h>
 #include <signal.h>
 #include <sys/ioctl.h>
 #include <sys/resource.h>
@@ -36,10 +35,6 @@ void Move(int fd, int fdTo) {
     const rlim_t limit = static_cast<rlim_t>(options.iFileLimit);
     const rlimit both = {limit, limit};
     setrlimit(RLIMIT_FSIZE, &both);
-  }
-  constexpr uid_t kNobody = 65534;
-  if (options.bNobody && geteuid() == 0) {
-    if (setgroups(0, nullptr) != 0 || setgid(kNobody) != 0 || setuid(kNobody) != 0) _exit(126);
   }
   std::vector<char*> argv = {const_cast<char*>("zu")};
   for (const auto& strArgument : arguments) argv.push_back(const_cast<char*>(strArgument.c_str()));
@@ -141,6 +136,17 @@ void ExpectFailure(const Outcome& outcome, int iExit, const std::string& strMess
   EXPECT_NE(outcome.strErr.find(strMessage), std::string::npos)
       << "expected: " << strMessage << "\nfound: " << outcome.strErr;
   EXPECT_LE(std::count(outcome.strErr.begin(), outcome.strErr.end(), '\n'), 3) << outcome.strErr;
+}
+
+std::vector<std::string> CommandsIn(const std::string& strHelp) {
+  std::vector<std::string> names;
+  std::istringstream stream(strHelp.substr(std::min(strHelp.find("Subcommands:"), strHelp.size())));
+  for (std::string strLine; std::getline(stream, strLine);) {
+    if (strLine.rfind("  ", 0) == 0 && strLine[2] != ' ') {
+      names.push_back(strLine.substr(2, strLine.find(' ', 2) - 2));
+    }
+  }
+  return names;
 }
 
 std::string Source(const std::string& strPath) { return ZU_SOURCE_DIR "/" + strPath; }

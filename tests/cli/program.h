@@ -22,7 +22,6 @@ struct RunOptions {
   std::string strStdout;      // file for standard output instead of Outcome::strOut
   long long iFileLimit = -1;  // largest file the program may write [bytes]
   bool bClosedPipe = false;   // nobody reads standard output
-  bool bNobody = false;       // run by a user that rights bind, where the test is run by root
   // Nobody reads standard output for a while, and then this signal comes.
   int iSignalWhileBlocked = 0;
 };
@@ -46,6 +45,9 @@ void ExpectLines(std::initializer_list<LineCase> cases, const class ScratchFolde
 // A failing call gives its code, nothing on standard output, and one message of at most three lines
 // that holds the text.
 void ExpectFailure(const Outcome& outcome, int iExit, const std::string& strMessage);
+
+// The names of the commands that a help text lists.
+std::vector<std::string> CommandsIn(const std::string& strHelp);
 
 // A path below the root of the project.
 std::string Source(const std::string& strPath);

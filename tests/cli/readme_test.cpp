@@ -122,18 +122,6 @@ std::set<std::string> OptionsNamed(const std::string& strText) {
   return options;
 }
 
-std::vector<std::string> CommandsIn(const std::string& strHelp) {
-  std::vector<std::string> names;
-  const size_t uStart = strHelp.find("Subcommands:");
-  if (uStart == std::string::npos) return names;
-  for (const std::string& strLine : LinesOf(strHelp.substr(uStart))) {
-    if (strLine.rfind("  ", 0) == 0 && strLine[2] != ' ') {
-      names.push_back(strLine.substr(2, strLine.find(' ', 2) - 2));
-    }
-  }
-  return names;
-}
-
 // The name of the value of --control is CONTROL, and a text that tells of CONTROL tells of it.
 std::string Upper(std::string strText) {
   for (char& c : strText) c = c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;

@@ -45,14 +45,19 @@ TEST(Report, ABlunderIsCutAndLabelledAndTheOthersStayAsTheyAre) {
             Between(strBad, "Residuals of photo 2<", "</svg>"));
 }
 
-TEST(Report, HasFiguresInPixelsScaleBarsCoordinatesAndBothColourSchemes) {
+TEST(Report, StandsAloneWithFiguresScaleBarsAndBothColourSchemes) {
   const std::string strReport = Report(Left());
   for (const char* szNeeded :
-       {"RMS [px]", "0.5 px</text>", "mm</text>", "Object coordinates", "the RMS is 0.205 pixels",
-        "prefers-color-scheme:dark", "max-width:640px", "break-after:avoid"}) {
+       {"RMS 0.1377 mm", "RMS [mm]", "left14.jpg", "times as long", "CRC-32",
+        "Lengths of the residuals", "RMS [px]", "0.5 px</text>", "mm</text>", "Object coordinates",
+        "the RMS is 0.205 pixels", "prefers-color-scheme:dark", "max-width:640px",
+        "break-after:avoid"}) {
     EXPECT_NE(strReport.find(szNeeded), std::string::npos) << szNeeded;
   }
-  EXPECT_EQ(strReport.find("-0.0000"), std::string::npos);
+  EXPECT_LT(strReport.size(), 300000U);
+  for (const char* szForbidden : {"-0.0000", "<script", "src=", "href=", "@import", "url("}) {
+    EXPECT_EQ(strReport.find(szForbidden), std::string::npos) << szForbidden;
+  }
 }
 
 TEST(Report, GrowsNoMoreWithTheMeasurements) {

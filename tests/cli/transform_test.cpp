@@ -28,40 +28,16 @@ void ExpectNear(const nlohmann::json& values, const nlohmann::json& expected, do
 TEST(Transform, GivesThePublishedFigures) {
   const ScratchFolder folder;
   const auto file = nlohmann::json::parse(ReadFile(Source("samples/datum/expected.json")));
-  const auto expected = file["local_to_wgs84"], published = file["published"]["residuals"];
+  const auto expected = file["local_to_wgs84"];
   const auto result = Json(kJoin, folder);
   EXPECT_EQ(result["status"], 0);
   EXPECT_EQ(result["common"], 7);
   EXPECT_NEAR(result["scale"].get<double>(), 1.00000558252, 1e-9);
-  ASSERT_EQ(result["points"].size(), 7U);
-  for (const auto& point : result["points"]) {
-    const auto& residual = published[std::to_string(point["id"].get<int>())];
-    for (int i = 0; i < 3; ++i) {
-      EXPECT_EQ(std::round(point[kResiduals[i]].get<double>() * 1e4),
-                std::round(residual[i].get<double>() * 1e4))
-          << point;
-    }
-  }
   ExpectNear(result["source_centre"], expected["source_centre"], 1e-6);
   ExpectNear(result["target_centre"], expected["target_centre"], 1e-6);
   for (int i = 0; i < 3; ++i) {
     EXPECT_NEAR(result["rms"][kAxes[i]].get<double>(), expected["rms_xyz"][i].get<double>(), 1e-5);
     ExpectNear(result["rotation"][i], expected["rotation"][i], 1e-9);
-  }
-}
-
-TEST(Transform, PrintsTheLargestResidualFirst) {
-  const ScratchFolder folder;
-  const std::string strOut =
-      RunLine("zu transform $S/datum/local.coo --control $S/datum/wgs84.coo", folder).strOut;
-  size_t uLast = 0;
-  for (const char* szText :
-       {"7 common points", "0.0940   0.1351   0.1402", "-0.0399  -0.0879  -0.0081",
-        "-0.0294   0.0041   0.0017", "0.0582   0.0646   0.0661", "target = s R (source - xs) + xt",
-        "1.0000055825", "gon"}) {
-    const size_t uFound = strOut.find(szText, uLast);
-    ASSERT_NE(uFound, std::string::npos) << szText << "\n" << strOut;
-    uLast = uFound;
   }
 }
 

@@ -120,18 +120,6 @@ TEST(CloudFile, SizesAtPagesAndWindows) {
   }
 }
 
-TEST(CloudFile, EachMagicWordDamaged) {
-  const std::string strFile = CloudFile({3, 2, 1});
-  const std::size_t uSecond = kPoints + 3 * 58;
-  for (const std::size_t uOffset : {std::size_t{0}, kFirstCloud, kHeader, kPoints, kPoints + 58,
-                                    uSecond, uSecond + kPoints - kFirstCloud + 58}) {
-    SCOPED_TRACE(uOffset);
-    std::string strDamaged = strFile;
-    strDamaged[uOffset + 1] ^= 0x40;
-    ASSERT_NO_FATAL_FAILURE(ExpectAsReference(strDamaged));
-  }
-}
-
 // A cloud that is no cloud takes its magic word alone; the good ones around it stay.
 TEST(CloudFile, BadCloudBetweenGoodOnes) {
   const std::string strFile = CloudFile({3, 2});
@@ -139,20 +127,9 @@ TEST(CloudFile, BadCloudBetweenGoodOnes) {
   std::string strMixed = strFile.substr(0, uSecond) + "bad!" + strFile.substr(uSecond) + "end!";
   SetWord(strMixed, 8, 7);
   ExpectAsReference(strMixed);
-  const TempFile file(strMixed);
   OpenContainer container;
-  EXPECT_EQ(container.Read(file.Path()), 2);
+  EXPECT_EQ(container.Read(MemoryFile(strMixed).Path()), 2);
   EXPECT_EQ(container.Size(), 5u);
-
-  // The observers of the list hear of changes in each good cloud.
-  struct Counter : ZuObserver {
-    int iEvents = 0;
-    void Notify(ZuNotifyEvent* pEvent) override { iEvents += pEvent->m_eType == eZuNotifyChanged; }
-  } counter;
-  counter.SetNotifyParent(&container.GetClouds());
-  container.GetClouds().Last()->NotifyChanged(nullptr, nullptr);
-  container.First()->NotifyChanged(nullptr, nullptr);
-  EXPECT_EQ(counter.iEvents, 2);
 }
 
 TEST(CloudFile, CountsAreHints) {

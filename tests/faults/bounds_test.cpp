@@ -6,7 +6,6 @@
 #include "tests/support/temp_file.h"
 #include "tests/support/test.h"
 #include "zu/foundation/debug.h"
-#include "zu/foundation/reader.h"
 
 namespace {
 
@@ -50,40 +49,28 @@ TEST(Bounds, MemoryGrowsWithTheFile) {
   }
 }
 
-// Handlers in handlers, and a line without an end, give a fault of their line and end there.
-TEST(Bounds, DepthAndLengthAreFaultsOfTheirLine) {
-  struct Nest : LinkHdl {
-    int Open(ZuReaderObject* pObject) {
-      ++iOpened;
-      ZuReaderObject inner("A", Link(this, &Nest::Open));
-      pObject->RegisterObject(inner);
-      return pObject->DoProcess();
+// A file cut anywhere gives the records before the cut as the whole one does.
+TEST(Bounds, CutFilesKeepWhatWasComplete) {
+  ZuSetDebugSink({});
+  for (const FileReader& reader : FileReaders()) {
+    const std::string strWhole = reader.sample();
+    const auto read = [&](std::size_t uSize) {
+      const TempFile file(strWhole.substr(0, uSize));
+      const auto pRead = reader.make();
+      pRead->Read(file.Path());
+      return pRead->Tell();
+    };
+    const Lines whole = read(strWhole.size());
+    const std::size_t uStep = strWhole.size() > 3000 ? 7 : 1;
+    for (std::size_t n = 0, uLast = 0; n < strWhole.size(); n += uStep) {
+      SCOPED_TRACE(::testing::Message() << reader.szName << " at " << n);
+      const Lines part = read(n);
+      ASSERT_LE(uLast, part.size() + 1);
+      ASSERT_LE(part.size(), whole.size());
+      uLast = part.size();
+      const auto uWhole = uLast - std::min<std::size_t>(uLast, 5);  // lines of other records
+      EXPECT_TRUE(std::equal(part.begin(), part.begin() + uWhole, whole.begin()));
     }
-    int iOpened = 0;
-  };
-  std::string strDeep = "X 1\n", strLong = "X 1\n";
-  for (int i = 0; i < 1000; ++i) strDeep += "A {\n";
-  strLong += "X 1\n" + std::string(20000, 'x') + "\nX 1\n";
-  for (const auto& [strText, eStatus, uLine] : Cases<std::string, eZuParserStatus, unsigned int>{
-           {strDeep, ParserErrorNotSpecifiedToken, 67}, {strLong, ParserErrorStream, 3}}) {
-    const TempFile file(strText);
-    Nest nest;
-    struct Note : LinkHdl {
-      long Fault(ZuReader* pReader) {
-        if (faults++ == 0) first = *pReader->GetReaderErrorList().Last();
-        return 0;
-      }
-      int faults = 0;
-      ZuParserStatus first;
-    } note;
-    ZuReader reader(file.Path());
-    ZuReaderObject object("A", Link(&nest, &Nest::Open));
-    reader.RegisterObject(object);
-    reader.SetParserErrorHdl(Link(&note, &Note::Fault));
-    reader.DoProcess(false);
-    EXPECT_EQ(note.first.m_eStatus, eStatus);
-    EXPECT_EQ(note.first.m_uLine, uLine);
-    EXPECT_LE(nest.iOpened, 66);
   }
 }
 

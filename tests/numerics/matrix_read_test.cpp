@@ -1,5 +1,4 @@
 // Matrices and vectors in keyword files.
-#include "tests/support/eigen_bridge.h"
 #include "tests/support/keyword_file.h"
 #include "tests/support/test.h"
 #include "zu/foundation/debug.h"
@@ -65,22 +64,6 @@ TEST(MatrixRead, VectorTakesItsValuesAndLeavesTheRest) {
     const Record record(szText);
     EXPECT_EQ(record.m_Vector, expected);
     EXPECT_EQ(record.m_iNumber, 5);
-  }
-}
-
-// Cut at any length the shape fits the store and every element is set.
-TEST(MatrixRead, FileCutAnywhere) {
-  const std::string strText =
-      "M { 5 5 1 2 3 4 5 6 7 8 9 10 11 12 13 14 15 16 17 18 19 20 } V 6 1 2 3";
-  for (std::size_t n = 0; n <= strText.size(); ++n) {
-    SCOPED_TRACE(n);
-    const Record record(strText.substr(0, n));
-    const ZuMatrix& m = record.m_Matrix;
-    EXPECT_TRUE(m.GetZeilen() == 5 || m.GetZeilen() == 2);
-    EXPECT_EQ(m.GetZeilen(), m.GetSpalten());
-    EXPECT_TRUE(ToEigen(m).allFinite());
-    EXPECT_LE(ToEigen(m).sum(), 210.0);
-    EXPECT_LE(record.m_Vector.Abs(), 14.0);
   }
 }
 

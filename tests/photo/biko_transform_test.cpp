@@ -144,22 +144,6 @@ TEST(BikoTransform, EveryModeEqualsItsSteps) {
   }
 }
 
-TEST(BikoTransform, ThereAndBack) {
-  const ZuPhoto photo = MakePhoto(false);
-  const eConvertBikoMode pairs[][2] = {
-      {eDigiToBiko, eBikoToDigi}, {ePreToBiko, eBikoToPre}, {eDigiToPre, ePreToDigi}};
-  for (const auto& pair : pairs) {
-    for (const bool bFlip : {false, true}) {
-      if (bFlip && pair[0] == eDigiToPre) continue;  // this step knows no flip, its way back does
-      double x = 123.4, y = 321.0, z = 0.0;
-      ZuBikoTransform(&photo, pair[0], bFlip).Transform(&x, &y, &z);
-      ZuBikoTransform(&photo, pair[1], bFlip).Transform(&x, &y, &z);
-      EXPECT_NEAR(x, 123.4, 1e-9);
-      EXPECT_NEAR(y, 321.0, 1e-9);
-    }
-  }
-}
-
 TEST(BikoTransform, PolynomialIsAppliedByThePhotoAlone) {
   const ZuPhoto photo = MakePhoto(true);
   ZuPoint prepared(0, 250.0, 90.0), own(prepared), list(prepared);

@@ -16,24 +16,21 @@ std::string Content(const std::string& strPath) {
   return {std::istreambuf_iterator<char>(stream), {}};
 }
 
-TEST(CameraFile, ReadsTheFullForm) {
+TEST(CameraFile, ReadsBothForms) {
   const ZuCameraList cameras(Sample("cameras.cam").c_str());
   ASSERT_EQ(cameras.Count(), 2);
-  const ZuCamera& radial = *cameras.First();
-  EXPECT_EQ(radial.GetId(), 1u);
-  EXPECT_STREQ(radial.GetName(), "left radial");
-  EXPECT_ROW("4.915686 -0.000198009113 4.4", radial.m_dC, radial.m_dA2, radial.m_dRMax);
-  const ZuCamera& cap = *cameras.Last();
-  EXPECT_EQ(cap.m_iMode, eCameraModeCap);
-  EXPECT_ROW("-0.000285451769 -0.000495546107", cap.m_dC2, cap.m_dB1);
-}
-
-TEST(CameraFile, ReadsTheSimpleFormAfterTheFullOne) {
-  const ZuCameraList cameras(Sample("cameras_simple.cam").c_str());
-  ASSERT_EQ(cameras.Count(), 1);
-  EXPECT_EQ(cameras.First()->m_dYh, 0.065727);
-  EXPECT_EQ(cameras.First()->m_dRMax, 2.1 * 2.5);
-  EXPECT_STREQ(cameras.First()->GetName(), "left radial");
+  const ZuCamera &radial = *cameras.First(), &cap = *cameras.Last();
+  EXPECT_ROW("1 left radial 4.915686 -0.000198009113 4.4", radial.GetId(), radial.GetName(),
+             radial.m_dC, radial.m_dA2, radial.m_dRMax);
+  EXPECT_ROW("2 -0.000285451769 -0.000495546107", cap.m_iMode, cap.m_dC2, cap.m_dB1);
+  const ZuCameraList simple(Sample("cameras_simple.cam").c_str());
+  ASSERT_EQ(simple.Count(), 1);
+  EXPECT_ROW("left radial 0.065727 5.25", simple.First()->GetName(), simple.First()->m_dYh,
+             simple.First()->m_dRMax);
+  EXPECT_ROW("0 0", ZuCameraList("/no/such/file").Count(), ZuCameraList(nullptr).Count());
+  ZuCameraList ids;
+  for (const unsigned int uId : {4u, 4u, 7u, 7u, 7u, 9u}) ids.Add(ZuCamera(uId, 1.0));
+  EXPECT_EQ(ids.TestForMultipleCameras(), 1);  // counts ids that occur more than twice
 }
 
 TEST(CameraFile, TheFormsDifferInSignDomainAndSynonyms) {
@@ -55,29 +52,6 @@ TEST(CameraFile, TheFormsDifferInSignDomainAndSynonyms) {
              first.Next()->m_dRMax);
   EXPECT_EQ(first.Next()->m_iMode, 17);  // kept as it is
   EXPECT_EQ(fullCameras.Last()->m_dRMax, 10.5);
-}
-
-// A cut file keeps what was complete; the camera that was cut enters the list in the full form
-// only, with what had been read of it.
-TEST(CameraFile, CutAtEveryByte) {
-  for (const char* szName : {"cameras.cam", "cameras_simple.cam"}) {
-    const std::string strWhole = Content(Sample(szName));
-    int iLast = 0;
-    for (size_t n = 0; n <= strWhole.size(); ++n) {
-      const TempFile cut(strWhole.substr(0, n));
-      const ZuCameraList cameras(cut.Path());
-      ASSERT_GE(cameras.Count(), iLast) << szName << " at " << n;
-      iLast = cameras.Count();
-    }
-    EXPECT_EQ(iLast, ZuCameraList(Sample(szName).c_str()).Count());
-  }
-  EXPECT_ROW("0 0", ZuCameraList("/no/such/file").Count(), ZuCameraList(nullptr).Count());
-}
-
-TEST(CameraFile, CountsIdsThatOccurMoreThanTwice) {
-  ZuCameraList cameras;
-  for (const unsigned int uId : {4u, 4u, 7u, 7u, 7u, 9u}) cameras.Add(ZuCamera(uId, 1.0));
-  EXPECT_ROW("1 6", cameras.TestForMultipleCameras(), cameras.Count());
 }
 
 TEST(CameraFile, WritesTheAdjustmentProgramsLines) {

@@ -30,16 +30,6 @@ std::vector<Xy> Grid(double dHalf, int n) {
   return points;
 }
 
-// The first measured point of the first chessboard photo; figures of an independent calculation.
-TEST_F(Camera, CorrectsTheFirstChessboardPoint) {
-  const double xBiko = -3.168 + 0.0099 * (244.4274 + 0.5);
-  const double yBiko = -2.376 + 0.0099 * (479.5 - 94.1646);
-  double x = xBiko, y = yBiko;
-  ASSERT_TRUE(test_cameras::ChessboardRadial().Adjust(&x, &y));
-  EXPECT_NEAR(x, -0.9329419598855669, 1e-14);
-  EXPECT_NEAR(y, 1.3192391629487512, 1e-14);
-}
-
 TEST_F(Camera, CapEqualsThePlainIterationToTheBit) {
   std::mt19937 random(4711);
   std::uniform_real_distribution<double> unit(-1.0, 1.0);
@@ -109,28 +99,6 @@ TEST_F(Camera, LookUpEqualsThePlainBisectionToTheBit) {
       if (bFound != bPlain || (bFound && (x != xPlain || y != yPlain))) ++iDifferent;
     }
     EXPECT_EQ(iDifferent, 0);
-  }
-}
-
-// A node spacing of 2 RM / 780 = 0.0113 mm and an interpolation of each axis on its own allow
-// 0.025 pixel (median) and 0.22 at the corners, no less.
-TEST_F(Camera, TableRoundTripOfTheChessboardImage) {
-  const auto error = [](const ZuCamera& camera, int iColumn, int iRow) {
-    const double x0 = -3.168 + 0.0099 * (iColumn + 0.5), y0 = 2.376 - 0.0099 * (iRow + 0.5);
-    double x = x0, y = y0;
-    EXPECT_TRUE(camera.Adjust(&x, &y) && camera.InvAdjust(&x, &y));
-    return std::hypot(x - x0, y - y0) / 0.0099;
-  };
-  for (const ZuCamera& camera : {test_cameras::ChessboardRadial(), test_cameras::ChessboardCap()}) {
-    std::vector<double> errors;
-    for (int i = 0; i < 640; i += 5) {
-      for (int j = 0; j < 480; j += 5) errors.push_back(error(camera, i, j));
-    }
-    std::nth_element(errors.begin(), errors.begin() + errors.size() / 2, errors.end());
-    EXPECT_LE(errors[errors.size() / 2], 0.025);
-    for (const int i : {0, 639}) {
-      for (const int j : {0, 479}) EXPECT_LE(error(camera, i, j), 0.22);
-    }
   }
 }
 
@@ -250,17 +218,12 @@ TEST_F(Camera, CopiesCarryParametersWithoutTheLastCall) {
   double x = 0.3, y = 0.4;
   ASSERT_TRUE(camera.InvAdjust(&x, &y));
   EXPECT_EQ(camera.m_dLastInX, 0.3);
-
-  const ZuCamera copy(camera);
   ZuCamera assigned;
   assigned.m_dLastOutX = 3.0;
   assigned.Set(camera);
-  for (const ZuCamera* p : {&copy, static_cast<const ZuCamera*>(&assigned)}) {
-    EXPECT_EQ(p->GetId(), 2u);
-    EXPECT_STREQ(p->GetName(), "left");
-    EXPECT_EQ(p->m_dC2, camera.m_dC2);
-    EXPECT_EQ(p->m_iMode, eCameraModeCap);
-    EXPECT_ROW("0 0", p->m_dLastInX, p->m_dLastOutX);
+  for (const ZuCamera& copy : {ZuCamera(camera), assigned}) {
+    EXPECT_ROW("2 left -0.000285451769 2 0 0", copy.GetId(), copy.GetName(), copy.m_dC2,
+               copy.m_iMode, copy.m_dLastInX, copy.m_dLastOutX);
   }
 }
 

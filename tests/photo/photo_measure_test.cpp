@@ -56,21 +56,6 @@ TEST(PhotoMeasure, BulkMovesConvertNothing) {
   EXPECT_EQ(other.Count(), 3);
 }
 
-TEST(PhotoMeasure, IndexesAnswerFromTheirLastBuild) {
-  ZuPhoto photo = MakePhoto();
-  photo.AddImo(ZuPoint(7, 1.0, 1.0), kAsIs);
-  EXPECT_EQ(photo.FindSortedImo(7), nullptr);
-  photo.SetImoSorted();
-  EXPECT_EQ(photo.FindSortedImo(7), photo.FirstImo());
-  photo.AddImo(ZuPoint(8, 1.0, 1.0), kAsIs);
-  EXPECT_EQ(photo.FindSortedImo(8), nullptr);
-  EXPECT_EQ(photo.FindSortedMeasure(7), nullptr);
-  // Free ids come from the Measure list alone.
-  EXPECT_EQ(photo.GetFreeBikoId(), 1u);
-  photo.AktBikoId() = 12;
-  EXPECT_EQ(photo.AktBikoId(), 12u);
-}
-
 TEST(PhotoMeasure, StatisticsAgainstATolerancesInPixels) {
   ZuPhoto photo = MakePhoto();
   ASSERT_DOUBLE_EQ(photo.GetPixelSize(), 2.0);

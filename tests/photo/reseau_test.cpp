@@ -53,38 +53,14 @@ TEST(Reseau, ReadsADigitalCameraFileIntoAList) {
   EXPECT_EQ(list.FindReseauFile(ZuReseauDataDesc("OPENCV-STEREO", 0)), nullptr);
 }
 
-TEST(Reseau, DamagedFiles) {
-  const TempFile noCross("\"frame\" { 0 0 36 24 } { 0 0 1 1 }");
-  const ZuReseauFile empty(String(noCross.Path()));
-  EXPECT_TRUE(empty.IsValid());
-  EXPECT_ROW("-20000 1e-06", empty.GetReseauWidth(), empty.GetCCDPixelSize());
-
-  const TempFile wrongCross(
-      "\"frame\" { 0 0 36 24 } { 0 0 1 1 } { 1 2 3 0 } { 2 x 3 0 } { 4 5 6 0 }");
-  const ZuReseauFile earlier(String(wrongCross.Path()));
-  EXPECT_TRUE(earlier.IsValid());
-  EXPECT_EQ(earlier.GetCrossList().Count(), 1);
-
-  const TempFile cut("\"frame\" { 0 0 36 24 } { 0 0");
-  EXPECT_FALSE(ZuReseauFile(String(cut.Path())).IsValid());
-
-  const TempFile digital(
-      "{ \"A\" 1 \"c\" 640 480 36 24 }\n{ \"B\" x }\n{ \"C\" 3 \"c\" 64 48 1 y 7 }");
-  ZuReseaufileList list;
-  EXPECT_EQ(list.ReadReseauFile(String(digital.Path())), 1);  // the first fault ends the run
-}
-
 TEST(Reseau, KeysMatchByNameAndSubId) {
   const ZuReseauDataDesc left("Frame", 1), right("FRAME", 2), any("frame", 0), other("Frames", 1);
   EXPECT_TRUE(left.Match(right) && !left.ExactMatch(right) && left == any && !(any == left));
   EXPECT_FALSE(left.Match(other));
   ZuReseauFile format;
-  format.SetName("Frame");
-  format.SetSubId(1);
   format.SetComment("text");
   ZuReseauDataDesc desc;
   desc.Set(&format);
-  EXPECT_STREQ(desc.GetComment(), "text");
   desc.Set("other", 5);
   EXPECT_STREQ(desc.GetComment(), "text");
 }
@@ -105,8 +81,7 @@ TEST(Reseau, PlaceholderNamesAndSelection) {
   EXPECT_ROW("2 0 2 14 1", format.SelectCross(ids, 3), format.SelectCross(nullptr, 3),
              format.FindUserSelectedCrosses(found, 9), found[0],
              format.FindUserSelectedCrosses(found, 1));
-  const ZuReseauFile copy(format);
-  EXPECT_EQ(copy.GetCrossList().Count(), 9);
+  EXPECT_ROW("-20000 1e-06", ZuReseauFile().GetReseauWidth(), ZuReseauFile().GetCCDPixelSize());
 
   ZuReseauFile made;
   made.CreateDigitalFormat(ZuRegion(0, 0, 639, 479), ZuRegion(-18, -12, 18, 12));

@@ -106,15 +106,3 @@ TEST(GsiFile, LinesWithoutPointOrCoordinateArePassedOver) {
   EXPECT_ROW("1.5 0 0 2", list.Last()->m_dZ, list.ReadGsiFile("/no/such/file"),
              list.ReadGsiFile(static_cast<const char*>(nullptr)), list.Count());
 }
-
-// A file cut anywhere gives the points of its whole lines.
-TEST(GsiFile, IsReadUpToTheCut) {
-  const std::string strText = kPoint + " \r\n" + kPoint + " \r\n";
-  for (std::size_t n = 0; n <= strText.size(); ++n) {
-    ZuPointList list;
-    const int iCount = ReadText(strText.substr(0, n), &list);
-    // A line may be cut behind a whole word: what it tells is good.
-    EXPECT_GE(iCount, n >= kPoint.size() + 3 ? 1 : 0) << n;
-    EXPECT_LE(iCount, n < 31 ? 0 : n < kPoint.size() + 34 ? 1 : 2) << n;
-  }
-}

@@ -1,7 +1,6 @@
 #include "zu/points/point.h"
 
 #include "tests/support/test.h"
-#include "zu/foundation/debug.h"
 #include "zu/numerics/vector.h"
 #include "zu/points/point_list.h"
 #include "zu/points/point_tripel.h"
@@ -115,20 +114,6 @@ TEST(Flag, ChangesReturnTheNewValue) {
   ZuFlag flag;
   EXPECT_ROW("6 4 1 1", flag.SetFlag(6), flag.ClearFlag(2), flag.ToggleFlag(5), flag.IsFlagSet(3));
   EXPECT_EQ(flag.SetFlag(INT_MIN), INT_MIN | 1);
-}
-
-TEST(Point, DebugLineHasTheFieldsAndTheTitleIfThereIsOne) {
-  std::string strText;
-  const ZuDebugSink former = ZuSetDebugSink(
-      {[](void* p, const char* sz) { *static_cast<std::string*>(p) += sz; }, &strText});
-  ZuPoint p(12, 1.0, -2.5, 1e3, 5);
-  p.SetName("P");
-  p.m_dDZ = 0.00012;
-  p.DbgPrintf("title");
-  p.DbgPrintf(nullptr);
-  ZuSetDebugSink(former);
-  const std::string strLine = "12-P X Z 1.0000 -2.5000 1000.0000  0.0000 0.0000 0.0001 ";
-  EXPECT_EQ(strText, "title: " + strLine + strLine);
 }
 
 TEST(PointTripel, TableFindsAndSorts) {

@@ -10,11 +10,9 @@ TEST(PlaneFaults, BehindTheValuesAreNoneAndInThemAreTold) {
   const struct {
     const char* szFirst;
     int iPlanes, iFaults;
-  } cases[] = {{"{ 1 \"a\" 0 0 1 5 12abc }", 2, 0},
-               {"{ 1 \"a\" 0 0 1 5 \"open\n}", 2, 0},
-               {"{ 1 \"a\" 0 0 1 -inf}", 2, 0},
-               {"\n{ 1 \"a\" 0 0 1 12abc }", 0, 1},
-               {"\n{ 1 \"a\" 0 0 1 }", 0, 1}};
+  } cases[] = {{"{ 1 \"a\" 0 0 1 5 12abc }", 2, 0}, {"{ 1 \"a\" 0 0 1 5 \"open\n}", 2, 0},
+               {"{ 1 \"a\" 0 0 1 -inf}", 2, 0},     {"\n{ 1 \"a\" 0 0 1 12abc }", 0, 1},
+               {"\n{ 1 \"a\" 0 0 1 }", 0, 1},       {"\n{ 1 2 1 0 0 5 }", 0, 1}};
   for (const auto& c : cases) {
     const TempFile file(std::string(c.szFirst) + " { 4000000000 \"b\" 1 0 0 2 }\n");
     const ZuPlaneList list(file.Path());

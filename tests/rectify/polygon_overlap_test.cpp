@@ -1,5 +1,4 @@
-// The ring test: against the text that copies, turns and closes the ring, and against a winding
-// count.
+// The ring test against the text that copies, turns and closes the ring.
 #include "tests/support/count_allocations.h"
 #include "tests/support/random_geometry.h"
 #include "tests/support/test.h"
@@ -44,32 +43,6 @@ ZuPolygon AsPolygon(const Ring& ring, ELPolygonMode eMode = eLPolygonXY) {
   return polygon;
 }
 
-// Turns of the ring around the point: 0 outside of a ring that does not cross itself.
-int Winding(const Ring& ring, double x, double y) {
-  double dTurn = 0.0;
-  for (std::size_t i = 0; i < ring.size(); ++i) {
-    const ZuPoint3d& a = ring[i];
-    const ZuPoint3d& b = ring[(i + 1) % ring.size()];
-    const double ax = a.x - x, ay = a.y - y, bx = b.x - x, by = b.y - y;
-    dTurn += std::atan2(ax * by - ay * bx, ax * bx + ay * by);
-  }
-  return static_cast<int>(std::lround(dTurn / 6.283185307179586));
-}
-
-double DistanceToRing(const Ring& ring, double x, double y) {
-  double dLeast = std::numeric_limits<double>::infinity();
-  for (std::size_t i = 0; i < ring.size(); ++i) {
-    const ZuPoint3d& a = ring[i];
-    const ZuPoint3d& b = ring[(i + 1) % ring.size()];
-    const double dx = b.x - a.x, dy = b.y - a.y;
-    double t = ((x - a.x) * dx + (y - a.y) * dy) / (dx * dx + dy * dy);
-    t = std::fmin(1.0, std::fmax(0.0, t));
-    dLeast = std::fmin(dLeast, std::hypot(x - a.x - t * dx, y - a.y - t * dy));
-    dLeast = std::fmin(dLeast, std::fabs(y - a.y));  // the level of a vertex
-  }
-  return dLeast;
-}
-
 // Coordinates on a coarse grid bring points on edges, on vertices and on their levels, repeated
 // points, spikes and crossings; the odd ones bring overflow, underflow and no numbers.
 TEST(PolygonOverlap, EqualsTheCopyingTextInEveryCase) {
@@ -99,31 +72,6 @@ TEST(PolygonOverlap, EqualsTheCopyingTextInEveryCase) {
     }
   }
   EXPECT_GT(iInside, 5000);
-}
-
-TEST(PolygonOverlap, AgreesWithTheWindingCountAwayFromEdges) {
-  RandomGeometry random(127);
-  int iInside = 0, iOutside = 0;
-  for (int i = 0; i < 300; ++i) {
-    Ring ring;  // a star around (50, -20)
-    const int n = 3 + random.Index(30);
-    for (int k = 0; k < n; ++k) {
-      const double a = (k + 0.4 * random.Value(1.0)) / n * 6.283185307179586;
-      const double r = 6.0 + random.Value(4.0);
-      ring.push_back(ZuPoint3d(50.0 + r * std::cos(a), -20.0 + r * std::sin(a), 0.0));
-    }
-    if (i % 2 == 0) ring = Ring(ring.rbegin(), ring.rend());
-    const ZuPolygon polygon = AsPolygon(ring);
-    for (int k = 0; k < 40; ++k) {
-      const double x = 50.0 + random.Value(10.0), y = -20.0 + random.Value(10.0);
-      if (DistanceToRing(ring, x, y) < 1e-6) continue;
-      const bool bInside = Winding(ring, x, y) != 0;
-      (bInside ? iInside : iOutside)++;
-      ASSERT_EQ(polygon.Overlap(ZuPoint(1, x, y)), bInside) << i << ": " << x << " " << y;
-    }
-  }
-  EXPECT_GT(iInside, 2000);
-  EXPECT_GT(iOutside, 2000);
 }
 
 // Required: touching counts and a segment through a vertex meets both of its edges.

