@@ -3,7 +3,6 @@
 
 #include "zu/cad/lines_match.h"
 #include "zu/cloud/cloud_detect.h"
-#include "zu/cloud/cloud_findings.h"
 #include "zu/cloud/cloud_reading.h"
 #include "zu/cloud/file_buff.h"
 #include "zu/cloud/intensity_scale.h"
@@ -30,6 +29,7 @@
 #include "zu/foundation/log_item.h"
 #include "zu/foundation/logfile.h"
 #include "zu/foundation/logger.h"
+#include "zu/foundation/number_text.h"
 #include "zu/foundation/numbers.h"
 #include "zu/foundation/object.h"
 #include "zu/foundation/observer.h"
@@ -37,6 +37,7 @@
 #include "zu/foundation/profiler.h"
 #include "zu/foundation/progress.h"
 #include "zu/foundation/read_faults.h"
+#include "zu/foundation/read_findings.h"
 #include "zu/foundation/reader.h"
 #include "zu/foundation/reader_object.h"
 #include "zu/foundation/sort_helper.h"

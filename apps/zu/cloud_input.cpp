@@ -69,24 +69,24 @@ eZuCloudFile KindOf(const InputFile& file, const std::string& strHead,
 }
 
 // "file:12:5: text".
-std::string Placed(const std::string& strName, const ZuCloudFinding& finding) {
-  std::string strText = strName;
-  if (finding.m_uLine > 0) strText += ":" + std::to_string(finding.m_uLine);
-  if (finding.m_uColumn > 0) strText += ":" + std::to_string(finding.m_uColumn);
-  return strText + ": " + finding.m_strText;
+std::string Placed(const std::string& strName, ZuFinding finding) {
+  finding.m_strFile = strName;
+  return GetZuFindingPlace(finding) + ": " + GetZuFindingText(finding);
 }
 
 // Findings as warnings; what is missing ends the command unless a part is wanted.
-void TellFindings(const ZuCloudFindings& findings, const InputFile& file,
+void TellFindings(const ZuReadFindings& findings, const InputFile& file,
                   const CloudOptions& options, Context& context) {
-  if (const ZuCloudFinding* p = findings.First(eZuCloudFault)) {
+  if (const ZuReadFinding* p = findings.First(eZuReadFault)) {
     throw CommandError(kBadInput, Placed(file.Name(), *p));
   }
-  const ZuCloudFinding* const pCut = findings.First(eZuCloudCut);
+  const ZuReadFinding* const pCut = findings.First(eZuReadCut);
   if (pCut != nullptr && !options.bPartial) {
     throw CommandError(kBadInput, Placed(file.Name(), *pCut) + "\n--partial takes what is there");
   }
-  for (const ZuCloudFinding& finding : findings) context.Warn(Placed(file.Name(), finding));
+  for (const ZuReadFinding& finding : findings) {
+    if (finding.m_eSeverity > eZuSeverityNote) context.Warn(Placed(file.Name(), finding));
+  }
 }
 
 // ---- coordinate files

@@ -9,9 +9,9 @@
 
 namespace {
 
-std::string Text(const ZuCloudFindings& findings) {
+std::string Text(const ZuReadFindings& findings) {
   std::string strText;
-  for (const ZuCloudFinding& f : findings) strText += std::to_string(f.m_eKind) + f.m_strText + ";";
+  for (const ZuReadFinding& f : findings) strText += std::to_string(f.m_eKind) + f.m_strText + ";";
   return strText;
 }
 
@@ -69,18 +69,18 @@ TEST(CloudFindings, BinaryFilesTellWhatIsMissing) {
   const std::map<std::string, std::string> cases = {
       {strFile, ""},
       {strFile + "more",
-       "1"
+       "2"
        "4 bytes stand behind the last cloud;"},
       {strFile.substr(0, strFile.size() - 1),
-       "3"
+       "4"
        "cloud 2 ends early; points that are announced and missing: 1;"},
       {strFile.substr(0, uSecond),
-       "3"
+       "4"
        "2 clouds are announced, the file ends after 1;"},
       {strBadPoint,
-       "3"
+       "4"
        "cloud 2 ends early; points that are announced and missing: 1;"
-       "1"
+       "2"
        "54 bytes stand behind the last cloud;"}};
   for (const auto& [strBytes, strFindings] : cases) {
     ZuPointCloudContainer part;
@@ -90,7 +90,7 @@ TEST(CloudFindings, BinaryFilesTellWhatIsMissing) {
   ZuPointCloudContainer part;
   EXPECT_EQ(part.Read(MemoryFile(strBadCloud).Path()), 1);
   EXPECT_EQ(Text(part.GetFindings()).substr(0, 29),
-            "3cloud 2 at byte " + std::to_string(uSecond) + " is damag");
+            "4cloud 2 at byte " + std::to_string(uSecond) + " is damag");
 }
 
 // A normal stays at right angles to its surface under any map, with the length 1.

@@ -134,8 +134,7 @@ eZuCloudFile TextKind(const std::vector<Line>& lines, std::string* pstrLooksLike
                               [](char c) { return c == ',' || c == ';'; }) >= 2) {
     return eZuCloudFileCoordinates;
   }
-  return None(pstrLooksLike,
-              "text: " + ZuQuoted(first.text.data(), first.text.data() + first.text.size()));
+  return None(pstrLooksLike, "text: " + ZuQuoted(first.text));
 }
 
 }  // namespace

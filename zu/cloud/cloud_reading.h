@@ -2,8 +2,8 @@
 // scale of its intensities, and all that the file left open or that is wrong with it.
 #pragma once
 
-#include "zu/cloud/cloud_findings.h"
 #include "zu/cloud/intensity_scale.h"
+#include "zu/foundation/read_findings.h"
 
 class ZuPointCloud;
 
@@ -12,5 +12,5 @@ struct ZuCloudReading {
   // fault.
   ZuPointCloud* m_pCloud = nullptr;
   eZuIntensityScale m_eIntensity = eZuIntensityNone;
-  ZuCloudFindings m_Findings;
+  ZuReadFindings m_Findings;
 };

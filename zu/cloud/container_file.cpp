@@ -37,27 +37,26 @@ class Losses {
   }
 
   void Report(std::uint32_t uAnnounced, std::uint32_t uTried, std::uint64_t uRest, bool bStopped,
-              ZuCloudFindings& findings) const {
-    const auto add = [&findings](eZuCloudFinding eKind, std::string strText) {
+              ZuReadFindings& findings) const {
+    const auto add = [&findings](eZuReadKind eKind, std::string strText) {
       findings.Add(eKind, 0, 0, std::move(strText));
     };
     const auto text = [](std::uint64_t u) { return std::to_string(u); };
-    if (bStopped) add(eZuCloudCut, "reading was stopped");
+    if (bStopped) add(eZuReadCut, "reading was stopped");
     if (m_uClouds > 0) {
-      add(eZuCloudCut, "cloud " + text(m_uBadCloud + 1ull) + " at byte " + text(m_uBadPos) +
-                           " is damaged; dropped clouds: " + text(m_uClouds));
+      add(eZuReadCut, "cloud " + text(m_uBadCloud + 1ull) + " at byte " + text(m_uBadPos) +
+                          " is damaged; dropped clouds: " + text(m_uClouds));
     }
     if (m_uPoints > 0) {
-      add(eZuCloudCut,
-          "cloud " + text(m_uCutCloud + 1ull) +
-              " ends early; points that are announced and missing: " + text(m_uPoints));
+      add(eZuReadCut, "cloud " + text(m_uCutCloud + 1ull) +
+                          " ends early; points that are announced and missing: " + text(m_uPoints));
     }
     if (!bStopped && uTried < uAnnounced) {
-      add(eZuCloudCut,
+      add(eZuReadCut,
           text(uAnnounced) + " clouds are announced, the file ends after " + text(uTried));
     }
     if (!bStopped && uTried == uAnnounced && uRest > 0) {
-      add(eZuCloudDropped, text(uRest) + " bytes stand behind the last cloud");
+      add(eZuReadDropped, text(uRest) + " bytes stand behind the last cloud");
     }
   }
 
@@ -97,6 +96,7 @@ int ZuPointCloudContainer::Read(ZuFileBuff& buff) {
   const int iVersion = static_cast<int>(buff.ReadWord());
   if (iVersion <= 1) return 0;
   try {
+    m_Findings.m_Dialect.m_strForm = "binary cloud file";
     ReadClouds(buff, iVersion);
   } catch (...) {
     dbgprintf("Error reading point clouds: what was read before memory ended is kept");

@@ -26,14 +26,17 @@ class ZuPointCloudContainer;
 // is found as by ZuReadPts. Further properties and elements are passed over, with a finding.
 //
 // Reading ends, with a fault that names the line or the row, where the header or a number is not
-// as it should be; rows that are missing, of any element, are told as a cut. The cloud is null
-// only when the header is at fault or the file cannot be opened.
+// as it should be; a tolerant reading leaves out vertices of ASCII files that are not as they
+// should be, as ZuReadPts does with lines. Rows that are missing, of any element, are a cut. The
+// cloud is null only when the header is at fault or the file cannot be opened.
 //
 // Takes linear time, whatever the header announces, and the memory of the points. Stopped by the
 // progress handler, it ends with a cut. Throws nothing: without memory the points read until then
 // stay, with a fault.
-ZU_API ZuCloudReading ZuReadPly(std::FILE* fp, ZuPointCloudContainer& clouds);
-ZU_API ZuCloudReading ZuReadPly(const char* szPath, ZuPointCloudContainer& clouds);
+ZU_API ZuCloudReading ZuReadPly(std::FILE* fp, ZuPointCloudContainer& clouds,
+                                eZuReadMode eMode = eZuReadStrict);
+ZU_API ZuCloudReading ZuReadPly(const char* szPath, ZuPointCloudContainer& clouds,
+                                eZuReadMode eMode = eZuReadStrict);
 
 // The values are given out: append, never renumber.
 enum eZuPlyForm : int { eZuPlyAscii, eZuPlyBinaryLittle, eZuPlyBinaryBig };

@@ -34,7 +34,7 @@ std::string Lower(const ZuTextToken& token) {
 
 class HeaderReader {
  public:
-  HeaderReader(ZuPlyHeader& header, ZuCloudFindings& findings)
+  HeaderReader(ZuPlyHeader& header, ZuReadFindings& findings)
       : m_header(header), m_findings(findings) {}
 
   bool Run(ZuPlySource& source, ZuProgress& progress) {
@@ -44,8 +44,9 @@ class HeaderReader {
       ++m_header.uLines;
       m_bLineEnds = pEnd != source.End();
       const char* const pBegin = source.Begin();
-      const char* const pText = pEnd > pBegin && pEnd[-1] == '\r' ? pEnd - 1 : pEnd;
-      if (!TakeLine(pBegin, pText)) return false;
+      const bool bCarriageReturn = pEnd > pBegin && pEnd[-1] == '\r';
+      if (m_bLineEnds) m_findings.m_Dialect.AddLineEnd(bCarriageReturn);
+      if (!TakeLine(pBegin, bCarriageReturn ? pEnd - 1 : pEnd)) return false;
       source.SetBegin(pEnd + 1);
     }
     return m_bFormat || Fault("the header has no line \"format\"");
@@ -54,7 +55,7 @@ class HeaderReader {
  private:
   bool Fault(std::string strText) {
     // A file that was cut ends within a line.
-    const eZuCloudFinding eKind = m_bLineEnds ? eZuCloudFault : eZuCloudCut;
+    const eZuReadKind eKind = m_bLineEnds ? eZuReadFault : eZuReadCut;
     if (!m_bLineEnds) strText = "the file ends within its header: " + strText;
     m_findings.Add(eKind, m_header.uLines, 0, std::move(strText));
     return false;
@@ -67,7 +68,7 @@ class HeaderReader {
     if (!source.IsComplete() && !progress.IsStopped()) {
       return Fault("no line end within a megabyte; a header of lines would be right");
     }
-    m_findings.Add(eZuCloudCut, m_header.uLines, 0, "the file ends within its header");
+    m_findings.Add(eZuReadCut, m_header.uLines, 0, "the file ends within its header");
     return false;
   }
 
@@ -76,15 +77,15 @@ class HeaderReader {
     const std::size_t n = ZuSplitTokens(pBegin, pEnd, ZuPlyDelimiter(), t, kMostTokens);
     const std::string strWord = n > 0 ? Lower(t[0]) : std::string();
     if (m_header.uLines == 1) {
-      return strWord == "ply" ||
-             Fault(ZuQuoted(pBegin, pEnd) + " starts the file, \"ply\" would be right");
+      return strWord == "ply" || Fault(ZuQuoted(ZuTextToken{pBegin, pEnd}.View()) +
+                                       " starts the file, \"ply\" would be right");
     }
     if (n == 0 || strWord == "comment" || strWord == "obj_info") return true;
     if (strWord == "format") return TakeFormat(t, n);
     if (strWord == "element") return TakeElement(t, n);
     if (strWord == "property") return TakeProperty(t, n);
     m_bEnded = strWord == "end_header";
-    return m_bEnded || Fault(ZuQuoted(t[0].pBegin, t[0].pEnd) +
+    return m_bEnded || Fault(ZuQuoted(t[0].View()) +
                              " is no word of a header; format, comment, element, property or "
                              "end_header would be right");
   }
@@ -110,7 +111,7 @@ class HeaderReader {
     if (n != 3) return Fault("\"element NAME NUMBER\" would be right");
     const auto result = std::from_chars(t[2].pBegin, t[2].pEnd, element.uRows);
     if (result.ec != std::errc() || result.ptr != t[2].pEnd) {
-      return Fault(ZuQuoted(t[2].pBegin, t[2].pEnd) + " is no number of rows");
+      return Fault(ZuQuoted(t[2].View()) + " is no number of rows");
     }
     element.strName = Lower(t[1]);
     m_header.elements.push_back(std::move(element));
@@ -137,7 +138,7 @@ class HeaderReader {
   }
 
   ZuPlyHeader& m_header;
-  ZuCloudFindings& m_findings;
+  ZuReadFindings& m_findings;
   bool m_bFormat = false;
   bool m_bEnded = false;
   bool m_bLineEnds = true;  // of the line in hand
@@ -157,6 +158,6 @@ bool ZuPlyElement::HasLists() const {
 }
 
 bool ZuReadPlyHeader(ZuPlySource& source, ZuProgress& progress, ZuPlyHeader& header,
-                     ZuCloudFindings& findings) {
+                     ZuReadFindings& findings) {
   return HeaderReader(header, findings).Run(source, progress);
 }

@@ -13,8 +13,8 @@
 #include <cstdio>
 #include <iosfwd>
 
-#include "zu/cloud/cloud_findings.h"
 #include "zu/cloud/point_cloud.h"
+#include "zu/foundation/read_findings.h"
 
 class ZuFileBuff;
 class ZuPointList;
@@ -75,7 +75,7 @@ class ZU_API ZuPointCloudContainer : public ZuObserver {
 
   // What the last Read met: clouds and points that are announced and missing, damaged clouds that
   // were dropped, bytes behind the last cloud.
-  const ZuCloudFindings& GetFindings() const { return m_Findings; }
+  const ZuReadFindings& GetFindings() const { return m_Findings; }
 
   // Writes all clouds. 0: the file could not be opened, or not all bytes could be written.
   int Write(const char* szPath);
@@ -122,5 +122,5 @@ class ZU_API ZuPointCloudContainer : public ZuObserver {
   int m_iDirty = 0;
   unsigned int m_uNextIdHint = 0;  // where AddCloud looks for a free Id; 0: behind the largest
   mutable bool m_bStopped = false;
-  ZuCloudFindings m_Findings;  // of the last Read
+  ZuReadFindings m_Findings;  // of the last Read
 };

@@ -19,18 +19,22 @@ class ZuPointCloudContainer;
 // Reads all blocks of a PTS file, or lines of x y z without a count, into one new cloud.
 //
 // Lines have 3, 4, 6 or 7 numbers as above; of 5 and of more than 7 the first three count. All
-// lines of a block have the same number. Reading ends, with a fault that names line and column, at
-// the first line that is not so: text, decimal commas, missing numbers. Fewer points than a count
-// announces, or a last line that ends within a point, are told as a cut. Empty lines and lines
-// that start with '#' are passed over; colours are limited to 0 to 255.
+// lines of a block have the same number. A strict reading ends, with a fault that names line and
+// column, at the first line that is not so: text, decimal commas, missing numbers. A tolerant one
+// leaves that line out, with the same words, and goes on; where the first fraction of the file
+// stands behind a decimal comma, all of them do. Fewer points than a count announces, or a last
+// line that ends within a point, are told as a cut. Empty lines and lines that start with '#' are
+// passed over; colours are limited to 0 to 255.
 //
 // The scale of the intensities is the first of these that holds all of them: -2000 to 2000 where
 // any is below 0; 0 to 1, taken as 0 to 65535, where any is a fraction; 0 to 255; 0 to 65535.
 //
 // Takes linear time and the memory of the points. Stopped by the progress handler, it ends with a
 // cut. Throws nothing: without memory the points read until then stay, with a fault.
-ZU_API ZuCloudReading ZuReadPts(std::FILE* fp, ZuPointCloudContainer& clouds);
-ZU_API ZuCloudReading ZuReadPts(const char* szPath, ZuPointCloudContainer& clouds);
+ZU_API ZuCloudReading ZuReadPts(std::FILE* fp, ZuPointCloudContainer& clouds,
+                                eZuReadMode eMode = eZuReadStrict);
+ZU_API ZuCloudReading ZuReadPts(const char* szPath, ZuPointCloudContainer& clouds,
+                                eZuReadMode eMode = eZuReadStrict);
 
 // The columns to write.
 enum eZuPtsDialect : int {

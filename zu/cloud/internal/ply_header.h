@@ -5,10 +5,10 @@
 #include <string>
 #include <vector>
 
-#include "zu/cloud/cloud_findings.h"
 #include "zu/cloud/internal/line_source.h"
 #include "zu/cloud/internal/stdio_file.h"
 #include "zu/cloud/ply_file.h"
+#include "zu/foundation/read_findings.h"
 
 enum eZuPlyType : int {
   eZuPlyInt8,
@@ -58,4 +58,4 @@ constexpr std::size_t kZuPlyLongestLine = 1024 * 1024;  // bytes
 // Reads the header; the source stands behind it then. False, with a fault or a cut among the
 // findings, where it is none.
 bool ZuReadPlyHeader(ZuPlySource& source, ZuProgress& progress, ZuPlyHeader& header,
-                     ZuCloudFindings& findings);
+                     ZuReadFindings& findings);

@@ -9,12 +9,15 @@
 #include <span>
 
 #include "zu/cloud/intensity_scale.h"
+#include "zu/cloud/internal/tally.h"
 
 class ZuRawIntensities {
  public:
-  void Put(ZuScanPoint3d& p, double dValue) {
+  // The place in the file is that of the value.
+  void Put(ZuScanPoint3d& p, double dValue, std::uint64_t uLine, std::uint64_t uColumn) {
     p.w = dValue;
     m_bAny = true;
+    if (!(dValue >= 0.0 && dValue <= 255.0)) NotePlace(dValue, uLine, uColumn);
     if (std::isnan(dValue)) return;
     m_dLeast = std::min(m_dLeast, dValue);
     m_dMost = std::max(m_dMost, dValue);
@@ -30,20 +33,33 @@ class ZuRawIntensities {
   }
   bool IsUnit() const { return m_dMost <= 1.0 && m_bFractions; }
 
-  // Gives the points their intensities on the scale; returns how many had to be limited.
-  std::uint64_t Settle(std::span<ZuScanPoint3d> points, eZuIntensityScale eScale) const {
-    if (!m_bAny) return 0;
+  // Gives the points their intensities on the scale; returns how many had to be limited, and where
+  // the first of them stands.
+  ZuTally Settle(std::span<ZuScanPoint3d> points, eZuIntensityScale eScale) const {
+    ZuTally limited = m_aBeyond[eScale];
+    limited.uCount = 0;
+    if (!m_bAny) return limited;
     const double dFactor = eScale == eZuIntensity65535 && IsUnit() ? 65535.0 : 1.0;
-    std::uint64_t uLimited = 0;
     for (ZuScanPoint3d& p : points) {
       const double dValue = p.w * dFactor;
       p.w = 1.0;
-      uLimited += ZuSetIntensity(p, dValue, eScale) ? 0 : 1;
+      limited.uCount += ZuSetIntensity(p, dValue, eScale) ? 0 : 1;
     }
-    return uLimited;
+    return limited;
   }
 
  private:
+  // NaN is beyond every scale.
+  void NotePlace(double dValue, std::uint64_t uLine, std::uint64_t uColumn) {
+    const auto note = [&](eZuIntensityScale eScale, double dLeast, double dMost) {
+      if (!(dValue >= dLeast && dValue <= dMost)) m_aBeyond[eScale].Add(uLine, uColumn);
+    };
+    note(eZuIntensity255, 0.0, 255.0);
+    note(eZuIntensity65535, 0.0, 65535.0);
+    note(eZuIntensity2000, -2000.0, 2000.0);
+  }
+
+  ZuTally m_aBeyond[4];  // by the scale: values outside it
   double m_dLeast = 0.0, m_dMost = 0.0;
   bool m_bFractions = false;
   bool m_bAny = false;

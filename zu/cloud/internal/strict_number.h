@@ -2,10 +2,11 @@
 #pragma once
 
 #include <cmath>
-#include <string>
+#include <cstring>
 
 #include "zu/cloud/internal/plain_scan.h"
 #include "zu/cloud/internal/token_split.h"
+#include "zu/foundation/number_text.h"
 
 // The whole token as a number; "inf" and "nan" are numbers here. False for anything else,
 // hexadecimal texts included. The text must be readable for 64 bytes behind the token, as that of
@@ -19,8 +20,5 @@
          std::memchr(token.pBegin, 'X', static_cast<std::size_t>(p - token.pBegin)) == nullptr;
 }
 
-// A token for a message: in quotes, cut at 40 bytes, without control characters.
-std::string ZuQuoted(const char* pBegin, const char* pEnd);
-
 // Why a token is no number, and what would be right.
-std::string ZuWhyNoNumber(const ZuTextToken& token);
+ZuTextFault ZuWhyNoNumber(const ZuTextToken& token);

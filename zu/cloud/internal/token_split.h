@@ -4,12 +4,14 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
+#include <string_view>
 
 #include "zu/foundation/numbers.h"
 
 struct ZuTextToken {
   const char* pBegin;
   const char* pEnd;
+  std::string_view View() const { return {pBegin, static_cast<std::size_t>(pEnd - pBegin)}; }
   double AsDouble() const { return ZuAtof(pBegin, pEnd); }
   int AsInt() const { return ZuAtoi(pBegin, pEnd); }
   std::uint32_t AsByte() const { return static_cast<std::uint32_t>(AsInt()) & 0xFFu; }
