@@ -31,6 +31,13 @@ ZU_API double ZuAtof(char const* pBegin, char const* pEnd, char const** ppStop);
 constexpr int kZuGeneral16Size = 40;
 ZU_API char* ZuFormatGeneral16(char* pOut, double dValue);
 
+// The shortest text that the readers of keyword files, of coordinate files and ZuAtof take for the
+// same double: "0.1", "1e+22", "-0.0", "inf", "-nan". A whole number beyond 32 bits has a point or
+// an exponent, since one without is an integer in a keyword file, and limited like one. In a buffer
+// of kZuShortestSize.
+constexpr int kZuShortestSize = 32;
+ZU_API char* ZuFormatShortest(char* pOut, double dValue);
+
 // "%.{iPrecision}g": at most iPrecision + 8 characters. A precision below 0 counts as 6, one of 0
 // as 1.
 ZU_API char* ZuFormatGeneral(char* pOut, double dValue, int iPrecision);

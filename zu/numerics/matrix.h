@@ -169,6 +169,9 @@ class ZU_API ZuMatrix {
   // Required: writes nothing and returns the stream. Records write the numbers of their matrices
   // themselves, in their own layout.
   std::ostream& Write(std::ostream& os) const;
+  // Writes "rows cols", then a line for each row, as Read takes it to the last bit; no line end at
+  // the end. An empty matrix, or one of more than a million elements, is written but not read.
+  std::ostream& Export(std::ostream& os) const;
 
   // Headline (printf format) and rows to the debug output.
   [[gnu::format(printf, 2, 3)]] void DbgPrintf(const char* szFormat, ...) const;

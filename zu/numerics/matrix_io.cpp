@@ -1,12 +1,16 @@
-// Reading matrices and vectors from keyword files, and their debug output.
+// Matrices and vectors in keyword files, and their debug output.
 #include <algorithm>
 #include <cstdarg>
 #include <cstdint>
 #include <cstdio>
 
 #include "zu/foundation/debug.h"
+#include "zu/foundation/internal/item_writer.h"
 #include "zu/foundation/reader_object.h"
 #include "zu/numerics/matrix.h"
+
+using zu::internal::WriteValue;
+using zu::internal::WriteValues;
 
 namespace {
 
@@ -52,6 +56,18 @@ int ZuMatrix::Read(ZuReaderObject* pObject) {
 
 std::ostream& ZuMatrix::Write(std::ostream& os) const { return os; }
 
+std::ostream& ZuMatrix::Export(std::ostream& os) const {
+  WriteValues(os, m_iZeilen, m_iSpalten);
+  for (int i = 1; i <= m_iZeilen; ++i) {
+    os << Zuendl;
+    for (int j = 1; j <= m_iSpalten; ++j) {
+      if (j > 1) os.put(' ');
+      WriteValue(os, GetElem(i, j));
+    }
+  }
+  return os;
+}
+
 void ZuMatrix::DbgPrintf(const char* szFormat, ...) const {
   std::va_list args;
   va_start(args, szFormat);
@@ -80,6 +96,15 @@ int ZuVector::Read(ZuReaderObject* pObject) {
 }
 
 std::ostream& ZuVector::Write(std::ostream& os) const { return os; }
+
+std::ostream& ZuVector::Export(std::ostream& os) const {
+  WriteValue(os, m_iSize);
+  for (int i = 1; i <= m_iSize; ++i) {
+    os.put(' ');
+    WriteValue(os, GetElem(i));
+  }
+  return os;
+}
 
 void ZuVector::DbgPrintf(const char* szFormat, ...) const {
   std::va_list args;

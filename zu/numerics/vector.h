@@ -103,6 +103,8 @@ class ZU_API ZuVector {
   // Required: writes nothing and returns the stream. Records write the numbers of their vectors
   // themselves, in their own layout.
   std::ostream& Write(std::ostream& os) const;
+  // Writes "n v1 ... vn" in one line, as Read takes it to the last bit.
+  std::ostream& Export(std::ostream& os) const;
 
   // Headline (printf format), elements and length to the debug output.
   [[gnu::format(printf, 2, 3)]] void DbgPrintf(const char* szFormat, ...) const;

@@ -150,10 +150,17 @@ class ZU_API ZuCamera : public ZuListnode, public ZuFlag {
   // Keyword form; RM becomes 2.1 r0 when absent or 0. Always 1.
   // Required: unlike Read it keeps the sign of c.
   int ReadFullData(ZuReaderObject* pObject);
-  // Required: these three write nothing. Parameters leave the library through the Gentri line only.
+  // Required: these three write nothing; programs that merge their own text with theirs rely on it.
+  // Parameters leave the library through the Gentri line and the two Export operations.
   std::ostream& Write(std::ostream& stream) const;
   std::ostream& WriteFullData(std::ostream& stream, bool bUnused) const;
   std::ostream& WriteTS15Data(std::ostream& stream) const;
+  // Write the values of Read, and the keywords of ReadFullData, one a line, so that these
+  // make the camera again to the last bit; without the block's braces. Keywords of 0 that say
+  // nothing are left out. Export holds the sixth parameter r0 and the name as the last ones: mode,
+  // RM and the others are in no such file, nor is a negative c. RM of 0 comes back as 2.1 r0.
+  std::ostream& Export(std::ostream& stream) const;
+  std::ostream& ExportFullData(std::ostream& stream) const;
   // One line for the adjustment program, without line end: id |c| xh yh a1 a2 r0, precision 8.
   // A CAP camera gives its constant and five zeros: the program knows no such coefficients.
   std::ostream& WriteGentriFormat(std::ostream& stream) const;

@@ -5,6 +5,7 @@
 #include <ostream>
 
 #include "zu/foundation/internal/classic_stream.h"
+#include "zu/foundation/internal/item_writer.h"
 #include "zu/foundation/internal/without_memory.h"
 #include "zu/foundation/writer.h"
 #include "zu/photo/camera_list.h"
@@ -37,6 +38,31 @@ std::ostream& ZuCamera::Write(std::ostream& stream) const { return stream; }
 std::ostream& ZuCamera::WriteFullData(std::ostream& stream, bool) const { return stream; }
 
 std::ostream& ZuCamera::WriteTS15Data(std::ostream& stream) const { return stream; }
+
+std::ostream& ZuCamera::Export(std::ostream& stream) const {
+  zu::internal::WriteValues(stream, GetId(), m_dC, m_dXh, m_dYh, m_dA1, m_dA2, m_dR0, GetName());
+  return stream;
+}
+
+std::ostream& ZuCamera::ExportFullData(std::ostream& stream) const {
+  zu::internal::ItemWriter items(stream);
+  items.Item("ID", GetId());
+  items.ItemUnless(String(), "NAME", GetName());
+  items.Item("MD", m_iMode);
+  items.Item("C", m_dC);
+  items.Item("XH", m_dXh);
+  items.Item("YH", m_dYh);
+  items.Item("R0", m_dR0);
+  items.Item("RM", m_dRMax);
+  const struct {
+    const char* szKeyword;
+    double dValue;
+  } values[] = {{"A1", m_dA1},      {"A2", m_dA2},     {"A3", m_dA3}, {"B1", m_dB1},
+                {"B2", m_dB2},      {"C1", m_dC1},     {"C2", m_dC2}, {"CV", m_dCViva},
+                {"XHV", m_dXhViva}, {"YHV", m_dYhViva}};
+  for (const auto& value : values) items.ItemUnless(0.0, value.szKeyword, value.dValue);
+  return stream;
+}
 
 std::ostream& ZuCamera::WriteGentriFormat(std::ostream& stream) const {
   const zu::internal::ClassicStream classic(stream);

@@ -4,6 +4,7 @@
 #include <ostream>
 #include <utility>
 
+#include "zu/foundation/internal/item_writer.h"
 #include "zu/foundation/internal/without_memory.h"
 #include "zu/foundation/reader.h"
 
@@ -58,6 +59,24 @@ int ZuOrthoPhoto::Read(ZuReaderObject* pObject) {
 }
 
 std::ostream& ZuOrthoPhoto::Write(std::ostream& stream) { return stream; }
+
+std::ostream& ZuOrthoPhoto::Export(std::ostream& stream) const {
+  zu::internal::ItemWriter items(stream);
+  items.Item("ID", GetId(), GetName());
+  items.ItemUnless(String(), "COMMENT", m_sComment);
+  items.Item("RECTPIXEL", m_iStatPixel);
+  items.Item("TIME", m_dStatTime);
+  items.Item("SCALE", m_dScale);
+  items.Item("PLANEANGLE", m_dMaxAngle);
+  items.Item("DIGITALROT", m_iDigPictRot);
+  items.Item("MIRROR", m_iMirror);
+  items.Block("PIXELSIZE", [this](std::ostream& os) { m_DigiRegion.Export(os); });
+  items.Block("OBJECTSIZE", [this](std::ostream& os) { m_ObjectRegion.Export(os); });
+  for (const ZuZuspPlaneInfo* p = m_PlaneList.First(); p != nullptr; p = p->Next()) {
+    items.Lines("PLANEINFO", [p](std::ostream& os) { p->Export(os); });
+  }
+  return stream;
+}
 
 double ZuOrthoPhoto::GetPixelSize() const {
   const double dWidth = GetDigiRegion().Width();

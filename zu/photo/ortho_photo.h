@@ -27,6 +27,10 @@ class ZU_API ZuOrthoPhoto : public ZuPhoto {
   int Read(ZuReaderObject* pObject) override;
   // Required: writes nothing.
   std::ostream& Write(std::ostream& stream) override;
+  // Writes the keywords of the block so that Read of a new orthophoto makes the record again to the
+  // last bit. In no file are the list of plane ids and what a photo has beside: state, camera,
+  // orientation.
+  std::ostream& Export(std::ostream& stream) const override;
 
   // Position in the stored image to the displayed one, in place, and back.
   //

@@ -78,6 +78,15 @@ class ZU_API ZuPhoto : public ZuListnode, public ZuFlag {
   // The keywords of a photo's block, current and older ones side by side; a later one overwrites an
   // earlier one of the same target. Returns 1.
   virtual int Read(ZuReaderObject* pObject);
+  // Writes the keywords of the photo's block in their current form, one a line without the block's
+  // braces, so that Read of a new photo makes the record again to the last bit. The names that
+  // older files give the transformations are kept too; that of the pre-transformation unless it
+  // differs from the reseau's, or would move the name of an analog photo to its comment.
+  //
+  // In no file are: layer, Biko region and pixel size, which are derived, the comment of the
+  // reseau, flags other than the active one, attributes, and the measurements, which a project
+  // keeps beside its photos.
+  virtual std::ostream& Export(std::ostream& stream) const;
 
   // Takes the record: orientation, camera, transformations, regions. Of the lists it takes none and
   // destroys this photo's Imo, Measure, rectification and attribute list, whose id indexes are
@@ -385,6 +394,7 @@ class ZU_API ZuPhoto : public ZuListnode, public ZuFlag {
     return ((this->*pTrafo).Own().*pfnRead)(pObject);
   }
   void CompleteRead(bool bCheckActive);
+  bool KeepsNameOfPreTrafo() const;
   const ZuRegion& PresentBikoRegion() const;
   void CompleteCamera();
   void CopyRecord(const ZuPhoto& other);

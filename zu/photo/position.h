@@ -1,6 +1,8 @@
 // A place on a screen [pixels].
 #pragma once
 
+#include <iosfwd>
+
 #include "zu/export.h"
 #include "zu/foundation/link.h"
 
@@ -13,6 +15,8 @@ class ZU_API ZuPosition : public LinkHdl {
 
   // x and y, from the token in hand on. Returns 1.
   int Read(ZuReaderObject* pObject);
+  // "x y" as Read takes it to the last bit.
+  std::ostream& Export(std::ostream& stream) const;
 
  public:
   double m_dX = 0.0;

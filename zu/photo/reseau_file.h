@@ -86,6 +86,9 @@ class ZU_API ZuReseauFile : public ZuListnode {
 
   // Required: the two region blocks are written empty.
   std::ostream& Write(std::ostream& stream) const;
+  // The reseau form with its regions, as ReadFile takes it to the last bit. Name, sub id and pixel
+  // counts are in no such file.
+  std::ostream& Export(std::ostream& stream) const;
   std::ostream& WriteHeaderComment(std::ostream& stream) const;
   // One line of the digital form, nothing unless the format has exactly four crosses.
   std::ostream& WriteDigitalCameraFormat(std::ostream& stream) const;

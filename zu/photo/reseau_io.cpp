@@ -7,6 +7,7 @@
 
 #include "zu/foundation/file_name.h"
 #include "zu/foundation/internal/classic_stream.h"
+#include "zu/foundation/internal/item_writer.h"
 #include "zu/foundation/internal/without_memory.h"
 #include "zu/foundation/reader.h"
 #include "zu/foundation/writer.h"
@@ -132,6 +133,17 @@ std::ostream& ZuReseauFile::Write(std::ostream& stream) const {
     p->Write(stream, m_CrossList.GetMask()) << ZuEndBlock << '\n';
   }
   return stream;
+}
+
+std::ostream& ZuReseauFile::Export(std::ostream& stream) const {
+  zu::internal::WriteValue(stream, m_sComment);
+  for (const ZuRegion* pRegion : {&m_PhotoRegion, &m_BoxRegion}) {
+    pRegion->Export(stream << Zuendl << "{ ") << " }";
+  }
+  for (const ZuPoint* p = m_CrossList.First(); p != nullptr; p = p->Next()) {
+    p->Export(stream << Zuendl << "{ ", m_CrossList.GetMask()) << " }";
+  }
+  return stream << Zuendl;
 }
 
 std::ostream& ZuReseauFile::WriteDigitalCameraFormat(std::ostream& stream) const {

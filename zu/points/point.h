@@ -58,6 +58,9 @@ class ZU_API ZuPoint : public ZuListnode, public ZuFlag {
   // of the stream is 16 afterwards.
   using ZuListnode::Write;
   std::ostream& Write(std::ostream& os, const TZuFormatTable<eZuPointRWMask>& table) const;
+  // Writes the columns so that the Read of keyword files takes them to the last bit: values apart
+  // by one blank, names in quotes, control codes as a number. Columns that Read drops hold 0.
+  std::ostream& Export(std::ostream& os, const TZuFormatTable<eZuPointRWMask>& table) const;
 
   // Sets the control code from the digits 1, 2, 3 of n, and of a text, where X, Y, Z and x, y, z
   // mean the same. Each returns the new code.
@@ -135,5 +138,6 @@ class ZU_API ZuPoint : public ZuListnode, public ZuFlag {
   void SetNameAndId(std::string_view text);
   short int SetControlFromText(std::string_view text);
   void ReadValue(ZuReaderObject* pObject, const ZuColumn& column);
+  void ExportColumn(std::ostream& os, const ZuColumn& column) const;
   void WriteColumns(ZuRowWriter& row, const TZuFormatTable<eZuPointRWMask>& table) const;
 };

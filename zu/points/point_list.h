@@ -47,6 +47,10 @@ class ZU_API ZuPointList : public TZuListHeader<ZuPoint>,
   // Writes the points, a line end between them, none after the last. Returns the stream, its
   // failure state set where the write was not complete.
   std::ostream& Write(std::ostream& os) const;
+  // Writes a row for each point so that Read takes it to the last bit, see ZuPoint::Export; by the
+  // list's columns, or by others. A line end between rows, none after the last.
+  std::ostream& Export(std::ostream& os) const { return Export(os, *this); }
+  std::ostream& Export(std::ostream& os, const TZuFormatTable<eZuPointRWMask>& table) const;
 
   // Appends the points of a coordinate file, whose columns become the list's. A line without Id
   // (a comment, a title, an empty line) is dropped; text that is no number gives 0. Lines above

@@ -5,6 +5,7 @@
 #include <iomanip>
 #include <ostream>
 
+#include "zu/foundation/internal/item_writer.h"
 #include "zu/foundation/numbers.h"
 #include "zu/foundation/reader_object.h"
 #include "zu/foundation/writer.h"
@@ -149,6 +150,11 @@ std::ostream& ZuPlane::Write(std::ostream& os) const {
     *ZuFormatGeneral16(szNumber, dValue) = '\0';
     os << w16 << std::setw(kCoefficientWidth) << szNumber;
   }
+  return os;
+}
+
+std::ostream& ZuPlane::Export(std::ostream& os) const {
+  zu::internal::WriteValues(os, GetId(), GetName(), A(), B(), C(), D());
   return os;
 }
 

@@ -102,6 +102,8 @@ class ZU_API ZuPlane : public ZuListnode, public ZuFlag {
   int Read(ZuReaderObject* pObject);
   // Writes that row in one line, without the line end.
   std::ostream& Write(std::ostream& os) const;
+  // The same values without columns, as Read takes them to the last bit; Write has 16 digits.
+  std::ostream& Export(std::ostream& os) const;
 
  protected:
   ZuVector m_vNormal;  // A, B, C

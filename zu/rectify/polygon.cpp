@@ -152,6 +152,10 @@ int ZuPolygon::Read(ZuReaderObject* pObject) {
 
 std::ostream& ZuPolygon::Write(std::ostream& os) const { return os; }
 
+std::ostream& ZuPolygon::Export(std::ostream& os) const {
+  return m_points.Export(os, TZuFormatTable<eZuPointRWMask>(ColumnsOf(m_eMode)));
+}
+
 void ZuPolygon::DbgPrintf(const char* szTitle, bool bPoints) const {
   dbgprintf("%s: mode %d, %d points, %.4f %.4f %.4f  %.4f %.4f %.4f\n",
             szTitle != nullptr ? szTitle : "Polygon", static_cast<int>(m_eMode), m_points.Count(),

@@ -88,6 +88,9 @@ class ZU_API ZuPolygon : public LinkHdl {
   // Required: writes nothing and returns the stream; polygons are read by the library and written
   // by their records.
   std::ostream& Write(std::ostream& os) const;
+  // Writes the points in the columns of the mode, one a line, as Read takes them to the last bit.
+  // Two points come back as a rectangle, and what is in no column as 0.
+  std::ostream& Export(std::ostream& os) const;
   void DbgPrintf(const char* szTitle, bool bPoints) const;
 
  protected:

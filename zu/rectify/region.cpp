@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "zu/foundation/debug.h"
+#include "zu/foundation/internal/item_writer.h"
 #include "zu/points/format_table.h"
 #include "zu/rectify/polygon_tools.h"
 
@@ -124,6 +125,11 @@ int ZuRegion::Read(ZuReaderObject* pObject) {
 }
 
 std::ostream& ZuRegion::Write(std::ostream& os) const { return os; }
+
+std::ostream& ZuRegion::Export(std::ostream& os) const {
+  zu::internal::WriteValues(os, Left(), Bottom(), Right(), Top());
+  return os;
+}
 
 void ZuRegion::DbgPrintf(const char* szTitle) const {
   dbgprintf("%s: %.4f %.4f  %.4f %.4f\n", szTitle != nullptr ? szTitle : "Region", Left(), Bottom(),

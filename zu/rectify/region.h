@@ -87,6 +87,8 @@ class ZU_API ZuRegion : public LinkHdl {
   // Required: writes nothing and returns the stream; regions are read by the library and written by
   // their records.
   std::ostream& Write(std::ostream& os) const;
+  // Writes "x1 y1 x2 y2" as Read takes it to the last bit.
+  std::ostream& Export(std::ostream& os) const;
   void DbgPrintf(const char* szTitle = nullptr) const;
 
  protected:

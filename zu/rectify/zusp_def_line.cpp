@@ -3,6 +3,7 @@
 #include <ostream>
 
 #include "zu/foundation/internal/classic_stream.h"
+#include "zu/foundation/internal/item_writer.h"
 #include "zu/foundation/reader_object.h"
 #include "zu/foundation/writer.h"
 
@@ -38,6 +39,16 @@ std::ostream& ZuZuspDefLineConstraint::Write(std::ostream& stream) const {
   const zu::internal::ClassicStream classic(stream);
   return stream << w8 << m_uLineId1 << w8 << m_uLineId2 << w8 << static_cast<int>(m_eType) << w8
                 << m_dValue;
+}
+
+std::ostream& ZuZuspDefLine::Export(std::ostream& stream) const {
+  zu::internal::WriteValues(stream, GetId(), m_uBikoId1, m_uBikoId2, m_iXAxis, m_dValue);
+  return stream;
+}
+
+std::ostream& ZuZuspDefLineConstraint::Export(std::ostream& stream) const {
+  zu::internal::WriteValues(stream, m_uLineId1, m_uLineId2, static_cast<int>(m_eType), m_dValue);
+  return stream;
 }
 
 ZuZuspDefLine* ZuZuspDefLineList::AddObject(ZuReaderObject* pObject) {

@@ -33,6 +33,8 @@ class ZU_API ZuZuspDefLine : public ZuListnode {
   // id, two point ids, X axis mark, value; four integers and a number from the token in hand on.
   int Read(ZuReaderObject* pObject);
   std::ostream& Write(std::ostream& stream) const;
+  // The same values without columns, as Read takes them to the last bit.
+  std::ostream& Export(std::ostream& stream) const;
 
   ZuZuspDefLine* Next() const { return static_cast<ZuZuspDefLine*>(m_pNext); }
   ZuZuspDefLine* Previous() const { return static_cast<ZuZuspDefLine*>(m_pPrev); }
@@ -72,6 +74,8 @@ class ZU_API ZuZuspDefLineConstraint : public ZuListnode {
   // Two line ids, type, value. Required: the own id is in no file; what is read has id 0.
   int Read(ZuReaderObject* pObject);
   std::ostream& Write(std::ostream& stream) const;
+  // The same values without columns, as Read takes them to the last bit.
+  std::ostream& Export(std::ostream& stream) const;
 
   ZuZuspDefLineConstraint* Next() const { return static_cast<ZuZuspDefLineConstraint*>(m_pNext); }
   ZuZuspDefLineConstraint* Previous() const {

@@ -2,6 +2,7 @@
 
 #include <ostream>
 
+#include "zu/foundation/internal/item_writer.h"
 #include "zu/foundation/reader_object.h"
 #include "zu/foundation/writer.h"
 #include "zu/numerics/line3d.h"
@@ -207,6 +208,17 @@ std::ostream& ZuZuspParallelDef::Write(std::ostream& stream) const {
   for (const ZuZuspDefLineConstraint* p = m_constraints.First(); p != nullptr; p = p->Next()) {
     stream << s12 << "CONSTRAINT" << w4 << ZuBeginBlock;
     p->Write(stream) << ZuEndBlock << Zuendl;
+  }
+  return stream;
+}
+
+std::ostream& ZuZuspParallelDef::Export(std::ostream& stream) const {
+  zu::internal::ItemWriter items(stream);
+  for (const ZuZuspDefLine* p = m_lines.First(); p != nullptr; p = p->Next()) {
+    items.Block("DEFLINE", [p](std::ostream& os) { p->Export(os); });
+  }
+  for (const ZuZuspDefLineConstraint* p = m_constraints.First(); p != nullptr; p = p->Next()) {
+    items.Block("CONSTRAINT", [p](std::ostream& os) { p->Export(os); });
   }
   return stream;
 }

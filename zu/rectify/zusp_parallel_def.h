@@ -75,6 +75,8 @@ class ZU_API ZuZuspParallelDef : public LinkHdl {
   int Read(ZuReaderObject* pObject);
   // All lines, then all constraints.
   std::ostream& Write(std::ostream& stream) const;
+  // The same, a block a line, as Read takes it to the last bit.
+  std::ostream& Export(std::ostream& stream) const;
 
  protected:
   ZuPointList* m_pPoints;

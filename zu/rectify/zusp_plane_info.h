@@ -22,6 +22,8 @@ class ZU_API ZuZuspPlaneInfo : public ZuListnode, public ZuFlag {
 
   // The keyword form of a rectification; id and name are its own. Returns 1.
   int Read(ZuReaderObject* pObject);
+  // The keywords of the rectification, see ZuZuspTrafo::Export.
+  std::ostream& Export(std::ostream& stream) const { return m_Trafo.Export(stream); }
 
   ZuZuspPlaneInfo* Next() const { return static_cast<ZuZuspPlaneInfo*>(m_pNext); }
   ZuZuspPlaneInfo* Previous() const { return static_cast<ZuZuspPlaneInfo*>(m_pPrev); }

@@ -109,6 +109,10 @@ class ZU_API ZuZuspTrafo : public ZuListnode, public ZuFlag {
   int ReadV50(ZuReaderObject* pObject);
   // Required: writes nothing; the record is read by the library and not written by it.
   std::ostream& Write(std::ostream& stream) const;
+  // Writes the keyword form, one keyword a line without the block's braces, so that Read makes the
+  // record again to the last bit. In no file: the auto-connect mark, other flags, the numbers of
+  // the region's points, and of the distortion camera what ZuCamera::Export leaves out.
+  std::ostream& Export(std::ostream& stream) const;
 
  protected:
   void ApplyStages(double* x, double* y, double* z) const;

@@ -3,6 +3,7 @@
 #include <ostream>
 
 #include "zu/foundation/internal/classic_stream.h"
+#include "zu/foundation/internal/item_writer.h"
 #include "zu/foundation/reader_object.h"
 #include "zu/foundation/writer.h"
 #include "zu/points/point_list.h"
@@ -131,6 +132,17 @@ std::ostream& ZuLokalSystem::Write(std::ostream& stream) const {
   stream << p16 << m_uIdOrigin << w16 << m_dOffsetX << w16 << m_dOffsetY << w16 << m_dOffsetZ;
   for (const ScalePair& pair : ScalePairs(*this)) {
     stream << Zuendl << pair.uIdA << ' ' << pair.uIdB << w16 << pair.dDistance;
+  }
+  return stream;
+}
+
+std::ostream& ZuLokalSystem::Export(std::ostream& stream) const {
+  using zu::internal::WriteValues;
+  WriteValues(stream, m_iAxisMode, m_uIdA, m_uIdB);
+  WriteValues(stream << Zuendl, m_iPlaneMode, m_uIdC);
+  WriteValues(stream << Zuendl, m_uIdOrigin, m_dOffsetX, m_dOffsetY, m_dOffsetZ);
+  for (const ScalePair& pair : ScalePairs(*this)) {
+    WriteValues(stream << Zuendl, pair.uIdA, pair.uIdB, pair.dDistance);
   }
   return stream;
 }

@@ -45,6 +45,8 @@ class ZU_API ZuLokalSystem : public LinkHdl {
   int Read(ZuReaderObject* pObject);
   // Six lines, the last without a line end.
   std::ostream& Write(std::ostream& stream) const;
+  // The same lines without columns, as Read takes them to the last bit; Write has 16 digits.
+  std::ostream& Export(std::ostream& stream) const;
 
  public:
   int m_iAxisMode = eLokalAxisX;  // the axis that runs from A to B

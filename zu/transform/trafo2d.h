@@ -74,6 +74,9 @@ class ZU_API ZuTrafo2d : public LinkHdl {
   int ReadV50(ZuReaderObject* pObject);
   // The current form: the type, then the coefficients, four a line.
   std::ostream& Write(std::ostream& stream) const;
+  // The same in one line, as Read takes it to the last bit; coefficients that the type does not use
+  // are not written.
+  std::ostream& Export(std::ostream& stream) const;
 
   // One line on the debug output; szPrefix stands in front.
   void DbgPrintf(const char* szPrefix) const;

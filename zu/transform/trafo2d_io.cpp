@@ -2,6 +2,7 @@
 #include <ostream>
 
 #include "zu/foundation/internal/classic_stream.h"
+#include "zu/foundation/internal/item_writer.h"
 #include "zu/foundation/reader_object.h"
 #include "zu/foundation/writer.h"
 #include "zu/transform/trafo2d.h"
@@ -54,6 +55,15 @@ std::ostream& ZuTrafo2d::Write(std::ostream& stream) const {
   for (int i = 0; i < CoefficientCount(); ++i) {
     stream << w19 << m_adCoef[i];
     if (i % 4 == 3) stream << Zuendl;
+  }
+  return stream;
+}
+
+std::ostream& ZuTrafo2d::Export(std::ostream& stream) const {
+  zu::internal::WriteValue(stream, static_cast<int>(m_eType));
+  for (int i = 0; i < CoefficientCount(); ++i) {
+    stream.put(' ');
+    zu::internal::WriteValue(stream, m_adCoef[i]);
   }
   return stream;
 }
