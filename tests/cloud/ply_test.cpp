@@ -94,18 +94,6 @@ TEST(Ply, EqualsGetlineAndTokenizer) {
   }
 }
 
-TEST(Ply, ElementCountsAreHints) {
-  for (const char* szCount : {"2000000000", "-5", "99999999999999", "many"}) {
-    std::string strText = Header(9);
-    strText.replace(strText.find(" 5"), 2, std::string(" ") + szCount);
-    std::istringstream stream(strText + "1 2 3 4 5 6 7 8 9\n");
-    OpenContainer container;
-    const ZuPointCloud* pCloud = container.ObsolteReadPlyFile(stream);
-    EXPECT_EQ(pCloud->GetPointCount(), 1u);
-    EXPECT_LE(pCloud->GetPoints().capacity(), strText.size());
-  }
-}
-
 // Every number of an exported file is the one that was written.
 TEST(Ply, ExportHoldsAllDigits) {
   OpenContainer container, back;

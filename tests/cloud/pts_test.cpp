@@ -85,23 +85,6 @@ TEST(Pts, BlocksJoinWithoutASeam) {
   EXPECT_TRUE(SamePoints(PointsOf(strText), ReferencePts(strText)));
 }
 
-TEST(Pts, CountsAreHints) {
-  for (const char* szCount : {"5", "1000000000", "-3", "99999999999999", "x"}) {
-    SCOPED_TRACE(szCount);
-    std::string strText;
-    for (int i = 0; i < 100; ++i) strText += std::string(szCount) + "\n1 2 3\n";
-    const TempFile file(strText);
-    ZuPointCloudContainer container;
-    const ZuPointCloud* pCloud = container.ReadPtsFile(file.Path());
-    EXPECT_EQ(pCloud->GetPointCount(), 100u);
-    EXPECT_LE(pCloud->GetPoints().capacity(), 2 * strText.size() / 6);
-  }
-  // A truthful count gets exactly its room.
-  const TempFile file("3\n1 2 3\n4 5 6\n7 8 9\n");
-  ZuPointCloudContainer container;
-  EXPECT_EQ(container.ReadPtsFile(file.Path())->GetPoints().capacity(), 3u);
-}
-
 // Of text files only the wide form of PTS and both forms of PLY name their cloud.
 TEST(Pts, NamesAndUnreadableFiles) {
   using Clouds = ZuPointCloudContainer;

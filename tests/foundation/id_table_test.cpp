@@ -66,13 +66,6 @@ TEST(IdTable, KeepsCompleteRowsOfADamagedBlock) {
   EXPECT_ROW("1 5 0", cut.pairs.Count(), cut.iLast, cut.iErrors);
   EXPECT_EQ(wrong.aIds, (Numbers{1, 2}));
   EXPECT_EQ(wrong.iErrors, 1);
-  const std::string strText = "IDS { 11 22 33 } PAIRS { 11 22 33 44 } GRID { 2 2 11 22 33 44 }";
-  for (std::size_t uLength = 0; uLength <= strText.size(); ++uLength) {
-    Project project(strText.substr(0, uLength));
-    EXPECT_LE(project.ids.Count(), 3);
-    EXPECT_LE(project.pairs.Count(), 2);
-    EXPECT_ROW("0 0", project.aGrid.size() % 2, project.iErrors);
-  }
 }
 
 TEST(IdTable, ReadsAGridRowByRow) {

@@ -18,15 +18,6 @@ TEST(Object, ComparesTheOtherIdWithItsOwn) {
              large.Compare(&small), small.Compare(static_cast<const ZuBaseListnode*>(&small)));
 }
 
-TEST(Object, WritesIdAndName) {
-  std::ostringstream stream;
-  stream.setf(std::ios::hex | std::ios::left);
-  stream.width(30);
-  ZuObject(12, "name").Write(stream);
-  ZuObject(4294967295u, "").Write(stream);
-  EXPECT_EQ(stream.str(), "   12 \"name\" 4294967295 \"\"");
-}
-
 TEST(List, CopiedNodeHoldsItsSourcesNeighboursUntilAdded) {
   List<Record> list({1, 2, 3});
   auto* pCopy = new Record(*list.Get(1));
@@ -270,17 +261,6 @@ TEST(List, StaysInOrderWithoutMemory) {
   EXPECT_EQ(Ids(list), (Numbers{1, 2}));
   EXPECT_EQ(Ids(target), (Numbers{5}));
   EXPECT_EQ(target.GetLock(), 0);
-}
-
-TEST(List, DumpsItsNodesInOrder) {
-  static std::vector<unsigned int> aDumped;
-  class Dumped : public Record {
-   public:
-    using Record::Record;
-    void Dump() override { aDumped.push_back(GetId()); }
-  };
-  List<Dumped>({3, 1}).Dump();
-  EXPECT_EQ(aDumped, (Numbers{3, 1}));
 }
 
 }  // namespace

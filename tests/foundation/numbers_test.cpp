@@ -50,15 +50,6 @@ TEST(NumbersRead, FormsOfTheRuntime) {
   ExpectReadsLikeTheRuntime("0x" + std::string(400, 'f') + "p-1600");
 }
 
-// A text that ends between the bytes of a larger one.
-TEST(NumbersRead, BoundedTextEndsAtItsEnd) {
-  char const* const szText = "123.75e1inf0x10";
-  const auto read = [&](int i, int iEnd) { return ZuAtof(szText + i, szText + iEnd); };
-  EXPECT_ROW("123 123.7 123.75 0 0 0", read(0, 3), read(0, 5), read(0, 7), read(8, 10),
-             read(11, 13), read(0, 0));
-  EXPECT_EQ(ZuAtoi(szText, szText + 2), 12);
-}
-
 TEST(NumbersRead, RandomTextsReadLikeTheRuntime) {
   constexpr unsigned kSeed = 4711;
   SCOPED_TRACE(::testing::Message() << "seed " << kSeed);

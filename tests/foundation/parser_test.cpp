@@ -1,7 +1,5 @@
 #include "zu/foundation/parser.h"
 
-#include <clocale>
-
 #include "tests/support/test.h"
 
 namespace {
@@ -122,16 +120,6 @@ TEST(Parser, LengthOfALine) {
   });
 }
 
-TEST(Parser, FailedStreamStaysFailed) {
-  ZuParser parser;
-  std::istringstream stream(std::string(10000, 'x'));
-  for (int i = 0; i < 3; ++i) {
-    EXPECT_THROW(parser.ParseForToken(stream), ZuParserStatus);
-    EXPECT_EQ(parser.GetStatus().m_eStatus, ParserErrorStream);
-  }
-  EXPECT_TRUE(stream.fail());
-}
-
 TEST(Parser, CountsTokensAndBraces) {
   ZuParser parser;
   std::istringstream stream("A { { } 1 } } }");
@@ -245,35 +233,6 @@ TEST(Parser, SkipLineDropsTheRestOfTheLine) {
     EXPECT_STREQ(parser.ParseForToken(stream).m_szText, "D") << szText;
     EXPECT_EQ(parser.GetDepth(), 0);
   }
-}
-
-TEST(Parser, StatusesHaveNames) {
-  std::string strNames;
-  for (int i = -1; i < 7; ++i)
-    strNames += std::string(GetZuParserStatusText(static_cast<eZuParserStatus>(i))).substr(6) + " ";
-  EXPECT_EQ(strNames,
-            "Status?? StatusOK StatusEOF ErrorStream ErrorUnterminatedString ErrorInvalidNumber "
-            "ErrorNotSpecifiedToken Status?? ");
-}
-
-// Numbers keep their point in a process that uses a decimal comma, and the process gets its locale
-// back when the parser goes.
-TEST(Parser, NumbersDoNotDependOnTheLocale) {
-  const std::string strBefore = std::setlocale(LC_ALL, nullptr);
-  const char* szComma = nullptr;
-  for (const char* sz : {"de_DE.UTF-8", "de_DE", "fr_FR.UTF-8", "fr_FR", "C.UTF-8"}) {
-    if ((szComma = std::setlocale(LC_ALL, sz)) != nullptr) break;
-  }
-  const std::string strComma = szComma != nullptr ? szComma : strBefore;
-  {
-    ZuParser parser;
-    EXPECT_EQ(Tokens("1.5 2,5", parser), "f1.5 i2 $ ");
-    EXPECT_STREQ(std::setlocale(LC_NUMERIC, nullptr), "C");
-    std::setlocale(LC_ALL, strComma.c_str());  // somebody else sets it back while the parser lives
-    EXPECT_EQ(Tokens("1.5 2,5 1e-3", parser), "f1.5 i2 f0.001 $ ");
-  }
-  EXPECT_EQ(std::setlocale(LC_ALL, nullptr), strComma);
-  std::setlocale(LC_ALL, strBefore.c_str());
 }
 
 }  // namespace

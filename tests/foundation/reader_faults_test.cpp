@@ -1,12 +1,7 @@
 // What a fault costs: where nobody asks for the token, nothing.
-#include <gtest/gtest.h>
-
-#include <cmath>
-#include <limits>
-#include <string>
-#include <vector>
-
 #include "tests/foundation/reader_cases.h"
+#include "tests/support/keyword_file.h"
+#include "tests/support/test.h"
 
 namespace {
 
@@ -42,16 +37,6 @@ TEST(ReaderFaults, FaultBehindTheValuesOfABlock) {
   }
 }
 
-// At the top of a file a fault among plain values ends the run, in a block of keywords that block.
-TEST(ReaderFaults, FaultEndsTheItemsAmongWhichItStands) {
-  ExpectNotes({
-      {"BLOCK { PAIR 1 X INT 2 } INT 3", "<>3"},
-      {"BLOCK { PAIR { 1 12abc } INT 2 } INT 3", "<>3 | 4@1"},
-      {"PAIR { 1 12abc } INT 3", " | 4@1"},
-      {"BLOCK { BLOCK { 12abc } INT 2 } INT 3", "<>3 | 4@1"},
-  });
-}
-
 class Learner : public LinkHdl {
  public:
   long Learn(ZuReader* pReader) {
@@ -76,53 +61,35 @@ TEST(ReaderFaults, WordThatItsHandlerRegistersIsRead) {
   EXPECT_EQ(reader.GetReadErrorCount(), 0);
 }
 
-class Values : public LinkHdl {
- public:
-  int Ids(ZuReaderObject* pObject) {
-    pObject->ReadRows([&] { m_aIds.push_back(pObject->TakeId()); });
-    return 1;
-  }
-  int Numbers(ZuReaderObject* pObject) {
-    m_aNumbers = {pObject->TakeNumber(), pObject->TakeValue()};
-    pObject->ReadRows([&] { m_aNumbers.push_back(pObject->TakeNumber()); });
-    return 1;
-  }
-  std::vector<unsigned int> m_aIds;
-  std::vector<double> m_aNumbers;
-};
-
 TEST(ReaderFaults, IdsAreUnsignedAndNumbersMayBeNotFinite) {
-  const TempFile file(
-      "IDS { 0 2147483647 2147483648 +3000000000 4294967295 4294967296 99999999999999999999 -2 }\n"
-      "ID 4294967295 INT 4294967295 D -inf E inf N nan\n"
-      "NUMBERS { inf -inf nan -nan +inf 1e5 -inf} inf 1 nan { 3D } ID 4000000000\n");
-  Values values;
+  std::string strIds, strNumbers;
   unsigned int uId = 0;
   int i = 0;
   double d = 0.0, e = 0.0, n = 0.0;
-  ZuReader reader(file.Path());
-  ZuReaderObject objects[] = {{"IDS", Link(&values, &Values::Ids)},
-                              {"NUMBERS", Link(&values, &Values::Numbers)},
-                              {"ID", &uId},
-                              {"INT", &i},
-                              {"D", &d},
-                              {"E", &e},
-                              {"N", &n}};
-  for (ZuReaderObject& object : objects) reader.RegisterObject(object);
-  reader.DoProcess(false);
-  EXPECT_EQ(values.m_aIds,
-            (std::vector<unsigned int>{0u, 2147483647u, 2147483648u, 3000000000u, 4294967295u,
-                                       4294967295u, 4294967295u, 4294967294u}));
-  EXPECT_EQ(uId, 4000000000u);  // inf and nan are keywords too where one is expected
-  EXPECT_EQ(i, std::numeric_limits<int>::max());
-  constexpr double kInf = std::numeric_limits<double>::infinity();
-  EXPECT_EQ(d, -kInf);
-  EXPECT_EQ(e, kInf);
-  EXPECT_TRUE(std::isnan(n));
-  ASSERT_EQ(values.m_aNumbers.size(), 7u);
-  for (const std::size_t k : {0u, 4u}) EXPECT_EQ(values.m_aNumbers[k], kInf);
-  for (const std::size_t k : {1u, 6u}) EXPECT_EQ(values.m_aNumbers[k], -kInf);
-  for (const std::size_t k : {2u, 3u}) EXPECT_TRUE(std::isnan(values.m_aNumbers[k]));
+  KeywordFile(
+      "IDS { 0 2147483647 2147483648 +3000000000 4294967295 4294967296 99999999999999999999 -2 }\n"
+      "ID 4294967295 INT 4294967295 D -inf E inf N nan\n"
+      "NUMBERS { inf -inf nan +inf 1e5 -inf} inf 1 nan { 3D } ID 4000000000\n")
+      .On("IDS",
+          [&](auto* p) { return p->ReadRows([&] { strIds += Text(p->TakeId()) + ' '; }), 1; })
+      .On("NUMBERS",
+          [&](auto* p) {
+            strNumbers = Text(p->TakeNumber()) + ' ';
+            strNumbers += Text(p->TakeValue()) + ' ';
+            p->ReadRows([&] { strNumbers += Text(p->TakeNumber()) + ' '; });
+            return 1;
+          })
+      .On("ID", &uId)
+      .On("INT", &i)
+      .On("D", &d)
+      .On("E", &e)
+      .On("N", &n)
+      .Run();
+  EXPECT_EQ(strIds,
+            "0 2147483647 2147483648 3000000000 4294967295 4294967295 4294967295 4294967294 ");
+  EXPECT_EQ(strNumbers, "inf -inf nan inf 1e+05 -inf ");
+  // inf and nan are keywords too where one is expected
+  EXPECT_ROW("4000000000 2147483647 -inf inf nan", uId, i, d, e, n);
 }
 
 }  // namespace

@@ -198,17 +198,8 @@ TEST(Plane3d, PlanesMeetInADirectionAndAStartByTheirFormula) {
   ExpectNear(line.getStart(), 5.0, 3.0 - 5.0 * 21.0, 0.0, 1.0, 1e-13);
 }
 
-TEST(Plane3d, EqualAndOpposedNormalsAreRefusedInEveryDirection) {
-  RandomGeometry random(13);
-  for (int i = 0; i < 200; ++i) {
-    const ZuVector3d n = random.Direction();
-    const ZuPlane3d plane(n, 1.0);
-    ZuLine3d line(ZuPoint3d(1.0, 2.0, 3.0), ZuVector3d::XAxis);
-    EXPECT_EQ(plane.Intersect(ZuPlane3d(n, 2.0), line), -1);
-    EXPECT_EQ(plane.Intersect(ZuPlane3d(-n, 2.0), line), -1);
-    ExpectNear(line.getStart(), 1.0, 2.0, 3.0, 1.0, 0.0);
-  }
-  ZuLine3d line;  // b1 a2 - a1 21.0 is 0: no start, but a direction
+TEST(Plane3d, WithoutAStartPlanesHaveADirection) {
+  ZuLine3d line;  // b1 a2 - a1 21.0 is 0
   EXPECT_EQ(ZuPlane3d(ZuVector3d::ZAxis, 0.0).Intersect(ZuPlane3d(ZuVector3d::XAxis, 0.0), line),
             -1);
   ExpectNear(line.getDirection(), 0.0, 1.0, 0.0, 0.0, 0.0);

@@ -82,17 +82,3 @@ TEST(AttributeList, MoveHandsEveryNodeOverInTurn) {
   EXPECT_ROW("3 7", dest.Count(), dest.First()->GetId());
   EXPECT_EQ(dest.First()->GetParent(), &from);
 }
-
-TEST(Attribute, AssignmentTakesTheParentAndKeepsThePlace) {
-  ZuObject owner(9u);
-  ZuAttributeList list;
-  auto* p = new ZuAttribute(1u);
-  list.Add2(p);
-  list.Add2(new ZuAttribute(2u));
-  ZuAttribute other(5u, "name");
-  other.SetParent(&owner);
-  *p = other;
-  EXPECT_ROW("5 name", p->GetId(), p->GetName());
-  EXPECT_EQ(p->GetParent(), &owner);
-  EXPECT_NE(p->Next(), nullptr);
-}

@@ -39,17 +39,14 @@ TEST(Plane, CopiesTakeTheRecordAndStandInNoList) {
   EXPECT_EQ(copy.Next(), nullptr);
   *pLast = *pFirst;
   for (const ZuPlane* p : {&copy, static_cast<const ZuPlane*>(pLast)}) {
-    EXPECT_EQ(p->GetId(), 17u);
-    EXPECT_STREQ(p->GetName().chars(), "wall");
-    EXPECT_EQ(p->IsActive(), 2);  // the masked word
     double a = 0.0, b = 0.0, c = 0.0, d = 0.0;
     p->Get(&a, &b, &c, &d);
-    EXPECT_ROW("1 2 3 4 3 4", a, b, c, d, p->C(), p->D());
+    EXPECT_ROW("17 wall 2 1 2 3 4", p->GetId(), p->GetName(), p->IsActive(), a, b, c, d);
   }
   EXPECT_EQ(pFirst->Next(), pLast);
-  EXPECT_EQ(list.CountActivePlanes(), 2);
   EXPECT_EQ(list.GetActivePlane(), pFirst);
-  EXPECT_ROW("2 0", IsPlaneFlagGuiCheckActive(pFirst), IsPlaneFlagGuiSelect(pFirst));
+  EXPECT_ROW("2 2 0", list.CountActivePlanes(), IsPlaneFlagGuiCheckActive(pFirst),
+             IsPlaneFlagGuiSelect(pFirst));
 }
 
 TEST(Plane, DistancesOfAnyLengthOfNormal) {

@@ -238,14 +238,4 @@ TEST(PolygonTools, ProjectionKeepsDistancesInThePlane) {
   EXPECT_EQ(out.Count(), 1);
 }
 
-TEST(PolygonTools, GravityCentreIsTheMean) {
-  ZuPointList list;
-  list.Add(ZuPoint(4, 1.0, 2.0, 3.0));
-  list.Add(ZuPoint(5, 3.0, 6.0, 9.0));
-  const ZuPoint c = ZuCalcGravitycenter(list);
-  EXPECT_TRUE(c == ZuPoint(0, 2.0, 4.0, 6.0));
-  EXPECT_EQ(c.GetId(), 0u);
-  EXPECT_TRUE(ZuCalcGravitycenter(ZuPointList()) == ZuPoint());
-}
-
 }  // namespace

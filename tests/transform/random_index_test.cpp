@@ -87,19 +87,3 @@ TEST(RandomIndex, AvoidsSubsetsSeenBefore) {
   EXPECT_LE(withMemory.size(), 210u);
   EXPECT_GT(withMemory.size(), 120u);
 }
-
-TEST(RandomIndex, FollowsTheSeed) {
-  const ZuIdTable ids = Ids(50);
-  std::vector<unsigned int> first;
-  for (int iRun = 0; iRun < 2; ++iRun) {
-    std::srand(99);
-    ZuGenerateRandomIndex random;
-    std::vector<unsigned int> all;
-    for (int i = 0; i < 20; ++i) {
-      const auto& drawn = random.Draw(ids, 5);
-      all.insert(all.end(), drawn.begin(), drawn.end());
-    }
-    if (iRun == 0) first = all;
-    EXPECT_EQ(all, first);
-  }
-}
