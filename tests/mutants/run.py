@@ -82,7 +82,7 @@ def draw(root, seed):
     """An endless order of mutants: each kind as often as the others, each place once."""
     rng = random.Random(seed)
     kinds = collections.defaultdict(list)
-    for path in sorted((root / "zu").rglob("*.cpp")):
+    for path in sorted(path for folder in FOLDERS for path in (root / "zu" / folder).rglob("*.cpp")):
         for kind, mutants in places(path.relative_to(root), root, rng).items():
             kinds[kind] += mutants
     for kind in sorted(kinds):
