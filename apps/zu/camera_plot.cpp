@@ -24,7 +24,7 @@ struct Displacement {
 
 bool DisplacementAt(const ZuCamera& camera, double x, double y, Displacement* pResult) {
   double xAdjusted = x, yAdjusted = y;
-  if (!camera.Adjust(&xAdjusted, &yAdjusted)) return false;
+  if (camera.AdjustExact(&xAdjusted, &yAdjusted) != eCameraInverseOk) return false;
   const bool bViva = camera.m_iMode == eCameraModeViva;
   *pResult = {xAdjusted - (x - (bViva ? camera.m_dXhViva : camera.m_dXh)),
               yAdjusted - (y - (bViva ? camera.m_dYhViva : camera.m_dYh))};

@@ -111,7 +111,7 @@ namespace {
 struct AdjustValues {
   std::string strPath, strOut;
   unsigned uId = 0;
-  bool bInverse = false, bTable = false;
+  bool bInverse = false, bTable = false, bLibrary = false;
 };
 
 struct AdjustedPoint {
@@ -121,25 +121,37 @@ struct AdjustedPoint {
   const char* szWhy;
 };
 
+// The quick correction, and its inverse by table.
+const char* AdjustByLibrary(const ZuCamera& camera, bool bInverse, const ZuPoint& point, double* x,
+                            double* y) {
+  if (bInverse) {
+    const bool bGood = camera.InvAdjust(x, y) &&
+                       (camera.m_iMode == eCameraModePinhole || ZuIsInCameraDomain(camera, *x, *y));
+    return bGood ? "" : "outside the inverse table";
+  }
+  if (!camera.Adjust(x, y)) return "no forward model";
+  if (!ZuIsInCameraDomain(camera, point.m_dX, point.m_dY)) {
+    return "outside the image that the camera is meant for";
+  }
+  return "";
+}
+
+const char* AdjustExactly(const ZuCamera& camera, bool bInverse, double* x, double* y) {
+  const eCameraInverse eStatus = bInverse ? camera.InvAdjustExact(x, y) : camera.AdjustExact(x, y);
+  if (eStatus != eCameraInverseOk) return GetCameraInverseText(eStatus);
+  if (bInverse) return "";
+  double xBack = *x, yBack = *y;
+  return camera.InvAdjustExact(&xBack, &yBack) == eCameraInverseOk
+             ? ""
+             : "outside the image that the camera is meant for";
+}
+
 AdjustedPoint AdjustOne(const ZuCamera& camera, const AdjustValues& values, const ZuPoint& point) {
   AdjustedPoint result{point.GetId(), point.m_dX, point.m_dY, true, ""};
-  if (!values.bInverse) {
-    if (!camera.Adjust(&result.x, &result.y)) {
-      result.szWhy = "no forward model";
-    } else if (!ZuIsInCameraDomain(camera, point.m_dX, point.m_dY)) {
-      result.szWhy = "outside the image that the camera is meant for";
-    }
-    result.bGood = *result.szWhy == 0;
-  } else if (values.bTable) {
-    result.bGood =
-        camera.InvAdjust(&result.x, &result.y) &&
-        (camera.m_iMode == eCameraModePinhole || ZuIsInCameraDomain(camera, result.x, result.y));
-    result.szWhy = "outside the inverse table";
-  } else {
-    const eCameraInverse eStatus = camera.InvAdjustExact(&result.x, &result.y);
-    result.bGood = eStatus == eCameraInverseOk;
-    result.szWhy = GetCameraInverseText(eStatus);
-  }
+  const bool bLibrary = values.bLibrary || (values.bInverse && values.bTable);
+  result.szWhy = bLibrary ? AdjustByLibrary(camera, values.bInverse, point, &result.x, &result.y)
+                          : AdjustExactly(camera, values.bInverse, &result.x, &result.y);
+  result.bGood = *result.szWhy == 0;
   return result;
 }
 
@@ -186,6 +198,7 @@ Runner DefineCameraAdjust(Options& options) {
   options.Flag("--inverse", &pValues->bInverse, "from corrected to measured coordinates");
   options.Flag("--table", &pValues->bTable,
                "with --inverse: by the interpolated table that the library uses in bulk");
+  AddLibraryOption(options, &pValues->bLibrary);
   options.Output("-o,--output", "FILE", &pValues->strOut, "write the points to a file, too");
   return [pValues](Context& context) { return RunAdjust(*pValues, context); };
 }

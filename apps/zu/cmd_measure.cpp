@@ -17,7 +17,7 @@ namespace {
 struct Values {
   std::string strProject, strPlane, strCheck, strOut, strReport;
   std::string strUnit = "object units";
-  bool bFlip = false, bPartial = false;
+  bool bFlip = false, bLibrary = false, bPartial = false;
 };
 
 Json Or(bool bThere, double dValue) { return bThere ? Json(dValue) : Json(); }
@@ -136,8 +136,8 @@ ExitCode Run(const Values& values, Context& context) {
     checkFile.emplace(values.strCheck, "a coordinate file");
     ReadPoints(*checkFile, "id,x,y,z", context, &check);
   }
-  const Measurement result =
-      MeasureProject(*pProject, planePoints, check, values.bFlip, context.IsQuiet());
+  const Measurement result = MeasureProject(*pProject, planePoints, check, values.bFlip,
+                                            values.bLibrary, context.IsQuiet());
 
   WarnOf(*pProject, projectFile, context);
   WarnOf(result, context);
@@ -169,6 +169,7 @@ Runner DefineMeasure(Options& options) {
                  "coordinate file of points to compare with, by id");
   options.Flag("--flip", &pValues->bFlip,
                "y of the pixels counts the other way than the photos' transformations take it");
+  AddLibraryOption(options, &pValues->bLibrary);
   AddPartialOption(options, &pValues->bPartial);
   options.Option("--unit", "TEXT", &pValues->strUnit,
                  "unit of the object coordinates, for headings (\"mm\")");

@@ -134,7 +134,7 @@ ExitCode RunInfo(const InfoValues& values, Context& context) {
 struct ConvertValues {
   std::string strPath, strMode, strOut;
   unsigned uPhoto = 0;
-  bool bFlip = false, bPartial = false;
+  bool bFlip = false, bLibrary = false, bPartial = false;
 };
 
 // A mode is one step or several along digi, pre, biko, adjusted, object.
@@ -172,17 +172,41 @@ bool IsInCamera(const ZuPhoto& photo, const Chain& chain, const ZuPoint& point) 
   return std::hypot(p.m_dX - camera.m_dXh, p.m_dY - camera.m_dYh) <= ZuValidImageRadius(photo);
 }
 
+// By the photo's own conversion, the camera's quick correction and its table.
+const char* ConvertByLibrary(const ZuPhoto& photo, const Chain& chain, ZuPoint* p) {
+  if (chain.bCamera && !chain.bFromObject && !IsInCamera(photo, chain, *p)) {
+    return "outside the domain of the camera";
+  }
+  return photo.ConvertBiko(p, chain.eMode) ? nullptr : "outside the domain of the camera's inverse";
+}
+
+const char* ConvertExactly(const ZuPhoto& photo, const Chain& chain, ZuPoint* p) {
+  ZuBikoTransform transform(&photo, chain.eMode, false);
+  transform.SetExact(true);
+  if (!transform.Transform(p)) {
+    return chain.bFromObject ? "outside the domain of the camera's inverse"
+                             : "outside the domain of the camera";
+  }
+  if (chain.eMode == eBikoToAdjusted) {  // the image is not known: that of the camera stands for it
+    double x = p->m_dX, y = p->m_dY;
+    if (photo.GetCamera().InvAdjustExact(&x, &y) != eCameraInverseOk) {
+      return "outside the domain of the camera";
+    }
+  }
+  return nullptr;
+}
+
 // Null and the point converted, or why it is not.
-const char* Convert(const ZuPhoto& photo, const Chain& chain, bool bFlip, ZuPoint* p) {
+const char* Convert(const ZuPhoto& photo, const Chain& chain, bool bFlip, bool bLibrary,
+                    ZuPoint* p) {
   if (chain.bFromDigi) {
     if (bFlip) p->m_dY = ZuTurnPixelY(photo, p->m_dY);
     if (!ZuIsInImage(photo, p->m_dX, p->m_dY)) return "outside the image";
   }
   if (chain.bFromObject && !ZuIsBeforeCamera(photo, *p)) return "behind the camera";
-  if (chain.bCamera && !chain.bFromObject && !IsInCamera(photo, chain, *p)) {
-    return "outside the domain of the camera";
-  }
-  if (!photo.ConvertBiko(p, chain.eMode)) return "outside the domain of the camera's inverse";
+  const char* szWhy =
+      bLibrary ? ConvertByLibrary(photo, chain, p) : ConvertExactly(photo, chain, p);
+  if (szWhy != nullptr) return szWhy;
   if (!std::isfinite(p->m_dX) || !std::isfinite(p->m_dY)) return "no finite result";
   if (chain.bFromObject && chain.bToDigi && !ZuIsInImage(photo, p->m_dX, p->m_dY)) {
     return "outside the image";
@@ -211,7 +235,7 @@ ExitCode RunConvert(const ConvertValues& values, Context& context) {
   json["mode"] = values.strMode;
   json["points"] = Json::array();
   for (ZuPoint* p = points.First(); p != nullptr; p = p->Next()) {
-    const char* szWhy = Convert(photo, chain, values.bFlip, p);
+    const char* szWhy = Convert(photo, chain, values.bFlip, values.bLibrary, p);
     Json point{{"id", p->GetId()}};
     point["x"] = szWhy == nullptr ? Json(p->m_dX) : Json();
     point["y"] = szWhy == nullptr ? Json(p->m_dY) : Json();
@@ -256,6 +280,7 @@ Runner DefinePhotoConvert(Options& options) {
   options.Required();
   options.Flag("--flip", &pValues->bFlip,
                "y of the pixels counts the other way than the photo's transformations take it");
+  AddLibraryOption(options, &pValues->bLibrary);
   AddPartialOption(options, &pValues->bPartial);
   options.Output("-o,--output", "FILE", &pValues->strOut, "write the points to a file, too");
   return [pValues](Context& context) { return RunConvert(*pValues, context); };

@@ -42,8 +42,15 @@ struct Sums {
 // The measurements of one photo.
 class PhotoRun {
  public:
-  PhotoRun(ZuPhoto& photo, const ZuPlane& plane, bool bFlip)
-      : m_photo(photo), m_plane(plane), m_bFlip(bFlip), m_dReach(ZuValidImageRadius(photo)) {}
+  PhotoRun(ZuPhoto& photo, const ZuPlane& plane, bool bFlip, bool bLibrary)
+      : m_photo(photo),
+        m_plane(plane),
+        m_bFlip(bFlip),
+        m_bLibrary(bLibrary),
+        m_dReach(ZuValidImageRadius(photo)),
+        m_project(&photo, eObjectToAdjusted, false) {
+    m_project.SetExact(!bLibrary);
+  }
 
   // Null and the point met; else why not.
   const char* Meet(const ZuPoint& pixel, const ZuPoint* pCheck, MeasuredPoint* pPoint) {
@@ -71,6 +78,7 @@ class PhotoRun {
   bool Adjust(ZuPoint* p) const {
     m_photo.ConvertBiko(p, eDigiToBiko);
     const ZuCamera& camera = m_photo.GetCamera();
+    if (!m_bLibrary) return camera.AdjustExact(&p->m_dX, &p->m_dY) == eCameraInverseOk;
     if (std::hypot(p->m_dX - camera.m_dXh, p->m_dY - camera.m_dYh) > m_dReach) return false;
     m_photo.ConvertBiko(p, eBikoToAdjusted);
     return true;
@@ -85,7 +93,7 @@ class PhotoRun {
     p->dy = p->y - check.m_dY;
     p->dz = p->z - check.m_dZ;
     ZuPoint image(check);
-    m_photo.ConvertBiko(&image, eObjectToAdjusted);
+    m_project.Transform(&image);
     const ZuPoint u = Slope(pixel, 0.5, 0.0), v = Slope(pixel, 0.0, 0.5);
     const double ex = adjusted.m_dX - image.m_dX, ey = adjusted.m_dY - image.m_dY;
     const double dDet = u.m_dX * v.m_dY - u.m_dY * v.m_dX;
@@ -93,22 +101,30 @@ class PhotoRun {
     p->ry = (u.m_dX * ey - u.m_dY * ex) / dDet * (m_bFlip ? -1.0 : 1.0);
   }
 
-  // The adjusted point's change from the pixel less (dx, dy) to the pixel plus (dx, dy).
+  // The adjusted point's change from the pixel less (dx, dy) to the pixel plus (dx, dy); where one
+  // of these lies beyond the camera's model, twice the change to the other.
   ZuPoint Slope(const ZuPoint& pixel, double dx, double dy) const {
-    ZuPoint from(pixel), to(pixel);
-    from.m_dX -= dx;
-    from.m_dY -= dy;
-    to.m_dX += dx;
-    to.m_dY += dy;
-    m_photo.ConvertBiko(&from, eDigiToAdjusted);
-    m_photo.ConvertBiko(&to, eDigiToAdjusted);
-    return to - from;
+    ZuPoint ends[2] = {pixel, pixel};
+    double dFactor = 1.0;
+    for (const int i : {0, 1}) {
+      ends[i].m_dX += i == 0 ? -dx : dx;
+      ends[i].m_dY += i == 0 ? -dy : dy;
+      if (Adjust(&ends[i])) continue;
+      ends[i] = pixel;
+      Adjust(&ends[i]);
+      dFactor = 2.0;
+    }
+    ZuPoint change = ends[1] - ends[0];
+    change.m_dX *= dFactor;
+    change.m_dY *= dFactor;
+    return change;
   }
 
   ZuPhoto& m_photo;
   const ZuPlane& m_plane;
-  bool m_bFlip;
+  bool m_bFlip, m_bLibrary;
   double m_dReach;
+  ZuBikoTransform m_project;
 };
 
 // Lines of the first two places of each id that stands more than once.
@@ -122,12 +138,13 @@ std::map<unsigned, std::string> DoubledIds(const std::vector<Project::Row>& rows
 }
 
 MeasuredPhoto MeasurePhoto(ZuPhoto& photo, Project& project, const ZuSortHelper<ZuPoint>& check,
-                           bool bFlip, ProgressLine* pProgress, Measurement* pResult) {
+                           bool bFlip, bool bLibrary, ProgressLine* pProgress,
+                           Measurement* pResult) {
   MeasuredPhoto result;
   result.pPhoto = &photo;
   const ZuPointList& measured = project.Pixels(photo.GetId());
   auto doubled = DoubledIds(project.Doubled(photo.GetId()));
-  PhotoRun run(photo, pResult->plane, bFlip);
+  PhotoRun run(photo, pResult->plane, bFlip, bLibrary);
   result.points.reserve(static_cast<size_t>(measured.Count()));
   int n = 0;
   for (const ZuPoint* p = measured.First(); p != nullptr; p = p->Next()) {
@@ -245,7 +262,7 @@ void WarnOf(const Measurement& result, const Context& context) {
 double MeasuredPoint::Length() const { return std::sqrt(dx * dx + dy * dy + dz * dz); }
 
 Measurement MeasureProject(Project& project, ZuPointList& planePoints, const ZuPointList& check,
-                           bool bFlip, bool bQuiet) {
+                           bool bFlip, bool bLibrary, bool bQuiet) {
   Measurement result;
   FitPlane(planePoints, &result);
   const ZuSortHelper<ZuPoint> index(&check);
@@ -259,7 +276,8 @@ Measurement MeasureProject(Project& project, ZuPointList& planePoints, const ZuP
         result.leftOut.push_back({p->GetId(), static_cast<size_t>(measured.Count()), strLacks});
         continue;
       }
-      result.photos.push_back(MeasurePhoto(*p, project, index, bFlip, &progress, &result));
+      result.photos.push_back(
+          MeasurePhoto(*p, project, index, bFlip, bLibrary, &progress, &result));
     }
   }
   Summarize(&result);  // after the last photo was added: points stay where they are

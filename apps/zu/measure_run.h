@@ -62,9 +62,10 @@ struct Measurement : Quality {
 // with its reason: photos that lack orientation, camera or the way from pixels to mm; measurements
 // whose id stands twice in the photo, that lie outside the image or where the camera's model is not
 // one to one, whose ray is parallel to the plane or meets it behind the camera. Throws CommandError
-// (undetermined) where no plane fits, or nothing is left. bQuiet: no progress line.
+// (undetermined) where no plane fits, or nothing is left. bFlip: y of the pixels is turned.
+// bLibrary: corrected by ZuCamera::Adjust, otherwise exactly. bQuiet: no progress line.
 Measurement MeasureProject(Project& project, ZuPointList& planePoints, const ZuPointList& check,
-                           bool bFlip, bool bQuiet);
+                           bool bFlip, bool bLibrary, bool bQuiet);
 
 // What was left out, with the reasons, on standard error.
 void WarnOf(const Measurement& result, const Context& context);

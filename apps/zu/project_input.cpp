@@ -81,6 +81,11 @@ void AddPartialOption(Options& options, bool* pbPartial) {
   options.Flag("--partial", pbPartial, "take what is whole of a project that is cut off");
 }
 
+void AddLibraryOption(Options& options, bool* pbLibrary) {
+  options.Flag("--library", pbLibrary,
+               "convert by the library's quick correction and its inverse table, not exactly");
+}
+
 std::unique_ptr<Project> OpenProject(const InputFile& file, bool bPartial) {
   auto pProject = std::make_unique<Project>(file.Path(), bPartial);
   if (pProject->IsForeign()) {

@@ -14,6 +14,8 @@ namespace cli {
 
 // Declares --partial.
 void AddPartialOption(Options& options, bool* pbPartial);
+// --library of the commands that convert image points.
+void AddLibraryOption(Options& options, bool* pbLibrary);
 
 // Reads a project. Throws CommandError (bad input) with the first places where the file is
 // another kind of file, or at fault.
