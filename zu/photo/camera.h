@@ -150,7 +150,7 @@ class ZU_API ZuCamera : public ZuListnode, public ZuFlag {
   // Keyword form; RM becomes 2.1 r0 when absent or 0. Always 1.
   // Required: unlike Read it keeps the sign of c.
   int ReadFullData(ZuReaderObject* pObject);
-  // Required: these three write nothing; programs that merge their own text with theirs rely on it.
+  // Required: these three write nothing, and so the lists of cameras write empty blocks.
   // Parameters leave the library through the Gentri line and the two Export operations.
   std::ostream& Write(std::ostream& stream) const;
   std::ostream& WriteFullData(std::ostream& stream, bool bUnused) const;

@@ -80,6 +80,16 @@ class ZU_API ZuProject : public LinkHdl {
   // Nothing read, no records.
   void Clear();
 
+  // Writes the project so that Read makes it again to the last bit: what was read in the order of
+  // its file, unknown keywords and blocks as the text they were at their places, then the records
+  // that have come since, and nothing of those that are gone. What is read and written again is
+  // the same text. Records are written in their current form (see the Export of each), all
+  // measurements of a photo in its first block, and no comments. One line holds at most 8511
+  // characters. The form with a path creates or overwrites a file and is true when all of it was
+  // written.
+  std::ostream& Export(std::ostream& stream) const;
+  bool Export(const char* szPath) const;
+
   // By line and column; none before a file was read.
   const ZuFindingList& GetFindings() const;
   // Another kind of file: none of a project's blocks is in it, and nothing was read.
