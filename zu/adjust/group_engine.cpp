@@ -1,7 +1,6 @@
 #include "zu/adjust/internal/group_engine.h"
 
-#include <Eigen/Cholesky>
-#include <Eigen/Eigenvalues>
+#include <Eigen/Dense>
 #include <algorithm>
 #include <array>
 #include <cmath>
@@ -34,14 +33,6 @@ struct Normals {
   int iObservations = 0;
   bool bFinite = true;
 };
-
-// Room for the equations of a model.
-GroupEquation EquationFor(int iParameters) {
-  GroupEquation equation;
-  equation.A.assign(static_cast<std::size_t>(kMaxGroup) * static_cast<std::size_t>(iParameters),
-                    0.0);
-  return equation;
-}
 
 // N, h and the squares of one group; only the lower triangle of N. K = M^-1 A is scratch.
 bool AddGroup(const GroupEquation& q, int u, std::vector<double>* pScratch, Normals* pNormals) {
@@ -112,7 +103,7 @@ class ScaledNormals {
     const double dLargest = values[u - 1];
     pResult->dCondition = dLargest > 0.0 ? std::max(values[0], 0.0) / dLargest : 0.0;
     pResult->iDefect = 0;
-    for (int j = 0; j < u; ++j) pResult->iDefect += !(values[j] > kSingular * dLargest);
+    for (int j = 0; j < u; ++j) pResult->iDefect += !(values[j] > model.Singular() * dLargest);
     if (pResult->iDefect > 0) {
       pResult->status = ZuAdjustStatus::RankDefect;
       pResult->freeDirection.assign(eigen.eigenvectors().data(), eigen.eigenvectors().data() + u);
@@ -149,6 +140,13 @@ double RelativeChange(const Eigen::VectorXd& dx, const Eigen::MatrixXd& covarian
 }
 
 }  // namespace
+
+GroupEquation EquationFor(int iParameters) {
+  GroupEquation equation;
+  equation.A.assign(static_cast<std::size_t>(kMaxGroup) * static_cast<std::size_t>(iParameters),
+                    0.0);
+  return equation;
+}
 
 double EngineResult::SigmaPosteriori() const {
   return iRedundancy > 0 ? std::sqrt(std::max(dSquares, 0.0) / iRedundancy) : 1.0;
@@ -232,7 +230,8 @@ double Quotient(double dValue, double dBy) { return dBy > 0.0 ? dValue / dBy : 0
 
 }  // namespace
 
-void GroupTester::Test(const GroupEquation& equation, bool bUsed, ZuPointTest* pTest) const {
+void GroupTester::Test(const GroupEquation& equation, bool bUsed, ZuPointTest* pTest,
+                       double* pdAQA) const {
   const int u = static_cast<int>(std::lround(std::sqrt(m_result.covariance.size())));
   const int m = equation.m;
   const double* const A = equation.A.data();
@@ -248,6 +247,7 @@ void GroupTester::Test(const GroupEquation& equation, bool bUsed, ZuPointTest* p
   for (int i = 0; i < m; ++i) {
     for (int l = i + 1; l < m; ++l) adAQA[i * m + l] = adAQA[l * m + i];
   }
+  if (pdAQA != nullptr) std::copy_n(adAQA, m * m, pdAQA);
   const unsigned uId = pTest->uId;
   *pTest = ZuPointTest();
   pTest->uId = uId;

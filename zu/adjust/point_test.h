@@ -6,8 +6,8 @@
 #include <limits>
 
 // One group of m = 1, 2 or 3 observations, arrays by axis; elements from m on are 0. With e the
-// misclosure of the group (adjusted minus observed), M its covariance before the adjustment and Qee
-// after it, both for sigma0 = 1.
+// misclosure of the group, its sign told by what is adjusted, M its covariance before the
+// adjustment and Qee after it, both for sigma0 = 1.
 struct ZuPointTest {
   unsigned uId = 0;
   int iDimension = 0;  // m

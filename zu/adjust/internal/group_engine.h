@@ -26,6 +26,10 @@ struct GroupEquation {
   std::vector<double> A;            // m x u, row by row; the engine gives it its size
 };
 
+// The smallest eigenvalue of the normal matrix, with parameters in their units and the largest
+// eigenvalue 1, down to which it counts as regular [-]. 1e-12 is a millionth in length.
+inline constexpr double kSingular = 1e-12;
+
 // What is adjusted. Groups are numbered from 0 in an order that does not depend on the input's.
 class GroupModel {
  public:
@@ -41,11 +45,9 @@ class GroupModel {
   // 0: the parameter's own, 1 / sqrt(Njj). A model that gives units that do not depend on the
   // choice of axes gets a verdict that does not.
   virtual double Unit(int) const { return 0.0; }
+  // See kSingular; larger where the coordinates have less digits than that needs.
+  virtual double Singular() const { return kSingular; }
 };
-
-// The smallest eigenvalue of the normal matrix, with parameters in their units and the largest
-// eigenvalue 1, down to which it counts as regular [-]. 1e-12 is a millionth in length.
-inline constexpr double kSingular = 1e-12;
 
 struct EngineResult {
   ZuAdjustStatus status = ZuAdjustStatus::TooFew;
@@ -80,8 +82,10 @@ class GroupTester {
   GroupTester(const EngineResult& result, const Sigma& sigma, const ZuTestOptions& options,
               int iTests);
 
-  // The equations must be those of the result's parameters. All of *pTest but its id.
-  void Test(const GroupEquation& equation, bool bUsed, ZuPointTest* pTest) const;
+  // The equations must be those of the result's parameters. All of *pTest but its id; pdAQA gets
+  // A Qxx A', m x m, if it is given.
+  void Test(const GroupEquation& equation, bool bUsed, ZuPointTest* pTest,
+            double* pdAQA = nullptr) const;
 
  private:
   void TestUsed(const GroupEquation& equation, const double* pdAQA, ZuPointTest* pTest) const;
@@ -93,6 +97,9 @@ class GroupTester {
   double m_dLeastRedundancy;
   double m_adLimit[kMaxGroup + 1], m_adNewLimit[kMaxGroup + 1];  // by number of observations
 };
+
+// Room for the equations of a model of that many parameters.
+GroupEquation EquationFor(int iParameters);
 
 // Tests all groups of a model; the ids stay 0.
 std::vector<ZuPointTest> TestGroups(const GroupModel& model, const GroupTester& tester);

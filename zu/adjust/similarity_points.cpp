@@ -1,0 +1,152 @@
+#include "zu/adjust/internal/similarity_points.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstddef>
+
+namespace zu::internal {
+namespace {
+
+constexpr std::size_t kNamed = 4;  // points a sentence names at most
+
+bool IsFinite(const double* pd, int n) {
+  return std::all_of(pd, pd + n, [](double d) { return std::isfinite(d); });
+}
+
+// What is told about the coordinates of one list.
+struct Told {
+  double dSquares = 0.0;
+  int iTold = 0, iMissing = 0;
+
+  void Add(const double* pdSd) {
+    for (int k = 0; k < 3; ++k) {
+      if (pdSd[k] == 0.0) {
+        ++iMissing;
+      } else {
+        dSquares += pdSd[k] * pdSd[k];
+        ++iTold;
+      }
+    }
+  }
+  double RootMeanSquare() const { return iTold > 0 ? std::sqrt(dSquares / iTold) : 0.0; }
+};
+
+// The first whose numbers cannot be used.
+std::string FaultOf(const CommonPoint& p) {
+  const struct {
+    const double *pd, *pdSd;
+    const char* szList;
+  } sides[] = {{p.x, p.sx, "source"}, {p.y, p.sy, "target"}};
+  for (const auto& side : sides) {
+    const char* szWhat = nullptr;
+    if (!IsFinite(side.pd, 3)) szWhat = "a coordinate that is not finite";
+    for (int k = 0; k < 3; ++k) {
+      if (!(side.pdSd[k] >= 0.0) || !std::isfinite(side.pdSd[k])) {
+        szWhat = "a standard deviation that is not finite, or negative";
+      }
+    }
+    if (szWhat != nullptr) {
+      return "point " + LabelOf(*p.pSource) + " of the " + side.szList + " has " + szWhat;
+    }
+  }
+  return {};
+}
+
+int IndexOf(const std::vector<ZuPointCovariance>& covariances, unsigned uId) {
+  const auto it = std::find_if(covariances.begin(), covariances.end(),
+                               [uId](const ZuPointCovariance& c) { return c.uId == uId; });
+  return it == covariances.end() ? -1 : static_cast<int>(it - covariances.begin());
+}
+
+void FillIn(double* pdSd, double dSd) {
+  for (int k = 0; k < 3; ++k) {
+    if (pdSd[k] == 0.0) pdSd[k] = dSd;
+  }
+}
+
+// Standard deviations of what is not told.
+void FillSigmas(const ZuSimilarityOptions& options, CommonPoints* pCommon) {
+  Told source, target;
+  for (const CommonPoint& p : pCommon->points) {
+    source.Add(p.sx);
+    target.Add(p.sy);
+  }
+  const bool bTold = source.iTold + target.iTold > 0 || !options.sourceCovariances.empty() ||
+                     !options.targetCovariances.empty();
+  pCommon->bSigmaGiven = bTold || options.dSigmaSource > 0.0 || options.dSigmaTarget > 0.0;
+  const auto missing = [pCommon](const Told& told, double dOption, const char* szList) {
+    if (dOption > 0.0 || told.iTold == 0 || told.iMissing == 0) return;
+    pCommon->warnings.push_back(std::to_string(told.iMissing) + " coordinates of the " + szList +
+                                " have no standard deviation, the root mean square of the others "
+                                "was taken");
+  };
+  missing(source, options.dSigmaSource, "source");
+  missing(target, options.dSigmaTarget, "target");
+  const double dSource =
+      options.dSigmaSource > 0.0 ? options.dSigmaSource : source.RootMeanSquare();
+  double dTarget = options.dSigmaTarget > 0.0 ? options.dSigmaTarget : target.RootMeanSquare();
+  if (!pCommon->bSigmaGiven) dTarget = 1.0;
+  for (CommonPoint& p : pCommon->points) {
+    FillIn(p.sx, dSource);
+    FillIn(p.sy, dTarget);
+  }
+  pCommon->dOwnVariance = dSource * dSource;
+}
+
+}  // namespace
+
+std::string LabelOf(const ZuPoint& point) {
+  return point.GetName().empty() ? std::to_string(point.GetId()) : point.GetName().chars();
+}
+
+std::string LabelsOf(const std::vector<CommonPoint>& points, const std::vector<char>& used) {
+  std::vector<std::string> labels;
+  for (std::size_t u = 0; u < points.size(); ++u) {
+    if (used[u]) labels.push_back(LabelOf(*points[u].pSource));
+  }
+  if (labels.size() == 1) return "point " + labels[0];
+  std::string strLabels = "points ";
+  const std::size_t uNamed = labels.size() <= kNamed ? labels.size() - 1 : kNamed - 1;
+  for (std::size_t u = 0; u < uNamed; ++u) strLabels += (u > 0 ? ", " : "") + labels[u];
+  return strLabels + " and " +
+         (labels.size() <= kNamed ? labels.back()
+                                  : std::to_string(labels.size() - uNamed) + " more");
+}
+
+CommonPoints FindCommonPoints(const ZuSortHelper<ZuPoint>& target, const ZuPointList& source,
+                              const ZuSimilarityOptions& options) {
+  CommonPoints common;
+  std::vector<CommonPoint>& points = common.points;
+  for (const ZuPoint* p = source.First(); p != nullptr; p = p->Next()) {
+    const ZuPoint* const q = p->GetId() != 0 ? target.Find(p->GetId()) : nullptr;
+    if (q == nullptr) continue;
+    points.push_back({p,
+                      q,
+                      p->GetId(),
+                      {p->m_dX, p->m_dY, p->m_dZ},
+                      {q->m_dX, q->m_dY, q->m_dZ},
+                      {p->m_dDX, p->m_dDY, p->m_dDZ},
+                      {q->m_dDX, q->m_dDY, q->m_dDZ}});
+  }
+  const auto byId = [](const CommonPoint& a, const CommonPoint& b) { return a.uId < b.uId; };
+  if (!std::is_sorted(points.begin(), points.end(), byId)) {
+    std::stable_sort(points.begin(), points.end(), byId);
+  }
+  points.erase(
+      std::unique(points.begin(), points.end(),
+                  [](const CommonPoint& a, const CommonPoint& b) { return a.uId == b.uId; }),
+      points.end());
+  for (CommonPoint& p : points) {
+    if (common.strFault.empty()) common.strFault = FaultOf(p);
+    if (!options.sourceCovariances.empty()) {
+      p.iSourceCovariance = IndexOf(options.sourceCovariances, p.uId);
+    }
+    if (!options.targetCovariances.empty()) {
+      p.iTargetCovariance = IndexOf(options.targetCovariances, p.uId);
+    }
+  }
+  FillSigmas(options, &common);
+  return common;
+}
+
+}  // namespace zu::internal
