@@ -97,13 +97,13 @@ void ZuPlyRows::Finish(ZuPointFeed& feed) {
   const ZuTally intensities = m_intensities.Settle(feed.GetAdded(), m_eScale);
   m_limitedColors.uCount += m_colors.Settle(feed.GetAdded());
   m_findings.m_uClampedValues = intensities.uCount + m_limitedColors.uCount;
-  intensities.Tell(eZuReadClamped, " intensities are limited to their scale", m_findings);
-  m_limitedColors.Tell(eZuReadClamped, " colour values are limited to 0 to 255", m_findings);
-  m_notFinite.Tell(eZuReadAssumed, " points have coordinates that are not finite", m_findings);
+  intensities.Tell(eZuReadClamped, "intensities limited to their scale", m_findings);
+  m_limitedColors.Tell(eZuReadClamped, "colour values limited to 0 to 255", m_findings);
+  m_notFinite.Tell(eZuReadAssumed, "points with coordinates that are not finite", m_findings);
   if (m_layout.types[eZuPlyRed] == eZuPlyUint16) {
     m_findings.Add(eZuReadAssumed, 0, 0, "colours of 0 to 65535 are taken as 0 to 255");
   }
-  m_surplus.Tell(eZuReadDropped, " lines have more values than the header has properties",
+  m_surplus.Tell(eZuReadDropped, "lines with more values than the header has properties",
                  m_findings);
   m_line.Finish();
 }

@@ -70,8 +70,9 @@ bool ZuPlyRows::TakeTextRow(const ZuPlyElement& vertex, ZuPointFeed& feed) {
 bool ZuPlyRows::ReadTextRows(const ZuPlyElement& vertex, ZuPointFeed& feed) {
   for (std::uint64_t i = 0; i < vertex.uRows; ++i) {
     if (!NextTextRow()) return Cut(vertex, i);
+    const bool bGoOn = TakeTextRow(vertex, feed);
     if (i == 0) m_findings.m_Dialect.SetDelimiter(m_line.GetText());
-    if (!TakeTextRow(vertex, feed)) return false;
+    if (!bGoOn) return false;
   }
   return true;
 }

@@ -187,13 +187,13 @@ void PtsReader::Finish() {
     m_findings.Add(eZuReadAssumed, 0, 0, "intensities of 0 to 1 are taken as 0 to 65535");
   }
   m_findings.m_uClampedValues = limited.uCount + m_limitedColors.uCount;
-  limited.Tell(eZuReadClamped, " intensities are limited to their scale", m_findings);
-  m_limitedColors.Tell(eZuReadClamped, " colours are limited to 0 to 255", m_findings);
+  limited.Tell(eZuReadClamped, "intensities limited to their scale", m_findings);
+  m_limitedColors.Tell(eZuReadClamped, "colours limited to 0 to 255", m_findings);
   m_dropped.Tell(eZuReadDropped,
-                 " lines have 5 or more than 7 numbers: those behind x y z are left out",
+                 "lines with 5 or more than 7 numbers, of which those behind x y z are left out",
                  m_findings);
-  m_comments.Tell(eZuReadNote, " comment lines are passed over", m_findings);
-  m_notFinite.Tell(eZuReadAssumed, " points have coordinates that are not finite", m_findings);
+  m_comments.Tell(eZuReadNote, "comment lines passed over", m_findings);
+  m_notFinite.Tell(eZuReadAssumed, "points with coordinates that are not finite", m_findings);
   m_line.Finish();
 }
 

@@ -20,6 +20,8 @@ bool ZuLineReader::Next(std::string_view* pLine) {
   m_bPiece = bCut || m_bMorePieces;
   m_bMorePieces = bCut;
 
+  m_bEnds = pFound != nullptr;
+  m_bCarriageReturn = uLength > 0 && pBegin[uLength - 1] == '\r';
   while (uLength > 0 && pBegin[uLength - 1] == '\r') --uLength;
   const void* const pNul = std::memchr(pBegin, '\0', uLength);
   if (pNul != nullptr) {
@@ -43,6 +45,7 @@ void ZuLineReader::FillBlock() {
     while (m_uEnd > 0 && pBlock[m_uEnd - 1] != '\n') --m_uEnd;
   }
   if (m_bStart && m_uEnd >= 3 && std::memcmp(pBlock, "\xEF\xBB\xBF", 3) == 0) m_uNext = 3;
+  if (m_bStart) m_bByteOrderMark = m_uNext == 3;
   m_bStart = false;
 }
 

@@ -17,8 +17,8 @@ struct ZuTally {
     uColumn = uAtColumn;
   }
 
-  // "17 comment lines are passed over", unless there is none.
+  // "comment lines passed over: 17", unless there is none.
   void Tell(eZuReadKind eKind, const char* szWhat, ZuReadFindings& findings) const {
-    if (uCount > 0) findings.Add(eKind, uLine, uColumn, std::to_string(uCount) + szWhat);
+    if (uCount > 0) findings.Add(eKind, uLine, uColumn, szWhat + (": " + std::to_string(uCount)));
   }
 };

@@ -22,6 +22,13 @@ class ZuLineReader {
   bool Next(std::string_view* pLine);
   // The line given last is a piece of a longer one.
   bool IsPiece() const { return m_bPiece; }
+  // And further pieces of it follow.
+  bool HasMorePieces() const { return m_bMorePieces; }
+  // The line given last has a line end, and a carriage return before it.
+  bool HasEnd() const { return m_bEnds; }
+  bool HasCarriageReturn() const { return m_bCarriageReturn; }
+  // The file starts with a byte order mark.
+  bool HasByteOrderMark() const { return m_bByteOrderMark; }
 
  private:
   static constexpr std::size_t kBlock = ZuBuildSize(65536, 2048);  // above kMaxLine
@@ -36,6 +43,9 @@ class ZuLineReader {
   bool m_bEnd = false;  // nothing more comes from the file
   bool m_bPiece = false;
   bool m_bMorePieces = false;
+  bool m_bEnds = false;
+  bool m_bCarriageReturn = false;
+  bool m_bByteOrderMark = false;
 };
 
 struct ZuFileCloser {
