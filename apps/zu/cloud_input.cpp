@@ -1,6 +1,5 @@
 // Reading clouds: what kind of file it is, the reader for it, and what that reader found.
 #include <algorithm>
-#include <cstdio>
 #include <fstream>
 #include <sstream>
 
@@ -9,6 +8,7 @@
 #include "input_file.h"
 #include "point_input.h"
 #include "progress_line.h"
+#include "reading.h"
 #include "zu/cloud/cloud_detect.h"
 #include "zu/cloud/ply_file.h"
 #include "zu/cloud/pts_file.h"
@@ -68,27 +68,6 @@ eZuCloudFile KindOf(const InputFile& file, const std::string& strHead,
   return eKind;
 }
 
-// "file:12:5: text".
-std::string Placed(const std::string& strName, ZuFinding finding) {
-  finding.m_strFile = strName;
-  return GetZuFindingPlace(finding) + ": " + GetZuFindingText(finding);
-}
-
-// Findings as warnings; what is missing ends the command unless a part is wanted.
-void TellFindings(const ZuReadFindings& findings, const InputFile& file,
-                  const CloudOptions& options, Context& context) {
-  if (const ZuReadFinding* p = findings.First(eZuReadFault)) {
-    throw CommandError(kBadInput, Placed(file.Name(), *p));
-  }
-  const ZuReadFinding* const pCut = findings.First(eZuReadCut);
-  if (pCut != nullptr && !options.bPartial) {
-    throw CommandError(kBadInput, Placed(file.Name(), *pCut) + "\n--partial takes what is there");
-  }
-  for (const ZuReadFinding& finding : findings) {
-    if (finding.m_eSeverity > eZuSeverityNote) context.Warn(Placed(file.Name(), finding));
-  }
-}
-
 // ---- coordinate files
 
 // The fields of the first line that is no comment.
@@ -134,53 +113,12 @@ std::string ColumnsByContent(const std::vector<std::string>& fields) {
   return bNumber ? "x,y,z" : "idname,x,y,z";
 }
 
-// A copy of the file whose line of column names has become a comment. No line changes its number.
-class WithoutNames {
- public:
-  explicit WithoutNames(const InputFile& file) : m_fp(std::tmpfile()) {
-    std::string strText = file.Text();
-    const std::size_t u = strText.find_first_of("\"xyzinXYZIN");
-    if (u != std::string::npos) strText[u] = '#';
-    const bool bWritten = m_fp != nullptr &&
-                          std::fwrite(strText.data(), 1, strText.size(), m_fp) == strText.size() &&
-                          std::fflush(m_fp) == 0;
-    if (!bWritten) {
-      if (m_fp != nullptr) std::fclose(m_fp);
-      throw CommandError(kBadInput, file.Name() + ": no room for a copy in the temporary folder");
-    }
-  }
-  ~WithoutNames() { std::fclose(m_fp); }
-  WithoutNames(const WithoutNames&) = delete;
-  WithoutNames& operator=(const WithoutNames&) = delete;
-
-  std::string Path() const { return "/proc/self/fd/" + std::to_string(fileno(m_fp)); }
-
- private:
-  std::FILE* m_fp;
-};
-
-// Bytes that stand elsewhere, as those of a pipe do, are told by the name of their file.
-void ReadCoordinates(const std::string& strPath, const std::string& strName,
-                     const std::string& strColumns, Context& context, ZuPointList* pList) {
-  try {
-    ReadPointsOrRows(strPath, strColumns, context, pList);
-  } catch (const CommandError& error) {
-    std::string strText = error.what();
-    const std::size_t u = strText.find(strPath);
-    if (u != std::string::npos) strText.replace(u, strPath.size(), strName);
-    throw CommandError(error.Code(), strText);
-  }
-}
-
-void ReadCoordinateFile(const InputFile& file, const std::string& strHead,
-                        const std::string& strColumns, Context& context, ZuPointList* pList) {
+void ReadCoordinateFile(const InputFile& file, const std::string& strHead, std::string strColumns,
+                        Context& context, ZuPointList* pList) {
   const auto fields = FirstFields(strHead);
-  const std::string strNames = ColumnsByNames(fields);
-  if (strColumns.empty() && !strNames.empty()) {
-    return ReadCoordinates(WithoutNames(file).Path(), file.Name(), strNames, context, pList);
-  }
-  ReadCoordinates(file.Path(), file.Name(),
-                  strColumns.empty() ? ColumnsByContent(fields) : strColumns, context, pList);
+  if (strColumns.empty()) strColumns = ColumnsByNames(fields);
+  if (strColumns.empty()) strColumns = ColumnsByContent(fields);
+  ReadPointsOrRows(file, strColumns, context, pList);
 }
 
 void NameClouds(ZuPointCloud* p, const std::string& strPath) {
@@ -199,19 +137,22 @@ eZuIntensityScale ReadClouds(const std::string& strPath, const CloudOptions& opt
   const eZuCloudFile eKind = KindOf(file, strHead, options);
   ZuPointCloud* const pLast = pClouds->GetClouds().Last();
   eZuIntensityScale eIntensity = eZuIntensityNone;
+  const auto tell = [&](const ZuReadFindings& findings) {
+    TellFindings(findings, file.Name(), options.bPartial, "--partial takes what is there", context);
+  };
   const auto take = [&](const ZuCloudReading& reading) {
-    TellFindings(reading.m_Findings, file, options, context);
+    tell(reading.m_Findings);
     eIntensity = reading.m_eIntensity;
   };
   if (eKind == eZuCloudFileBinary) {
     pClouds->Read(file.Path().c_str());
-    TellFindings(pClouds->GetFindings(), file, options, context);
+    tell(pClouds->GetFindings());
   } else if (eKind == eZuCloudFilePly && options.strPly == "library") {
     pClouds->ObsolteReadPlyFile(file.Path().c_str());
   } else if (eKind == eZuCloudFilePly) {
-    take(ZuReadPly(file.Path().c_str(), *pClouds));
+    take(ZuReadPly(file.Path().c_str(), *pClouds, ReadMode(context)));
   } else if (eKind == eZuCloudFilePts) {
-    take(ZuReadPts(file.Path().c_str(), *pClouds));
+    take(ZuReadPts(file.Path().c_str(), *pClouds, ReadMode(context)));
   } else {
     ZuPointList list;
     ReadCoordinateFile(file, strHead, options.strColumns, context, &list);

@@ -22,7 +22,6 @@ struct Values {
   PointFormat format;
   double dTolerance = 0.0;
   bool bRelative = false;
-  bool bStrict = false;
   double dBlend = 0.0;
   int iMinPoints = 3;
   int iExtraPoints = 1;
@@ -188,7 +187,7 @@ ExitCode Run(const Values& values, Context& context) {
   if (!values.strRejected.empty()) {
     WritePoints(&lists.rejected, values.format.strColumns, &context.NewOutput(values.strRejected));
   }
-  return bRejected && values.bStrict ? kNotAcceptable : kGood;
+  return bRejected && context.IsStrict() ? kNotAcceptable : kGood;
 }
 
 }  // namespace
@@ -216,7 +215,7 @@ Runner DefineMerge(Options& options) {
   options.AtLeast(0.0);
   options.Option("--seed", "S", &pValues->uSeed,
                  "of the random samples; the same seed gives the same result");
-  options.Flag("--strict", &pValues->bStrict, "end with exit code 1 where points are rejected");
+  options.AlsoStrict("end with exit code 1 where points are rejected");
   AddPointOptions(options, &pValues->format);
   options.Output("-o,--output", "OUT", &pValues->strOutput,
                  "coordinate file of both lists in the system of A, without rejected points");

@@ -13,8 +13,8 @@
 
 namespace cli {
 
-Context::Context(std::string strCommand, bool bJson, bool bQuiet)
-    : m_strCommand(std::move(strCommand)), m_bJson(bJson), m_bQuiet(bQuiet) {
+Context::Context(std::string strCommand, const Switches& switches)
+    : m_strCommand(std::move(strCommand)), m_switches(switches) {
   m_text.imbue(std::locale::classic());
 }
 
@@ -24,7 +24,7 @@ OutputFile& Context::NewOutput(const std::string& strPath) {
 }
 
 void Context::Warn(const std::string& strText) const {
-  if (!m_bQuiet) return WarnAlways(strText);
+  if (!IsQuiet()) return WarnAlways(strText);
   m_warnings.push_back(strText);
 }
 
@@ -56,7 +56,9 @@ void Context::Finish() {
     if (!pOutput->IsStandardOutput() && strLost.empty()) strLost = pOutput->Path();
   }
   if (!m_warnings.empty()) m_root["warnings"] = m_warnings;
-  const std::string strText = pStandard != nullptr ? "" : m_bJson ? JsonText(m_root) : m_text.str();
+  const std::string strText = pStandard != nullptr ? ""
+                              : IsJson()           ? JsonText(m_root)
+                                                   : m_text.str();
   FinishStandardOutput(pStandard != nullptr
                            ? pStandard->CopyToStandardOutput()
                            : WriteAll(STDOUT_FILENO, strText.data(), strText.size()),

@@ -15,11 +15,23 @@ namespace cli {
 
 class Context {
  public:
-  // `strCommand` is the name in messages ("zu plane").
-  Context(std::string strCommand, bool bJson, bool bQuiet);
+  // The options that every command has; tolerant those alone that read points.
+  struct Switches {
+    bool bJson = false;
+    bool bQuiet = false;
+    bool bStrict = false;
+    bool bTolerant = false;
+  };
 
-  bool IsJson() const { return m_bJson; }
-  bool IsQuiet() const { return m_bQuiet; }
+  // `strCommand` is the name in messages ("zu plane").
+  Context(std::string strCommand, const Switches& switches);
+
+  bool IsJson() const { return m_switches.bJson; }
+  bool IsQuiet() const { return m_switches.bQuiet; }
+  // Input with a warning is refused.
+  bool IsStrict() const { return m_switches.bStrict; }
+  // Lines that are no points are left out.
+  bool IsTolerant() const { return m_switches.bTolerant; }
 
   // The result as text; not printed under --json.
   std::ostream& Text() { return m_text; }
@@ -42,8 +54,7 @@ class Context {
 
  private:
   std::string m_strCommand;
-  bool m_bJson;
-  bool m_bQuiet;
+  Switches m_switches;
   std::ostringstream m_text;
   Json m_root = Json::object();
   mutable Json m_warnings = Json::array();  // what was told, beside the result

@@ -3,9 +3,9 @@
 #include <map>
 
 #include "exit_code.h"
-#include "number_text.h"
 #include "point_input.h"
 #include "zu/foundation/reader.h"
+#include "zu/foundation/strict_number.h"
 
 namespace cli {
 namespace {
@@ -77,7 +77,7 @@ class Parser {
       const std::vector<std::string> parts = Split(strOffset, ',');
       if (parts.size() != 3) FailUsage(strText, kOriginForm);
       for (size_t i = 0; i < 3; ++i) {
-        if (!ParseNumber(parts[i], &adOffset[i])) FailUsage(strText, kOriginForm);
+        if (!ZuParseNumber(parts[i], &adOffset[i])) FailUsage(strText, kOriginForm);
       }
     }
     m_pSystem->m_uIdOrigin = Id(strText, strId, kOriginForm);
@@ -101,7 +101,7 @@ class Parser {
       if (i >= texts.size()) continue;
       std::string strIds, strDistance;
       if (!SplitAtColon(texts[i], &strIds, &strDistance) ||
-          !ParseNumber(strDistance, places[i].pdDistance) || !(*places[i].pdDistance > 0.0)) {
+          !ZuParseNumber(strDistance, places[i].pdDistance) || !(*places[i].pdDistance > 0.0)) {
         FailUsage(texts[i], kScaleForm);
       }
       Pair(texts[i], strIds, kScaleForm, places[i].puIdA, places[i].puIdB);
@@ -114,7 +114,7 @@ class Parser {
     const ZuPoint* p = m_points.Find(String(strPoint.c_str()));
     if (p != nullptr) return p->GetId();
     unsigned int uId = 0;
-    if (ParseId(strPoint, &uId) && m_points.Find(uId) != nullptr) return uId;
+    if (ZuParseId(strPoint, &uId) && m_points.Find(uId) != nullptr) return uId;
     throw CommandError(
         kBadInput, m_strPoints + ": no point " + strPoint + ", which \"" + strText + "\" names");
   }

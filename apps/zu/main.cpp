@@ -18,8 +18,7 @@ struct Selected {
   std::string strName;
   Runner runner;
   std::vector<Options::OutputOption> outputs;
-  bool bJson = false;
-  bool bQuiet = false;
+  Context::Switches switches;
 };
 
 ExitCode Complain(ExitCode eCode, const std::string& strText) {
@@ -45,10 +44,12 @@ void AddCommand(const Command& command, CLI::App* pProgram, Selected* pSelected)
   const std::string strName = command.szName;
   CLI::App* pApp = ParentOf(strName, pProgram)
                        ->add_subcommand(strName.substr(strName.find(' ') + 1), command.szSummary);
-  Options options(pApp);
+  Options options(pApp, &pSelected->switches.bTolerant);
   Runner runner = command.pfnDefine(options);
-  options.Flag("--json", &pSelected->bJson, "print one JSON object instead of text");
-  options.Flag("--quiet", &pSelected->bQuiet, "leave out everything but the result");
+  Context::Switches& switches = pSelected->switches;
+  options.Flag("--json", &switches.bJson, "print one JSON object instead of text");
+  options.Flag("--quiet", &switches.bQuiet, "leave out everything but the result");
+  options.Flag("--strict", &switches.bStrict, options.StrictHelp().c_str());
   pApp->footer(std::string("Example:\n") + command.szExample);
   pApp->callback([pSelected, strName, runner, outputs = options.Outputs()] {
     pSelected->strName = "zu " + strName;
@@ -83,12 +84,12 @@ ExitCode ComplainOfUsage(const CLI::App* pApp, std::string strText) {
 }
 
 ExitCode RunCommand(const Selected& selected) {
-  CheckOutputs(Options::GivenOutputs(selected.outputs), selected.bJson);
-  Context context(selected.strName, selected.bJson, selected.bQuiet);
+  CheckOutputs(Options::GivenOutputs(selected.outputs), selected.switches.bJson);
+  Context context(selected.strName, selected.switches);
   ExitCode eCode = kGood;
   {
-    const WorkLine line(selected.strName, selected.bQuiet);
-    const LibraryProgress progress(selected.bQuiet);
+    const WorkLine line(selected.strName, context.IsQuiet());
+    const LibraryProgress progress(context.IsQuiet());
     eCode = selected.runner(context);
   }
   context.Finish();

@@ -3,8 +3,8 @@
 #include <CLI/CLI.hpp>
 #include <functional>
 
-#include "number_text.h"
 #include "text_table.h"
+#include "zu/foundation/strict_number.h"
 
 namespace cli {
 namespace {
@@ -15,7 +15,7 @@ std::string FirstName(const std::string& strName) { return strName.substr(0, str
 void Limit(void* pOption, const std::string& strWanted, const std::function<bool(double)>& fnGood) {
   static_cast<CLI::Option*>(pOption)->check([strWanted, fnGood](const std::string& strValue) {
     double dValue = 0.0;
-    const bool bGood = ParseNumber(strValue, &dValue) && fnGood(dValue);
+    const bool bGood = ZuParseNumber(strValue, &dValue) && fnGood(dValue);
     return bGood ? std::string() : strValue + " is not " + strWanted;
   });
 }
@@ -33,6 +33,10 @@ void Options::Positionals(const char* szName, std::vector<std::string>* pValues,
 
 void Options::Flag(const char* szName, bool* pValue, const char* szHelp) {
   m_pLast = m_pApp->add_flag(szName, *pValue, szHelp);
+}
+
+void Options::Tolerant() {
+  Flag("--tolerant", m_pbTolerant, "leave out lines that are no points, and take decimal commas");
 }
 
 void Options::Option(const char* szName, const char* szType, std::string* pValue,

@@ -16,7 +16,8 @@ namespace cli {
 
 class Options {
  public:
-  explicit Options(CLI::App* pApp) : m_pApp(pApp) {}
+  // *pbTolerant is what --tolerant sets, where a command has it.
+  Options(CLI::App* pApp, bool* pbTolerant) : m_pApp(pApp), m_pbTolerant(pbTolerant) {}
 
   // An argument without a name; it must be given.
   void Positional(const char* szName, std::string* pValue, const char* szHelp);
@@ -27,6 +28,11 @@ class Options {
   void PositionalOutput(const char* szName, std::string* pValue, const char* szHelp);
 
   void Flag(const char* szName, bool* pValue, const char* szHelp);
+  // Declares --tolerant: the command reads points.
+  void Tolerant();
+  // What --strict, which every command has, does beside refusing input.
+  void AlsoStrict(const char* szHelp) { m_strStrict += std::string(", ") + szHelp; }
+  const std::string& StrictHelp() const { return m_strStrict; }
 
   // szName is "--control" or "-o,--output"; szType the word in the help text ("FILE"). Numbers are
   // finite; the option declared last may be limited further by the next three.
@@ -65,6 +71,8 @@ class Options {
 
  private:
   CLI::App* m_pApp;
+  bool* m_pbTolerant;
+  std::string m_strStrict = "refuse input that a warning is given of";
   void* m_pLast = nullptr;  // the option declared last
   std::vector<OutputOption> m_outputs;
 };

@@ -1,63 +1,18 @@
 #include "point_input.h"
 
-#include <algorithm>
-#include <cstdio>
-#include <memory>
-#include <string_view>
 #include <vector>
 
 #include "exit_code.h"
 #include "point_columns.h"
-#include "point_lines.h"
-#include "progress_line.h"
+#include "reading.h"
+#include "zu/points/read_coordinates.h"
 
 namespace cli {
 namespace {
 
-constexpr size_t kSlice = 4 << 20;  // bytes of a file checked and read in one go
-
-// Reads from memory what ReadFile reads from a file, so that a pipe is read once only.
-class PointReader : public ZuPointList {
- public:
-  // Without a column for the id the points are numbered from 1 in the order of their lines.
-  void ReadText(std::string_view text, const ColumnTable& table) {
-    if (text.empty()) return;
-    if (!table.HasEntry(eZuPointRWId) && !table.HasEntry(eZuPointRWIdName)) {
-      return ReadRows(text, table);
-    }
-    const auto closeFile = [](FILE* pFile) { std::fclose(pFile); };
-    const std::unique_ptr<FILE, decltype(closeFile)> pFile(
-        fmemopen(const_cast<char*>(text.data()), text.size(), "rb"), closeFile);
-    if (pFile == nullptr) throw CommandError(kBadInput, "zu: out of memory");
-    ReadFile(pFile.get(), table);
-  }
-
- private:
-  void ReadRows(std::string_view text, const ColumnTable& table) {
-    for (size_t uBegin = 0; uBegin < text.size();) {
-      const size_t uEnd = std::min(text.find('\n', uBegin), text.size());
-      ZuPoint point;
-      if (point.Read(std::string(text.substr(uBegin, uEnd - uBegin)).c_str(), table) > 0) {
-        point.SetId(++m_uRows);
-        Add(point);
-      }
-      uBegin = uEnd + 1;
-    }
-  }
-
-  unsigned m_uRows = 0;
-};
-
-// Checks and reads the text in slices of whole lines.
-void ReadInSlices(const ColumnTable& table, std::string_view text, ProgressLine* pProgress,
-                  PointLines* pLines, PointReader* pReader) {
-  for (size_t uBegin = 0; uBegin < text.size();) {
-    const size_t uLineEnd = text.find('\n', std::min(uBegin + kSlice, text.size()));
-    const size_t uEnd = uLineEnd == text.npos ? text.size() : uLineEnd + 1;
-    pReader->ReadText(pLines->Take(text.substr(uBegin, uEnd - uBegin)), table);
-    uBegin = uEnd;
-    pProgress->Update(static_cast<double>(uEnd) / static_cast<double>(text.size()));
-  }
+// A column for the id, which coordinate files need to keep their points.
+bool HasIds(const ColumnTable& columns) {
+  return columns.HasEntry(eZuPointRWId) || columns.HasEntry(eZuPointRWIdName);
 }
 
 Duplicates DuplicatesOf(const PointFormat& format) {
@@ -67,46 +22,39 @@ Duplicates DuplicatesOf(const PointFormat& format) {
 }
 
 void CheckCoordinates(const PointFormat& format) {
-  const std::vector<eZuPointRWMask> columns = ParseColumns(format.strColumns);
+  const ColumnTable columns = ParseColumns(format.strColumns);
   for (const char* pc = format.szCoordinates; *pc != '\0'; ++pc) {
     const eZuPointRWMask eColumn = *pc == 'x'   ? eZuPointRWX
                                    : *pc == 'y' ? eZuPointRWY
                                                 : eZuPointRWZ;
-    if (std::find(columns.begin(), columns.end(), eColumn) != columns.end()) continue;
+    if (columns.HasEntry(eColumn)) continue;
     throw CommandError(kUsage, "--columns: \"" + format.strColumns + "\" has no column " + *pc +
                                    ", which the command computes with");
   }
 }
 
 void CheckIdColumn(const std::string& strColumns) {
-  if (HasIdColumn(ParseColumns(strColumns))) return;
+  if (HasIds(ParseColumns(strColumns))) return;
   throw CommandError(kUsage, "--columns: \"" + strColumns +
                                  "\" has no column for the id; add id, or idname for names");
 }
 
 void ReadRows(const InputFile& file, const PointFormat& format, Context& context,
               ZuPointList* pPoints) {
-  const std::string& strColumns = format.strColumns;
-  const std::vector<eZuPointRWMask> columns = ParseColumns(strColumns);
-  const std::string strText = file.Text();
-  std::string_view text = strText;
-  if (text.substr(0, 3) == "\xEF\xBB\xBF") text.remove_prefix(3);
-  PointLines lines(file.Name(), strColumns, columns);
-  PointReader reader;
-  {
-    ProgressLine progress("reading " + file.Name(), context.IsQuiet());
-    ReadInSlices(TableOf(columns), text, &progress, &lines, &reader);
+  const ColumnTable columns = ParseColumns(format.strColumns);
+  ZuPointList points;
+  const ZuCoordinateReading reading =
+      ZuReadCoordinates(file.Path().c_str(), columns, points, ReadMode(context));
+  TellFindings(reading.m_Findings, file.Name(), false, "--tolerant takes what is there", context);
+  if (points.Count() == 0) {
+    throw CommandError(kBadInput, file.Name() + ": holds no point; lines of " + format.strColumns +
+                                      " would be right");
   }
-  if (reader.Count() == 0) {
-    throw CommandError(
-        kBadInput, file.Name() + ": holds no point; lines of " + strColumns + " would be right");
+  if (!columns.HasEntry(eZuPointRWPhoto)) {
+    JoinDuplicates(file.Name(), reading.m_aLines, DuplicatesOf(format), context, &points);
   }
-  reader.SetMask(TableOf(columns));
-  if (!reader.HasEntry(eZuPointRWPhoto)) {
-    JoinDuplicates(file.Name(), lines.Lines(), DuplicatesOf(format), context, &reader);
-  }
-  pPoints->SetMask(TableOf(columns));
-  reader.MoveTo(pPoints);
+  pPoints->SetMask(columns);
+  points.MoveTo(pPoints);
 }
 
 }  // namespace
@@ -115,6 +63,7 @@ void AddColumnsOption(Options& options, std::string* pColumns) {
   options.Option("--columns", "NAMES", pColumns,
                  "columns of the coordinate files, of: id name idname flag code codenum photo "
                  "camera x y z dx dy dz red1 red2 red3 color nimo vx vy vz skip");
+  options.Tolerant();
 }
 
 void AddPointOptions(Options& options, PointFormat* pFormat) {
@@ -146,9 +95,9 @@ void ReadPointsOrRows(const std::string& strPath, const PointFormat& format, Con
   ReadRows(InputFile(strPath, "a coordinate file"), format, context, pPoints);
 }
 
-void ReadPointsOrRows(const std::string& strPath, const std::string& strColumns, Context& context,
+void ReadPointsOrRows(const InputFile& file, const std::string& strColumns, Context& context,
                       ZuPointList* pPoints) {
-  ReadPointsOrRows(strPath, PointFormat{strColumns, "error", ""}, context, pPoints);
+  ReadRows(file, PointFormat{strColumns, "error", ""}, context, pPoints);
 }
 
 namespace {
@@ -165,8 +114,10 @@ void DropSignsOfZero(ZuPointList* pPoints) {
 }  // namespace
 
 void WritePoints(ZuPointList* pPoints, const std::string& strColumns, OutputFile* pOutput) {
+  const ColumnTable given = ParseColumns(strColumns);
   std::vector<eZuPointRWMask> columns;
-  for (eZuPointRWMask eColumn : ParseColumns(strColumns)) {
+  for (int i = 0; i < given.Size(); ++i) {
+    const eZuPointRWMask eColumn = given[i];
     if (eColumn == eZuPointRWSkip) continue;
     columns.push_back(eColumn == eZuPointRWIdName ? eZuPointRWName : eColumn);
     if (eColumn != eZuPointRWIdName) continue;
@@ -174,7 +125,8 @@ void WritePoints(ZuPointList* pPoints, const std::string& strColumns, OutputFile
       pPoint->SetName(PointLabel(*pPoint).c_str());
     }
   }
-  pPoints->SetMask(TableOf(columns));
+  columns.push_back(eZuPointRWEnd);
+  pPoints->SetMask(ColumnTable(columns.data()));
   DropSignsOfZero(pPoints);
   pPoints->Write(pOutput->Stream());
   if (pPoints->Count() > 0) pOutput->Stream() << '\n';

@@ -1,8 +1,7 @@
 // Coordinate files on the command line: --columns, reading with checks, writing.
 //
-// The library takes a line as it comes: text that is no number is 0.0, a missing field stays 0.0.
-// For a result that somebody relies on that is not enough, so the program looks at every line first
-// and refuses a file whose points it would have to invent.
+// A file whose points would have to be invented is refused, unless --tolerant leaves its wrong
+// lines out.
 #pragma once
 
 #include <string>
@@ -27,14 +26,13 @@ void AddPointOptions(Options& options, PointFormat* pFormat);
 // Declares --columns; its default is what *pColumns holds, "id,x,y,z" as a rule.
 void AddColumnsOption(Options& options, std::string* pColumns);
 
-// Appends the points of a coordinate file or pipe (input_file.h). Passed over are empty lines,
-// lines that start with '#', and titles.
+// Appends the points of a coordinate file or pipe (input_file.h), as ZuReadCoordinates reads them;
+// findings become warnings.
 //
 // Throws CommandError (bad input) naming file, line and column: input missing or unreadable, no
-// point in it, a field missing, no finite number or no id from 1 to 4294967295, a decimal comma, a
-// line above 1999 bytes, a point that stands twice (unless there is a column for the photo, or the
-// format tells what counts); or (usage) if there is no column for a coordinate that the command
-// needs, or for the id: points without one are not kept by coordinate files.
+// point in it, what ends a strict reading, a point that stands twice (unless there is a column for
+// the photo, or the format tells what counts); or (usage) if there is no column for a coordinate
+// that the command needs, or for the id: points without one are not kept by coordinate files.
 void ReadPoints(const std::string& strPath, const PointFormat& format, Context& context,
                 ZuPointList* pPoints);
 // The same with those columns, whichever they are.
@@ -49,7 +47,7 @@ void ReadPoints(const InputFile& file, const std::string& strColumns, Context& c
 // from 1 in the order of their lines.
 void ReadPointsOrRows(const std::string& strPath, const PointFormat& format, Context& context,
                       ZuPointList* pPoints);
-void ReadPointsOrRows(const std::string& strPath, const std::string& strColumns, Context& context,
+void ReadPointsOrRows(const InputFile& file, const std::string& strColumns, Context& context,
                       ZuPointList* pPoints);
 
 // Writes the points so that ReadPoints with the same columns reads them again. Where the column is

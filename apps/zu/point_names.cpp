@@ -108,7 +108,7 @@ class IdGiver {
 
 }  // namespace
 
-void JoinDuplicates(const std::string& strFile, const std::vector<int>& lines,
+void JoinDuplicates(const std::string& strFile, const std::vector<std::uint64_t>& lines,
                     Duplicates eDuplicates, Context& context, ZuPointList* pPoints) {
   Known known(pPoints->GetMask().HasEntry(eZuPointRWId));
   std::vector<ZuPoint*> points;

@@ -6,6 +6,7 @@
 // that is true: equal ids, same point.
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -20,7 +21,7 @@ enum Duplicates { eDuplicatesError, eDuplicatesFirst, eDuplicatesLast, eDuplicat
 // Takes points that stand more than once together at the place of the first. `lines` has the line
 // of each point. The mean is that of the coordinates; all else is of the first. Throws CommandError
 // (bad input) with both lines for eDuplicatesError; otherwise the command warns, under --quiet too.
-void JoinDuplicates(const std::string& strFile, const std::vector<int>& lines,
+void JoinDuplicates(const std::string& strFile, const std::vector<std::uint64_t>& lines,
                     Duplicates eDuplicates, Context& context, ZuPointList* pPoints);
 
 // Gives the points ids that are equal where the points are the same, and only there; pB is null for

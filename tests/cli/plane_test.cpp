@@ -87,7 +87,8 @@ TEST(Plane, PrintsTheLargestDeviationFirstOrRefuses) {
        {"zu plane near --force --json", 0, "\"deviation\": ", ""},
        {"zu plane rows --columns x,y,z --json", 0, "\"d\": -1,", ""},
        {"zu plane rows --columns x,y,z --json", 0, "{\"id\": 4, \"deviation\": 0}\n ]", ""},
-       {"echo 4 0 | zu plane - --columns x,y,z", 3, "", "standard input:1: the line has 2 fields"},
+       {"echo 4 0 | zu plane - --columns x,y,z", 3, "",
+        "standard input:1:4: the line has 2 fields"},
        {"zu plane near --columns id,x,y", 2, "", "has no column z"}},
       folder);
 }

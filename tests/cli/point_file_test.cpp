@@ -49,22 +49,24 @@ TEST(PointFile, ALineIsAPointOrNamed) {
       {"id,x,y,z", "4 0 0 1 door, 2,5 m, left", 4, ""},
       {"id,x,y,z", "4294967295 0 0 1", 4, ""},
       {"id,x,y,z", "# 4 0 0 1", 3, ""},
-      {"id,x,y,z", "number x y z", 3, ""},
+      {"id,x,y,z", "number x y z", 3, "points.coo:4: the line is no point, but a title; # in"},
       {"id,x,y,z", "\n\n", 3, ""},
       {"idname,x,y,z", "\"Corner 3\" 0 0 1", 4, ""},
       {"idname,x,y,z", "Corner 3;0;0;1", 4, ""},
       {"idname,x,y,z", "Corner left 0 0 1", 4, ""},
-      {"id,x,y,z", "4 0 1", 0, "4: the line has 3 fields, the columns id,x,y,z need 4"},
-      {"id,x,y,z", "4;;0;0;1", 0, "4: column x: the field is empty"},
-      {"id,x,y,z", "4 0 1m 0", 0, "4: column y: \"1m\" is no number"},
-      {"id,x,y,z", "4 0 1 nan", 0, "4: column z: \"nan\" is no number"},
-      {"id,x,y,z", "4 1e400 0 0", 0, "4: column x: \"1e400\" is no number"},
-      {"id,x,y,z", "\n4 0,5 1,25 0,75", 0, "5: \"0,5\" has a decimal comma, 0.5 would be right"},
-      {"id,x,y,z", "4;0,5;1;0", 0, "4: \"0,5\" has a decimal comma"},
-      {"id,x,y", "4 12,5", 0, "4: \"12,5\" has a decimal comma"},
-      {"id,x,y,z", "4.5 0 0 0", 0, "4: column id: \"4.5\" is no id"},
-      {"id,x,y,z", "12abc 0 0 0", 0, "4: column id: \"12abc\" is no id"},
-      {"id,x,y,z", "-1 0 0 0", 0, "4: column id: \"-1\" is no id, a whole number from 1 to 42949"},
+      {"id,x,y,z", "4 0 1", 0,
+       "4:6: the file ends within a line: the line has 3 fields, the columns id,x,y,z need 4"},
+      {"id,x,y,z", "4;;0;0;1", 0, "4:3: column x: the field is empty"},
+      {"id,x,y,z", "4 0 1m 0", 0, "4:5: column y: \"1m\" is no number"},
+      {"id,x,y,z", "4 0 1 nan", 0, "4:7: column z: \"nan\" is no number"},
+      {"id,x,y,z", "4 1e400 0 0", 0, "4:3: column x: \"1e400\" is no number"},
+      {"id,x,y,z", "\n4 0,5 1,25 0,75", 0, "5:3: \"0,5\" has a decimal comma; 0.5 would be right"},
+      {"id,x,y,z", "4;0,5;1;0", 0, "4:3: \"0,5\" has a decimal comma"},
+      {"id,x,y", "4 12,5", 0, "4:3: \"12,5\" has a decimal comma"},
+      {"id,x,y,z", "4.5 0 0 0", 0, "4:1: column id: \"4.5\" is no id"},
+      {"id,x,y,z", "12abc 0 0 0", 0, "4:1: column id: \"12abc\" is no id"},
+      {"id,x,y,z", "-1 0 0 0", 0,
+       "4:1: column id: \"-1\" is no id; a whole number from 1 to 42949"},
       {"id,x,y,z", "4294967296 0 0 0", 0, "column id: \"4294967296\" is no id"},
       {"id,x,y,z", "A 0 0 9", 0, "--columns idname,"},
       {"id,photo,x,y", "4 1.5 0 9", 0, "column photo: \"1.5\" is no whole number"},
@@ -85,7 +87,8 @@ TEST(PointFile, ALineIsAPointOrNamed) {
     }
     ASSERT_EQ(outcome.iExit, 0) << outcome.strErr;
     EXPECT_EQ(outcome.Json()["points"].size(), line.uPoints);
-    EXPECT_EQ(outcome.strErr, "");
+    EXPECT_EQ(outcome.strErr.empty(), *line.szMessage == '\0');
+    EXPECT_NE(outcome.strErr.find(line.szMessage), std::string::npos) << outcome.strErr;
   }
   const ScratchFolder folder;
   folder.Write("long.coo", kGood + ("4 0 0 " + std::string(2000, '0')) + "\n");

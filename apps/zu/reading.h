@@ -1,0 +1,22 @@
+// How the program meets what readers of points and clouds find in a file.
+#pragma once
+
+#include <string>
+
+#include "context.h"
+#include "zu/foundation/read_findings.h"
+
+namespace cli {
+
+// The mode in which files are read: tolerant with --tolerant, otherwise strict.
+eZuReadMode ReadMode(const Context& context);
+
+// The dialect goes to "read_as" of the JSON object. Findings above notes become warnings, the first
+// twenty of them one by one. Throws CommandError
+// (bad input), naming file, line and column, for a fault; for a cut, unless a part is wanted or the
+// reading is tolerant, with a further line that says how to go on; and under --strict for any
+// warning.
+void TellFindings(const ZuReadFindings& findings, const std::string& strName, bool bPartial,
+                  const char* szHowToGoOn, Context& context);
+
+}  // namespace cli
