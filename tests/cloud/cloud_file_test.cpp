@@ -1,6 +1,3 @@
-#include <fcntl.h>
-#include <unistd.h>
-
 #include <filesystem>
 #include <random>
 
@@ -214,27 +211,6 @@ TEST(CloudFile, NamesAndWidePaths) {
     EXPECT_EQ(std::string(back.First()->GetName().chars()), strName.substr(0, 60));
   }
   std::filesystem::remove(strPath);
-}
-
-// Sizes and positions beyond 4 GB, in a file of holes.
-TEST(CloudFile, SizesHave64Bits) {
-  constexpr off_t kFar = (off_t{5} << 30) + 3;
-  const TempFile file("zu");
-  const int fd = open(file.Path(), O_WRONLY);
-  ASSERT_GE(fd, 0);
-  const bool bMade = pwrite(fd, "last", 4, kFar) == 4;
-  close(fd);
-  if (!bMade) GTEST_SKIP() << "no room for a sparse file";
-  ZuFileBuff buff(file.Path());
-  EXPECT_EQ(buff.GetSize(), static_cast<std::uint64_t>(kFar) + 4);
-  buff.Skip(kFar + 1);
-  char acText[8] = "unread";
-  EXPECT_EQ(buff.Read(acText, 7), 3u);
-  EXPECT_STREQ(acText, "ast");
-  EXPECT_EQ(acText[6], '\0');
-  acText[0] = 'x';
-  EXPECT_EQ(buff.Read(acText, 7), 0u);
-  EXPECT_EQ(acText[0], 'x');
 }
 
 TEST(CloudFile, FullDiskLeavesTheContainerDirty) {

@@ -88,15 +88,11 @@ TEST(IdTable, ReadsAGridRowByRow) {
 TEST(IdTable, CopiesALargeGrid) {
   ZuIdTable2D grid(700, 300);
   EXPECT_EQ(grid(699, 299), 0u);
-  for (int y = 0; y < 300; ++y) {
-    for (int x = 0; x < 700; ++x) grid(x, y) = static_cast<unsigned int>(1000 * y + x);
-  }
+  for (int i = 0; i < 700 * 300; ++i) grid(i % 700, i / 700) = static_cast<unsigned int>(i);
   const ZuIdTable2D copy(grid);
   grid = ZuIdTable2D(2, 2);
   EXPECT_ROW("0 700", grid(1, 1), copy.GetSizeX());
-  for (int y = 0; y < 300; ++y) {
-    for (int x = 0; x < 700; ++x) ASSERT_EQ(copy(x, y), static_cast<unsigned int>(1000 * y + x));
-  }
+  for (unsigned int i = 0; i < 700 * 300; ++i) ASSERT_EQ(copy(i % 700, i / 700), i);
 }
 
 TEST(Object, ReadsWhatItWrites) {

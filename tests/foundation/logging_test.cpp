@@ -91,16 +91,6 @@ TEST_F(Logging, MessagesReachLoggersOfTheirLevel) {
   EXPECT_EQ(m_master.Start(), 1);
 }
 
-TEST_F(Logging, NothingHappensWithoutMaster) {
-  {
-    ZuMasterLogger other;
-    ZuApplicationLogger::RegisterMasterLogger(&other);
-  }
-  EXPECT_EQ(ZuApplicationLogger::GetMasterLogger(), nullptr);
-  EXPECT_EQ(ZuApplicationLogger::Log(0, L"text"), 0);
-  EXPECT_TRUE(m_debug.empty());
-}
-
 // A logger may take itself or the next one off while it is called, and may log itself.
 TEST_F(Logging, LoggersMayLeaveWhileTheyAreCalled) {
   auto pNext = std::make_unique<CollectingLogger>();

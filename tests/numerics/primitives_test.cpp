@@ -129,6 +129,7 @@ TEST(Line, AdjustExchangesByEitherCoordinate) {
     line.Adjust();
     EXPECT_EQ(line.Start().m_dX, bExchanged ? x2 : x1);
     EXPECT_EQ(line.End().m_dY, bExchanged ? y1 : y2);
+    EXPECT_ROW("0 0", line.Start().GetId(), line.End().GetId());
   }
 }
 

@@ -79,19 +79,15 @@ TEST(Vector, NormalisedIncludesBothBounds) {
   EXPECT_TRUE(std::isnan(zero.Normalize()[1]));
 }
 
+// The two ways to a vector of four give different fourth elements.
 TEST(Vector, TypesOfAPoint) {
   const ZuPoint p(9, 1.0, 2.0, 3.0);
   EXPECT_EQ(ZuVector(p, eZuVectorDirection2d), ZuVector(1.0, 2.0, 0.0));
   EXPECT_EQ(ZuVector(p, eZuVectorPoint2d), ZuVector(1.0, 2.0, 1.0));
-  EXPECT_EQ(ZuVector(p, eZuVector3d), ZuVector(1.0, 2.0, 3.0));
   EXPECT_EQ(ZuVector(p, static_cast<eZuVectorType>(17)).GetSize(), 4);
-}
-
-// The two ways to a vector of four give different fourth elements.
-TEST(Vector, FourthElementIsZeroFromAPointAndOneFromAChangeOfType) {
-  const ZuPoint p(9, 1.0, 2.0, 3.0);
   EXPECT_EQ(ZuVector(p, eZuVectorHomogen), ZuVector(1.0, 2.0, 3.0, 0.0));
   ZuVector v(p, eZuVector3d);
+  EXPECT_EQ(v, ZuVector(1.0, 2.0, 3.0));
   v.ChangeType(eZuVectorHomogen);
   EXPECT_EQ(v, ZuVector(1.0, 2.0, 3.0, 1.0));
 }

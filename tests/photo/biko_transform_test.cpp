@@ -169,8 +169,9 @@ TEST(BikoTransform, BordersAndRefusals) {
   const struct {
     double x, y;
     bool bInside;
-  } rows[] = {{0.5, 100, false}, {1.0, 100, true}, {638.9, 100, true}, {639.0, 100, false},
-              {5, 479.5, false}, {5, 479.0, true}, {5, 1.5, true},     {5, 0.5, false}};
+  } rows[] = {{0.5, 100, false},   {1.0, 100, true},  {638.9, 100, true},
+              {639.0, 100, false}, {5, 479.5, false}, {5, 479.0, true},
+              {5, 1.5, true},      {5, 1.0, false},   {5, 0.5, false}};
   for (const auto& row : rows) {
     double x = 2.0 * row.x, y = 2.0 * row.y, z = 0.0;
     EXPECT_EQ(ZuBikoTransform(&photo, eObjectToDigi, true).Transform(&x, &y, &z), row.bInside)

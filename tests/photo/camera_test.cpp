@@ -261,6 +261,9 @@ TEST_F(Camera, ExactInverseRefusesWhatHasNone) {
   const ZuCamera camera = test_cameras::Make(1, 0, 5.0, 0.1, 0.0, a1, 0.0, 0.0, 8.0);
   const double dTurn = 1.0 / std::sqrt(3.0 * a1), dTop = 2.0 / 3.0 * dTurn;
   EXPECT_NEAR(camera.GetValidRadius(), dTurn, 1e-9);
+  ZuCamera offset = test_cameras::Make(1, eCameraModeViva, 5.0, 0.1, 0.0, a1, 0.0, 0.0, 8.0);
+  offset.m_dXhViva = 0.7;  // a centre beside that of the image takes from the radius
+  EXPECT_LT(offset.GetValidRadius(), dTurn - 0.1);
   for (int n = 0; n < 16; ++n) {
     const double dAngle = n * 0.4;
     double x = dTop * 0.999 * std::cos(dAngle), y = dTop * 0.999 * std::sin(dAngle);

@@ -3,6 +3,7 @@
 
 #include <Eigen/Dense>
 
+#include "tests/support/planes.h"
 #include "tests/support/random_geometry.h"
 #include "tests/support/test.h"
 #include "zu/points/filter.h"
@@ -219,6 +220,9 @@ TEST(CalcPlane, CoordinatePlanesAndNormalPlanes) {
     EXPECT_NEAR(calc.GetPlane().Dist(p1), 0.0, 1e-14);
     EXPECT_NEAR(calc.GetPlane().Dist(p2), 0.0, 1e-14);
   }
+  const ZuPlane oblique = MakePlane(0.48, 0.6, 0.64, 2.0);
+  ASSERT_TRUE(calc.CalcNormalPlane(&oblique, p1, p2));
+  EXPECT_NEAR(Normal(calc) * ZuVector3d(0.48, 0.6, 0.64), 0.0, 1e-15);
   EXPECT_FALSE(calc.CalcParallelPlane(7));
   EXPECT_EQ(calc.GetZuPlaneStatus(), ZuCalcPlane::TooLessPoints);
   EXPECT_FALSE(calc.CalcNormalPlane(7, p1, p2));

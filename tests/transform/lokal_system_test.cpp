@@ -260,16 +260,14 @@ TEST(LokalSystem, SuggestsTheFirstPoints) {
   ZuPointList list;
   ZuLokalSystem system;
   EXPECT_FALSE(system.Suggest(nullptr) || system.Suggest(&list));
-  list.Add(ZuPoint(11, 0, 0));
-  list.Add(ZuPoint(12, 0, 0));
+  for (const unsigned int uId : {11u, 12u}) list.Add(ZuPoint(uId, 0, 0));
   EXPECT_FALSE(system.Suggest(&list));
-  EXPECT_TRUE(system.m_uIdA == 11 && system.m_uIdOrigin == 11 && system.m_uIdB == 12);
-  EXPECT_EQ(system.m_uIdC, 0u);
+  EXPECT_ROW("11 11 12 0", system.m_uIdA, system.m_uIdOrigin, system.m_uIdB, system.m_uIdC);
   list.Add(ZuPoint(13, 0, 0));
   EXPECT_TRUE(system.Suggest(&list));
-  EXPECT_TRUE(system.IsUsedInDef(11) && system.IsUsedInDef(12) && system.IsUsedInDef(13));
   system.m_uIdOrigin = 14;
-  EXPECT_FALSE(system.IsUsedInDef(14));
+  EXPECT_TRUE(system.IsUsedInDef(11) && system.IsUsedInDef(12) && system.IsUsedInDef(13) &&
+              !system.IsUsedInDef(14));
 }
 
 TEST(LokalSystem, TextFormReadsBack) {

@@ -181,14 +181,18 @@ TEST(RobustMerge, RelativeToleranceIsAShareOfTheCommonBox) {
   listA.Add(ZuPoint(50, 1e6, 1e6, 1e6));
   listB.Add(ZuPoint(uId, 25.0, 10.0, 5.0));
   ZuPoint* pOff = listA.Add(ZuPoint(uId, 25.0, 10.0, 5.0));
-  for (const double dOff : {0.05, 0.07}) {  // its residual is a little less
-    pOff->m_dZ = 5.0 + dOff;
-    std::srand(1);
-    Merge merge;
-    merge.bAbsolute = false;
-    merge.dTolerance = 0.001;
-    ASSERT_EQ(merge.Run(listA, listB), eTrafo3DOk);
-    EXPECT_EQ(merge.bad.Count(), dOff > 0.06 ? 1 : 0) << dOff;
+  for (double ZuPoint::*pd : {&ZuPoint::m_dX, &ZuPoint::m_dY, &ZuPoint::m_dZ}) {
+    for (const double dOff : {0.05, 0.07}) {  // its residual is a little less
+      const double dGood = pOff->*pd;
+      pOff->*pd += dOff;
+      std::srand(1);
+      Merge merge;
+      merge.bAbsolute = false;
+      merge.dTolerance = 0.001;
+      ASSERT_EQ(merge.Run(listA, listB), eTrafo3DOk);
+      EXPECT_EQ(merge.bad.Count(), dOff > 0.06 ? 1 : 0) << dOff;
+      pOff->*pd = dGood;
+    }
   }
 }
 

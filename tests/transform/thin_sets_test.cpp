@@ -59,6 +59,7 @@ TEST(ThinSets, RotationIsOneInEveryShapeUnitAndScale) {
       {"near a line", {1e2, 3e-3, 3e-3}, 1.0, 1e-4},
       {"near a line, m to mm", {1e2, 3e-3, 3e-3}, 1e3, 1e-4},
       {"flat, m to mm", {1e1, 3.0, 0.0}, 1e3, 1e-8},
+      {"flat, narrow", {1e1, 3e-2, 0.0}, 1.5, 1e-7},
       {"flat, scale 1e7", {1e1, 3.0, 0.0}, 1e7, 1e-8},
       {"cube, um to m", {1e6, 1e6, 1e6}, 1e-6, 1e-4},
       {"cube, m to nm", {1.0, 1.0, 1.0}, 1e9, 1e-7},

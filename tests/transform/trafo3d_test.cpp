@@ -113,31 +113,6 @@ TEST(Trafo3d, AgreesWithUmeyamaOnNoisyPoints) {
   }
 }
 
-// A facade, a floor, three points: the rotation is proper, its normal included.
-TEST(Trafo3d, FlatPointsGiveAProperRotation) {
-  std::mt19937_64 rng(53);
-  for (int n : {3, 4, 50}) {
-    for (double dWidth : {1.0, 0.1, 0.01, 0.003}) {  // of the length
-      for (int iPlane = 0; iPlane < 4; ++iPlane) {
-        SCOPED_TRACE(::testing::Message()
-                     << n << " points, width " << dWidth << ", plane " << iPlane);
-        Eigen::Matrix3Xd a = Random(rng, n);
-        if (n == 3) a << 0.0, 20.0, 5.0, 1.0, 3.0, 20.0, 0.0, 0.0, 0.0;
-        a.row(2).setConstant(iPlane == 0 ? 0.0 : 5.0);
-        a.row(1) *= dWidth;
-        if (iPlane >= 2) a = (RandomRotation(rng) * a).eval();
-        if (iPlane == 3) a.colwise() += Eigen::Vector3d(4e3, 6e2, 5e3);
-        const Eigen::Matrix3d r = RandomRotation(rng);
-        ZuTrafo3d trafo;
-        ASSERT_TRUE(Estimate(trafo, a, Map(1.5, r, Eigen::Vector3d(7.0, 8.0, 9.0), a)));
-        EXPECT_LT(ErrorAsRotation(trafo.m_mRot), 1e-9);
-        EXPECT_NEAR(trafo.m_dScale, 1.5, 1e-9);
-        EXPECT_LT(MaxDifference(ToEigen(trafo.m_mRot), r), 1e-9 / dWidth);
-      }
-    }
-  }
-}
-
 // Mirrored points have a best rotation too. Where the iteration reaches it, it is that one; where
 // it doesn't, the status says so.
 TEST(Trafo3d, MirroredPointsGiveTheBestRotationOrNone) {
