@@ -1,20 +1,15 @@
 // The road of one measurement: a pixel of an oriented photo becomes a point of a fitted plane.
-#include <zu/foundation/reader.h>
-#include <zu/photo/photo_list.h>
 #include <zu/points/point_list.h>
+#include <zu/project/project.h>
 #include <zu/rectify/calc_plane.h>
 
 #include <cstdio>
 
 int main() {
   // The photos of the project, with camera, image transformations and exterior orientation.
-  ZuPhotoList photos;
-  ZuReader reader("samples/chessboard/left.prj");
-  ZuReaderObject photo("PHOTO", Link(&photos, &ZuPhotoList::AddPhoto));
-  reader.RegisterObject(photo);
-  reader.DoProcess(false);
-  ZuPhoto* pPhoto = photos.Find(1u);
-  if (pPhoto == nullptr) return 3;
+  ZuProject project;
+  if (!project.Read("samples/chessboard/left.prj")) return 3;
+  ZuPhoto* pPhoto = project.PhotoList().Find(1u);
 
   // The plane of the board, fitted to its points.
   const eZuPointRWMask columns[] = {eZuPointRWId, eZuPointRWX, eZuPointRWY, eZuPointRWZ,

@@ -1,23 +1,15 @@
-// Reads the photos of a project file and converts a pixel along the chain of image systems.
-#include <zu/foundation/reader.h>
-#include <zu/photo/photo_list.h>
+// Reads a project file: what is wrong in it, its photos, and what was measured on them.
+#include <zu/project/project.h>
 
-#include <cmath>
 #include <cstdio>
 
 int main(int argc, char** argv) {
-  ZuPhotoList photos;
-  ZuReader reader(argc > 1 ? argv[1] : "samples/chessboard/left.prj");
-  ZuReaderObject photo("PHOTO", Link(&photos, &ZuPhotoList::AddPhoto));
-  reader.RegisterObject(photo);
-  reader.DoProcess(false);
-  std::printf("%d photos\n", photos.Count());
-  if (photos.IsEmpty()) return 3;
-
-  ZuPoint point(1, 244.4274, 94.1646);  // pixels, y down
-  for (const eConvertBikoMode eMode : {eDigiToPre, ePreToBiko, eBikoToAdjusted}) {
-    photos.First()->ConvertBiko(&point, eMode);
-    std::printf("%.6f %.6f\n", point.m_dX, point.m_dY);
+  ZuProject project;
+  const bool bGood = project.Read(argc > 1 ? argv[1] : "samples/chessboard/left.prj");
+  for (const ZuFinding& f : project.GetFindings()) std::puts(GetZuFindingLine(f).c_str());
+  for (const ZuPhoto* p = project.PhotoList().First(); p != nullptr; p = p->Next()) {
+    const int iPoints = project.Measurements(p->GetId()).Count();
+    std::printf("photo %u %s: %d points\n", p->GetId(), p->GetName().chars(), iPoints);
   }
-  return std::fabs(point.m_dX + 0.9329419598855669) < 1e-12 ? 0 : 1;
+  return bGood ? 0 : 3;
 }

@@ -229,7 +229,7 @@ ZuCamera CameraOfPhoto(const PlotValues& values, Context& context, ImageExtent* 
   const InputFile file(values.strPath, kProjectFile);
   const auto pProject = OpenProject(file, false);
   const ZuPhoto& photo = FindPhoto(*pProject, values.uPhoto, file);
-  CheckNothingLacks(*pProject, photo, Project::eNeedCamera | Project::eNeedPixels, file);
+  CheckNothingLacks(*pProject, photo, eZuNeedCamera | eZuNeedPixels, file);
   WarnOf(*pProject, file, context);
   *pImage = PhotoExtent(photo);
   return photo.GetCamera();

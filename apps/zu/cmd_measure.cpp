@@ -22,67 +22,68 @@ struct Values {
 
 Json Or(bool bThere, double dValue) { return bThere ? Json(dValue) : Json(); }
 
-Json PhotoJson(const MeasuredPhoto& photo) {
-  const bool bChecked = photo.iChecked > 0;
+Json PhotoJson(const ZuMeasuredPhoto& photo) {
+  const bool bChecked = photo.m_iChecked > 0;
   Json json;
-  json["id"] = photo.pPhoto->GetId();
-  json["name"] = photo.pPhoto->GetName().chars();
-  json["points"] = photo.points.size();
-  json["checked"] = photo.iChecked;
-  json["rms"] = Or(bChecked, photo.dRms);
-  json["rms_x"] = Or(bChecked, photo.dRmsX);
-  json["rms_y"] = Or(bChecked, photo.dRmsY);
-  json["rms_z"] = Or(bChecked, photo.dRmsZ);
-  json["rms_pixels"] = Or(bChecked, photo.dRmsPixels);
-  json["worst"] = photo.pWorst != nullptr
-                      ? Json{{"id", photo.pWorst->uId}, {"length", photo.pWorst->Length()}}
+  json["id"] = photo.m_pPhoto->GetId();
+  json["name"] = photo.m_pPhoto->GetName().chars();
+  json["points"] = photo.m_points.size();
+  json["checked"] = photo.m_iChecked;
+  json["rms"] = Or(bChecked, photo.m_dRms);
+  json["rms_x"] = Or(bChecked, photo.m_dRmsX);
+  json["rms_y"] = Or(bChecked, photo.m_dRmsY);
+  json["rms_z"] = Or(bChecked, photo.m_dRmsZ);
+  json["rms_pixels"] = Or(bChecked, photo.m_dRmsPixels);
+  json["worst"] = photo.Worst() != nullptr
+                      ? Json{{"id", photo.Worst()->m_uId}, {"length", photo.Worst()->Length()}}
                       : Json();
   return json;
 }
 
-Json PointJson(unsigned uPhoto, const MeasuredPoint& p) {
-  Json json{{"photo", uPhoto}, {"id", p.uId}, {"x", p.x}, {"y", p.y}, {"z", p.z}};
-  json["dx"] = Or(p.bChecked, p.dx);
-  json["dy"] = Or(p.bChecked, p.dy);
-  json["dz"] = Or(p.bChecked, p.dz);
-  json["pixel_dx"] = Or(p.bChecked, p.rx);
-  json["pixel_dy"] = Or(p.bChecked, p.ry);
+Json PointJson(unsigned uPhoto, const ZuMeasuredPoint& p) {
+  Json json{{"photo", uPhoto}, {"id", p.m_uId}, {"x", p.m_dX}, {"y", p.m_dY}, {"z", p.m_dZ}};
+  json["dx"] = Or(p.m_bChecked, p.m_dDX);
+  json["dy"] = Or(p.m_bChecked, p.m_dDY);
+  json["dz"] = Or(p.m_bChecked, p.m_dDZ);
+  json["pixel_dx"] = Or(p.m_bChecked, p.m_dResPixelX);
+  json["pixel_dy"] = Or(p.m_bChecked, p.m_dResPixelY);
   return json;
 }
 
-void AddJson(const Measurement& result, Context& context) {
+void AddJson(const ZuPlaneMeasurement& result, Context& context) {
   Json& root = context.Root();
-  const ZuPlane& plane = result.plane;
+  const ZuPlane& plane = result.m_plane;
   root["plane"] = Json{{"normal", {plane.A(), plane.B(), plane.C()}},
                        {"d", plane.D()},
-                       {"points", result.iPlanePoints},
-                       {"sigma0", result.dSigma0}};
+                       {"points", result.m_iPlanePoints},
+                       {"sigma0", result.m_dPlaneSigma0}};
   root["photos"] = Json::array();
-  root["rms"] = Or(result.iChecked > 0, result.dRms);
-  root["rms_pixels"] = Or(result.iChecked > 0, result.dRmsPixels);
-  root["checked"] = result.iChecked;
-  root["not_met"] = result.refused.size();
+  root["rms"] = Or(result.m_iChecked > 0, result.m_dRms);
+  root["rms_pixels"] = Or(result.m_iChecked > 0, result.m_dRmsPixels);
+  root["checked"] = result.m_iChecked;
+  root["not_met"] = result.m_refused.size();
   root["left_out"] = Json::array();
   root["refused"] = Json::array();
   root["points"] = Json::array();
   if (!context.IsJson()) return;
-  for (const LeftOutPhoto& photo : result.leftOut) {
-    root["left_out"].push_back(Json{
-        {"photo", photo.uPhoto}, {"measurements", photo.uMeasurements}, {"reason", photo.strWhy}});
+  for (const ZuLeftOutPhoto& photo : result.m_leftOut) {
+    root["left_out"].push_back(Json{{"photo", photo.m_uPhoto},
+                                    {"measurements", photo.m_iMeasurements},
+                                    {"reason", photo.m_strWhy}});
   }
-  for (const RefusedPoint& point : result.refused) {
+  for (const ZuRefusedMeasurement& point : result.m_refused) {
     root["refused"].push_back(
-        Json{{"photo", point.uPhoto}, {"id", point.uId}, {"reason", point.strWhy}});
+        Json{{"photo", point.m_uPhoto}, {"id", point.m_uId}, {"reason", point.m_strWhy}});
   }
-  for (const MeasuredPhoto& photo : result.photos) {
+  for (const ZuMeasuredPhoto& photo : result.m_photos) {
     root["photos"].push_back(PhotoJson(photo));
-    for (const MeasuredPoint& p : photo.points) {
-      root["points"].push_back(PointJson(photo.pPhoto->GetId(), p));
+    for (const ZuMeasuredPoint& p : photo.m_points) {
+      root["points"].push_back(PointJson(photo.m_pPhoto->GetId(), p));
     }
   }
 }
 
-void Print(const Measurement& result, const Values& values, std::ostream& stream) {
+void Print(const ZuPlaneMeasurement& result, const Values& values, std::ostream& stream) {
   stream << VerdictOf(result, values.strUnit) << "\n\n";
   TextTable table;
   table.AddColumn("photo");
@@ -90,32 +91,32 @@ void Print(const Measurement& result, const Values& values, std::ostream& stream
   for (const char* szTitle : {"points", "RMS", "X", "Y", "Z", "pixels", "worst", "point"}) {
     table.AddColumn(szTitle);
   }
-  for (const MeasuredPhoto& photo : result.photos) {
-    std::vector<std::string> cells = {std::to_string(photo.pPhoto->GetId()),
-                                      photo.pPhoto->GetName().chars(),
-                                      std::to_string(photo.points.size())};
-    if (photo.pWorst != nullptr) {
-      for (const double d : {photo.dRms, photo.dRmsX, photo.dRmsY, photo.dRmsZ, photo.dRmsPixels,
-                             photo.pWorst->Length()}) {
+  for (const ZuMeasuredPhoto& photo : result.m_photos) {
+    std::vector<std::string> cells = {std::to_string(photo.m_pPhoto->GetId()),
+                                      photo.m_pPhoto->GetName().chars(),
+                                      std::to_string(photo.m_points.size())};
+    if (photo.Worst() != nullptr) {
+      for (const double d : {photo.m_dRms, photo.m_dRmsX, photo.m_dRmsY, photo.m_dRmsZ,
+                             photo.m_dRmsPixels, photo.Worst()->Length()}) {
         cells.push_back(Fixed(d, 4));
       }
-      cells.push_back(std::to_string(photo.pWorst->uId));
+      cells.push_back(std::to_string(photo.Worst()->m_uId));
     }
     table.AddRow(cells);
   }
   table.Write(stream);
-  const ZuPlane& plane = result.plane;
-  stream << "\nplane of " << result.iPlanePoints << " points: normal (" << Fixed(plane.A(), 9)
+  const ZuPlane& plane = result.m_plane;
+  stream << "\nplane of " << result.m_iPlanePoints << " points: normal (" << Fixed(plane.A(), 9)
          << ", " << Fixed(plane.B(), 9) << ", " << Fixed(plane.C(), 9) << "), D "
-         << Fixed(plane.D() + 0.0, 6) << ", longest deviation " << Fixed(result.dPlaneDeviation, 6)
-         << '\n';
+         << Fixed(plane.D() + 0.0, 6) << ", longest deviation "
+         << Fixed(result.m_dPlaneDeviation, 6) << '\n';
 }
 
-void WriteObjectPoints(const Measurement& result, std::ostream& stream) {
-  for (const MeasuredPhoto& photo : result.photos) {
-    for (const MeasuredPoint& p : photo.points) {
-      stream << photo.pPhoto->GetId() << ' ' << p.uId << ' ' << Shortest(p.x) << ' '
-             << Shortest(p.y) << ' ' << Shortest(p.z) << '\n';
+void WriteObjectPoints(const ZuPlaneMeasurement& result, std::ostream& stream) {
+  for (const ZuMeasuredPhoto& photo : result.m_photos) {
+    for (const ZuMeasuredPoint& p : photo.m_points) {
+      stream << photo.m_pPhoto->GetId() << ' ' << p.m_uId << ' ' << Shortest(p.m_dX) << ' '
+             << Shortest(p.m_dY) << ' ' << Shortest(p.m_dZ) << '\n';
     }
   }
 }
@@ -136,8 +137,8 @@ ExitCode Run(const Values& values, Context& context) {
     checkFile.emplace(values.strCheck, "a coordinate file");
     ReadPoints(*checkFile, "id,x,y,z", context, &check);
   }
-  const Measurement result = MeasureProject(*pProject, planePoints, check, values.bFlip,
-                                            values.bLibrary, context.IsQuiet());
+  const ZuPlaneMeasurement result = MeasureProject(*pProject, planePoints, check, values.bFlip,
+                                                   values.bLibrary, context.IsQuiet());
 
   WarnOf(*pProject, projectFile, context);
   WarnOf(result, context);
@@ -154,7 +155,7 @@ ExitCode Run(const Values& values, Context& context) {
     input.pCheck = &check;
     context.NewOutput(values.strReport).Stream() << MeasureReport(result, input);
   }
-  return result.leftOut.empty() && result.refused.empty() ? kGood : kNotAcceptable;
+  return result.m_leftOut.empty() && result.m_refused.empty() ? kGood : kNotAcceptable;
 }
 
 }  // namespace

@@ -109,16 +109,16 @@ struct InfoValues {
 ExitCode RunInfo(const InfoValues& values, Context& context) {
   const InputFile file(values.strPath, kProjectFile);
   const auto pProject = OpenProject(file, values.bPartial);
-  Project& project = *pProject;
+  ZuProject& project = *pProject;
   Json& json = context.Root();
   json["photos"] = Json::array();
-  for (ZuPhoto* p = project.Photos().First(); p != nullptr; p = p->Next()) {
-    const int iMeasured = project.Pixels(p->GetId()).Count();
+  for (ZuPhoto* p = project.PhotoList().First(); p != nullptr; p = p->Next()) {
+    const int iMeasured = project.Measurements(p->GetId()).Count();
     PrintPhoto(*p, iMeasured, context.Text());
     json["photos"].push_back(PhotoJson(*p, iMeasured));
   }
   json["orthophotos"] = Json::array();
-  for (ZuOrthoPhoto* p = project.OrthoPhotos().First(); p != nullptr; p = p->Next()) {
+  for (ZuOrthoPhoto* p = project.OrthoPhotoList().First(); p != nullptr; p = p->Next()) {
     context.Text() << "Orthophoto " << ZuPhotoGuiString(p, false).chars() << ", "
                    << Counted(static_cast<size_t>(p->ZuspPlaneList().Count()), "plane") << ", "
                    << Shortest(p->GetPixelSize()) << " object units a pixel\n";
@@ -152,8 +152,8 @@ struct Chain {
   unsigned Needs() const {
     const bool bPixels = eMode != eBikoToAdjusted && eMode != eAdjustedToBiko &&
                          eMode != eObjectToAdjusted && eMode != eObjectToBiko;
-    return (bPixels ? Project::eNeedPixels : 0U) | (bCamera ? Project::eNeedCamera : 0U) |
-           (bFromObject ? Project::eNeedOrientation : 0U);
+    return (bPixels ? eZuNeedPixels : 0U) | (bCamera ? eZuNeedCamera : 0U) |
+           (bFromObject ? eZuNeedOrientation : 0U);
   }
   // Pre-transformations are told for pixels as the photo counts them.
   bool CanTurn() const { return (bFromDigi && eMode != eDigiToPre) || bToDigi; }

@@ -113,7 +113,7 @@ void ScaleBar(Svg& svg, double dRight, double y, double dUnit, const std::string
 struct Axis {
   const char* szName;
   double ZuPoint::*pCoordinate;
-  double MeasuredPoint::*pResidual;
+  double ZuMeasuredPoint::*pResidual;
   double dLow = 0.0, dHigh = 0.0;
 
   double Spread() const { return dHigh - dLow; }
@@ -121,9 +121,9 @@ struct Axis {
 
 // The two axes in which the points spread most, in the order X, Y, Z.
 std::vector<Axis> PlanAxes(const ZuPointList& check) {
-  std::vector<Axis> axes = {{"X", &ZuPoint::m_dX, &MeasuredPoint::dx},
-                            {"Y", &ZuPoint::m_dY, &MeasuredPoint::dy},
-                            {"Z", &ZuPoint::m_dZ, &MeasuredPoint::dz}};
+  std::vector<Axis> axes = {{"X", &ZuPoint::m_dX, &ZuMeasuredPoint::m_dDX},
+                            {"Y", &ZuPoint::m_dY, &ZuMeasuredPoint::m_dDY},
+                            {"Z", &ZuPoint::m_dZ, &ZuMeasuredPoint::m_dDZ}};
   for (Axis& axis : axes) {
     bool bFirst = true;
     for (const ZuPoint* p = check.First(); p != nullptr; p = p->Next(), bFirst = false) {
@@ -145,21 +145,21 @@ struct PlanSum {
 };
 
 template <class Function>
-void ForEachChecked(const Measurement& result, Function function) {
-  for (const MeasuredPhoto& photo : result.photos) {
-    for (const MeasuredPoint& p : photo.points) {
-      if (p.bChecked) function(p);
+void ForEachChecked(const ZuPlaneMeasurement& result, Function function) {
+  for (const ZuMeasuredPhoto& photo : result.m_photos) {
+    for (const ZuMeasuredPoint& p : photo.m_points) {
+      if (p.m_bChecked) function(p);
     }
   }
 }
 
 }  // namespace
 
-PhotoFigures::PhotoFigures(const Measurement& result) {
-  for (const MeasuredPhoto& photo : result.photos) m_photos.push_back(&photo);
+PhotoFigures::PhotoFigures(const ZuPlaneMeasurement& result) {
+  for (const ZuMeasuredPhoto& photo : result.m_photos) m_photos.push_back(&photo);
   if (m_photos.size() > kMostPhotos) {
-    const auto order = [](const MeasuredPhoto* a, const MeasuredPhoto* b) {
-      return a->dRmsPixels > b->dRmsPixels;
+    const auto order = [](const ZuMeasuredPhoto* a, const ZuMeasuredPhoto* b) {
+      return a->m_dRmsPixels > b->m_dRmsPixels;
     };
     std::stable_sort(m_photos.begin(), m_photos.end(), order);
     m_photos.resize(kMostPhotos);
@@ -167,19 +167,20 @@ PhotoFigures::PhotoFigures(const Measurement& result) {
   }
   m_uMost = std::min(kMostOfPhoto, kMostArrows / std::max<size_t>(m_photos.size(), 1));
   std::vector<double> lengths;
-  ForEachChecked(result,
-                 [&](const MeasuredPoint& p) { lengths.push_back(std::hypot(p.rx, p.ry)); });
+  ForEachChecked(result, [&](const ZuMeasuredPoint& p) {
+    lengths.push_back(std::hypot(p.m_dResPixelX, p.m_dResPixelY));
+  });
   m_dTypical = Quantile(std::move(lengths), kQuantile);
   double dWidest = 0.0;
-  for (const MeasuredPhoto* p : m_photos) {
-    dWidest = std::max(dWidest, std::fabs(p->pPhoto->GetDigiRegion().Width()) + 1.0);
-    m_bThinned |= p->points.size() > m_uMost;
+  for (const ZuMeasuredPhoto* p : m_photos) {
+    dWidest = std::max(dWidest, std::fabs(p->m_pPhoto->GetDigiRegion().Width()) + 1.0);
+    m_bThinned |= p->m_points.size() > m_uMost;
   }
   m_dFactor = FactorFor(m_dTypical, kPhotoWidth / dWidest);
 }
 
-std::string PhotoFigures::Figure(const MeasuredPhoto& photo) const {
-  ZuRegion region(photo.pPhoto->GetDigiRegion());
+std::string PhotoFigures::Figure(const ZuMeasuredPhoto& photo) const {
+  ZuRegion region(photo.m_pPhoto->GetDigiRegion());
   region.Sort();
   const double dScale = kPhotoWidth / (region.Width() + 1.0);
   const double dHeight = (region.Height() + 1.0) * dScale;
@@ -187,19 +188,21 @@ std::string PhotoFigures::Figure(const MeasuredPhoto& photo) const {
   // Pixels count from the centre of the first one, y downwards.
   const auto X = [&](double x) { return 1.0 + (x - region.Left() + 0.5) * dScale; };
   const auto Y = [&](double y) { return 39.0 + (y - region.Bottom() + 0.5) * dScale; };
-  const std::string strId = std::to_string(photo.pPhoto->GetId());
-  svg.Text(1.0, 13.0, "Photo " + strId + ", " + photo.pPhoto->GetName().chars(), 13.0, "start", 0.0,
-           "fill='#111' font-weight='bold'");
-  svg.Text(1.0, 31.0,
-           photo.iChecked > 0 ? "RMS " + Significant(photo.dRmsPixels) + " px" : "no check points",
-           12.0);
+  const std::string strId = std::to_string(photo.m_pPhoto->GetId());
+  svg.Text(1.0, 13.0, "Photo " + strId + ", " + photo.m_pPhoto->GetName().chars(), 13.0, "start",
+           0.0, "fill='#111' font-weight='bold'");
+  svg.Text(
+      1.0, 31.0,
+      photo.m_iChecked > 0 ? "RMS " + Significant(photo.m_dRmsPixels) + " px" : "no check points",
+      12.0);
   ScaleBar(svg, kPhotoWidth, 27.0, m_dFactor * dScale, "px");
   svg.Rect(1.0, 39.0, kPhotoWidth, dHeight, "fill='#fcfcfc' stroke='#555'");
   std::vector<Drawn> residuals, others;
-  for (const MeasuredPoint& p : photo.points) {
-    const double x = X(p.px), y = Y(p.py), d = m_dFactor * dScale;
-    if (p.bChecked) {
-      residuals.push_back({{x, y, x + d * p.rx, y + d * p.ry}, std::hypot(p.rx, p.ry)});
+  for (const ZuMeasuredPoint& p : photo.m_points) {
+    const double x = X(p.m_dPixelX), y = Y(p.m_dPixelY), d = m_dFactor * dScale;
+    if (p.m_bChecked) {
+      residuals.push_back({{x, y, x + d * p.m_dResPixelX, y + d * p.m_dResPixelY},
+                           std::hypot(p.m_dResPixelX, p.m_dResPixelY)});
     } else {
       others.push_back({{x, y, x, y}, 0.0});
     }
@@ -212,7 +215,7 @@ std::string PhotoFigures::Figure(const MeasuredPhoto& photo) const {
   return svg.Document("Residuals of photo " + strId);
 }
 
-std::string PlanFigure(const Measurement& result, const ZuPointList& check,
+std::string PlanFigure(const ZuPlaneMeasurement& result, const ZuPointList& check,
                        const std::string& strUnit) {
   const std::vector<Axis> axes = PlanAxes(check);
   const Axis &u = axes[0], &v = axes[1];
@@ -228,8 +231,8 @@ std::string PlanFigure(const Measurement& result, const ZuPointList& check,
 
   std::vector<double> lengths;
   std::map<unsigned, PlanSum> sums;
-  ForEachChecked(result, [&](const MeasuredPoint& p) {
-    PlanSum& sum = sums[p.uId];
+  ForEachChecked(result, [&](const ZuMeasuredPoint& p) {
+    PlanSum& sum = sums[p.m_uId];
     sum.du += p.*u.pResidual;
     sum.dv += p.*v.pResidual;
     ++sum.n;
@@ -250,8 +253,8 @@ std::string PlanFigure(const Measurement& result, const ZuPointList& check,
                  std::hypot(du, dv)};
   };
   std::vector<Drawn> single, mean;
-  ForEachChecked(result, [&](const MeasuredPoint& p) {
-    const ZuPoint* pCheck = index.Find(p.uId);
+  ForEachChecked(result, [&](const ZuMeasuredPoint& p) {
+    const ZuPoint* pCheck = index.Find(p.m_uId);
     if (pCheck != nullptr) single.push_back(drawn(*pCheck, p.*u.pResidual, p.*v.pResidual));
   });
   for (const auto& [uId, sum] : sums) {
@@ -275,9 +278,9 @@ std::string PlanFigure(const Measurement& result, const ZuPointList& check,
   return svg.Document("Plan of the object points with residuals");
 }
 
-std::string HistogramFigure(const Measurement& result, const std::string& strUnit) {
+std::string HistogramFigure(const ZuPlaneMeasurement& result, const std::string& strUnit) {
   std::vector<double> lengths;
-  ForEachChecked(result, [&](const MeasuredPoint& p) { lengths.push_back(p.Length()); });
+  ForEachChecked(result, [&](const ZuMeasuredPoint& p) { lengths.push_back(p.Length()); });
   const double dMost = *std::max_element(lengths.begin(), lengths.end());
   const double dEnd = std::min(dMost, 5.0 * Quantile(lengths, kQuantile));
   double dBin = SvgRoundDown(1.5 * dEnd / kBins);
@@ -302,10 +305,10 @@ std::string HistogramFigure(const Measurement& result, const std::string& strUni
     svg.Rect(x + 1.0, y, plot.X(dBin * static_cast<double>(i + 1)) - x - 2.0, plot.Y(0.0) - y,
              "fill='#5b84b1'");
   }
-  if (result.dRms < dBin * dBins) {
-    svg.Line(plot.X(result.dRms), 40.0, plot.X(result.dRms), 270.0,
+  if (result.m_dRms < dBin * dBins) {
+    svg.Line(plot.X(result.m_dRms), 40.0, plot.X(result.m_dRms), 270.0,
              "stroke='#c1272d' stroke-width='1.5' stroke-dasharray='5 3'");
-    svg.Text(plot.X(result.dRms) + 5.0, 54.0, "RMS", 12.0, "start", 0.0, "fill='#c1272d'");
+    svg.Text(plot.X(result.m_dRms) + 5.0, 54.0, "RMS", 12.0, "start", 0.0, "fill='#c1272d'");
   }
   if (iBeyond > 0) {
     svg.Text(kPlotWidth - 18.0, 70.0, std::to_string(iBeyond) + " beyond, to " + Significant(dMost),

@@ -14,18 +14,18 @@ namespace cli {
 // The photos' drawings: residuals over the frame of each image [pixels].
 class PhotoFigures {
  public:
-  explicit PhotoFigures(const Measurement& result);
+  explicit PhotoFigures(const ZuPlaneMeasurement& result);
 
   // Times as long as in the image, the same in every photo, so that they can be compared.
   double Factor() const { return m_dFactor; }
   // The photos that are drawn: all, or those with the largest RMS, in the order of the project.
-  const std::vector<const MeasuredPhoto*>& Photos() const { return m_photos; }
+  const std::vector<const ZuMeasuredPhoto*>& Photos() const { return m_photos; }
   bool IsThinned() const { return m_bThinned; }
 
-  std::string Figure(const MeasuredPhoto& photo) const;
+  std::string Figure(const ZuMeasuredPhoto& photo) const;
 
  private:
-  std::vector<const MeasuredPhoto*> m_photos;
+  std::vector<const ZuMeasuredPhoto*> m_photos;
   double m_dFactor = 1.0;
   double m_dTypical = 0.0;  // 95 % quantile of the lengths [pixels]
   size_t m_uMost = 0;       // arrows of a photo
@@ -34,10 +34,10 @@ class PhotoFigures {
 
 // Plan of the check points with the residuals of all photos and their mean, in the two axes in
 // which the points spread most.
-std::string PlanFigure(const Measurement& result, const ZuPointList& check,
+std::string PlanFigure(const ZuPlaneMeasurement& result, const ZuPointList& check,
                        const std::string& strUnit);
 
 // How often residuals of a length occur; those beyond five times the 95 % quantile in one bar.
-std::string HistogramFigure(const Measurement& result, const std::string& strUnit);
+std::string HistogramFigure(const ZuPlaneMeasurement& result, const std::string& strUnit);
 
 }  // namespace cli

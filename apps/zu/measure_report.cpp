@@ -5,7 +5,6 @@
 #include <cmath>
 #include <ctime>
 #include <fstream>
-#include <map>
 #include <set>
 
 #include "camera_plot.h"
@@ -76,14 +75,15 @@ std::string LongSection(const std::string& strTitle, const std::string& strNote,
          strContent + "</section>\n";
 }
 
-std::vector<std::string> QualityCells(const Quality& quality, const MeasuredPoint* pWorst) {
+std::vector<std::string> QualityCells(const ZuMeasureQuality& quality,
+                                      const ZuMeasuredPoint* pWorst) {
   if (pWorst == nullptr) return {};
-  return {Fixed(quality.dRmsPixels, 3), Fixed(quality.dRms, 4),  Fixed(quality.dRmsX, 4),
-          Fixed(quality.dRmsY, 4),      Fixed(quality.dRmsZ, 4), Fixed(pWorst->Length(), 4),
-          std::to_string(pWorst->uId)};
+  return {Fixed(quality.m_dRmsPixels, 3), Fixed(quality.m_dRms, 4),  Fixed(quality.m_dRmsX, 4),
+          Fixed(quality.m_dRmsY, 4),      Fixed(quality.m_dRmsZ, 4), Fixed(pWorst->Length(), 4),
+          std::to_string(pWorst->m_uId)};
 }
 
-std::string PhotoTable(const Measurement& result, const std::string& strUnit) {
+std::string PhotoTable(const ZuPlaneMeasurement& result, const std::string& strUnit) {
   const std::string strIn = " [" + strUnit + "]";
   HtmlTable table("photos", {{"photo"},
                              {"file", true},
@@ -95,66 +95,66 @@ std::string PhotoTable(const Measurement& result, const std::string& strUnit) {
                              {"RMS Z" + strIn},
                              {"worst" + strIn},
                              {"at point"}});
-  const auto add = [&table](std::vector<std::string> cells, const Quality& quality,
-                            const MeasuredPoint* pWorst, bool bTotal) {
+  const auto add = [&table](std::vector<std::string> cells, const ZuMeasureQuality& quality,
+                            const ZuMeasuredPoint* pWorst, bool bTotal) {
     const auto more = QualityCells(quality, pWorst);
     cells.insert(cells.end(), more.begin(), more.end());
     table.AddRow(cells, bTotal);
   };
-  for (size_t i = 0; i < std::min(kMostPhotos, result.photos.size()); ++i) {
-    const MeasuredPhoto& photo = result.photos[i];
-    add({std::to_string(photo.pPhoto->GetId()), photo.pPhoto->GetName().chars(),
-         std::to_string(photo.points.size())},
-        photo, photo.pWorst, false);
+  for (size_t i = 0; i < std::min(kMostPhotos, result.m_photos.size()); ++i) {
+    const ZuMeasuredPhoto& photo = result.m_photos[i];
+    add({std::to_string(photo.m_pPhoto->GetId()), photo.m_pPhoto->GetName().chars(),
+         std::to_string(photo.m_points.size())},
+        photo, photo.Worst(), false);
   }
-  const MeasuredPhoto* pWorst = result.pWorstPhoto;
-  add({"all", "", std::to_string(result.iPoints)}, result,
-      pWorst != nullptr ? pWorst->pWorst : nullptr, true);
+  const ZuMeasuredPhoto* pWorst = result.WorstPhoto();
+  add({"all", "", std::to_string(result.m_iPoints)}, result,
+      pWorst != nullptr ? pWorst->Worst() : nullptr, true);
   std::string strNote =
       "Differences are the point met with the plane less the check point, by id; RMS is the root "
       "mean square of their lengths, in the image [px] and in the object.";
-  if (result.photos.size() > kMostPhotos) {
+  if (result.m_photos.size() > kMostPhotos) {
     strNote += " The first " + std::to_string(kMostPhotos) + " of " +
-               std::to_string(result.photos.size()) + " photos.";
+               std::to_string(result.m_photos.size()) + " photos.";
   }
   return LongSection("Photos", strNote, table.Html());
 }
 
-std::string LeftOut(const Measurement& result) {
+std::string LeftOut(const ZuPlaneMeasurement& result) {
   std::string strItems;
-  for (size_t i = 0; i < std::min(kMostReasons, result.leftOut.size()); ++i) {
-    const LeftOutPhoto& photo = result.leftOut[i];
+  for (size_t i = 0; i < std::min(kMostReasons, result.m_leftOut.size()); ++i) {
+    const ZuLeftOutPhoto& photo = result.m_leftOut[i];
     strItems += "<li>" +
-                XmlText("photo " + std::to_string(photo.uPhoto) + " " + photo.strWhy + " (" +
-                        Counted(photo.uMeasurements, "measurement") + ")") +
+                XmlText("photo " + std::to_string(photo.m_uPhoto) + " " + photo.m_strWhy + " (" +
+                        Counted(static_cast<size_t>(photo.m_iMeasurements), "measurement") + ")") +
                 "</li>\n";
   }
-  for (size_t i = 0; i < std::min(kMostReasons, result.refused.size()); ++i) {
-    const RefusedPoint& point = result.refused[i];
+  for (size_t i = 0; i < std::min(kMostReasons, result.m_refused.size()); ++i) {
+    const ZuRefusedMeasurement& point = result.m_refused[i];
     strItems += "<li>" +
-                XmlText("photo " + std::to_string(point.uPhoto) + ", point " +
-                        std::to_string(point.uId) + ": " + point.strWhy) +
+                XmlText("photo " + std::to_string(point.m_uPhoto) + ", point " +
+                        std::to_string(point.m_uId) + ": " + point.m_strWhy) +
                 "</li>\n";
   }
   if (strItems.empty()) return "";
-  const size_t uAll = result.leftOut.size() + result.refused.size();
+  const size_t uAll = result.m_leftOut.size() + result.m_refused.size();
   return LongSection("Left out",
-                     Counted(result.leftOut.size(), "photo") + " and " +
-                         Counted(result.refused.size(), "single measurement") +
+                     Counted(result.m_leftOut.size(), "photo") + " and " +
+                         Counted(result.m_refused.size(), "single measurement") +
                          (uAll > kMostReasons ? "; the first of each." : "."),
                      "<ul>\n" + strItems + "</ul>\n");
 }
 
 struct Residual {
-  const MeasuredPhoto* pPhoto;
-  const MeasuredPoint* pPoint;
+  const ZuMeasuredPhoto* pPhoto;
+  const ZuMeasuredPoint* pPoint;
 };
 
-std::string WorstTable(const Measurement& result, const std::string& strUnit) {
+std::string WorstTable(const ZuPlaneMeasurement& result, const std::string& strUnit) {
   std::vector<Residual> all;
-  for (const MeasuredPhoto& photo : result.photos) {
-    for (const MeasuredPoint& point : photo.points) {
-      if (point.bChecked) all.push_back({&photo, &point});
+  for (const ZuMeasuredPhoto& photo : result.m_photos) {
+    for (const ZuMeasuredPoint& point : photo.m_points) {
+      if (point.m_bChecked) all.push_back({&photo, &point});
     }
   }
   const size_t uRows = std::min(kWorst, all.size());
@@ -173,48 +173,19 @@ std::string WorstTable(const Measurement& result, const std::string& strUnit) {
                             {"length" + strIn},
                             {"times RMS"}});
   for (size_t i = 0; i < uRows; ++i) {
-    const MeasuredPoint& p = *all[i].pPoint;
-    table.AddRow({std::to_string(all[i].pPhoto->pPhoto->GetId()), std::to_string(p.uId),
-                  Fixed(p.px, 2), Fixed(p.py, 2), Fixed(std::hypot(p.rx, p.ry), 3), Fixed(p.dx, 4),
-                  Fixed(p.dy, 4), Fixed(p.dz, 4), Fixed(p.Length(), 4),
-                  Fixed(p.Length() / result.dRms, 1)});
+    const ZuMeasuredPoint& p = *all[i].pPoint;
+    table.AddRow({std::to_string(all[i].pPhoto->m_pPhoto->GetId()), std::to_string(p.m_uId),
+                  Fixed(p.m_dPixelX, 2), Fixed(p.m_dPixelY, 2),
+                  Fixed(std::hypot(p.m_dResPixelX, p.m_dResPixelY), 3), Fixed(p.m_dDX, 4),
+                  Fixed(p.m_dDY, 4), Fixed(p.m_dDZ, 4), Fixed(p.Length(), 4),
+                  Fixed(p.Length() / result.m_dRms, 1)});
   }
   return LongSection(uRows < kWorst ? "The longest residuals" : "The twenty longest residuals", "",
                      table.Html());
 }
 
-// Mean over the photos, and how far they scatter about it.
-struct MeanPoint {
-  double x = 0.0, y = 0.0, z = 0.0;     // sums
-  double x2 = 0.0, y2 = 0.0, z2 = 0.0;  // sums of squares about the first
-  const MeasuredPoint* pFirst = nullptr;
-  int n = 0;
-
-  void Add(const MeasuredPoint& p) {
-    if (pFirst == nullptr) pFirst = &p;
-    const double dx = p.x - pFirst->x, dy = p.y - pFirst->y, dz = p.z - pFirst->z;
-    x += dx;
-    y += dy;
-    z += dz;
-    x2 += dx * dx;
-    y2 += dy * dy;
-    z2 += dz * dz;
-    ++n;
-  }
-  double X() const { return pFirst->x + x / n; }
-  double Y() const { return pFirst->y + y / n; }
-  double Z() const { return pFirst->z + z / n; }
-  double Scatter() const {
-    const double d = (x2 + y2 + z2) / n - (x * x + y * y + z * z) / n / n;
-    return std::sqrt(std::max(d, 0.0));
-  }
-};
-
-std::string CoordinateTable(const Measurement& result, const ReportInput& input) {
-  std::map<unsigned, MeanPoint> points;
-  for (const MeasuredPhoto& photo : result.photos) {
-    for (const MeasuredPoint& point : photo.points) points[point.uId].Add(point);
-  }
+std::string CoordinateTable(const ZuPlaneMeasurement& result, const ReportInput& input) {
+  const std::vector<ZuMeanMeasuredPoint> points = result.MeanPoints();
   const std::string strIn = " [" + input.strUnit + "]";
   HtmlTable table("points", {{"point"},
                              {"photos"},
@@ -227,18 +198,17 @@ std::string CoordinateTable(const Measurement& result, const ReportInput& input)
                              {"dZ" + strIn}});
   const ZuSortHelper<ZuPoint> index(input.pCheck);
   size_t uRows = 0;
-  for (const auto& [uId, mean] : points) {
+  for (const ZuMeanMeasuredPoint& mean : points) {
     if (++uRows > kMostPoints) break;
-    const double x = mean.X(), y = mean.Y(), z = mean.Z();
     std::vector<std::string> cells = {
-        std::to_string(uId), std::to_string(mean.n),
-        Fixed(x, 4),         Fixed(y, 4),
-        Fixed(z, 4),         mean.n > 1 ? Fixed(mean.Scatter(), 4) : "-"};
-    const ZuPoint* pCheck = index.Find(uId);
+        std::to_string(mean.m_uId), std::to_string(mean.m_iPhotos),
+        Fixed(mean.m_dX, 4),        Fixed(mean.m_dY, 4),
+        Fixed(mean.m_dZ, 4),        mean.m_iPhotos > 1 ? Fixed(mean.m_dScatter, 4) : "-"};
+    const ZuPoint* pCheck = index.Find(mean.m_uId);
     if (pCheck != nullptr) {
-      cells.push_back(Fixed(x - pCheck->m_dX, 4));
-      cells.push_back(Fixed(y - pCheck->m_dY, 4));
-      cells.push_back(Fixed(z - pCheck->m_dZ, 4));
+      cells.push_back(Fixed(mean.m_dX - pCheck->m_dX, 4));
+      cells.push_back(Fixed(mean.m_dY - pCheck->m_dY, 4));
+      cells.push_back(Fixed(mean.m_dZ - pCheck->m_dZ, 4));
     }
     table.AddRow(cells);
   }
@@ -252,7 +222,7 @@ std::string CoordinateTable(const Measurement& result, const ReportInput& input)
   return LongSection("Object coordinates", strNote, table.Html());
 }
 
-std::string OrientationTable(const Measurement& result, const std::string& strUnit) {
+std::string OrientationTable(const ZuPlaneMeasurement& result, const std::string& strUnit) {
   const std::string strIn = " [" + strUnit + "]";
   HtmlTable table("orientations", {{"photo"},
                                    {"X0" + strIn},
@@ -263,8 +233,8 @@ std::string OrientationTable(const Measurement& result, const std::string& strUn
                                    {"c about Z [gon]"},
                                    {"pixel [\xC2\xB5m]"},
                                    {"camera"}});
-  for (size_t i = 0; i < std::min(kMostPhotos, result.photos.size()); ++i) {
-    const ZuPhoto& photo = *result.photos[i].pPhoto;
+  for (size_t i = 0; i < std::min(kMostPhotos, result.m_photos.size()); ++i) {
+    const ZuPhoto& photo = *result.m_photos[i].m_pPhoto;
     const ZuVector& X0 = photo.GetPosAOR();
     double a, b, c;
     photo.GetRotAOR(&a, &b, &c);
@@ -286,25 +256,25 @@ std::string Term(double dValue, int iDecimals, const char* szAxis) {
   return (bMinus ? " - " + strNumber.substr(1) : " + " + strNumber) + szAxis;
 }
 
-std::string PlaneText(const Measurement& result, const std::string& strUnit) {
-  const ZuPlane& plane = result.plane;
+std::string PlaneText(const ZuPlaneMeasurement& result, const std::string& strUnit) {
+  const ZuPlane& plane = result.m_plane;
   const std::string strFirst = Term(plane.A(), 9, " X");
   const std::string strText =
-      "Best-fit plane of " + Counted(static_cast<size_t>(result.iPlanePoints), "point") + ":" +
+      "Best-fit plane of " + Counted(static_cast<size_t>(result.m_iPlanePoints), "point") + ":" +
       (strFirst[1] == '+' ? strFirst.substr(2) : strFirst) + Term(plane.B(), 9, " Y") +
       Term(plane.C(), 9, " Z") + Term(plane.D(), 6, "") + " = 0 [" + strUnit +
-      "]; longest distance of a point from it " + Fixed(result.dPlaneDeviation, 6) + " " + strUnit +
-      ".";
+      "]; longest distance of a point from it " + Fixed(result.m_dPlaneDeviation, 6) + " " +
+      strUnit + ".";
   return Section("Plane", "<p>" + XmlText(strText) + "</p>\n");
 }
 
-std::string CameraCurves(const Measurement& result) {
+std::string CameraCurves(const ZuPlaneMeasurement& result) {
   std::set<unsigned> shown;
   std::string strCurves;
-  for (const MeasuredPhoto& photo : result.photos) {
-    const ZuCamera& camera = photo.pPhoto->GetCamera();
+  for (const ZuMeasuredPhoto& photo : result.m_photos) {
+    const ZuCamera& camera = photo.m_pPhoto->GetCamera();
     if (shown.size() >= kCameraCurves || !shown.insert(camera.GetId()).second) continue;
-    strCurves += "<figure>" + DistortionCurve(camera, PhotoExtent(*photo.pPhoto), 480.0, 320.0) +
+    strCurves += "<figure>" + DistortionCurve(camera, PhotoExtent(*photo.m_pPhoto), 480.0, 320.0) +
                  "<figcaption>" +
                  XmlText("Camera " + std::to_string(camera.GetId()) + " \"" +
                          camera.GetName().chars() + "\": c = " + SvgNumber(std::fabs(camera.m_dC)) +
@@ -346,28 +316,18 @@ std::string Now() {
   return szText;
 }
 
-int CountOutliers(const Measurement& result) {
-  int n = 0;
-  for (const MeasuredPhoto& photo : result.photos) {
-    for (const MeasuredPoint& p : photo.points) {
-      if (p.bChecked && p.Length() > kOutlier * result.dRms) ++n;
-    }
-  }
-  return n;
-}
-
-std::string Residuals(const Measurement& result, const ReportInput& input) {
+std::string Residuals(const ZuPlaneMeasurement& result, const ReportInput& input) {
   const PhotoFigures figures(result);
   std::string strNote =
       "Measured less check point, drawn " + SvgNumber(figures.Factor()) +
       " times as long in every photo; the frame is the image, y down. Yellow arrows are cut and "
       "labelled with their length [px].";
-  if (figures.Photos().size() < result.photos.size()) {
+  if (figures.Photos().size() < result.m_photos.size()) {
     strNote += " The " + std::to_string(figures.Photos().size()) + " photos of the largest RMS.";
   }
   if (figures.IsThinned()) strNote += " Of crowded residuals the longest of each cell is drawn.";
   std::string strPhotos = "<div class='row photos'>\n";
-  for (const MeasuredPhoto* p : figures.Photos()) strPhotos += figures.Figure(*p);
+  for (const ZuMeasuredPhoto* p : figures.Photos()) strPhotos += figures.Figure(*p);
   return LongSection("Residuals in the photos", strNote, strPhotos + "</div>\n") +
          Section("Residuals in the object",
                  "<div class='row'><figure>" + PlanFigure(result, *input.pCheck, input.strUnit) +
@@ -377,24 +337,27 @@ std::string Residuals(const Measurement& result, const ReportInput& input) {
 
 }  // namespace
 
-std::string VerdictOf(const Measurement& result, const std::string& strUnit) {
-  const std::string strMet = Counted(static_cast<size_t>(result.iPoints), "measurement") + " of " +
-                             Counted(result.photos.size(), "photo") + " met with the plane";
+std::string VerdictOf(const ZuPlaneMeasurement& result, const std::string& strUnit) {
+  const std::string strMet = Counted(static_cast<size_t>(result.m_iPoints), "measurement") +
+                             " of " + Counted(result.m_photos.size(), "photo") +
+                             " met with the plane";
   const std::string strLeftOut =
-      result.refused.empty() ? "" : "; " + std::to_string(result.refused.size()) + " left out";
-  if (result.iChecked == 0) return strMet + "; no check points to compare with" + strLeftOut + ".";
-  const MeasuredPhoto& worst = *result.pWorstPhoto;
-  return strMet + ", " + std::to_string(result.iChecked) + " compared: RMS " +
-         Fixed(result.dRms, 4) + " " + strUnit + ", worst " + Fixed(worst.pWorst->Length(), 4) +
-         " " + strUnit + " (photo " + std::to_string(worst.pPhoto->GetId()) + ", point " +
-         std::to_string(worst.pWorst->uId) + "), " + std::to_string(CountOutliers(result)) +
+      result.m_refused.empty() ? "" : "; " + std::to_string(result.m_refused.size()) + " left out";
+  if (result.m_iChecked == 0)
+    return strMet + "; no check points to compare with" + strLeftOut + ".";
+  const ZuMeasuredPhoto& worst = *result.WorstPhoto();
+  return strMet + ", " + std::to_string(result.m_iChecked) + " compared: RMS " +
+         Fixed(result.m_dRms, 4) + " " + strUnit + ", worst " + Fixed(worst.Worst()->Length(), 4) +
+         " " + strUnit + " (photo " + std::to_string(worst.m_pPhoto->GetId()) + ", point " +
+         std::to_string(worst.Worst()->m_uId) + "), " +
+         std::to_string(result.CountLonger(kOutlier * result.m_dRms)) +
          " beyond three times the RMS" + strLeftOut + ".";
 }
 
-std::string MeasureReport(const Measurement& result, const ReportInput& input) {
+std::string MeasureReport(const ZuPlaneMeasurement& result, const ReportInput& input) {
   std::string strVerdict = VerdictOf(result, input.strUnit);
-  if (result.iChecked > 0) {
-    strVerdict += " In the images the RMS is " + Fixed(result.dRmsPixels, 3) + " pixels.";
+  if (result.m_iChecked > 0) {
+    strVerdict += " In the images the RMS is " + Fixed(result.m_dRmsPixels, 3) + " pixels.";
   }
   std::string html =
       "<!DOCTYPE html>\n<html lang='en'><head><meta charset='utf-8'>\n"
@@ -404,7 +367,7 @@ std::string MeasureReport(const Measurement& result, const ReportInput& input) {
       "</style></head>\n<body>\n<h1>Measurement on a plane</h1>\n<p class='verdict'>" +
       XmlText(strVerdict) + "</p>\n";
   html += LeftOut(result) + PhotoTable(result, input.strUnit);
-  if (result.iChecked > 0) html += Residuals(result, input) + WorstTable(result, input.strUnit);
+  if (result.m_iChecked > 0) html += Residuals(result, input) + WorstTable(result, input.strUnit);
   html += CoordinateTable(result, input) + PlaneText(result, input.strUnit);
   html += CameraCurves(result) + OrientationTable(result, input.strUnit) + Inputs(input);
   html += "<p class='note'>Made by zu " + std::string(ZuVersion()) + " on " + Now() + ".</p>\n";

@@ -22,8 +22,8 @@ struct ReportInput {
 };
 
 // The result in one or two sentences.
-std::string VerdictOf(const Measurement& result, const std::string& strUnit);
+std::string VerdictOf(const ZuPlaneMeasurement& result, const std::string& strUnit);
 
-std::string MeasureReport(const Measurement& result, const ReportInput& input);
+std::string MeasureReport(const ZuPlaneMeasurement& result, const ReportInput& input);
 
 }  // namespace cli

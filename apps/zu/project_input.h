@@ -1,4 +1,5 @@
-// Project and camera files on the command line: findings as warnings and as the message of a fault.
+// ZuProject and camera files on the command line: findings as warnings and as the message of a
+// fault.
 #pragma once
 
 #include <memory>
@@ -7,8 +8,8 @@
 #include "context.h"
 #include "input_file.h"
 #include "options.h"
-#include "project.h"
 #include "text_table.h"
+#include "zu/project/project.h"
 
 namespace cli {
 
@@ -19,19 +20,19 @@ void AddLibraryOption(Options& options, bool* pbLibrary);
 
 // Reads a project. Throws CommandError (bad input) with the first places where the file is
 // another kind of file, or at fault.
-std::unique_ptr<Project> OpenProject(const InputFile& file, bool bPartial);
+std::unique_ptr<ZuProject> OpenProject(const InputFile& file, bool bPartial);
 
 // The project's warnings on standard error, when the command has succeeded.
-void WarnOf(const Project& project, const InputFile& file, const Context& context);
+void WarnOf(const ZuProject& project, const InputFile& file, const Context& context);
 
 // The photo of that id. Throws CommandError (bad input) that lists those there are.
-ZuPhoto& FindPhoto(Project& project, unsigned uId, const InputFile& file);
+ZuPhoto& FindPhoto(ZuProject& project, unsigned uId, const InputFile& file);
 
 // What a project file is called where one is missing.
 constexpr char kProjectFile[] = "a project file";
 
 // Throws CommandError (undetermined) that tells what the photo lacks for a computation.
-void CheckNothingLacks(const Project& project, const ZuPhoto& photo, unsigned uNeeds,
+void CheckNothingLacks(const ZuProject& project, const ZuPhoto& photo, unsigned uNeeds,
                        const InputFile& file);
 
 // The cameras of a camera file, either form. A keyword that was probably meant as another is a

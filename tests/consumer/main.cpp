@@ -5,12 +5,6 @@
 #include <zu/adjust/adjust_status.h>
 #endif
 
-#ifdef WITH_EXCHANGE
-#include <zu/exchange/project_json.h>
-
-#include <sstream>
-#endif
-
 #include <cstdio>
 #include <cstring>
 
@@ -25,11 +19,6 @@ bool HasAxes(const ZuFrame3d& frame) {
 bool HasComponents() {
 #ifdef WITH_ADJUST
   if (std::strcmp(ZuAdjustStatusText(ZuAdjustStatus::Good), "good") != 0) return false;
-#endif
-#ifdef WITH_EXCHANGE
-  std::ostringstream json;
-  ZuExportProjectJson(json, ZuProject());
-  if (json.str().empty()) return false;
 #endif
   return true;
 }

@@ -21,6 +21,7 @@
 
 #include "zu/export.h"
 #include "zu/foundation/link.h"
+#include "zu/foundation/parser.h"
 #include "zu/photo/camera_list.h"
 #include "zu/photo/ortho_photo.h"
 #include "zu/photo/photo_list.h"
@@ -148,7 +149,7 @@ class ZU_API ZuProject : public LinkHdl {
   void MakeItems();
   long OnUnknown(ZuReader* pReader);
   long OnFault(ZuReader* pReader);
-  void AddFault(unsigned uLine, int iStatus);
+  void AddFault(unsigned uLine, eZuParserStatus eStatus);
   void AddFaults();
   bool HasFinding(unsigned uLine) const;
   void Error(const ZuKeywordBlock& block, const std::string& strText, const std::string& strRight);
@@ -168,7 +169,8 @@ class ZU_API ZuProject : public LinkHdl {
   std::unique_ptr<zu::internal::KeywordText> m_pText;
   std::vector<ZuProjectItem> m_aItems;
   std::map<unsigned, const ZuKeywordBlock*> m_photoBlocks, m_measureBlocks;  // by the photo's id
+  std::string m_strName;
   bool m_bForeign = false;
-  ZuPointList m_Rows;                // of the MEASURE being read
-  std::map<unsigned, int> m_Faults;  // of the reader: line to status
+  ZuPointList m_Rows;                            // of the MEASURE being read
+  std::map<unsigned, eZuParserStatus> m_Faults;  // of the reader: line to status
 };

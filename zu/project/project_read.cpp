@@ -2,43 +2,15 @@
 #include <algorithm>
 #include <fstream>
 #include <iterator>
-#include <sstream>
 #include <utility>
 
-#include "zu/foundation/reader.h"
 #include "zu/project/internal/keyword_text.h"
-#include "zu/project/internal/text_buffer.h"
+#include "zu/project/internal/text_reader.h"
 #include "zu/project/project.h"
 
 using zu::internal::KeywordText;
 
 namespace {
-
-const char* FaultText(int iStatus) {
-  switch (iStatus) {
-    case ParserErrorStream:
-      return "cannot be read on";
-    case ParserErrorUnterminatedString:
-      return "a text is not closed";
-    case ParserErrorInvalidNumber:
-      return "no number, or a matrix of the wrong shape";
-    default:
-      return "not what stands here";
-  }
-}
-
-const char* FaultRight(int iStatus) {
-  switch (iStatus) {
-    case ParserErrorStream:
-      return "lines of at most 8511 characters";
-    case ParserErrorUnterminatedString:
-      return "\"text\" on one line";
-    case ParserErrorInvalidNumber:
-      return "3x3, 4x4 or 3 numbers";
-    default:
-      return "a keyword, a number or a \"text\" as the keyword needs it";
-  }
-}
 
 using Place = std::pair<unsigned, unsigned>;
 
@@ -59,15 +31,11 @@ bool ZuProject::Read(const char* szPath, eZuProjectPart ePart) {
 }
 
 bool ZuProject::Read(std::istream& stream, const std::string& strName, eZuProjectPart ePart) {
-  std::ostringstream text;
-  if (stream.good() && stream.peek() != std::istream::traits_type::eof()) text << stream.rdbuf();
-  if (stream.bad() || (stream.fail() && !stream.eof())) {
-    Clear();
-    m_pText->Findings().Add(
-        {strName, 0, 0, eZuSeverityError, "", "cannot be read", "a file that can be read"});
-    return false;
-  }
-  return ReadText(std::move(text).str(), strName, ePart);
+  std::string strText;
+  if (zu::internal::ReadWhole(stream, &strText)) return ReadText(strText, strName, ePart);
+  Clear();
+  m_pText->Findings().Add(zu::internal::NotReadable(strName));
+  return false;
 }
 
 bool ZuProject::ReadText(const std::string& strText, const std::string& strName,
@@ -75,6 +43,7 @@ bool ZuProject::ReadText(const std::string& strText, const std::string& strName,
   Clear();
   m_pText = std::make_unique<KeywordText>(strText, strName, zu::internal::ProjectRules(),
                                           ePart == eZuProjectPartial);
+  m_strName = strName;
   m_bForeign = m_pText->IsForeign();
   if (m_bForeign) {
     m_pText->Findings().Clear();
@@ -100,10 +69,7 @@ void ZuProject::MakeItems() {
 }
 
 void ZuProject::ReadRecords(const std::string& strText) {
-  zu::internal::TextBuffer buffer(strText);
-  ZuReader reader("");
-  std::ios& stream = reader.GetStream();
-  stream.rdbuf(&buffer);  // in place of the file
+  zu::internal::TextReader reader(strText);
   ZuReaderObject keywords[] = {
       {"PHOTO", Link(this, &ZuProject::ReadPhoto)},
       {"ORTHOPHOTO", Link(this, &ZuProject::ReadOrthoPhoto)},
@@ -113,12 +79,12 @@ void ZuProject::ReadRecords(const std::string& strText) {
       {"MEASURE", Link(this, &ZuProject::ReadMeasure)},
       {"POINTS", Link(this, &ZuProject::ReadObjectPoints)},
   };
-  for (ZuReaderObject& keyword : keywords) reader.RegisterObject(keyword);
-  reader.SkipUnknownToken(false);
-  reader.SetUnknownTokenHdl(Link(this, &ZuProject::OnUnknown));
-  reader.SetParserErrorHdl(Link(this, &ZuProject::OnFault));
-  reader.DoProcess(false);
-  for (const ZuReaderError* p = reader.GetReaderErrorList().First(); p != nullptr; p = p->Next()) {
+  for (ZuReaderObject& keyword : keywords) reader->RegisterObject(keyword);
+  reader->SkipUnknownToken(false);
+  reader->SetUnknownTokenHdl(Link(this, &ZuProject::OnUnknown));
+  reader->SetParserErrorHdl(Link(this, &ZuProject::OnFault));
+  reader->DoProcess(false);
+  for (const ZuReaderError* p = reader->GetReaderErrorList().First(); p != nullptr; p = p->Next()) {
     AddFault(p->m_uLine, p->m_eStatus);
   }
 }
@@ -223,18 +189,18 @@ long ZuProject::OnFault(ZuReader* pReader) {
   return 1;
 }
 
-void ZuProject::AddFault(unsigned uLine, int iStatus) {
+void ZuProject::AddFault(unsigned uLine, eZuParserStatus eStatus) {
   const bool bCut = IsCut() && uLine >= m_pText->Blocks().back().m_uLine;
-  if (iStatus > ParserStatusEOF && !bCut && !m_pText->IsSkipped(uLine)) {
-    m_Faults.emplace(uLine, iStatus);
+  if (eStatus > ParserStatusEOF && !bCut && !m_pText->IsSkipped(uLine)) {
+    m_Faults.emplace(uLine, eStatus);
   }
 }
 
 // For what the look at the text, which knows better what is wrong, has no rule for.
 void ZuProject::AddFaults() {
   if (GetFindings().GetErrorCount() > 0) return;
-  for (const auto& [uLine, iStatus] : m_Faults) {
-    m_pText->Add(eZuSeverityError, uLine, 0, "", FaultText(iStatus), FaultRight(iStatus));
+  for (const auto& [uLine, eStatus] : m_Faults) {
+    m_pText->Findings().Add(zu::internal::ReaderFault(m_strName, uLine, eStatus));
   }
 }
 

@@ -9,6 +9,7 @@ namespace zu::internal {
 
 // The values of a keyword, one character each; blanks separate for the eye only:
 //   u  id, a whole number from 1 to 4294967295      i  whole number of 32 bits
+//   k  whole number of 32 bits that is the id of its block
 //   n  number, finite                               t  "text"
 //   ?  the value behind it may be missing
 //   M33  a matrix: its rows and columns, then its elements        V3  a vector alike

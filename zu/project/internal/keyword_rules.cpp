@@ -6,10 +6,12 @@ namespace {
 
 constexpr char kCameraRow[] = "i nnnnnn t";  // id, c, xh, yh, a1, a2, r0, name
 
+constexpr char kCameraFileRow[] = "k nnnnnn t";
+
 constexpr KeywordRule kEnd = {nullptr, nullptr};
 
 constexpr KeywordRule kCamera[] = {
-    {"ID", "i"}, {"NAME", "t"}, {"MD", "i"},  {"C", "n"},   {"CV", "n"}, {"XH", "n"}, {"YH", "n"},
+    {"ID", "k"}, {"NAME", "t"}, {"MD", "i"},  {"C", "n"},   {"CV", "n"}, {"XH", "n"}, {"YH", "n"},
     {"X0", "n"}, {"Y0", "n"},   {"XHV", "n"}, {"YHV", "n"}, {"A1", "n"}, {"A2", "n"}, {"A3", "n"},
     {"R0", "n"}, {"RM", "n"},   {"B1", "n"},  {"B2", "n"},  {"C1", "n"}, {"C2", "n"}, kEnd};
 
@@ -70,7 +72,7 @@ constexpr KeywordRule kProject[] = {{"PHOTO", nullptr, kPhoto, true},
                                     {"POINTS", "(unnn)", nullptr, true},
                                     kEnd};
 
-constexpr KeywordRule kCameraFile[] = {{"CAMERA", nullptr, kCamera}, {"", kCameraRow}, kEnd};
+constexpr KeywordRule kCameraFile[] = {{"CAMERA", nullptr, kCamera}, {"", kCameraFileRow}, kEnd};
 
 }  // namespace
 

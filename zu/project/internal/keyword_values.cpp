@@ -2,7 +2,7 @@
 #include <cstring>
 #include <unordered_map>
 
-#include "zu/foundation/strict_number.h"
+#include "zu/foundation/number_text.h"
 #include "zu/project/internal/keyword_walk.h"
 
 namespace zu::internal {
@@ -28,6 +28,7 @@ const char* NameOf(char cKind) {
     case 'u':
       return "a whole number from 1 to 4294967295";
     case 'i':
+    case 'k':
       return "a whole number";
     case 'n':
       return "a finite number";
@@ -88,7 +89,7 @@ void KeywordWalk::Anything(bool bBlock) {
     if (m_eType == eZuTokenBlockClose && iOpen-- == 0) return;
     if (!bBlock && iOpen == 0 && IsKeyword()) return;
     if (m_eType == eZuTokenString || !BeginsAsNumber(m_text) || IsNumber(m_text)) continue;
-    Error(m_place, "", ShownText(m_text) + " is no number", RightNumber('n', m_text));
+    Error(m_place, "", ZuQuoted(m_text) + " is no number", RightNumber('n', m_text));
   }
 }
 
@@ -97,18 +98,19 @@ KeywordWalk::eValue KeywordWalk::Value(char cKind, const char* szKeyword, unsign
   const bool bText = m_eType == eZuTokenString;
   unsigned uId = 0;
   int iWhole = 0;
-  const bool bGood = cKind == 't'   ? bText
-                     : bText        ? false
-                     : cKind == 'n' ? IsNumber(m_text)
-                     : cKind == 'i' ? ZuParseWhole(m_text, &iWhole)
-                                    : ZuParseId(m_text, &uId);
+  const bool bGood = cKind == 't'                   ? bText
+                     : bText                        ? false
+                     : cKind == 'n'                 ? IsNumber(m_text)
+                     : cKind == 'i' || cKind == 'k' ? ZuParseWhole(m_text, &iWhole)
+                                                    : ZuParseId(m_text, &uId);
   if (!bGood) {
     const std::string strWhat = cKind == 'u' ? "id" : cKind == 'n' ? "number" : NameOf(cKind) + 2;
-    Error(m_place, szKeyword, ShownText(m_text) + " is no " + strWhat,
+    Error(m_place, szKeyword, ZuQuoted(m_text) + " is no " + strWhat,
           cKind == 't' ? NameOf(cKind) : RightNumber(cKind, m_text));
     return eValueWrong;
   }
   if (puId != nullptr && cKind == 'u') *puId = uId;
+  if (puId != nullptr && cKind == 'k') *puId = static_cast<unsigned>(iWhole);
   Next();
   return eValueTaken;
 }
@@ -245,7 +247,7 @@ bool KeywordWalk::Row(const std::string& strKinds, const KeywordRule& rule, unsi
       const eValue eTaken = Value(strKinds[i], rule.szKeyword, puId);
       if (eTaken == eValueTaken) continue;
       if (eTaken == eValueMissing && m_eType == eZuTokenKeyword) {
-        Error(m_place, rule.szKeyword, ShownText(m_text) + " stands in a row", "numbers");
+        Error(m_place, rule.szKeyword, ZuQuoted(m_text) + " stands in a row", "numbers");
       }
       while (!IsEnd() && m_eType != eZuTokenBlockOpen && m_place.uLine == place.uLine) Next();
       return false;

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cstring>
 
+#include "zu/foundation/number_text.h"
+
 namespace zu::internal {
 
 namespace {
@@ -19,11 +21,6 @@ std::vector<size_t> LineStarts(std::string_view text) {
 }
 
 }  // namespace
-
-std::string ShownText(std::string_view text) {
-  return "\"" + std::string(text.substr(0, kTextShown)) +
-         (text.size() > kTextShown ? "...\"" : "\"");
-}
 
 size_t KeywordWalk::Parser::Begin() const {
   return static_cast<size_t>(m_pToken - m_acLine) - (m_Token.m_eType == eZuTokenString ? 1 : 0);
@@ -93,7 +90,8 @@ void KeywordWalk::Items(const KeywordRule* pRules, ZuKeywordBlock* pBlock, bool 
       ZuKeywordBlock item;
       item.m_uLine = m_place.uLine;
       item.m_uColumn = m_place.uColumn;
-      Values(*pRule, &item, &item);
+      item.m_uToken = m_parser.GetStatus().m_uTokenCount;
+      if (Values(*pRule, &item, &item)) pBlock->m_blocks.push_back(std::move(item));
     } else {
       Stray();
     }
@@ -156,7 +154,7 @@ void KeywordWalk::SkipUnknownValue() {
 // What stands where a keyword should.
 void KeywordWalk::Stray() {
   const bool bBlock = m_eType == eZuTokenBlockOpen;
-  Error(m_place, "", (bBlock ? "a block" : ShownText(m_text)) + " stands here", "a keyword");
+  Error(m_place, "", (bBlock ? "a block" : ZuQuoted(m_text)) + " stands here", "a keyword");
   if (bBlock) return SkipBlock();
   while (!IsEnd() && m_eType != eZuTokenKeyword && m_eType != eZuTokenBlockOpen) Next();
 }
@@ -184,8 +182,7 @@ void KeywordWalk::SkipToBlockEnd() {
 void KeywordWalk::EndOfBlock(const KeywordRule& rule) {
   if (!IsEnd()) {
     Add(eZuSeverityWarning, m_place, rule.szKeyword,
-        std::string(rule.szKeyword) + ": further values, from " + ShownText(m_text) +
-            " on, dropped",
+        std::string(rule.szKeyword) + ": further values, from " + ZuQuoted(m_text) + " on, dropped",
         "");
     SkipToBlockEnd();
   }

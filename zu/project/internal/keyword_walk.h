@@ -84,7 +84,4 @@ class KeywordWalk {
   bool m_bEndsOpen;  // the file's last byte may be the middle of a word
 };
 
-// A text of the file in quotes, cut for a message.
-std::string ShownText(std::string_view text);
-
 }  // namespace zu::internal
