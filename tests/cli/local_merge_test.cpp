@@ -61,18 +61,6 @@ TEST(Merge, SameSeedGivesTheSameBytes) {
             MergeSamples({"--json", "--seed=5"}).strOut);
 }
 
-TEST(Merge, WritesGoodAndRejectedPoints) {
-  const ScratchFolder folder;
-  const Outcome outcome = MergeSamples(
-      {"--strict", "-o", folder.Path("joined.coo"), "--rejected", folder.Path("bad.coo")});
-  EXPECT_EQ(outcome.iExit, 1);  // computed, but points were rejected
-  EXPECT_NE(outcome.strOut.find("3 rejected"), std::string::npos) << outcome.strOut;
-  const std::string strJoined = ReadFile(folder.Path("joined.coo"));
-  EXPECT_EQ(std::count(strJoined.begin(), strJoined.end(), '\n'), 58);
-  const std::string strBad = ReadFile(folder.Path("bad.coo"));
-  EXPECT_EQ(std::count(strBad.begin(), strBad.end(), '\n'), 3);
-}
-
 TEST(Merge, RefusesWhatItCannotDecide) {
   const ScratchFolder folder;
   folder.Write("a", "1 0 0 0\n2 1 0 0\n3 0 1 0\n");

@@ -35,35 +35,6 @@ TEST(ReaderDamage, OneByteReplaced) {
   }
 }
 
-TEST(ReaderDamage, RandomTokens) {
-  constexpr unsigned int kSeed = 20240517;
-  SCOPED_TRACE(::testing::Message() << "seed " << kSeed);
-  const std::string pieces[] = {
-      // clang-format off
-      "{", "}", "{ ", " }", "BLOCK", " BLOCK {", "ROWS", "PAIR ", "NAMED", "INT", "LOOK", "GIVE ",
-      "OPEN", "VALUES", "1", " 2.5", " 3 ", "12abc", "\"", "\"x\"", "\n", ";", "!", " ", "\t", "\r\n",
-      "UNKNOWN ", "-", "\xFF", std::string(1, '\0'), "1e999", "e", ",", "\xEF\xBB\xBF",
-      std::string(9000, 'x')
-      // clang-format on
-  };
-  std::mt19937 random(kSeed);
-  const auto draw = [&](std::size_t n) { return random() % n; };
-  for (int iRun = 0; iRun < 3000; ++iRun) {
-    std::string strText;
-    const std::size_t nPieces = draw(60);
-    for (std::size_t i = 0; i < nPieces; ++i) {
-      // The long line ends a run; it is rare.
-      strText += pieces[draw(std::size(pieces) - (draw(20) != 0 ? 1 : 0))];
-      if (draw(2) == 0) strText += ' ';
-    }
-    const int nOptions = static_cast<int>(draw(32));
-    Trace trace;
-    trace.Run(strText, nOptions);
-    ASSERT_EQ(trace.m_iResult, 1) << strText << "\noptions " << nOptions;
-    ASSERT_TRUE(trace.m_bAtRest) << strText << "\noptions " << nOptions;
-  }
-}
-
 std::string Repeat(const std::string& strPiece, int n) {
   std::string strText;
   for (int i = 0; i < n; ++i) strText += strPiece;

@@ -1,7 +1,6 @@
 // Matrices and vectors in keyword files.
 #include "tests/support/keyword_file.h"
 #include "tests/support/test.h"
-#include "zu/foundation/debug.h"
 #include "zu/numerics/matrix.h"
 
 namespace {
@@ -65,16 +64,4 @@ TEST(MatrixRead, VectorTakesItsValuesAndLeavesTheRest) {
     EXPECT_EQ(record.m_Vector, expected);
     EXPECT_EQ(record.m_iNumber, 5);
   }
-}
-
-TEST(MatrixRead, DebugOutputShowsRowsAndLength) {
-  std::string strText;
-  const ZuDebugSink old = ZuSetDebugSink(
-      {[](void* p, const char* szText) { *static_cast<std::string*>(p) += szText; }, &strText});
-  ZuMatrix(2, 1).DbgPrintf("zero %d", 7);
-  ZuVector(3.0, 0.0, 4.0).DbgPrintf("%s", "v");
-  ZuSetDebugSink(old);
-  EXPECT_EQ(strText,
-            "zero 7\n  0.0000000 \n  0.0000000 \n"
-            "v\n3.0000000   0.0000000   4.0000000    (5.0000000)\n");
 }

@@ -127,7 +127,8 @@ TEST(Columns, IdOrNameTakesDigitsAsTheId) {
                                                                      {"\"P 12\"", 0},
                                                                      {"\xE4\xF6", 0},
                                                                      {"1.5", 0},
-                                                                     {"99999999999", UINT_MAX}}) {
+                                                                     {"99999999999", UINT_MAX},
+                                                                     {"3000000000", 3000000000}}) {
     SCOPED_TRACE(szField);
     ZuPoint p;
     EXPECT_EQ(p.Read(szField, One(3)), 1);

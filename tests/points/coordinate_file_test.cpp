@@ -186,44 +186,6 @@ TEST(CoordinateFile, ReadsWhatThePlainReaderReads) {
   }
 }
 
-TEST(CoordinateFile, DecimalsOfFifteenDigitsComeBackToTheLastBit) {
-  constexpr unsigned int kSeed = 7;
-  std::mt19937_64 random(kSeed);
-  constexpr eZuPointRWMask kColumns[] = {eZuPointRWName, eZuPointRWId,    eZuPointRWX,
-                                         eZuPointRWDX,   eZuPointRWRedu1, eZuPointRWVX,
-                                         eZuPointRWCode, eZuPointRWEnd};
-  ZuPointList list{Table(kColumns)};
-  for (unsigned int u = 1; u <= 3000; ++u) {
-    ZuPoint p(u, 0, 0, 0, static_cast<short int>(u % 8));
-    for (double* pd : {&p.m_dX, &p.m_dDX, &p.m_dRedu1}) {
-      const std::string strDecimal = std::to_string(random() % 1000000000000000) + "e" +
-                                     std::to_string(static_cast<int>(random() % 600) - 315);
-      *pd = std::strtod(strDecimal.c_str(), nullptr) * (u % 2 == 0 ? 1 : -1);
-    }
-    p.m_fVX = std::bit_cast<float>(static_cast<std::uint32_t>(random() % 0x7F800000u));
-    p.SetName(std::string(u % 30, 'n').c_str());
-    list.Add(p);
-  }
-  list.Last()->m_dX = HUGE_VAL;
-  list.First()->m_dX = -0.0;
-
-  const TempFile file;
-  EXPECT_EQ(list.WriteFile(file.Path()), 1);
-  ZuPointList back;
-  ASSERT_EQ(back.ReadFile(file.Path(), Table(kColumns)), 3000);
-  const ZuPoint* q = back.First();
-  for (const ZuPoint* p = list.First(); p != nullptr; p = p->Next(), q = q->Next()) {
-    ASSERT_EQ(p->GetId(), q->GetId());
-    ASSERT_EQ(p->GetName(), q->GetName());
-    ASSERT_EQ(p->GetControlFlags(), q->GetControlFlags());
-    ASSERT_TRUE(SameField(p->m_dX, q->m_dX)) << p->GetId();
-    ASSERT_TRUE(SameField(p->m_dDX, q->m_dDX)) << p->GetId();
-    ASSERT_TRUE(SameField(p->m_dRedu1, q->m_dRedu1)) << p->GetId();
-    ASSERT_EQ(std::bit_cast<std::uint32_t>(p->m_fVX), std::bit_cast<std::uint32_t>(q->m_fVX));
-  }
-  EXPECT_EQ(Written(back), file.Read());
-}
-
 // The stream's own operators, column by column, give the same bytes.
 TEST(CoordinateFile, WritesWhatTheStreamWouldWrite) {
   std::mt19937_64 random(11);

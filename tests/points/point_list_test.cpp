@@ -1,7 +1,6 @@
 #include "zu/points/point_list.h"
 
 #include "tests/support/test.h"
-#include "zu/foundation/debug.h"
 
 namespace {
 
@@ -108,19 +107,4 @@ TEST(PointList, ReplaceKeepsThePlaceOfTheId) {
     strIds += std::to_string(p->GetId());
   }
   EXPECT_ROW("0123 8.5", strIds, list.Get(2)->m_dX);
-}
-
-TEST(PointList, DebugOutputNamesEveryPoint) {
-  std::string strText;
-  const ZuDebugSink former = ZuSetDebugSink(
-      {[](void* p, const char* sz) { *static_cast<std::string*>(p) += sz; }, &strText});
-  ZuPointList list;
-  for (unsigned int u : {11u, 12u}) AddPoint(list, u, 0);
-  list.DbgPrintfId("ids");
-  list.DbgPrintf(nullptr);
-  ZuSetDebugSink(former);
-  EXPECT_EQ(strText,
-            "ids:\n11\n12\n"
-            "11-  N  11.0000 0.0000 0.0000  0.0000 0.0000 0.0000 \n"
-            "12-  N  12.0000 0.0000 0.0000  0.0000 0.0000 0.0000 \n");
 }

@@ -14,7 +14,6 @@ namespace {
 
 const eZuPointRWMask aeColumns[] = {eZuPointRWId, eZuPointRWPhoto, eZuPointRWX,
                                     eZuPointRWY,  eZuPointRWZ,     eZuPointRWEnd};
-const eZuPointRWMask aeIdOrName[] = {eZuPointRWIdName, eZuPointRWX, eZuPointRWEnd};
 
 TEST(CoordinateFile, KeepsIdsApartBeyond31Bits) {
   const TempFile file("2147483648 3000000000 1 2 3\n4294967295 -1 1 2 3\n4294967296 5 1 2 3\n");
@@ -25,16 +24,6 @@ TEST(CoordinateFile, KeepsIdsApartBeyond31Bits) {
   EXPECT_EQ(list.Get(1)->GetId(), 4294967295u);
   EXPECT_EQ(list.Get(1)->m_iPhoto, -1);
   EXPECT_EQ(list.Get(2)->GetId(), 4294967295u);  // the most there is
-}
-
-TEST(CoordinateFile, TakesDigitsOfAnyIdAsIdNotAsName) {
-  const TempFile file("3000000000 1\n0 1\n3000000000a 1\n");
-  ZuPointList list;
-  ASSERT_EQ(list.ReadFile(file.Path(), aeIdOrName), 3);
-  EXPECT_EQ(list.Get(0)->GetId(), 3000000000u);
-  EXPECT_TRUE(list.Get(0)->GetName().empty());
-  EXPECT_STREQ(list.Get(1)->GetName(), "0");
-  EXPECT_STREQ(list.Get(2)->GetName(), "3000000000a");
 }
 
 TEST(Points, ComeBackFromFilesAndRowsWithEveryIdAndWhatIsNoNumber) {

@@ -1,5 +1,4 @@
 // The text form of a plane and the file of planes.
-#include "tests/support/random_geometry.h"
 #include "tests/support/temp_file.h"
 #include "tests/support/test.h"
 #include "zu/foundation/reader.h"
@@ -24,31 +23,6 @@ TEST(PlaneText, RecordIsOneRowOfFixedFields) {
             "    0.3333333333333333"
             "               -1234.5|");
   EXPECT_EQ(os.precision(), 16);
-}
-
-TEST(PlaneText, FileOfBlocksIsReadToItsEnd) {
-  RandomGeometry random(73);
-  ZuPlaneList written;
-  std::ostringstream os;
-  for (unsigned int u = 1; u <= 20; ++u) {
-    ZuPlane plane;
-    plane.SetId(u);
-    plane.SetName(String("plane ") + String(static_cast<int>(u)));
-    for (double* pd : {&plane.A(), &plane.B(), &plane.C(), &plane.D()}) *pd = random.Value(1e3);
-    written.Add(plane);
-    os << "{";
-    plane.Write(os) << " }\n";
-  }
-  const TempFile file(os.str());
-  const ZuPlaneList read{String(file.Path())};
-  ASSERT_EQ(read.Count(), 20);
-  const ZuPlane* q = written.First();
-  for (const ZuPlane* p = read.First(); p != nullptr; p = p->Next(), q = q->Next()) {
-    EXPECT_EQ(p->GetId(), q->GetId());
-    EXPECT_STREQ(p->GetName().chars(), q->GetName().chars());
-    EXPECT_NEAR(p->A(), q->A(), 1e-12);
-    EXPECT_NEAR(p->D(), q->D(), 1e-12);
-  }
 }
 
 // A record that registers a plane keyword hands the row to AddPlane.
