@@ -11,6 +11,7 @@
 #   JOBS           targets at a time (number of processors)
 #   FUZZ_TIMEOUT   seconds that one input may take (20)
 #   FUZZ_FINDINGS  findings after which a target is left (10)
+#   FUZZ_SEED      of the random choices, so that a run can be repeated (another each time)
 #   FUZZ_NO_BUILD  not empty: takes the targets as they are
 set -uo pipefail
 cd "$(dirname "$0")/.."
@@ -83,7 +84,7 @@ start() {
   {
     time nice -n "${FUZZ_NICE:-0}" "$binaries/fuzz_$target" "${arguments[@]}" \
       -max_total_time="$left" -timeout="$timeout" -max_len=$max_length -rss_limit_mb=2048 \
-      -malloc_limit_mb=256 -report_slow_units=5 -print_final_stats=1 \
+      -malloc_limit_mb=256 -report_slow_units=5 -print_final_stats=1 -seed="${FUZZ_SEED:-0}" \
       -artifact_prefix="$campaign/findings/$target-" \
       "$campaign/corpus/$target" "$campaign/seeds/$target" >"$log" 2>&1
     code=$?
