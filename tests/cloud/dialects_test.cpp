@@ -50,13 +50,17 @@ Result ReadAs(const std::string& strReader, const std::string& strBytes, eZuRead
     if (read.m_pCloud) iPoints = static_cast<int>(read.m_pCloud->GetPointCount());
     return {read.m_Findings, std::to_string(iPoints)};
   }
+  ZuPointList list;
+  if (strReader == "GSI") {
+    const auto read = ZuReadGsi(file.Path(), list, eMode);
+    return {read.m_Findings, std::to_string(list.Count())};
+  }
   std::vector<eZuPointRWMask> columns;
   std::istringstream names(strReader);
   for (std::string strName; std::getline(names, strName, ',');) {
     columns.push_back(FindZuColumn(strName));
   }
   columns.push_back(eZuPointRWEnd);
-  ZuPointList list;
   const auto read = ZuReadCoordinates(file.Path(), columns.data(), list, eMode);
   EXPECT_EQ(read.m_aLines.size(), static_cast<std::size_t>(list.Count()));
   return {read.m_Findings, std::to_string(list.Count())};

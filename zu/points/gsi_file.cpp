@@ -9,14 +9,18 @@
 #include <cstddef>
 #include <new>
 #include <optional>
+#include <string>
 #include <string_view>
+#include <utility>
 
+#include "zu/foundation/alnum_id.h"
 #include "zu/foundation/internal/characters.h"
 #include "zu/foundation/internal/without_memory.h"
+#include "zu/foundation/number_text.h"
 #include "zu/foundation/numbers.h"
 #include "zu/foundation/unicode.h"
 #include "zu/points/internal/line_reader.h"
-#include "zu/points/point_list.h"
+#include "zu/points/read_coordinates.h"
 
 namespace {
 
@@ -100,45 +104,152 @@ bool GsiPoint::Take(std::string_view word) {
   return true;
 }
 
-// Takes all words of a line; false if it is damaged.
-bool TakeLine(std::string_view line, GsiPoint* pPoint) {
+// Takes all words of a line; the first damaged one, empty at its place in the line, or null if
+// there is none.
+const char* TakeLine(std::string_view line, GsiPoint* pPoint) {
   const bool b16 = !line.empty() && line.front() == '*';
   if (b16) line.remove_prefix(1);
   while (!line.empty() && line.back() == ' ') line.remove_suffix(1);
 
   const std::size_t uWord = b16 ? kData + 16 : kData + 8;
   while (!line.empty()) {
-    if (line.size() < uWord || !pPoint->Take(line.substr(0, uWord))) return false;
+    if (line.size() < uWord || !pPoint->Take(line.substr(0, uWord))) return line.data();
     line.remove_prefix(uWord);
-    if (!line.empty() && line.front() != ' ') return false;
+    if (!line.empty() && line.front() != ' ') return line.data();
     if (!line.empty()) line.remove_prefix(1);
   }
-  return true;
+  return nullptr;
 }
 
-}  // namespace
-
-int ZuPointList::ReadGsiFile(const char* szPath) {
+ZuPoint PointOf(const GsiPoint& gsi) {
   // More digits than every Id may have make a name.
   constexpr std::size_t kIdDigits = 9;
 
+  ZuPoint point(0, gsi.adCoordinate[0], gsi.adCoordinate[1], gsi.adCoordinate[2]);
+  const char* const pEnd = gsi.acText + gsi.uText;
+  if (gsi.uText <= kIdDigits && std::all_of(gsi.acText, pEnd, IsDigit)) {
+    point.SetId(ZuAtou(gsi.acText, pEnd));
+  }
+  if (point.GetId() != 0) return point;
+  point.SetName(String(gsi.acText, static_cast<int>(gsi.uText)));
+  point.SetId(GetIdFromAlphaNumericString(point.GetName()));
+  return point;
+}
+
+// Calls Damaged(line, pDamage) for each line that is damaged, null where it is too long, and
+// Point(gsi) for each other one that holds any word; false ends the run.
+template <class Damaged, class Point>
+void ForEachLine(ZuLineReader& lines, Damaged damaged, Point point) {
+  std::string_view line;
+  while (lines.Next(&line)) {
+    GsiPoint gsi;
+    const char* const pDamage = lines.IsPiece() ? nullptr : TakeLine(line, &gsi);
+    const bool bGood = !lines.IsPiece() && pDamage == nullptr;
+    if (!(bGood ? point(line, gsi) : damaged(line, pDamage))) return;
+  }
+}
+
+// What becomes of the lines of a file that is held to its format.
+class Telling {
+ public:
+  Telling(ZuLineReader& lines, ZuPointList& points, eZuReadMode eMode, ZuCoordinateReading& reading)
+      : m_lines(lines), m_points(points), m_reading(reading), m_eMode(eMode) {
+    Findings().m_Dialect.m_strForm = "GSI";
+  }
+
+  // Those below are false where the reading ends.
+  bool Damaged(std::string_view line, const char* pDamage) {
+    if (m_lines.HasMorePieces()) return true;
+    Count();
+    if (pDamage == nullptr) return Wrong(0, "the line is too long", "at most 1999 bytes");
+    const auto uAt = static_cast<std::size_t>(pDamage - line.data());
+    std::string strRight = "a word such as 81..00+00012345";
+    return Wrong(uAt + 1, ZuQuoted(line.substr(uAt, 24)) + " is no word", std::move(strRight));
+  }
+  bool Point(std::string_view line, const GsiPoint& gsi) {
+    Count();
+    if (gsi.IsComplete()) {
+      zu::internal::Taken(m_points.Add(PointOf(gsi)));
+      m_reading.m_aLines.push_back(m_uLine);
+    } else if (!line.empty() && m_uIncomplete++ == 0) {
+      m_uFirstIncomplete = m_uLine;
+    }
+    return true;
+  }
+
+  // At the end of the file.
+  void Finish() {
+    Findings().EndDroppedLines();
+    if (m_uIncomplete == 0) return;
+    Findings().Add(eZuReadNote, m_uFirstIncomplete, 0,
+                   "lines without point number (word 11) or coordinates (81 to 83) passed over: " +
+                       std::to_string(m_uIncomplete));
+  }
+
+ private:
+  ZuReadFindings& Findings() { return m_reading.m_Findings; }
+  void Count() {
+    ++m_uLine;
+    ZuReadDialect& dialect = Findings().m_Dialect;
+    if (m_lines.HasEnd()) dialect.AddLineEnd(m_lines.HasCarriageReturn());
+    dialect.m_bByteOrderMark = m_lines.HasByteOrderMark();
+  }
+  bool Wrong(std::uint64_t uColumn, std::string strText, std::string strRight) {
+    if (m_eMode == eZuReadStrict) {
+      Findings().Add(eZuReadFault, m_uLine, uColumn, std::move(strText), std::move(strRight));
+      return false;
+    }
+    Findings().AddDroppedLine(m_uLine, uColumn, std::move(strText), std::move(strRight));
+    return true;
+  }
+
+  ZuLineReader& m_lines;
+  ZuPointList& m_points;
+  ZuCoordinateReading& m_reading;
+  eZuReadMode m_eMode;
+  std::uint64_t m_uLine = 0;
+  std::uint64_t m_uIncomplete = 0, m_uFirstIncomplete = 0;
+};
+
+}  // namespace
+
+ZuCoordinateReading ZuReadGsi(const char* szPath, ZuPointList& points, eZuReadMode eMode) {
+  ZuCoordinateReading reading;
+  try {
+    const ZuOpenFile pFile = ZuOpenText(szPath);
+    if (pFile) {
+      ZuLineReader lines(pFile.get());
+      Telling telling(lines, points, eMode, reading);
+      ForEachLine(
+          lines,
+          [&](std::string_view line, const char* pDamage) {
+            return telling.Damaged(line, pDamage);
+          },
+          [&](std::string_view line, const GsiPoint& gsi) { return telling.Point(line, gsi); });
+      telling.Finish();
+    } else {
+      reading.m_Findings.Add(eZuReadFault, 0, 0, "cannot be opened");
+    }
+    if (pFile && std::ferror(pFile.get()) != 0) {
+      reading.m_Findings.Add(eZuReadCut, 0, 0, "not all bytes could be read");
+    }
+  } catch (const std::bad_alloc&) {
+    reading.m_Findings.AddMemoryEnded();
+  }
+  return reading;
+}
+
+int ZuPointList::ReadGsiFile(const char* szPath) {
   const ZuOpenFile pFile = ZuOpenText(szPath);
   if (!pFile) return 0;
   try {
     ZuLineReader lines(pFile.get());
-    std::string_view line;
-    while (lines.Next(&line)) {
-      GsiPoint gsi;
-      if (lines.IsPiece() || !TakeLine(line, &gsi) || !gsi.IsComplete()) continue;
-      ZuPoint point(0, gsi.adCoordinate[0], gsi.adCoordinate[1], gsi.adCoordinate[2]);
-      const std::string_view text(gsi.acText, gsi.uText);
-      if (text.size() <= kIdDigits) {
-        point.SetIdOrName(text, true);
-      } else {
-        point.SetNameAndId(text);
-      }
-      zu::internal::Taken(Add(point));
-    }
+    ForEachLine(
+        lines, [](std::string_view, const char*) { return true; },
+        [this](std::string_view, const GsiPoint& gsi) {
+          if (gsi.IsComplete()) zu::internal::Taken(Add(PointOf(gsi)));
+          return true;
+        });
   } catch (const std::bad_alloc&) {
     // The points that found room stay.
   }

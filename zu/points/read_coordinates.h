@@ -38,3 +38,9 @@ ZU_API ZuCoordinateReading ZuReadCoordinates(const char* szPath,
                                              const TZuFormatTable<eZuPointRWMask>& columns,
                                              ZuPointList& points,
                                              eZuReadMode eMode = eZuReadStrict);
+
+// Appends the points of a GSI file of a total station as ZuPointList::ReadGsiFile does. A damaged
+// line ends the reading with a fault at its first damaged word, or tolerantly is left out; a line
+// without point number or coordinates, as measurements are, is a note.
+ZU_API ZuCoordinateReading ZuReadGsi(const char* szPath, ZuPointList& points,
+                                     eZuReadMode eMode = eZuReadStrict);
