@@ -5,6 +5,7 @@
 #include <cstring>
 
 #include "fuzz/input.h"
+#include "zu/cloud/cloud_reading.h"
 #include "zu/cloud/point_cloud_container.h"
 #include "zu/numerics/affin_map3d.h"
 #include "zu/numerics/select_volume3d.h"
@@ -63,4 +64,29 @@ inline void RequireSamePoints(const ZuPointCloud& a, const ZuPointCloud& b) {
     Require(IsSame(p.x, q.x) && IsSame(p.y, q.y) && IsSame(p.z, q.z));
     Require(p.GetColor() == q.GetColor() && p.GetIntensity() == q.GetIntensity());
   }
+}
+
+// The positions of the first cloud at the start of the second.
+inline void RequireStart(const ZuPointCloud& start, const ZuPointCloud& all) {
+  Require(start.GetPointCount() <= all.GetPointCount());
+  for (std::size_t i = 0; i < start.GetPoints().size(); ++i) {
+    const ZuScanPoint3d &p = start.GetPoints()[i], &q = all.GetPoints()[i];
+    Require(IsSame(p.x, q.x) && IsSame(p.y, q.y) && IsSame(p.z, q.z));
+  }
+}
+inline void RequireSamePositions(const ZuPointCloud& a, const ZuPointCloud& b) {
+  Require(a.GetPointCount() == b.GetPointCount());
+  RequireStart(a, b);
+}
+
+// A tolerant reading takes what the strict one took and goes on behind it.
+inline void RequireTolerantGoesOn(ZuCloudReading (*pfnRead)(const char*, ZuPointCloudContainer&,
+                                                            eZuReadMode),
+                                  const Input& input, const ZuCloudReading& strict) {
+  ZuPointCloudContainer clouds;
+  const ZuCloudReading tolerant = pfnRead(input.Path(), clouds, eZuReadTolerant);
+  Require(tolerant.m_pCloud != nullptr);
+  RequireStart(*strict.m_pCloud, *tolerant.m_pCloud);
+  Require(!strict.m_Findings.IsWhole() || tolerant.m_Findings.m_uDroppedLines == 0);
+  for (const ZuReadFinding& finding : tolerant.m_Findings) Require(!finding.m_strText.empty());
 }

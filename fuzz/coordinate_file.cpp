@@ -5,6 +5,7 @@
 
 #include "fuzz/points_use.h"
 #include "zu/photo/detect_files.h"
+#include "zu/points/read_coordinates.h"
 
 namespace {
 
@@ -71,6 +72,25 @@ void CheckRoundTrip(const ZuPointList& list, bool bDigits) {
   }
 }
 
+// Held to their columns: a tolerant reading goes on behind the points of a strict one, and what
+// either took is written so that all of it is taken again.
+void ReadStrictly(const Input& input, const Columns& columns) {
+  constexpr eZuPointRWMask kWritten[] = {eZuPointRWId, eZuPointRWName, eZuPointRWX,
+                                         eZuPointRWY,  eZuPointRWZ,    eZuPointRWEnd};
+  ZuPointList strict, tolerant, again;
+  const ZuCoordinateReading reading = ZuReadCoordinates(input.Path(), columns, strict);
+  const ZuCoordinateReading all =
+      ZuReadCoordinates(input.Path(), columns, tolerant, eZuReadTolerant);
+  Require(reading.m_aLines.size() <= all.m_aLines.size());
+  Require(std::equal(reading.m_aLines.begin(), reading.m_aLines.end(), all.m_aLines.begin()));
+  Require(all.m_aLines.size() == static_cast<std::size_t>(tolerant.Count()));
+  if (!IsWritable(tolerant)) return;
+  Require(tolerant.WriteFile(Input::OutputPath(), Columns(kWritten)) == 1);
+  const ZuCoordinateReading back = ZuReadCoordinates(Input::OutputPath(), Columns(kWritten), again);
+  Require(back.m_Findings.IsWhole());
+  RequireSamePoints(tolerant, again);
+}
+
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* pData, std::size_t uSize) {
@@ -90,5 +110,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* pData, std::size_t uSi
   Require(std::count(strText.begin(), strText.end(), '\n') >= std::max(0, iCount - 1));
   UsePoints(list);
   CheckRoundTrip(list, uSize % 2 == 0);
+  ReadStrictly(input, columns);
   return 0;
 }

@@ -3,6 +3,7 @@
 #include <cstdio>
 
 #include "fuzz/points_use.h"
+#include "zu/points/read_coordinates.h"
 
 namespace {
 
@@ -79,5 +80,12 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* pData, std::size_t uSi
   CheckRoundTrip(list);
   twice.ReadGsiFile(input.Path());
   Require(twice.ReadGsiFile(input.Path()) == 2 * iCount);
+  // Tolerantly read, no line that the other way takes is lost, and no other one taken.
+  ZuPointList tolerant, strict;
+  const ZuCoordinateReading all = ZuReadGsi(input.Path(), tolerant, eZuReadTolerant);
+  Require(all.m_aLines.size() == static_cast<std::size_t>(iCount));
+  RequireSamePoints(list, tolerant);
+  const bool bWhole = ZuReadGsi(input.Path(), strict).m_Findings.IsWhole();
+  Require(strict.Count() <= iCount && (!bWhole || strict.Count() == iCount));
   return 0;
 }

@@ -8,6 +8,7 @@ static void ReadStrictly(const Input& input) {
   ZuPointCloudContainer clouds;
   const ZuCloudReading reading = ZuReadPly(input.Path(), clouds);
   if (reading.m_pCloud == nullptr) return;
+  RequireTolerantGoesOn(ZuReadPly, input, reading);
   for (const eZuPlyForm eForm : {eZuPlyAscii, eZuPlyBinaryLittle, eZuPlyBinaryBig}) {
     ZuPointCloudContainer again;
     Require(ZuWritePly(Input::OutputPath(), clouds, eForm, reading.m_eIntensity));

@@ -119,7 +119,9 @@ ZuCoordinateRows::eJudgement ZuCoordinateRows::Judge(std::string_view line) {
     return TakeCommas(line, &m_words) ? Accept(m_words) : eWrong;
   }
   const bool bLoose = Fits(m_loose);
-  if (!bDivided && HasGap(m_divided)) return WrongFields(m_divided);
+  // What stands in quotes is a name, whatever delimiters it holds.
+  const bool bQuotes = line.find('"') != line.npos;
+  if (!bDivided && !(bQuotes && bLoose) && HasGap(m_divided)) return WrongFields(m_divided);
   if (bDivided) {
     if (bLoose && cDivider == ',' && !CheckOneReading(m_divided, m_loose)) return eWrong;
     return Accept(m_divided);
