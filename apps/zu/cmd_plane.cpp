@@ -1,4 +1,4 @@
-// zu plane: the best-fit plane of a point list.
+// zu plane: the best-fit plane of a point list, by orthogonal distances or as the core fits it.
 #include <algorithm>
 #include <cmath>
 #include <filesystem>
@@ -6,6 +6,8 @@
 #include <utility>
 
 #include "commands.h"
+#include "plane_orthogonal.h"
+#include "plane_values.h"
 #include "point_input.h"
 #include "text_table.h"
 #include "trafo_report.h"
@@ -15,13 +17,7 @@
 namespace cli {
 namespace {
 
-struct Values {
-  std::string strPoints;
-  std::string strLog;
-  std::string strOutput;
-  PointFormat format;
-  bool bForce = false;
-};
+using Values = PlaneValues;
 
 struct Figures {
   double dRms = 0.0;
@@ -147,12 +143,9 @@ void WriteLog(const std::string& strLog, ZuCalcPlane& calc, Context& context) {
   if (!log) file.setstate(std::ios::badbit);
 }
 
-ExitCode Run(const Values& values, Context& context) {
-  ZuPointList points;
-  ReadPointsOrRows(values.strPoints, values.format, context, &points);
+ExitCode RunAxis(const Values& values, ZuPointList* pPoints, Context& context) {
   ZuCalcPlane calc;
-  Fit(values, &points, &calc);
-
+  Fit(values, pPoints, &calc);
   if (context.IsJson()) {
     FillJson(calc, &context.Root());
   } else {
@@ -166,17 +159,43 @@ ExitCode Run(const Values& values, Context& context) {
   return kGood;
 }
 
+ExitCode Run(const Values& values, Context& context) {
+  ZuPointList points;
+  ReadPointsOrRows(values.strPoints, values.format, context, &points);
+  if (values.bAxis) return RunAxis(values, &points, context);
+  OrthogonalPlane plane(values, points);
+  const ExitCode eCode = plane.Report(context);
+  if (!values.strLog.empty()) WriteLog(values.strLog, plane.Log(), context);
+  return eCode;
+}
+
 }  // namespace
 
 Runner DefinePlane(Options& options) {
   auto pValues = std::make_shared<Values>();
   options.Positional("POINTS", &pValues->strPoints, "coordinate file");
-  options.Flag("--force", &pValues->bForce, "take points that are close to a line");
+  options.Flag("--axis", &pValues->bAxis,
+               "residuals along the axis closest to the normal, as the library's fit has them");
+  options.Flag("--force", &pValues->bForce, "with --axis: take points that are close to a line");
+  options.Flag("--all", &pValues->bAll, "set no point aside");
+  options.AlsoStrict("end with exit code 1 where points were set aside");
+  AddAdjustOptions(options, &pValues->adjust);
   options.Output("--log", "FILE", &pValues->strLog, "append the log of the fit to this file");
   AddPointOptions(options, &pValues->format);
   options.Output("-o,--output", "FEET", &pValues->strOutput,
                  "coordinate file of the foot points on the plane");
-  return [pValues](Context& context) { return Run(*pValues, context); };
+  return [pValues, options](Context& context) {
+    for (const char* szName : {"--sigma", "--alpha", "--alpha-total", "--report", "--all"}) {
+      if (!pValues->bAxis || !options.Given(szName)) continue;
+      throw CommandError(kUsage, std::string("--axis tests nothing: not together with ") + szName);
+    }
+    if (pValues->bForce && !pValues->bAxis) {
+      throw CommandError(kUsage,
+                         "--force goes with --axis; the orthogonal fit takes every set of "
+                         "points that determines a plane");
+    }
+    return Run(*pValues, context);
+  };
 }
 
 }  // namespace cli

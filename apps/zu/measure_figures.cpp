@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <cmath>
 #include <map>
-#include <unordered_map>
 
+#include "residual_arrows.h"
 #include "svg.h"
 #include "text_table.h"
 
@@ -15,99 +15,11 @@ namespace {
 constexpr char kResidual[] = "stroke='#c1272d' stroke-width='1.1'";
 constexpr char kFaint[] = "stroke='#8aa4c4' stroke-width='0.8'";
 constexpr char kMean[] = "stroke='#c1272d' stroke-width='1.8'";
-constexpr char kCut[] = "stroke='#b8860b' stroke-width='1.6'";
-constexpr char kBar[] = "stroke='#222' stroke-width='2'";
 constexpr double kQuantile = 0.95;
-constexpr double kTypicalLength = 24.0;  // of the 95 % quantile, drawn [px]
-constexpr double kCutLength = 60.0;      // beyond which an arrow is cut [px]
-constexpr size_t kCutLabels = 8;         // of a drawing
 constexpr double kPhotoWidth = 340.0, kPlotWidth = 480.0;
 constexpr size_t kMostPhotos = 24;
 constexpr size_t kMostArrows = 16000, kMostOfPhoto = 1500, kMostOfPlan = 3000;
 constexpr int kBins = 24;  // about
-
-double Quantile(std::vector<double> values, double dShare) {
-  if (values.empty()) return 0.0;
-  const auto n = static_cast<std::ptrdiff_t>(dShare * static_cast<double>(values.size() - 1));
-  std::nth_element(values.begin(), values.begin() + n, values.end());
-  return values[static_cast<size_t>(n)];
-}
-
-// The factor that draws a typical length, [user units] with dScale px each, in its place.
-double FactorFor(double dTypical, double dScale) {
-  const double dFactor = SvgRoundDown(kTypicalLength / (dTypical * dScale));
-  return dFactor > 0.0 && std::isfinite(dFactor) ? dFactor : 1.0;
-}
-
-// A residual in the drawing [px], and what its label says.
-struct Drawn {
-  Svg::Segment segment;
-  double dLength;  // as it is, in the unit of the label
-
-  double Pixels() const { return std::hypot(segment.x2 - segment.x1, segment.y2 - segment.y1); }
-};
-
-// The longest of each cell of a grid, where there are more than uMost.
-std::vector<Drawn> Thinned(std::vector<Drawn> all, size_t uMost, double dWidth, double dHeight) {
-  if (all.size() <= uMost) return all;
-  const double dCell = std::sqrt(dWidth * dHeight / static_cast<double>(uMost));
-  std::unordered_map<long long, Drawn> longest;
-  for (const Drawn& drawn : all) {
-    const auto iColumn = static_cast<long long>(std::floor(drawn.segment.x1 / dCell));
-    const auto iRow = static_cast<long long>(std::floor(drawn.segment.y1 / dCell));
-    const auto [place, bNew] = longest.emplace(iRow * 1000003 + iColumn, drawn);
-    if (!bNew && drawn.dLength > place->second.dLength) place->second = drawn;
-  }
-  std::vector<Drawn> result;
-  for (const auto& [iCell, drawn] : longest) result.push_back(drawn);
-  std::sort(result.begin(), result.end(), [](const Drawn& a, const Drawn& b) {
-    return std::pair(a.segment.y1, a.segment.x1) < std::pair(b.segment.y1, b.segment.x1);
-  });
-  return result;
-}
-
-// Arrows; the long ones cut, in another colour, the longest of them with their length.
-void DrawResiduals(Svg& svg, const std::vector<Drawn>& residuals, const char* szStyle,
-                   double dRight) {
-  std::vector<Svg::Segment> arrows, cut;
-  std::vector<const Drawn*> labelled;
-  for (const Drawn& drawn : residuals) {
-    const double dPixels = drawn.Pixels();
-    if (!std::isfinite(dPixels)) continue;
-    if (dPixels <= kCutLength) {
-      arrows.push_back(drawn.segment);
-      continue;
-    }
-    labelled.push_back(&drawn);
-  }
-  svg.Arrows(arrows, szStyle);
-  std::sort(labelled.begin(), labelled.end(),
-            [](const Drawn* a, const Drawn* b) { return a->dLength > b->dLength; });
-  std::string strLabels;
-  for (size_t i = 0; i < labelled.size(); ++i) {
-    Svg::Segment s = labelled[i]->segment;
-    const double dShare = kCutLength / labelled[i]->Pixels();
-    s.x2 = s.x1 + dShare * (s.x2 - s.x1);
-    s.y2 = s.y1 + dShare * (s.y2 - s.y1);
-    cut.push_back(s);
-    if (i >= kCutLabels) continue;
-    const bool bLeft = s.x2 > dRight - 50.0;
-    svg.Text(s.x2 + (bLeft ? -4.0 : 4.0), s.y2 + 4.0, Significant(labelled[i]->dLength), 12.0,
-             bLeft ? "end" : "start", 0.0,
-             "fill='#222' stroke='white' stroke-width='3' paint-order='stroke'");
-  }
-  if (!cut.empty()) svg.Arrows(cut, kCut);
-}
-
-// A bar that tells how long a residual is: dUnit px for one unit of length.
-void ScaleBar(Svg& svg, double dRight, double y, double dUnit, const std::string& strUnit) {
-  const double dLength = SvgRoundDown(45.0 / dUnit);
-  if (!(dLength > 0.0)) return;
-  const double dLeft = dRight - dLength * dUnit;
-  svg.Line(dLeft, y, dRight, y, kBar);
-  for (const double x : {dLeft, dRight}) svg.Line(x, y - 3.0, x, y + 3.0, kBar);
-  svg.Text(dLeft - 5.0, y + 4.0, SvgNumber(dLength) + " " + strUnit, 12.0, "end");
-}
 
 // An axis of object space.
 struct Axis {

@@ -1,19 +1,16 @@
 #include "measure_report.h"
 
 #include <algorithm>
-#include <chrono>
 #include <cmath>
-#include <ctime>
-#include <fstream>
 #include <set>
 
 #include "camera_plot.h"
+#include "html_page.h"
 #include "html_table.h"
 #include "measure_figures.h"
 #include "project_input.h"
 #include "svg.h"
 #include "text_table.h"
-#include "zu/version.h"
 
 namespace cli {
 
@@ -24,56 +21,6 @@ constexpr size_t kWorst = 20;
 constexpr size_t kMostPhotos = 300, kMostPoints = 300, kMostReasons = 50;  // rows
 constexpr size_t kCameraCurves = 4;
 constexpr double kGon = 200.0 / 3.14159265358979323846;
-
-constexpr char kStyle[] = R"(
-:root{color-scheme:light dark;--ink:#1b1b1b;--paper:#fff;--soft:#59636e;--line:#d5d9de;--head:#f2f4f6;--mark:#eef3f9;--bar:#1f5fa8}
-*{box-sizing:border-box}
-body{font:15px/1.45 'DejaVu Sans',Verdana,sans-serif;color:var(--ink);background:var(--paper);max-width:1080px;margin:1.5em auto;padding:0 1em}
-h1{font-size:1.5em;margin:.2em 0}h2{font-size:1.15em;margin:1.6em 0 .5em;border-bottom:1px solid var(--line)}
-.verdict{background:var(--mark);border-left:6px solid var(--bar);padding:.8em 1em;font-size:1.1em}
-.row{display:flex;flex-wrap:wrap;gap:10px;align-items:flex-start}svg{max-width:100%;height:auto}figure{margin:0;max-width:100%}
-figcaption,.note{color:var(--soft);font-size:.9em;margin:.4em 0}figcaption{max-width:480px}
-code{font:13px 'DejaVu Sans Mono',monospace;overflow-wrap:anywhere}li{overflow-wrap:anywhere}
-@media(max-width:640px){body{margin:.5em auto;padding:0 .7em}.verdict{font-size:1em;padding:.6em .7em}svg{width:100%}figure{width:100%}}
-@media print{:root{color-scheme:light}body{max-width:none;margin:0;padding:0;font-size:11px}.row{display:block}figure{display:inline-block}.photos svg{display:inline-block;width:32%}svg,figure,.verdict,.keep{break-inside:avoid}h2,.note.above{break-after:avoid}}
-)";
-
-// Colours of drawings on a dark screen; a rule outweighs the attribute of the shape.
-struct DarkColor {
-  const char *szLight, *szDark;
-};
-constexpr DarkColor kDarkColors[] = {
-    {"white", "#15191e"},   {"#fcfcfc", "#1b2027"}, {"#111", "#f0f3f6"},    {"#222", "#dfe4ea"},
-    {"#333", "#c9d1d9"},    {"#555", "#8b949e"},    {"#777", "#9aa4ae"},    {"#999", "#626b75"},
-    {"#ddd", "#30363d"},    {"#c1272d", "#ff7b72"}, {"#8aa4c4", "#5f86b5"}, {"#5b84b1", "#6ea8e6"},
-    {"#1f5fa8", "#6cb0ff"}, {"#2b8a3e", "#56d364"}, {"#b8860b", "#e3b341"}};
-
-std::string DarkStyle() {
-  std::string strStyle =
-      "@media screen and (prefers-color-scheme:dark){:root{--ink:#e6edf3;--paper:#15191e;"
-      "--soft:#9aa4ae;--line:#30363d;--head:#21262d;--mark:#1c2733;--bar:#6cb0ff}\n";
-  for (const DarkColor& color : kDarkColors) {
-    for (const char* szWhat : {"fill", "stroke"}) {
-      strStyle += std::string("svg [") + szWhat + "='" + color.szLight + "']{" + szWhat + ":" +
-                  color.szDark + "}";
-    }
-  }
-  return strStyle + "}\n";
-}
-
-// A heading and what belongs to it on one page.
-std::string Section(const std::string& strTitle, const std::string& strContent) {
-  return "<section class='keep'><h2>" + XmlText(strTitle) + "</h2>\n" + strContent + "</section>\n";
-}
-
-// A heading before something long, which may be broken between its rows, but not behind the
-// heading.
-std::string LongSection(const std::string& strTitle, const std::string& strNote,
-                        const std::string& strContent) {
-  return "<section><h2>" + XmlText(strTitle) + "</h2>\n" +
-         (strNote.empty() ? "" : "<p class='note above'>" + XmlText(strNote) + "</p>\n") +
-         strContent + "</section>\n";
-}
 
 std::vector<std::string> QualityCells(const ZuMeasureQuality& quality,
                                       const ZuMeasuredPoint* pWorst) {
@@ -286,16 +233,6 @@ std::string CameraCurves(const ZuPlaneMeasurement& result) {
                  "<div class='row'>\n" + strCurves + "</div>\n");
 }
 
-std::string CommandLine() {
-  std::ifstream stream("/proc/self/cmdline", std::ios::binary);
-  std::string strLine, strArgument;
-  while (std::getline(stream, strArgument, '\0')) {
-    const bool bQuote = strArgument.find_first_of(" \t\"'$&|;<>()*?") != std::string::npos;
-    strLine += (strLine.empty() ? "" : " ") + (bQuote ? "'" + strArgument + "'" : strArgument);
-  }
-  return strLine;
-}
-
 std::string Inputs(const ReportInput& input) {
   HtmlTable table("inputs", {{"input", true}, {"file", true}, {"bytes"}, {"CRC-32"}});
   for (const ReportInput::File& file : input.files) {
@@ -305,15 +242,6 @@ std::string Inputs(const ReportInput& input) {
   }
   return Section("Inputs",
                  table.Html() + "<p>Command: <code>" + XmlText(CommandLine()) + "</code></p>\n");
-}
-
-std::string Now() {
-  const std::time_t now = std::chrono::system_clock::to_time_t(std::chrono::system_clock::now());
-  std::tm parts{};
-  localtime_r(&now, &parts);
-  char szText[64];
-  std::strftime(szText, sizeof szText, "%Y-%m-%d %H:%M", &parts);
-  return szText;
 }
 
 std::string Residuals(const ZuPlaneMeasurement& result, const ReportInput& input) {
@@ -359,19 +287,12 @@ std::string MeasureReport(const ZuPlaneMeasurement& result, const ReportInput& i
   if (result.m_iChecked > 0) {
     strVerdict += " In the images the RMS is " + Fixed(result.m_dRmsPixels, 3) + " pixels.";
   }
-  std::string html =
-      "<!DOCTYPE html>\n<html lang='en'><head><meta charset='utf-8'>\n"
-      "<meta name='viewport' content='width=device-width, initial-scale=1'>\n"
-      "<title>Measurement report</title>\n<style>" +
-      std::string(kStyle) + HtmlTableStyle() + DarkStyle() +
-      "</style></head>\n<body>\n<h1>Measurement on a plane</h1>\n<p class='verdict'>" +
-      XmlText(strVerdict) + "</p>\n";
-  html += LeftOut(result) + PhotoTable(result, input.strUnit);
-  if (result.m_iChecked > 0) html += Residuals(result, input) + WorstTable(result, input.strUnit);
-  html += CoordinateTable(result, input) + PlaneText(result, input.strUnit);
-  html += CameraCurves(result) + OrientationTable(result, input.strUnit) + Inputs(input);
-  html += "<p class='note'>Made by zu " + std::string(ZuVersion()) + " on " + Now() + ".</p>\n";
-  return html + "</body></html>\n";
+  std::string strBody = LeftOut(result) + PhotoTable(result, input.strUnit);
+  if (result.m_iChecked > 0)
+    strBody += Residuals(result, input) + WorstTable(result, input.strUnit);
+  strBody += CoordinateTable(result, input) + PlaneText(result, input.strUnit);
+  strBody += CameraCurves(result) + OrientationTable(result, input.strUnit) + Inputs(input);
+  return HtmlPage("Measurement report", "Measurement on a plane", strVerdict, strBody);
 }
 
 }  // namespace cli

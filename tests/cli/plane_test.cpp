@@ -1,5 +1,5 @@
-// zu plane on the scan of samples/clouds, the board of samples/chessboard and sets made for a
-// purpose.
+// zu plane --axis on the scan of samples/clouds, the board of samples/chessboard and sets made for
+// a purpose.
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -8,7 +8,7 @@
 
 namespace {
 
-const char kScan[] = "zu plane $S/clouds/plane_scan.xyz --columns x,y,z ";
+const char kScan[] = "zu plane --axis $S/clouds/plane_scan.xyz --columns x,y,z ";
 
 nlohmann::json Json(const std::string& strLine, const ScratchFolder& folder) {
   const Outcome outcome = RunLine(strLine + " --json", folder);
@@ -48,7 +48,7 @@ TEST(Plane, GivesTheExpectedFiguresOfTheScan) {
 TEST(Plane, WritesFootPointsAndLog) {
   const ScratchFolder folder;
   const auto first = Json(std::string(kScan) + "-o feet.xyz", folder);
-  const auto again = Json("zu plane feet.xyz --columns x,y,z", folder);
+  const auto again = Json("zu plane --axis feet.xyz --columns x,y,z", folder);
   for (int i = 0; i < 3; ++i) {
     EXPECT_NEAR(again["normal"][i].get<double>(), first["normal"][i].get<double>(), 1e-12);
   }
@@ -56,7 +56,7 @@ TEST(Plane, WritesFootPointsAndLog) {
 
   const std::string strLog = folder.Write("plane.log", "an older report\n");
   for (int i = 0; i < 2; ++i) {
-    const auto board = Json("zu plane $S/chessboard/board.coo --log plane.log", folder);
+    const auto board = Json("zu plane --axis $S/chessboard/board.coo --log plane.log", folder);
     EXPECT_EQ(board["normal"], nlohmann::json({0, 0, 1}));
     EXPECT_EQ(board["points"].size(), 54U);
   }
@@ -80,15 +80,16 @@ TEST(Plane, PrintsTheLargestDeviationFirstOrRefuses) {
        {strScan.c_str(), 0, "0.03028  point 1177\n", ""},
        {strScan.c_str(), 0, "point  deviation\n 1177   -0.03028\n", ""},
        {"zu plane <(echo 1 0 0 0; echo 2 1 0 0)", 4, "", "holds 2 points, a plane needs 3"},
-       {"yes 3 4 5 | head -5 | zu plane - --columns x,y,z", 4, "", "in one place or on one line"},
-       {"zu plane line", 4, "", "in one place or on one line"},
-       {"zu plane line --force", 4, "", "do not determine"},
-       {"zu plane near", 4, "", "--force"},
-       {"zu plane near --force --json", 0, "\"deviation\": ", ""},
-       {"zu plane rows --columns x,y,z --json", 0, "\"d\": -1,", ""},
-       {"zu plane rows --columns x,y,z --json", 0, "{\"id\": 4, \"deviation\": 0}\n ]", ""},
+       {"yes 3 4 5 | head -5 | zu plane --axis - --columns x,y,z", 4, "",
+        "in one place or on one line"},
+       {"zu plane --axis line", 4, "", "in one place or on one line"},
+       {"zu plane --axis line --force", 4, "", "do not determine"},
+       {"zu plane --axis near", 4, "", "--force"},
+       {"zu plane --axis near --force --json", 0, "\"deviation\": ", ""},
+       {"zu plane --axis rows --columns x,y,z --json", 0, "\"d\": -1,", ""},
+       {"zu plane --axis rows --columns x,y,z --json", 0, "{\"id\": 4, \"deviation\": 0}\n ]", ""},
        {"echo 4 0 | zu plane - --columns x,y,z", 3, "",
         "standard input:1:4: the line has 2 fields"},
-       {"zu plane near --columns id,x,y", 2, "", "has no column z"}},
+       {"zu plane --axis near --columns id,x,y", 2, "", "has no column z"}},
       folder);
 }
