@@ -55,7 +55,8 @@ void AccuracyOf(const ZuPoint& point, const std::string& strColumns, int iDimens
 
 std::string SigmaText(double dSigma0, ZuSigmaKind kind, int iRedundancy) {
   return Fixed(dSigma0, DecimalsFor(dSigma0)) + "  " + ZuSigmaKindText(kind) + ", " +
-         std::to_string(iRedundancy) + " redundant";
+         std::to_string(iRedundancy) + " redundant" +
+         (iRedundancy == 0 ? ": of coordinates exact as told, or to 1 unit" : "");
 }
 
 void AddParameterJson(const std::vector<std::string>& names, const std::vector<double>& values,

@@ -4,10 +4,13 @@
 #include <memory>
 #include <utility>
 
+#include "adjust_options.h"
 #include "commands.h"
 #include "point_input.h"
+#include "svg.h"
 #include "text_table.h"
 #include "trafo_check.h"
+#include "zu/adjust/trafo2d_fit.h"
 #include "zu/foundation/sort_helper.h"
 #include "zu/rectify/region.h"
 #include "zu/transform/calc_trafo2d.h"
@@ -15,33 +18,32 @@
 namespace cli {
 namespace {
 
-// Two ways to the same transformation may differ by this share of the extent; more, and rounding
-// decides the result [-].
-constexpr double kSame = 1e-4;
-
 struct Values {
   std::string strSource, strControl, strOutput;
   std::string strType;
   PointFormat format = {"id,x,y", "error", "xy"};
+  AdjustValues adjust;
+  bool bTest = false;
 };
 
 struct Kind {
   const char* szName;
+  ZuTrafo2dKind kind;
   eZuTrafo2DType eType;
-  bool (ZuCalcTrafo2D::*pfnCalc)(ZuPointList*);
   int iMinPoints;
-  int iCoefficients;
-  const char* szFormula;
+  const char* szFormula;  // with (x, y) and (X, Y) less the centres
 };
 
 constexpr Kind kKinds[] = {
-    {"helmert", eZuTrafo2DHelmert, &ZuCalcTrafo2D::CalcTrafoHelmert, 2, 4,
+    {"congruence", ZuTrafo2dKind::Congruence, eZuTrafo2DNone, 2,
+     "X = a0 + a1 x - a3 y,  Y = a2 + a3 x + a1 y,  a1^2 + a3^2 = 1"},
+    {"helmert", ZuTrafo2dKind::Helmert, eZuTrafo2DHelmert, 2,
      "X = a0 + a1 x - a3 y,  Y = a2 + a3 x + a1 y"},
-    {"affin", eZuTrafo2DAffin, &ZuCalcTrafo2D::CalcTrafoAffin, 3, 6,
+    {"affin", ZuTrafo2dKind::Affine, eZuTrafo2DAffin, 3,
      "X = a0 + a1 x + a2 y,  Y = a3 + a4 x + a5 y"},
-    {"projektiv", eZuTrafo2DProjektiv, &ZuCalcTrafo2D::CalcTrafoProjectiv, 4, 8,
+    {"projektiv", ZuTrafo2dKind::Projective, eZuTrafo2DProjektiv, 4,
      "w = a6 x + a7 y + 1,  X = (a0 x + a1 y + a2) / w,  Y = (a3 x + a4 y + a5) / w"},
-    {"polynom", eZuTrafo2DPolynomial, &ZuCalcTrafo2D::CalcTrafoPolynom, 10, 20,
+    {"polynom", ZuTrafo2dKind::Polynomial, eZuTrafo2DPolynomial, 10,
      "X, Y = sums of a0 to a9 and a10 to a19 times 1, x, y, x^2, xy, y^2, x^3, x^2 y, x y^2, y^3"}};
 
 struct Lists {
@@ -85,134 +87,312 @@ const Kind& KindFor(const Values& values, Lists* pLists) {
         ZuCalcTrafo2D().SuggestTrafoByDistrib(BoxOf(pLists->commonSource), &pLists->commonSource);
   }
   for (const Kind& kind : kKinds) {
-    if (eType == kind.eType) return kind;
+    if (eType != eZuTrafo2DNone && eType == kind.eType) return kind;
   }
-  return kKinds[0];
+  return kKinds[1];
 }
 
-// Puts the points into the square from -1 to 1 around (0, 0).
-void Normalize(const ZuRegion& box, ZuPointList* pPoints) {
-  const double dHalf = 0.5 * std::max(box.Width(), box.Height());
-  const ZuPoint centre = box.GetCenter();
-  for (ZuPoint* p = pPoints->First(); p != nullptr; p = p->Next()) {
-    p->m_dX = (p->m_dX - centre.m_dX) / dHalf;
-    p->m_dY = (p->m_dY - centre.m_dY) / dHalf;
+std::vector<ZuTrafo2dPair> PairsOf(const Values& values, const Lists& lists) {
+  std::vector<ZuTrafo2dPair> pairs;
+  const ZuPoint* pControl = lists.commonControl.First();
+  for (const ZuPoint* p = lists.commonSource.First(); p != nullptr; p = p->Next()) {
+    ZuTrafo2dPair pair;
+    pair.uId = p->GetId();
+    pair.adSource[0] = p->m_dX;
+    pair.adSource[1] = p->m_dY;
+    pair.adTarget[0] = pControl->m_dX;
+    pair.adTarget[1] = pControl->m_dY;
+    AccuracyOf(*p, values.format.strColumns, 2, pair.adSourceCov);
+    AccuracyOf(*pControl, values.format.strColumns, 2, pair.adTargetCov);
+    pairs.push_back(pair);
+    pControl = pControl->Next();
   }
-}
-
-// Whether the same estimate from normalized coordinates carries the points and the corners of their
-// box to the same places. Where points on one line, in one place or far from the origin leave the
-// result to rounding, it does not.
-bool IsDetermined(const Kind& kind, const ZuCalcTrafo2D& trafo, const Lists& lists) {
-  const ZuRegion sourceBox = BoxOf(lists.commonSource), controlBox = BoxOf(lists.commonControl);
-  ZuPointList probes(lists.commonSource);
-  for (const ZuPoint& corner :
-       {sourceBox.GetLL(), sourceBox.GetLR(), sourceBox.GetUL(), sourceBox.GetUR()}) {
-    probes.Add(corner);
-  }
-  ZuPointList source(lists.commonSource), control(lists.commonControl), expected(probes);
-  for (ZuPointList* pList : {&source, &expected}) Normalize(sourceBox, pList);
-  Normalize(controlBox, &control);
-  ZuCalcTrafo2D second(&control);
-  if (!(second.*kind.pfnCalc)(&source)) return false;
-
-  for (ZuPoint* p = probes.First(); p != nullptr; p = p->Next()) trafo.Transform(p);
-  Normalize(controlBox, &probes);
-  const ZuPoint* q = expected.First();
-  for (const ZuPoint* p = probes.First(); p != nullptr; p = p->Next(), q = q->Next()) {
-    double x = q->m_dX, y = q->m_dY;
-    second.Transform(&x, &y);
-    // The corners may lie far out: their share counts.
-    const double dReach = std::max({1.0, std::fabs(x), std::fabs(y)});
-    if (!(std::hypot(p->m_dX - x, p->m_dY - y) < kSame * dReach)) return false;
-  }
-  return true;
+  return pairs;
 }
 
 // Throws CommandError (undetermined) where the points do not give a transformation.
-void Estimate(const Values& values, const Kind& kind, Lists* pLists, ZuCalcTrafo2D* pTrafo) {
-  const int iCommon = pLists->commonSource.Count();
+ZuTrafo2dFit Estimate(const Values& values, const Kind& kind, const Lists& lists) {
+  const int iCommon = lists.commonSource.Count();
   const std::string strPoints = Counted(iCommon, "point") + " in common";
   if (iCommon < kind.iMinPoints) {
     throw CommandError(kUndetermined, Files(values) + " have " + strPoints + ", " + kind.szName +
                                           " needs " + std::to_string(kind.iMinPoints));
   }
-  if (kind.eType == eZuTrafo2DHelmert) {
-    CheckMirrored(Files(values), NameInMessages(values.strSource), HelmertRms, pLists->commonSource,
-                  pLists->commonControl);
+  if (kind.iMinPoints == 2) {
+    CheckMirrored(Files(values), NameInMessages(values.strSource), HelmertRms, lists.commonSource,
+                  lists.commonControl);
   }
-  const bool bGood = (pTrafo->*kind.pfnCalc)(&pLists->commonSource);
-  if (!bGood || !IsDetermined(kind, *pTrafo, *pLists)) {
-    throw CommandError(kUndetermined, Files(values) + ": the " + strPoints +
-                                          " do not determine --type " + kind.szName +
-                                          "\npoints spread over the area, and coordinates whose "
-                                          "origin is not far off, would be right");
-  }
-  pTrafo->CalcResiduals(&pLists->commonSource);
+  ZuTrafo2dOptions options;
+  options.dSigma = values.adjust.dSigma;
+  options.tests = TestsOf(values.adjust, values.bTest);
+  ZuTrafo2dFit fit = ZuFitTrafo2d(kind.kind, PairsOf(values, lists), options);
+  if (fit.eStatus == ZuAdjustStatus::Good) return fit;
+  throw CommandError(kUndetermined,
+                     Files(values) + ": the " + strPoints + " do not determine --type " +
+                         kind.szName + "\n" +
+                         (fit.strFree.empty() ? std::string(ZuAdjustStatusText(fit.eStatus))
+                                              : "free is: " + fit.strFree) +
+                         "\npoints spread over the area would be right");
 }
 
-void WriteText(const Values& values, const Kind& kind, const Lists& lists,
-               const ZuCalcTrafo2D& trafo, std::ostream& text) {
-  std::vector<const ZuPoint*> points;
-  double dLargest = 0.0;
-  const auto length = [](const ZuPoint* p) { return std::hypot(p->m_dRedu1, p->m_dRedu2); };
-  for (const ZuPoint* p = lists.commonSource.First(); p != nullptr; p = p->Next()) {
-    points.push_back(p);
-    dLargest = std::max(dLargest, length(p));
+// A common point: its place in both lists and its test.
+struct Row {
+  const ZuPoint* pSource;
+  const ZuPointTest* pTest;
+
+  double Length() const { return std::hypot(pTest->adResidual[0], pTest->adResidual[1]); }
+};
+
+struct Result {
+  const Kind& kind;
+  const Lists& lists;
+  const ZuTrafo2dFit& fit;
+  std::vector<Row> rows;    // in the order of the source
+  std::vector<Row> sorted;  // set aside first, then the longest residual
+  double dRmsX = 0.0, dRmsY = 0.0, dLargest = 0.0, dTestLimit = 0.0;
+  const ZuPoint* pWorst = nullptr;
+
+  Result(const Kind& k, const Lists& l, const ZuTrafo2dFit& f) : kind(k), lists(l), fit(f) {
+    size_t i = 0;
+    int iUsed = 0;
+    for (const ZuPoint* p = l.commonSource.First(); p != nullptr; p = p->Next()) {
+      rows.push_back({p, &f.points[i++]});
+      const Row& row = rows.back();
+      if (!row.pTest->bUsed) continue;
+      ++iUsed;
+      dRmsX += row.pTest->adResidual[0] * row.pTest->adResidual[0];
+      dRmsY += row.pTest->adResidual[1] * row.pTest->adResidual[1];
+      dTestLimit = row.pTest->dLimit;
+      if (pWorst != nullptr && row.Length() <= dLargest) continue;
+      dLargest = row.Length();
+      pWorst = p;
+    }
+    dRmsX = std::sqrt(dRmsX / iUsed);
+    dRmsY = std::sqrt(dRmsY / iUsed);
+    sorted = rows;
+    std::stable_sort(sorted.begin(), sorted.end(), [](const Row& a, const Row& b) {
+      if (a.pTest->bUsed != b.pTest->bUsed) return !a.pTest->bUsed;
+      return a.Length() > b.Length();
+    });
   }
-  std::stable_sort(points.begin(), points.end(),
-                   [&length](const ZuPoint* a, const ZuPoint* b) { return length(a) > length(b); });
-  text << Counted(static_cast<long long>(points.size()), "common point") << ", "
-       << lists.source.Count() - static_cast<int>(points.size()) << " only in "
-       << NameInMessages(values.strSource) << "\nresiduals: transformed source minus control\n\n";
-  const int iDecimals = DecimalsFor(dLargest);
+
+  double Sd(size_t k) const {
+    return std::sqrt(std::max(0.0, fit.covariance[k * fit.coefficients.size() + k]));
+  }
+};
+
+std::string Finite(double d, int iDecimals) { return std::isfinite(d) ? Fixed(d, iDecimals) : "-"; }
+
+const char* Remark(const ZuPointTest& test) {
+  if (!test.bUsed) return "set aside";
+  if (test.IsRejected()) return "beyond the limit";
+  return test.bControlled ? "" : "not controlled";
+}
+
+std::vector<std::string> Cells(const Row& row, int iDecimals) {
+  const ZuPointTest& t = *row.pTest;
+  const double dNabla = std::max(t.adNabla[0], t.adNabla[1]);
+  return {PointLabel(*row.pSource),
+          Fixed(t.adResidual[0], iDecimals),
+          Fixed(t.adResidual[1], iDecimals),
+          Fixed(row.Length(), iDecimals),
+          Fixed(t.adW[0], 2),
+          Fixed(t.adW[1], 2),
+          t.bUsed ? Fixed(t.Redundancy(), 3) : "-",
+          t.bUsed ? Finite(dNabla, iDecimals) : "-",
+          Remark(t)};
+}
+
+// Scale and turn of a Helmert transformation with their standard deviations.
+void WriteTurn(const Result& result, std::ostream& text) {
+  const std::vector<double>& a = result.fit.coefficients;
+  const std::vector<double>& cov = result.fit.covariance;
+  const double s = std::hypot(a[1], a[3]), c1 = a[1] / s, c3 = a[3] / s;
+  const double q11 = cov[5], q33 = cov[15], q13 = cov[7];
+  text << "\nscale  " << Fixed(s, 14) << "  sd "
+       << Significant(std::sqrt(std::max(0.0, c1 * c1 * q11 + 2 * c1 * c3 * q13 + c3 * c3 * q33)))
+       << "\nturn   " << Angle(std::atan2(a[3], a[1])) << "  sd "
+       << Significant(std::sqrt(std::max(0.0, c3 * c3 * q11 - 2 * c1 * c3 * q13 + c1 * c1 * q33)) /
+                      s * 200.0 / 3.14159265358979323846)
+       << " gon\n";
+}
+
+void WriteText(const Values& values, const Result& result, std::ostream& text) {
+  const ZuTrafo2dFit& fit = result.fit;
+  text << Counted(static_cast<long long>(result.rows.size()), "common point") << ", "
+       << result.lists.source.Count() - static_cast<int>(result.rows.size()) << " only in "
+       << NameInMessages(values.strSource);
+  if (fit.iSetAside > 0) text << "; " << fit.iSetAside << " set aside";
+  text << "\nresiduals: transformed source minus control\n\n";
+  const int iDecimals = DecimalsFor(result.dLargest);
   TextTable table;
-  for (const char* szTitle : {"point", "dx", "dy", "length"}) table.AddColumn(szTitle);
-  const auto addRow = [&](const std::string& strLabel, double dx, double dy) {
-    table.AddRow({strLabel, Fixed(dx, iDecimals), Fixed(dy, iDecimals),
-                  Fixed(std::hypot(dx, dy), iDecimals)});
-  };
-  for (const ZuPoint* p : points) addRow(PointLabel(*p), p->m_dRedu1, p->m_dRedu2);
-  addRow("RMS", trafo.GetResidualX(), trafo.GetResidualY());
+  for (const char* szTitle : {"point", "dx", "dy", "length", "wx", "wy", "r", "nabla"}) {
+    table.AddColumn(szTitle);
+  }
+  table.AddColumn("", TextTable::eLeft);
+  for (const Row& row : result.sorted) table.AddRow(Cells(row, iDecimals));
+  table.AddRow({"RMS", Fixed(result.dRmsX, iDecimals), Fixed(result.dRmsY, iDecimals),
+                Fixed(std::hypot(result.dRmsX, result.dRmsY), iDecimals)});
   table.Write(text);
-
-  text << '\n'
-       << trafo.GetTrafoName() << ", (x, y) source to (X, Y) control\n"
-       << kind.szFormula << "\n\n";
-  for (int i = 0; i < kind.iCoefficients; ++i) {
-    text << 'a' << i << (i < 10 ? "   " : "  ") << Shortest(trafo.GetCoef(i)) << '\n';
+  text << "\nsigma0  " << SigmaText(fit.dSigma0, fit.sigmaOfResults, fit.iRedundancy)
+       << "\ntest    " << ZuSigmaKindText(fit.sigmaOfTests) << ", limit of T "
+       << Finite(result.dTestLimit, 2) << "\n\n"
+       << result.kind.szName << ", (x, y) source and (X, Y) control less their centres\n"
+       << result.kind.szFormula << "\n\ncentre of the source   " << Shortest(fit.adSourceCentre[0])
+       << "  " << Shortest(fit.adSourceCentre[1]) << "\ncentre of the control  "
+       << Shortest(fit.adTargetCentre[0]) << "  " << Shortest(fit.adTargetCentre[1]) << "\n\n";
+  TextTable parameters;
+  parameters.AddColumn("", TextTable::eLeft);
+  for (const char* szTitle : {"value", "sd"}) parameters.AddColumn(szTitle);
+  for (size_t k = 0; k < fit.coefficients.size(); ++k) {
+    parameters.AddRow(
+        {"a" + std::to_string(k), Shortest(fit.coefficients[k]), Significant(result.Sd(k))});
   }
-  if (kind.eType == eZuTrafo2DHelmert) {
-    text << "\nscale  " << Fixed(1.0 / trafo.GetScale(), 14) << "\nturn   "
-         << Angle(std::atan2(trafo.GetCoef(3), trafo.GetCoef(1))) << '\n';
-  }
+  parameters.Write(text);
+  if (result.kind.iMinPoints == 2) WriteTurn(result, text);
 }
 
-void FillJson(const Kind& kind, const Lists& lists, const ZuCalcTrafo2D& trafo, Json* pRoot) {
+// A point of the source carried over, with its standard deviations.
+struct Carried {
+  double x, y, adCov[4] = {};
+
+  Carried(const ZuPoint& p, const Values& values, const ZuTrafo2dFit& fit) : x(p.m_dX), y(p.m_dY) {
+    AccuracyOf(p, values.format.strColumns, 2, adCov);
+    fit.Transform(&x, &y, adCov);
+  }
+  double Sd(int i) const { return std::sqrt(std::max(0.0, adCov[3 * i])); }
+};
+
+void AddCommon(const Row& row, Json* pPoint, Json* pAside, Json* pFree) {
+  const ZuPointTest& t = *row.pTest;
+  Json entry = {{"id", row.pSource->GetId()}, {"name", row.pSource->GetName().chars()}};
+  if (t.bUsed && !t.bControlled) pFree->push_back(entry);
+  if (!t.bUsed) {
+    entry["test"] = t.dTest;
+    entry["error"] = {t.adResidual[0], t.adResidual[1]};
+    pAside->push_back(std::move(entry));
+  }
+  (*pPoint)["used"] = t.bUsed;
+  AddTestJson(t, pPoint);
+}
+
+void FillJson(const Values& values, const Result& result, Json* pRoot) {
   Json& root = *pRoot;
-  root["type"] = kind.szName;
+  const ZuTrafo2dFit& fit = result.fit;
+  const ZuTrafo2d uncentred = fit.Uncentred();
+  root["type"] = result.kind.szName;
   root["coefficients"] = Json::array();
-  for (int i = 0; i < kind.iCoefficients; ++i) root["coefficients"].push_back(trafo.GetCoef(i));
-  root["common"] = lists.commonSource.Count();
-  root["residual_x"] = trafo.GetResidualX();
-  root["residual_y"] = trafo.GetResidualY();
-  root["max_error_id"] = trafo.GetMaxError();
-  root["max_error_point"] = LabelOf(trafo.GetMaxError(), lists.commonSource);
-  const ZuSortHelper<ZuPoint> common(&lists.commonSource);
-  Json points = Json::array();
-  for (const ZuPoint* p = lists.source.First(); p != nullptr; p = p->Next()) {
-    const ZuPoint* pCommon = common.Find(p->GetId());
-    double x = p->m_dX, y = p->m_dY;
-    trafo.Transform(&x, &y);
+  std::vector<std::string> names;
+  for (size_t k = 0; k < fit.coefficients.size(); ++k) {
+    root["coefficients"].push_back(uncentred.GetCoef(static_cast<int>(k)));
+    names.push_back("a" + std::to_string(k));
+  }
+  root["common"] = result.rows.size();
+  root["residual_x"] = result.dRmsX;
+  root["residual_y"] = result.dRmsY;
+  root["max_error_id"] = result.pWorst->GetId();
+  root["max_error_point"] = PointLabel(*result.pWorst);
+  root["source_centre"] = {fit.adSourceCentre[0], fit.adSourceCentre[1]};
+  root["target_centre"] = {fit.adTargetCentre[0], fit.adTargetCentre[1]};
+  root["sigma0"] = fit.dSigma0;
+  root["sigma_kind"] = ZuSigmaKindText(fit.sigmaOfResults);
+  root["test_kind"] = ZuSigmaKindText(fit.sigmaOfTests);
+  root["redundancy"] = fit.iRedundancy;
+  AddParameterJson(names, fit.coefficients, fit.covariance.data(), &root);
+  Json points = Json::array(), aside = Json::array(), free = Json::array();
+  size_t uCommon = 0;
+  for (const ZuPoint* p = result.lists.source.First(); p != nullptr; p = p->Next()) {
+    const Carried carried(*p, values, fit);
     Json point = {{"id", p->GetId()}};
     if (!p->GetName().empty()) point["name"] = p->GetName().chars();
-    point["x"] = x;
-    point["y"] = y;
-    point["dx"] = pCommon != nullptr ? Json(pCommon->m_dRedu1) : Json();
-    point["dy"] = pCommon != nullptr ? Json(pCommon->m_dRedu2) : Json();
+    point["x"] = carried.x;
+    point["y"] = carried.y;
+    const bool bCommon =
+        uCommon < result.rows.size() && result.rows[uCommon].pSource->GetId() == p->GetId();
+    const double* const pd = bCommon ? result.rows[uCommon].pTest->adResidual : nullptr;
+    point["dx"] = bCommon ? Json(pd[0]) : Json();
+    point["dy"] = bCommon ? Json(pd[1]) : Json();
+    point["sd"] = {carried.Sd(0), carried.Sd(1)};
+    if (bCommon) AddCommon(result.rows[uCommon++], &point, &aside, &free);
     points.push_back(std::move(point));
   }
   root["points"] = std::move(points);
+  root["set_aside"] = std::move(aside);
+  root["not_controlled"] = std::move(free);
+  root["free_direction"] = Json();
+}
+
+std::string Page(const Values& values, const Result& result) {
+  const ZuTrafo2dFit& fit = result.fit;
+  const std::string strIn = " [" + values.adjust.strUnit + "]";
+  const int iDecimals = DecimalsFor(result.dLargest);
+  AdjustReport report;
+  report.strTitle = "Plane transformation";
+  report.strUnit = values.adjust.strUnit;
+  report.strVerdict =
+      std::to_string(result.rows.size() - static_cast<size_t>(fit.iSetAside)) + " of " +
+      Counted(static_cast<long long>(result.rows.size()), "common point") + " agree by " +
+      result.kind.szName + " with RMS " + Fixed(std::hypot(result.dRmsX, result.dRmsY), iDecimals) +
+      " " + report.strUnit + ", the longest residual " + Fixed(result.dLargest, iDecimals) + " " +
+      report.strUnit + " at point " + PointLabel(*result.pWorst) + "; " +
+      std::to_string(fit.iSetAside) + " set aside.";
+  report.facts.emplace_back("sigma0", SigmaText(fit.dSigma0, fit.sigmaOfResults, fit.iRedundancy));
+  report.facts.emplace_back("test", std::string(ZuSigmaKindText(fit.sigmaOfTests)) +
+                                        ", limit of T " + Finite(result.dTestLimit, 2));
+  report.facts.emplace_back("centre of the source", Shortest(fit.adSourceCentre[0]) + ", " +
+                                                        Shortest(fit.adSourceCentre[1]));
+  report.facts.emplace_back("centre of the control", Shortest(fit.adTargetCentre[0]) + ", " +
+                                                         Shortest(fit.adTargetCentre[1]));
+  report.strParameters = std::string(result.kind.szFormula) + "; coordinates less the centres.";
+  for (size_t k = 0; k < fit.coefficients.size(); ++k) {
+    report.parameters.push_back(
+        {"a" + std::to_string(k), Shortest(fit.coefficients[k]), Significant(result.Sd(k)), "-"});
+  }
+  AdjustReport::Table table;
+  table.strTitle = "Common points";
+  table.strNote =
+      "Transformed source less control, the longest first, those set aside before the others. r: "
+      "redundancy of both coordinates; nabla: smallest error that the test finds.";
+  table.columns = {{"point"}, {"dx" + strIn}, {"dy" + strIn},    {"length" + strIn}, {"wx"},
+                   {"wy"},    {"r"},          {"nabla" + strIn}, {"", true}};
+  for (const Row& row : result.sorted) table.rows.push_back(Cells(row, iDecimals));
+  report.tables.push_back(std::move(table));
+  ReportView view;
+  view.strTitle = "Residuals and carried points";
+  view.strAxisX = "X";
+  view.strAxisY = "Y";
+  view.strNote =
+      "Arrow: from the control point to where the source comes to lie. Ellipse: the "
+      "carried point, with its own accuracy and that of the transformation.";
+  size_t uCommon = 0;
+  for (const ZuPoint* p = result.lists.source.First(); p != nullptr; p = p->Next()) {
+    const Carried carried(*p, values, fit);
+    ReportView::Item item;
+    item.x = carried.x;
+    item.y = carried.y;
+    item.cxx = carried.adCov[0];
+    item.cxy = carried.adCov[1];
+    item.cyy = carried.adCov[3];
+    item.strLabel = PointLabel(*p);
+    item.bArrow =
+        uCommon < result.rows.size() && result.rows[uCommon].pSource->GetId() == p->GetId();
+    if (item.bArrow) {
+      const ZuPointTest& test = *result.rows[uCommon++].pTest;
+      item.dx = test.adResidual[0];
+      item.dy = test.adResidual[1];
+      item.bUsed = test.bUsed;
+      if (test.bUsed) report.w.insert(report.w.end(), test.adW, test.adW + 2);
+    }
+    view.items.push_back(std::move(item));
+  }
+  report.views.push_back(std::move(view));
+  report.dLimit = fit.sigmaOfTests == ZuSigmaKind::APriori
+                      ? ZuNormalLimit(values.adjust.dAlpha)
+                      : ZuTauLimit(values.adjust.dAlpha, fit.iRedundancy);
+  report.strTest = std::string("w of x and y, ") + ZuSigmaKindText(fit.sigmaOfTests);
+  report.inputs.emplace_back("source", NameInMessages(values.strSource));
+  report.inputs.emplace_back("control", NameInMessages(values.strControl));
+  return AdjustReportPage(report);
 }
 
 ExitCode Run(const Values& values, Context& context) {
@@ -222,16 +402,25 @@ ExitCode Run(const Values& values, Context& context) {
   GiveCommonIds(NameInMessages(values.strControl), context, &lists.source, &lists.control);
   FindCommon(&lists);
   const Kind& kind = KindFor(values, &lists);
-  ZuCalcTrafo2D trafo(&lists.control);
-  Estimate(values, kind, &lists, &trafo);
-  WriteText(values, kind, lists, trafo, context.Text());
-  FillJson(kind, lists, trafo, &context.Root());
+  const ZuTrafo2dFit fit = Estimate(values, kind, lists);
+  const Result result(kind, lists, fit);
+  WriteText(values, result, context.Text());
+  FillJson(values, result, &context.Root());
   if (!values.strOutput.empty()) {
     ZuPointList out(lists.source);
-    for (ZuPoint* p = out.First(); p != nullptr; p = p->Next()) trafo.Transform(p);
+    for (ZuPoint* p = out.First(); p != nullptr; p = p->Next()) {
+      const Carried carried(*p, values, fit);
+      p->m_dX = carried.x;
+      p->m_dY = carried.y;
+      p->m_dDX = carried.Sd(0);
+      p->m_dDY = carried.Sd(1);
+    }
     WritePoints(&out, values.format.strColumns, &context.NewOutput(values.strOutput));
   }
-  return kGood;
+  if (!values.adjust.strReport.empty()) {
+    context.NewOutput(values.adjust.strReport).Stream() << Page(values, result);
+  }
+  return fit.iSetAside > 0 ? kNotAcceptable : kGood;
 }
 
 }  // namespace
@@ -242,9 +431,12 @@ Runner DefineTrafo2d(Options& options) {
   options.Option("--control", "CONTROL", &pValues->strControl,
                  "coordinate file with points of the target system");
   options.Required();
-  options.Choice("--type", {"helmert", "affin", "projektiv", "polynom", "auto"}, &pValues->strType,
+  options.Choice("--type", {"congruence", "helmert", "affin", "projektiv", "polynom", "auto"},
+                 &pValues->strType,
                  "kind of transformation; auto takes what number and spread of the points allow");
   options.Required();
+  options.Flag("--test", &pValues->bTest, "set points aside that do not fit; exit code 1 then");
+  AddAdjustOptions(options, &pValues->adjust);
   AddPointOptions(options, &pValues->format);
   options.Output("-o,--output", "OUT", &pValues->strOutput,
                  "coordinate file of SOURCE in the target system");

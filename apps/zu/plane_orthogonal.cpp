@@ -296,11 +296,6 @@ ExitCode OrthogonalPlane::Report(Context& context) {
   } else {
     WriteText(context.Text());
   }
-  if (fit.iRedundancy == 0 && !fit.bSigmaTold) {
-    context.Warn(
-        "three points leave nothing to estimate from: the standard deviations are those "
-        "of points exact to 1 unit; --sigma tells how exact they are");
-  }
   if (!m_values.strOutput.empty()) WriteFeet(context);
   if (!m_values.adjust.strReport.empty()) {
     context.NewOutput(m_values.adjust.strReport).Stream() << Page();

@@ -50,7 +50,7 @@ TEST(Matching, NamesCountMoreThanIds) {
   ExpectLines(
       {{"zu transform a.coo --control b.coo --columns id,name,x,y,z --json -o out.coo", 0,
         "\"common\": 4", "b.coo: points are matched by name; 3 ids changed, the first of point A"},
-       {"zu plane out.coo --columns id,name,x,y,z", 0, "5 points", ""}},
+       {"zu plane --axis out.coo --columns id,name,x,y,z", 0, "5 points", ""}},
       folder);
 }
 

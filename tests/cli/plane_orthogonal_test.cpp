@@ -60,7 +60,7 @@ TEST(PlaneOrthogonal, TakesAccuraciesFromColumnsAndWritesFeet) {
   const auto feet = RunLine("zu plane floor -o feet && zu plane feet --json", folder);
   EXPECT_EQ(feet.iExit, 0) << feet.strErr;
   ExpectLines(
-      {{"zu plane three", 0, "a priori, 0 redundant", "exact to 1 unit"},
+      {{"zu plane three", 0, "a priori, 0 redundant: of coordinates exact", ""},
        {"zu plane floor", 0, "9 points, 1 of them set aside", ""},
        {"zu plane floor --all", 0, "!set aside", ""},
        {"zu plane line", 4, "", "about the line through points 1, 3 and 4"},
