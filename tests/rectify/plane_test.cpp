@@ -53,6 +53,9 @@ TEST(Plane, DistancesOfAnyLengthOfNormal) {
   const ZuPlane plane = MakePlane(0.0, 3.0, 4.0, -10.0);
   EXPECT_ROW("-2 -10 3", plane.Dist(9.0, 0.0, 0.0), plane.FastDist(9.0, 0.0, 0.0),
              plane.Dist(ZuPoint(1, 0.0, 3.0, 4.0)));
+  ZuPlane mirrored = plane;
+  mirrored.MirrorNormal();
+  EXPECT_EQ(mirrored.FastDist(9.0, 1.0, 0.0), 7.0);
   // Required: planes differ by their D alone, also when the lengths of the normals differ.
   EXPECT_EQ(plane.Dist(MakePlane(0.0, 6.0, 8.0, 5.0)), -15.0);
   EXPECT_EQ(Tilted(0.0, 3.0).Dist(Tilted(1e-6, 1.0)), 0.0);

@@ -198,6 +198,8 @@ TEST(PolygonTools, ClosedPathDoesNotCrossItself) {
 TEST(PolygonTools, ClosedPathBearsTiesAndNoNumbers) {
   ZuPointList list;
   for (unsigned int u = 1; u <= 50; ++u) list.Add(ZuPoint(u, 3.0, 4.0));
+  EXPECT_TRUE(ZuCalcGravitycenter(list) == ZuPoint(0, 3.0, 4.0));
+  EXPECT_TRUE(ZuCalcGravitycenter(ZuPointList()) == ZuPoint());
   EXPECT_EQ(ZuSimpleClosedPath(list, &list), 50);  // onto itself
   unsigned int uId = 0;
   for (const ZuPoint* p = list.First(); p != nullptr; p = p->Next()) EXPECT_EQ(p->GetId(), ++uId);

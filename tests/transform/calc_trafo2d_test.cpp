@@ -229,6 +229,19 @@ TEST(CalcTrafo2D, ResidualsOfThePartners) {
   EXPECT_ROW("0 2", source.Get(1)->m_dRedu1, trafo.GetResidualY());
 }
 
+// A copy of an estimate with a list of its own refers to its own copy of that list.
+TEST(CalcTrafo2D, CopyHasItsOwnList) {
+  ZuCalcTrafo2D trafo;
+  *trafo.GetPPList() = Square(1.0);
+  ZuCalcTrafo2D copy(trafo);
+  EXPECT_NE(copy.GetPPList(), trafo.GetPPList());
+  EXPECT_EQ(copy.GetPPList()->Count(), 4);
+  ZuPointList other;
+  trafo.SetPPList(&other);
+  copy = trafo;
+  EXPECT_EQ(copy.GetPPList(), &other);
+}
+
 // Points over all quadrants and the centre earn a projective or polynomial transformation.
 TEST(CalcTrafo2D, SuggestsByNumberAndDistribution) {
   const ZuRegion region(-6.0, -6.0, 6.0, 6.0);

@@ -138,6 +138,26 @@ TEST(Trafo3d, MirroredPointsGiveTheBestRotationOrNone) {
   EXPECT_LT(iSolved, 200);
 }
 
+// Points on a line leave the turn about it open; the result is a rotation that fits.
+TEST(Trafo3d, CollinearPointsGiveSomeRotationThatFits) {
+  std::mt19937_64 rng(55);
+  const Eigen::Vector3d directions[] = {
+      Eigen::Vector3d::UnitX(), Eigen::Vector3d::UnitZ(), -Eigen::Vector3d::UnitX(),
+      Eigen::Vector3d(1.0, 2.0, 3.0).normalized(), Eigen::Vector3d(-3.0, 1.0, 0.5).normalized()};
+  for (const auto& from : directions) {
+    for (const auto& to : directions) {
+      SCOPED_TRACE(::testing::Message() << from.transpose() << " to " << to.transpose());
+      const Eigen::RowVector3d along(0.0, 1.0, 7.0);
+      const Eigen::Matrix3Xd a = from * along, b = to * (2.0 * along);
+      ZuTrafo3d trafo;
+      ASSERT_TRUE(Estimate(trafo, a, b));
+      EXPECT_NEAR(trafo.m_dScale, 2.0, 1e-9);
+      EXPECT_LT(ErrorAsRotation(trafo.m_mRot), 1e-12);
+      EXPECT_LT((ToEigen(trafo.m_mRot) * from - to).norm(), 1e-9);
+    }
+  }
+}
+
 TEST(Trafo3d, TooFewCommonPointsTouchNoParameter) {
   ZuPointList source = Sample("local.coo"), target = Sample("wgs84.coo");
   ZuTrafo3d trafo;
