@@ -1,0 +1,288 @@
+#include "zu/adjust/internal/network_normals.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "zu/adjust/internal/small_matrix.h"
+
+namespace zu::internal {
+
+NetworkNormals::NetworkNormals(const NetworkModel& model) : m_model(model) {
+  const size_t uPoints = model.Start().points.size();
+  m_ties.resize(uPoints);
+  m_inverse.assign(9 * uPoints, 0.0);
+  m_slot.assign(static_cast<size_t>(model.Reduced()), -1);
+}
+
+void NetworkNormals::AddToReduced(const NetworkGroup& g) {
+  for (int a = 0; a < g.iParts; ++a) {
+    const NetworkGroup::Part& pa = g.parts[a];
+    for (int r = 0; r < pa.n; ++r) {
+      double dRight = 0.0, dDiagonal = 0.0;
+      for (int i = 0; i < g.m; ++i) {
+        dRight -= pa.j[i][r] * g.e[i];
+        dDiagonal += pa.j[i][r] * pa.j[i][r];
+      }
+      m_rightReduced[static_cast<size_t>(pa.iOffset + r)] += dRight;
+      m_diagonal[static_cast<size_t>(pa.iOffset + r)] += dDiagonal;
+    }
+    for (int b = 0; b < g.iParts; ++b) {
+      const NetworkGroup::Part& pb = g.parts[b];
+      if (pb.iOffset > pa.iOffset) continue;
+      for (int c = 0; c < pb.n; ++c) {
+        for (int r = a == b ? c : 0; r < pa.n; ++r) {
+          double dSum = 0.0;
+          for (int i = 0; i < g.m; ++i) dSum += pa.j[i][r] * pb.j[i][c];
+          m_s.At(pa.iOffset + r, pb.iOffset + c) += dSum;
+        }
+      }
+    }
+  }
+}
+
+bool NetworkNormals::EliminatePoint(int iPoint, const NetworkState& state) {
+  const size_t uPoint = static_cast<size_t>(iPoint);
+  double v[9] = {};
+  Vec3 right{};
+  std::vector<Tie>& ties = m_ties[uPoint];
+  ties.clear();
+  NetworkGroup g;
+  for (const int iObservation : m_model.OfPoint(iPoint)) {
+    const NetworkObservation& o = m_model.Observations()[static_cast<size_t>(iObservation)];
+    if (!o.bUsed) continue;
+    if (!m_model.Linearise(o, state, &g)) return false;
+    for (int i = 0; i < g.m; ++i) {
+      m_dCost += g.e[i] * g.e[i];
+      for (int r = 0; r < 3; ++r) {
+        right[static_cast<size_t>(r)] -= g.p[i][r] * g.e[i];
+        for (int c = 0; c < 3; ++c) v[3 * r + c] += g.p[i][r] * g.p[i][c];
+      }
+    }
+    AddToReduced(g);
+    for (int n = 0; n < g.iParts; ++n) {
+      const NetworkGroup::Part& part = g.parts[n];
+      int& iSlot = m_slot[static_cast<size_t>(part.iOffset)];
+      if (iSlot < 0) {
+        iSlot = static_cast<int>(ties.size());
+        ties.push_back({part.iOffset, part.n, {}});
+      }
+      Tie& tie = ties[static_cast<size_t>(iSlot)];
+      for (int r = 0; r < part.n; ++r) {
+        for (int i = 0; i < g.m; ++i) {
+          for (int c = 0; c < 3; ++c) tie.t[r][c] += part.j[i][r] * g.p[i][c];
+        }
+      }
+    }
+  }
+  for (const Tie& tie : ties) m_slot[static_cast<size_t>(tie.iOffset)] = -1;
+  m_rightPoints[uPoint] = right;
+  for (int k = 0; k < 3; ++k) {
+    m_pointDiagonal[uPoint][static_cast<size_t>(k)] = v[4 * k];
+    v[4 * k] *= 1.0 + m_dDamping;
+    if (!m_model.IsFree(iPoint, k)) v[4 * k] = 1.0;  // its rows and columns are 0
+  }
+  double* pInverse = &m_inverse[9 * uPoint];
+  if (!InvertSpd(3, v, pInverse)) {
+    m_iUndecided = iPoint;
+    return false;
+  }
+  for (int k = 0; k < 3; ++k) {
+    if (!m_model.IsFree(iPoint, k)) pInverse[4 * k] = 0.0;
+  }
+  std::sort(ties.begin(), ties.end(),
+            [](const Tie& a, const Tie& b) { return a.iOffset < b.iOffset; });
+  for (size_t a = 0; a < ties.size(); ++a) {
+    const Tie& ta = ties[a];
+    double t[NetworkGroup::kWidest][3];
+    for (int r = 0; r < ta.n; ++r) {
+      for (int c = 0; c < 3; ++c) {
+        t[r][c] =
+            ta.t[r][0] * pInverse[c] + ta.t[r][1] * pInverse[3 + c] + ta.t[r][2] * pInverse[6 + c];
+      }
+      m_rightReduced[static_cast<size_t>(ta.iOffset + r)] -=
+          t[r][0] * right[0] + t[r][1] * right[1] + t[r][2] * right[2];
+    }
+    // The blocks behind hold W still: the lower triangle is theirs by this one.
+    for (size_t b = a; b < ties.size(); ++b) {
+      const Tie& tb = ties[b];
+      for (int c = 0; c < ta.n; ++c) {
+        double* pColumn = &m_s.At(tb.iOffset, ta.iOffset + c);
+        for (int r = a == b ? c : 0; r < tb.n; ++r) {
+          pColumn[r] -= tb.t[r][0] * t[c][0] + tb.t[r][1] * t[c][1] + tb.t[r][2] * t[c][2];
+        }
+      }
+    }
+    for (int r = 0; r < ta.n; ++r) std::copy(t[r], t[r] + 3, ties[a].t[r]);
+  }
+  return true;
+}
+
+bool NetworkNormals::Build(const NetworkState& state, double dDamping) {
+  const size_t uReduced = static_cast<size_t>(m_model.Reduced());
+  m_dDamping = dDamping;
+  m_dCost = 0.0;
+  m_iUndecided = -1;
+  m_rightReduced.assign(uReduced, 0.0);
+  m_diagonal.assign(uReduced, 0.0);
+  m_rightPoints.assign(state.points.size(), Vec3{});
+  m_pointDiagonal.assign(state.points.size(), Vec3{});
+  m_s.SetZero(m_model.Reduced());
+  NetworkGroup g;
+  for (const int i : m_model.Others()) {
+    const NetworkObservation& o = m_model.Observations()[static_cast<size_t>(i)];
+    if (!o.bUsed) continue;
+    if (!m_model.Linearise(o, state, &g)) return false;
+    for (int k = 0; k < g.m; ++k) m_dCost += g.e[k] * g.e[k];
+    AddToReduced(g);
+  }
+  for (int i = 0; i < static_cast<int>(state.points.size()); ++i) {
+    if (m_model.IsEliminated(i) && !EliminatePoint(i, state)) return false;
+  }
+  for (size_t i = 0; i < uReduced; ++i) {
+    m_s.At(static_cast<int>(i), static_cast<int>(i)) += dDamping * m_diagonal[i];
+  }
+  return std::isfinite(m_dCost);
+}
+
+bool NetworkNormals::Factorise(const NetworkState& state, const NetworkFreedom& freedom) {
+  const int n = m_model.Reduced();
+  m_scale.resize(static_cast<size_t>(n));
+  for (int i = 0; i < n; ++i) {
+    if (!(m_s.At(i, i) > 0.0)) return false;
+    m_scale[static_cast<size_t>(i)] = std::sqrt(m_s.At(i, i));
+  }
+  for (int c = 0; c < n; ++c) {
+    double* pColumn = m_s.Column(c);
+    const double d = m_scale[static_cast<size_t>(c)];
+    for (int r = c; r < n; ++r) pColumn[r] /= m_scale[static_cast<size_t>(r)] * d;
+  }
+  if (freedom.k > 0) HoldMotions(state, freedom);
+  return m_s.Factorise();
+}
+
+// Adds the free motions, made orthonormal in the scaled unknowns, so that the matrix is regular and
+// its inverse differs from any other by motions alone.
+void NetworkNormals::HoldMotions(const NetworkState& state, const NetworkFreedom& freedom) {
+  const size_t n = m_scale.size(), uFree = static_cast<size_t>(freedom.k);
+  const auto motion = m_model.ReducedMotion(state);
+  std::vector<std::vector<double>> e(uFree, std::vector<double>(n, 0.0));
+  for (size_t k = 0; k < uFree; ++k) {
+    for (size_t i = 0; i < n; ++i) {
+      for (size_t g = 0; g < NetworkModel::kGenerators; ++g) {
+        e[k][i] += m_scale[i] * motion[i][g] * freedom.basis[g * uFree + k];
+      }
+    }
+    for (int iTwice = 0; iTwice < 2; ++iTwice) {  // Gram and Schmidt; the second removes rounding
+      for (size_t l = 0; l < k; ++l) {
+        double d = 0.0;
+        for (size_t i = 0; i < n; ++i) d += e[k][i] * e[l][i];
+        for (size_t i = 0; i < n; ++i) e[k][i] -= d * e[l][i];
+      }
+      double dLength = 0.0;
+      for (const double d : e[k]) dLength += d * d;
+      dLength = std::sqrt(dLength);
+      for (double& d : e[k]) d /= dLength;
+    }
+    for (size_t c = 0; c < n; ++c) {
+      double* pColumn = m_s.Column(static_cast<int>(c));
+      for (size_t r = c; r < n; ++r) pColumn[r] += e[k][r] * e[k][c];
+    }
+  }
+}
+
+std::vector<double> NetworkNormals::SolveReduced(const std::vector<double>& right) const {
+  std::vector<double> x = right;
+  for (size_t i = 0; i < x.size(); ++i) x[i] /= m_scale[i];
+  m_s.Solve(x.data());
+  for (size_t i = 0; i < x.size(); ++i) x[i] /= m_scale[i];
+  return x;
+}
+
+Vec3 NetworkNormals::SolvePoint(size_t uPoint, const Vec3& b, const std::vector<double>& x) const {
+  const double* v = &m_inverse[9 * uPoint];
+  Vec3 q{};
+  for (size_t k = 0; k < 3; ++k) q[k] = v[3 * k] * b[0] + v[3 * k + 1] * b[1] + v[3 * k + 2] * b[2];
+  for (const Tie& tie : m_ties[uPoint]) {
+    for (int r = 0; r < tie.n; ++r) {
+      for (size_t k = 0; k < 3; ++k) q[k] -= tie.t[r][k] * x[static_cast<size_t>(tie.iOffset + r)];
+    }
+  }
+  return q;
+}
+
+void NetworkNormals::SolveFor(std::vector<double>* pReduced, std::vector<Vec3>* pPoints) const {
+  for (size_t i = 0; i < pPoints->size(); ++i) {
+    if (!m_model.IsEliminated(static_cast<int>(i))) continue;
+    const Vec3& b = (*pPoints)[i];
+    for (const Tie& tie : m_ties[i]) {
+      for (int r = 0; r < tie.n; ++r) {
+        (*pReduced)[static_cast<size_t>(tie.iOffset + r)] -=
+            tie.t[r][0] * b[0] + tie.t[r][1] * b[1] + tie.t[r][2] * b[2];
+      }
+    }
+  }
+  *pReduced = SolveReduced(*pReduced);
+  for (size_t i = 0; i < pPoints->size(); ++i) {
+    const bool bEliminated = m_model.IsEliminated(static_cast<int>(i));
+    (*pPoints)[i] = bEliminated ? SolvePoint(i, (*pPoints)[i], *pReduced) : Vec3{};
+  }
+}
+
+void NetworkNormals::Solve(std::vector<double>* pReduced, std::vector<Vec3>* pPoints,
+                           double* pdDecrement, double* pdPredicted) const {
+  *pReduced = SolveReduced(m_rightReduced);
+  pPoints->assign(m_rightPoints.size(), Vec3{});
+  // The sum of squares saved is x'b of the whole system; by elimination that is x'b of what is left
+  // and, of each point, b' V^-1 b.
+  double dSaved = 0.0, dDamped = 0.0;
+  for (size_t i = 0; i < pReduced->size(); ++i) {
+    dSaved += (*pReduced)[i] * m_rightReduced[i];
+    dDamped += m_diagonal[i] * (*pReduced)[i] * (*pReduced)[i];
+  }
+  for (size_t i = 0; i < m_rightPoints.size(); ++i) {
+    if (!m_model.IsEliminated(static_cast<int>(i))) continue;
+    const Vec3& b = m_rightPoints[i];
+    const double* v = &m_inverse[9 * i];
+    const Vec3 q = SolvePoint(i, b, *pReduced);
+    (*pPoints)[i] = q;
+    for (size_t k = 0; k < 3; ++k) {
+      dSaved += b[k] * (v[3 * k] * b[0] + v[3 * k + 1] * b[1] + v[3 * k + 2] * b[2]);
+      dDamped += m_pointDiagonal[i][k] * q[k] * q[k];
+    }
+  }
+  *pdDecrement = std::sqrt(std::max(0.0, dSaved));
+  // cost - cost' = 2 x'b - x'N x with (N + damping) x = b.
+  *pdPredicted = dSaved + m_dDamping * dDamped;
+}
+
+double NetworkNormals::LeastEigenvalue(std::vector<double>* pVector) const {
+  const size_t n = m_scale.size();
+  std::vector<double>& x = *pVector;
+  x.resize(n);
+  for (size_t i = 0; i < n; ++i) {  // in no eigenspace
+    x[i] = (1.0 + 0.37 * static_cast<double>(i * 7919 % 101) / 101.0) / std::sqrt(n);
+  }
+  double dValue = 1.0;
+  for (int k = 0; k < 30; ++k) {
+    m_s.Solve(x.data());
+    double dLength = 0.0;
+    for (const double d : x) dLength += d * d;
+    dLength = std::sqrt(dLength);
+    if (!std::isfinite(dLength) || dLength == 0.0) return 0.0;
+    for (double& d : x) d /= dLength;
+    const double dFormer = dValue;
+    dValue = 1.0 / dLength;
+    if (k > 2 && std::fabs(dValue - dFormer) <= 1e-3 * dValue) break;
+  }
+  return dValue;
+}
+
+void NetworkNormals::Invert() {
+  m_sInverse = m_s.Inverse();
+  const size_t n = m_scale.size();
+  for (size_t c = 0; c < n; ++c) {
+    for (size_t r = 0; r < n; ++r) m_sInverse[c * n + r] /= m_scale[r] * m_scale[c];
+  }
+}
+
+}  // namespace zu::internal
