@@ -75,6 +75,12 @@ const std::vector<Command>& Commands() {
        "  echo \"1 -1.0 0.5\" | zu rectify samples/older/facade.prj --photo 1 --zusp 1\n"
        "prints the point of the facade in object coordinates.",
        DefineRectify},
+      {"adjust", "adjust the photos of a project with their cameras and points",
+       "  zu adjust samples/network/camcal.prj --control samples/network/control_fixed.coo \\\n"
+       "     --estimate c,xh,yh,a1,a2,a3,c1,c2 --points-out points.coo\n"
+       "calibrates the camera of 21 photos with four fixed control points, and writes 100 points\n"
+       "with their standard deviations.",
+       DefineAdjust},
       {"measure", "carry measured pixels of photos to object points on a plane",
        "  zu measure samples/chessboard/left.prj --plane samples/chessboard/board.coo \\\n"
        "     --check samples/chessboard/board.coo --unit mm --report out/report.html\n"

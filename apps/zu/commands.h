@@ -41,6 +41,7 @@ struct Command {
   Runner (*pfnDefine)(Options&);
 };
 
+Runner DefineAdjust(Options& options);
 Runner DefineCameraAdjust(Options& options);
 Runner DefineCameraGentri(Options& options);
 Runner DefineCameraInfo(Options& options);

@@ -254,3 +254,26 @@ std::array<double, 2> ZuToPixels(const ZuNetworkPixel& pixel, const double* pdMm
   const double d = j[0] * j[3] - j[1] * j[2];
   return {(j[3] * pdMm[0] - j[1] * pdMm[1]) / d, (j[0] * pdMm[1] - j[2] * pdMm[0]) / d};
 }
+
+void ZuStoreNetwork(const ZuNetworkResult& result, ZuProject* pProject) {
+  const auto take = [](const ZuCamera& from, ZuCamera* pTo) {
+    for (int k = 0; k < ZuNetworkParameters; ++k) {
+      zu::internal::ParameterValue(*pTo, k) = ZuNetworkParameterValue(from, k);
+    }
+  };
+  for (size_t i = 0; i < result.photos.size(); ++i) {
+    const ZuNetworkPhoto& adjusted = result.photos[i];
+    ZuPhoto* pPhoto = pProject->PhotoList().Find(adjusted.uId);
+    if (pPhoto == nullptr || !result.photoUsed[i]) continue;
+    pPhoto->SetRotAOR(ZuMatrix(3, 3).Set(adjusted.adRotation.data(), 3, 3));
+    pPhoto->SetPosAOR(adjusted.adPosition[0], adjusted.adPosition[1], adjusted.adPosition[2]);
+    pPhoto->SetHasAOR(true);
+    const ZuCamera& camera = result.cameras[Index(adjusted.iCamera)];
+    ZuCamera own = pPhoto->GetCamera();
+    take(camera, &own);
+    pPhoto->SetCamera(own);
+    ZuCamera* pListed = pProject->CameraList().Find(camera.GetId());
+    if (pListed != nullptr && pListed->m_iMode == camera.m_iMode) take(camera, pListed);
+  }
+  ZuCamera::DeleteInvAdjustTables();  // they belong to the cameras as they were
+}

@@ -46,3 +46,7 @@ ZU_ADJUST_API ZuNetworkOfProject ZuMakeNetwork(const ZuProject& project, const Z
 
 // A residual of an image point carried to the axes of the pixels: from mm, y up, to px.
 ZU_ADJUST_API std::array<double, 2> ZuToPixels(const ZuNetworkPixel& pixel, const double* pdMm);
+
+// Puts the adjusted orientations and cameras into the project: into the photos that were used, and
+// into the project's cameras of the same id. Measurements and all else stay.
+ZU_ADJUST_API void ZuStoreNetwork(const ZuNetworkResult& result, ZuProject* pProject);

@@ -8,6 +8,8 @@ namespace zu::internal {
 namespace {
 
 constexpr double kConverged = 1e-6;      // a step against the standard deviations [-]
+constexpr double kExact = 1e-7;          // the same of observations that fit exactly, against
+                                         // their own standard deviations [-]
 constexpr double kFree = 1e-12;          // resistance of a motion that counts as none [-]
 constexpr double kSingular = 1e-13;      // least scaled eigenvalue [-]
 constexpr double kDampingStart = 1e-4;   // of the normal matrix's diagonal [-]
@@ -36,7 +38,7 @@ double NetworkSolver::Tolerance(double dCost) const {
   const int r = m_model.CountObservations() - m_model.CountUnknowns() + m_freedom.k;
   const double dSigma0 = r > 0 ? std::sqrt(dCost / r) : 1.0;
   // The sum of squares itself is known to its rounding alone.
-  return std::max(kConverged * dSigma0, 1e-10);
+  return std::max(kConverged * dSigma0, kExact);
 }
 
 ZuAdjustStatus NetworkSolver::FindFreedom(const NetworkState& state) {
@@ -103,13 +105,14 @@ bool NetworkSolver::Descend(NetworkState* pState) {
     if (bSolved) {
       ++m_iSteps;
       m_normals.Solve(&reduced, &points, &dDecrement, &dPredicted);
-      const bool bSmall = dDecrement <= Tolerance(dCost);
       NetworkState trial = *pState;
       m_model.Add(reduced, points, &trial);
       const double dNext = m_model.Cost(trial);
       const double dGain = (dCost - dNext) / dPredicted;
+      const bool bSmall =
+          dDecrement <= Tolerance(dCost) || (dPredicted <= kRounding * dCost && !(dGain > 0.0));
       const bool bLast = bSmall && dDamping == 0.0;
-      if (bLast || (std::isfinite(dNext) && (dGain > 0.0 || dPredicted <= kRounding * dCost))) {
+      if (bLast || (std::isfinite(dNext) && (dGain > 0.0 || bSmall))) {
         *pState = std::move(trial);
         dCost = dNext;
         const int r = m_model.CountObservations() - m_model.CountUnknowns() + m_freedom.k;
@@ -183,12 +186,16 @@ bool NetworkSolver::MoveToDatum(NetworkState* pState) const {
   return dFirst <= kMoved;
 }
 
-ZuAdjustStatus NetworkSolver::CheckEnd(const NetworkState& state) {
+ZuAdjustStatus NetworkSolver::CheckCondition() {
   std::vector<double> vector;
   m_dLeast = m_normals.LeastEigenvalue(&vector);
-  if (!(m_dLeast > kSingular)) {
-    return End(ZuAdjustStatus::RankDefect, WeaknessText(m_model, vector));
-  }
+  if (m_dLeast > kSingular) return ZuAdjustStatus::Good;
+  return End(ZuAdjustStatus::RankDefect, WeaknessText(m_model, vector));
+}
+
+ZuAdjustStatus NetworkSolver::CheckEnd(const NetworkState& state) {
+  const ZuAdjustStatus condition = CheckCondition();
+  if (condition != ZuAdjustStatus::Good) return condition;
   for (const NetworkObservation& o : m_model.Observations()) {
     if (!o.bUsed || o.eKind != ZuNetworkKind::Image) continue;
     const ZuNetworkImagePoint& image = m_model.Network().images[static_cast<size_t>(o.iIndex)];
@@ -220,6 +227,11 @@ ZuAdjustStatus NetworkSolver::Run(NetworkState* pState) {
   for (bool bAtDatum = false; !bAtDatum;) {
     if (!Descend(pState)) {
       if (m_bStopped) return End(ZuAdjustStatus::NotConverged, "stopped");
+      // Steps that wander along a valley: what stays free there is the reason.
+      if (m_normals.Build(*pState, 0.0) && m_normals.Factorise(*pState, m_freedom)) {
+        const ZuAdjustStatus weak = CheckCondition();
+        if (weak != ZuAdjustStatus::Good) return weak;
+      }
       return End(ZuAdjustStatus::NotConverged,
                  "no solution within " + std::to_string(m_iSteps) +
                      " steps; the start values are too far off, or the network is too weak");

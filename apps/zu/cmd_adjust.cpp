@@ -1,0 +1,134 @@
+// zu adjust: the photos of a project, their cameras and points from all measurements at once.
+#include <memory>
+
+#include "cmd_adjust_input.h"
+#include "cmd_adjust_output.h"
+#include "commands.h"
+#include "input_file.h"
+#include "progress_line.h"
+#include "project_input.h"
+#include "text_table.h"
+#include "zu/project/project.h"
+
+namespace cli {
+
+namespace {
+
+struct Values {
+  std::string strProject, strControl, strApprox, strBars, strMeasurements, strOut, strPoints;
+  std::string strSigma = "0.1px", strEstimate = "none", strDatum = "control";
+  double dAlpha = 0.001;
+  bool bTest = false, bPartial = false, bCameraPerPhoto = false;
+};
+
+void Read(const Values& values, ZuProject* pProject) {
+  const InputFile file(values.strProject, "a project file");
+  const bool bRead =
+      pProject->Read(file.Path().c_str(), values.bPartial ? eZuProjectPartial : eZuProjectWhole);
+  if (bRead && !pProject->IsForeign()) return;
+  std::string strText = file.Name() + ": no project file; PHOTO and MEASURE blocks would be right";
+  for (const ZuFinding& finding : pProject->GetFindings()) {
+    if (finding.m_eSeverity != eZuSeverityError) continue;
+    strText = GetZuFindingLine(finding);
+    break;
+  }
+  throw CommandError(kBadInput, strText);
+}
+
+// Photos without orientation can't take part, and a network without any can't be adjusted.
+void CheckPhotos(const ZuNetworkOfProject& made) {
+  if (!made.network.photos.empty()) return;
+  throw CommandError(kUndetermined,
+                     "no oriented photo with measurements" +
+                         (made.warnings.empty() ? std::string() : "\n" + made.warnings[0]));
+}
+
+void WarnOf(const ZuNetworkResult& result, const ZuNetworkOfProject& made, Context& context) {
+  for (const std::string& strText : made.warnings) context.Warn(strText);
+  for (const std::string& strText : result.warnings) context.Warn(strText);
+}
+
+ExitCode Run(const Values& values, Context& context) {
+  ZuNetworkInput input;
+  ParseSigma(values.strSigma, &input);
+  input.uEstimate = ParseEstimate(values.strEstimate);
+  input.bCameraPerPhoto = values.bCameraPerPhoto;
+  ZuProject project;
+  Read(values, &project);
+  ZuPointList control, approximations;
+  if (!values.strControl.empty()) control = ReadAdjustPoints(values.strControl);
+  if (!values.strApprox.empty()) approximations = ReadAdjustPoints(values.strApprox);
+  std::vector<NumberRow> measured;
+  if (!values.strMeasurements.empty()) {
+    ReadMeasurements(values.strMeasurements, &project, &measured);
+  }
+  ZuNetworkOfProject made = ZuMakeNetwork(project, control, approximations, input);
+  CheckPhotos(made);
+  ApplyDeviations(measured, &made);
+  if (!values.strBars.empty()) ReadScaleBars(values.strBars, &made.network);
+  ZuNetworkOptions options;
+  options.eDatum = ParseDatum(values.strDatum, &made.network);
+  options.test.bSnoop = values.bTest;
+  options.test.dAlpha = values.dAlpha;
+
+  ZuNetworkResult result;
+  {
+    WorkLine work("adjusting", context.IsQuiet());
+    result = made.network.Adjust(options);
+  }
+  if (result.status != ZuAdjustStatus::Good) {
+    const bool bSaid = result.status == ZuAdjustStatus::RankDefect;  // the sentence begins so
+    throw CommandError(
+        kUndetermined,
+        (bSaid ? "" : std::string(ZuAdjustStatusText(result.status)) + ": ") + result.strText);
+  }
+  WarnOf(result, made, context);
+  PrintAdjustment(made, result, context.Text());
+  if (context.IsJson()) AddAdjustmentJson(made, result, &context.Root());
+  if (!values.strPoints.empty()) {
+    WriteAdjustedPoints(made, result, context.NewOutput(values.strPoints).Stream());
+  }
+  if (!values.strOut.empty()) {
+    ZuStoreNetwork(result, &project);
+    project.Export(context.NewOutput(values.strOut).Stream());
+  }
+  return made.warnings.empty() && result.setAside.empty() ? kGood : kNotAcceptable;
+}
+
+}  // namespace
+
+Runner DefineAdjust(Options& options) {
+  auto pValues = std::make_shared<Values>();
+  options.Positional("PROJECT", &pValues->strProject, "project file with oriented photos");
+  options.Option("--control", "FILE", &pValues->strControl,
+                 "control points, rows \"id x y z\" (fixed) or \"id x y z dx dy dz\" (weighted; 0 "
+                 "is fixed)");
+  options.Option("--approx", "FILE", &pValues->strApprox,
+                 "start positions of points, rows \"id x y z\"; else their rays are intersected");
+  options.Option("--scale-bars", "FILE", &pValues->strBars,
+                 "known distances, rows \"id_a id_b distance sigma\"");
+  options.Option("--measurements", "FILE", &pValues->strMeasurements,
+                 "image points with standard deviations of their own, rows \"photo id x y dx dy\" "
+                 "in pixels; they take the place of the project's");
+  options.Option("--sigma", "SIGMA", &pValues->strSigma,
+                 "standard deviation of a measured coordinate, 0.1px or 0.0005mm");
+  options.Option("--estimate", "NAMES", &pValues->strEstimate,
+                 "parameters of the cameras that are estimated: c,xh,yh,a1,a2,a3,b1,b2,c1,c2");
+  options.Flag("--camera-per-photo", &pValues->bCameraPerPhoto,
+               "a camera of its own for every photo; else one for each camera id");
+  options.Option("--datum", "DATUM", &pValues->strDatum,
+                 "what decides the frame: control, inner (conditions over all points) or "
+                 "inner:1,2,3 (over these)");
+  options.Flag("--test", &pValues->bTest, "set aside observations that do not fit");
+  options.Option("--alpha", "P", &pValues->dAlpha, "chance of a false alarm of one test");
+  options.Above(0.0);
+  options.AtMost(0.5);
+  AddPartialOption(options, &pValues->bPartial);
+  options.Output("-o,--output", "PROJECT2", &pValues->strOut,
+                 "the project with adjusted orientations and cameras");
+  options.Output("--points-out", "FILE", &pValues->strPoints,
+                 "the points with standard deviations: id x y z dx dy dz");
+  return [pValues](Context& context) { return Run(*pValues, context); };
+}
+
+}  // namespace cli

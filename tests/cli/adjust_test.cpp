@@ -1,0 +1,71 @@
+// zu adjust: a sample from its measured pixels to calibrated camera and points.
+#include "tests/cli/program.h"
+
+namespace {
+
+const std::string kAdjust =
+    "zu adjust $S/network/camcal.prj --control $S/network/control_fixed.coo ";
+const std::string kCamera = "--estimate c,xh,yh,a1,a2,a3,c1,c2 ";
+
+}  // namespace
+
+TEST(Adjust, WritesAProjectThatNeedsNoFurtherStep) {
+  const ScratchFolder folder;
+  const nlohmann::json first =
+      RunLine(kAdjust + kCamera + "-o out.prj --points-out out.coo --json", folder).Json();
+  EXPECT_NEAR(first["sigma0"], 1.621681476, 1e-6);
+  EXPECT_EQ(first["residuals"].size(), 2074U);
+  EXPECT_NEAR(first["rms_px"], 0.217361, 1e-6);
+  const nlohmann::json again =
+      RunLine("zu adjust out.prj --control $S/network/control_fixed.coo --approx out.coo " +
+                  kCamera + "--json",
+              folder)
+          .Json();
+  EXPECT_NEAR(again["sigma0"], first["sigma0"], 1e-9);
+  EXPECT_LE(again["iterations"], 3);
+  EXPECT_NEAR(again["cameras"][0]["values"]["c"], first["cameras"][0]["values"]["c"], 1e-9);
+}
+
+TEST(Adjust, TakesScaleBarsAndDeviationsOfRows) {
+  const ScratchFolder folder;
+  folder.Write("bars.txt", "# bar\n1001 1004 1.4142 0.0001\n");
+  folder.Write("rows.csv", "1,2,1428.6871,1455.9278,0.1,0.1\n");
+  const nlohmann::json result =
+      RunLine(
+          "zu adjust $S/network/camcal.prj --approx $S/network/approx.coo --datum inner "
+          "--scale-bars bars.txt --measurements rows.csv --json " +
+              kCamera,
+          folder)
+          .Json();
+  EXPECT_EQ(result["defect"], 6);
+  EXPECT_NEAR(result["scale_bars"][0]["d"], 1.4142, 1e-9);
+  EXPECT_EQ(result["redundancy"], 3721);
+}
+
+TEST(Adjust, TellsWhatIsWrong) {
+  const ScratchFolder folder;
+  folder.Write("two.coo", "1001 0 1 0\n1002 1 1 0\n");
+  folder.Write("short.coo", "1001 0 1\n");
+  folder.Write("bars.txt", "1001 7777 1.0 0.1\n");
+  const struct {
+    std::string strLine;
+    int iExit;
+    const char* szErr;
+  } cases[] = {
+      {"zu adjust $S/network/camcal.prj --control two.coo", 4, "rotation about the line through"},
+      {"zu adjust $S/network/camcal.prj", 4, "shift, rotation and scale"},
+      {"zu adjust $S/network/camcal_unoriented.prj", 4, "no oriented photo"},
+      {"zu adjust $S/network/camcal.prj --control short.coo", 3, "short.coo:1: 3 fields"},
+      {"zu adjust $S/network/approx.coo", 3, "project file"},
+      {kAdjust + "--scale-bars bars.txt", 3, "bars.txt:1: point 7777"},
+      {kAdjust + "--estimate c,q", 2, "\"q\" is no parameter"},
+      {kAdjust + "--sigma 1", 2, "0.1px or 0.0005mm"},
+      {kAdjust + "--datum inner:9999", 3, "point 9999"},
+  };
+  for (const auto& at : cases) {
+    const Outcome outcome = RunLine(at.strLine, folder);
+    EXPECT_EQ(outcome.iExit, at.iExit) << at.strLine << outcome.strErr;
+    EXPECT_NE(outcome.strErr.find(at.szErr), std::string::npos) << at.strLine << outcome.strErr;
+    EXPECT_TRUE(outcome.strOut.empty());
+  }
+}
