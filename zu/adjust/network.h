@@ -167,7 +167,8 @@ struct ZU_ADJUST_API ZuNetworkResult {
   ZuSigmaKind sigmaKind = ZuSigmaKind::APosteriori;
   int iObservations = 0, iUnknowns = 0, iDefect = 0, iRedundancy = 0, iSteps = 0;
   // Smallest eigenvalue of the normal matrix of cameras and orientations, scaled to a diagonal of
-  // ones: the condition. Below 1e-13 the network is told as a rank defect.
+  // ones: the condition. A network is told as a rank defect where it is below 1e-13, or where the
+  // standard deviation of c, xh or yh exceeds 1 % of c, sigma0 a priori.
   double dLeastEigenvalue = 0.0;
 
   std::vector<ZuCamera> cameras;

@@ -12,6 +12,7 @@ constexpr double kExact = 1e-7;          // the same of observations that fit ex
                                          // their own standard deviations [-]
 constexpr double kFree = 1e-12;          // resistance of a motion that counts as none [-]
 constexpr double kSingular = 1e-13;      // least scaled eigenvalue [-]
+constexpr double kUnknown = 0.01;        // sd of c, xh, yh against c, sigma0 a priori [-]
 constexpr double kDampingStart = 1e-4;   // of the normal matrix's diagonal [-]
 constexpr double kDampingLeast = 1e-10;  // below it there is none
 constexpr double kDampingMost = 1e16;
@@ -186,15 +187,42 @@ bool NetworkSolver::MoveToDatum(NetworkState* pState) const {
   return dFirst <= kMoved;
 }
 
-ZuAdjustStatus NetworkSolver::CheckCondition() {
+// At a state, undamped: the least eigenvalue, and what the image points would tell of c, xh and yh.
+ZuAdjustStatus NetworkSolver::CheckCondition(const NetworkState& state) {
   std::vector<double> vector;
+  if (!m_normals.Build(state, 0.0)) return ZuAdjustStatus::Good;  // a point's own trouble
+  if (!m_normals.Factorise(state, m_freedom)) {
+    m_dLeast = 0.0;
+    std::string strText = "rank defect 1: the observations don't decide all unknowns";
+    if (m_normals.Build(state, kDampingLeast) && m_normals.Factorise(state, m_freedom)) {
+      m_normals.LeastEigenvalue(&vector);
+      strText = WeaknessText(m_model, vector);
+    }
+    return End(ZuAdjustStatus::RankDefect, strText);
+  }
   m_dLeast = m_normals.LeastEigenvalue(&vector);
-  if (m_dLeast > kSingular) return ZuAdjustStatus::Good;
-  return End(ZuAdjustStatus::RankDefect, WeaknessText(m_model, vector));
+  if (!(m_dLeast > kSingular)) {
+    return End(ZuAdjustStatus::RankDefect, WeaknessText(m_model, vector));
+  }
+  for (size_t i = 0; i < state.cameras.size(); ++i) {
+    const std::vector<int>& parameters = m_model.CameraParameters(static_cast<int>(i));
+    for (size_t k = 0; k < parameters.size() && parameters[k] <= ZuNetworkYh; ++k) {
+      std::vector<double> unit(vector.size(), 0.0);
+      std::vector<Vec3> points(state.points.size(), Vec3{});
+      const size_t u = static_cast<size_t>(m_model.CameraOffset(static_cast<int>(i))) + k;
+      unit[u] = 1.0;
+      m_normals.SolveFor(&unit, &points);
+      if (std::sqrt(unit[u]) <= kUnknown * std::fabs(state.cameras[i].m_dC)) continue;
+      std::fill(vector.begin(), vector.end(), 0.0);
+      vector[u] = 1.0;
+      return End(ZuAdjustStatus::RankDefect, WeaknessText(m_model, vector));
+    }
+  }
+  return ZuAdjustStatus::Good;
 }
 
 ZuAdjustStatus NetworkSolver::CheckEnd(const NetworkState& state) {
-  const ZuAdjustStatus condition = CheckCondition();
+  const ZuAdjustStatus condition = CheckCondition(state);
   if (condition != ZuAdjustStatus::Good) return condition;
   for (const NetworkObservation& o : m_model.Observations()) {
     if (!o.bUsed || o.eKind != ZuNetworkKind::Image) continue;
@@ -222,14 +250,15 @@ ZuAdjustStatus NetworkSolver::Run(NetworkState* pState) {
     const ZuAdjustStatus status = FindFreedom(*pState);
     if (status != ZuAdjustStatus::Good) return status;
   }
-  const ZuAdjustStatus start = CheckStart(*pState);
-  if (start != ZuAdjustStatus::Good) return start;
+  const ZuAdjustStatus first = CheckStart(*pState);
+  if (first != ZuAdjustStatus::Good) return first;
+  const NetworkState start = *pState;
   for (bool bAtDatum = false; !bAtDatum;) {
     if (!Descend(pState)) {
       if (m_bStopped) return End(ZuAdjustStatus::NotConverged, "stopped");
       // Steps that wander along a valley: what stays free there is the reason.
-      if (m_normals.Build(*pState, 0.0) && m_normals.Factorise(*pState, m_freedom)) {
-        const ZuAdjustStatus weak = CheckCondition();
+      for (const NetworkState* pAt : {&start, static_cast<const NetworkState*>(pState)}) {
+        const ZuAdjustStatus weak = CheckCondition(*pAt);
         if (weak != ZuAdjustStatus::Good) return weak;
       }
       return End(ZuAdjustStatus::NotConverged,
@@ -243,9 +272,6 @@ ZuAdjustStatus NetworkSolver::Run(NetworkState* pState) {
   if (!m_normals.Build(*pState, 0.0)) {
     m_iUndecided = m_normals.UndecidedPoint();
     return End(ZuAdjustStatus::RankDefect, "a point is not decided by its rays");
-  }
-  if (!m_normals.Factorise(*pState, m_freedom)) {
-    return End(ZuAdjustStatus::RankDefect, "the normal equations are singular");
   }
   return CheckEnd(*pState);
 }

@@ -29,7 +29,7 @@ class NetworkSolver {
   bool Descend(NetworkState* pState);
   bool MoveToDatum(NetworkState* pState) const;
   ZuAdjustStatus CheckStart(const NetworkState& state);
-  ZuAdjustStatus CheckCondition();
+  ZuAdjustStatus CheckCondition(const NetworkState& state);
   ZuAdjustStatus CheckEnd(const NetworkState& state);
   ZuAdjustStatus FindFreedom(const NetworkState& state);
   double Tolerance(double dCost) const;
