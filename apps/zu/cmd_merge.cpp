@@ -1,4 +1,5 @@
 // zu merge: a point list into the system of another one although some common points are wrong.
+#include <algorithm>
 #include <cmath>
 #include <cstdlib>
 #include <memory>
@@ -8,13 +9,15 @@
 #include "point_input.h"
 #include "text_table.h"
 #include "trafo_report.h"
+#include "zu/adjust/consensus.h"
 #include "zu/transform/trafo3d.h"
 
 namespace cli {
 namespace {
 
-constexpr double kProper = 1e-6;  // |det R - 1| of a rotation at most [-]
-constexpr int kSampleSize = 4;    // of the library's search, without extra points
+constexpr double kProper = 1e-6;      // |det R - 1| of a rotation at most [-]
+constexpr int kSampleSize = 4;        // of the library's search, without extra points
+constexpr int kMostExhaustive = 200;  // common points; more take minutes
 
 struct Values {
   std::string strA, strB;
@@ -27,11 +30,15 @@ struct Values {
   int iExtraPoints = 1;
   int iExtraSample = 0;
   unsigned uSeed = 1;
+  std::string strSearch;  // "": exhaustive for few common points, else random
+
+  bool IsLibrary() const { return strSearch == "library"; }
 };
 
 struct Lists {
   ZuPointList listA, listB;
   ZuPointList result, rejected, rejectedControl;
+  int iCommon = 0;
 };
 
 // The points of the result: agreeing ones, then those only B has, then those only A has.
@@ -40,7 +47,7 @@ struct Groups {
 };
 
 void CheckUsage(const Values& values) {
-  if (values.iMinPoints - kSampleSize > values.iExtraSample) {
+  if (values.IsLibrary() && values.iMinPoints - kSampleSize > values.iExtraSample) {
     throw CommandError(kUsage, "--min-points " + std::to_string(values.iMinPoints) +
                                    " is more than a sample has; --extra-sample " +
                                    std::to_string(values.iMinPoints - kSampleSize) +
@@ -59,9 +66,117 @@ std::string Files(const Values& values) {
   return NameInMessages(values.strA) + " and " + NameInMessages(values.strB);
 }
 
+// Largest side of the box of A's common points.
+double ExtentOfCommon(const Lists& lists) {
+  const ZuSortHelper<ZuPoint> indexB(&lists.listB);
+  double adLow[3], adHigh[3];
+  bool bFirst = true;
+  for (const ZuPoint* p = lists.listA.First(); p != nullptr; p = p->Next()) {
+    if (indexB.Find(p->GetId()) == nullptr) continue;
+    const double ad[] = {p->m_dX, p->m_dY, p->m_dZ};
+    for (int i = 0; i < 3; ++i) {
+      adLow[i] = bFirst ? ad[i] : std::min(adLow[i], ad[i]);
+      adHigh[i] = bFirst ? ad[i] : std::max(adHigh[i], ad[i]);
+    }
+    bFirst = false;
+  }
+  if (bFirst) return 0.0;
+  return std::max({adHigh[0] - adLow[0], adHigh[1] - adLow[1], adHigh[2] - adLow[2]});
+}
+
+// The estimate from the points that agree, applied as the library's own merge does: the agreeing
+// points, those only B has, those only A has; rejected ones apart.
+void Join(const Values& values, const ZuConsensusResult& consensus, double dTolerance,
+          Lists* pLists, ZuTrafo3d* pTrafo) {
+  const ZuSortHelper<ZuPoint> indexA(&pLists->listA);
+  ZuPointList agreeing, common, onlyB;
+  for (const ZuPoint* p = pLists->listB.First(); p != nullptr; p = p->Next()) {
+    const bool bCommon = indexA.Find(p->GetId()) != nullptr;
+    (bCommon ? common : onlyB).Add(*p);
+    if (std::binary_search(consensus.agreeing.begin(), consensus.agreeing.end(), p->GetId())) {
+      agreeing.Add(*p);
+    }
+  }
+  pTrafo->CalcByControlPoints(indexA, &agreeing, 3, false);
+  pTrafo->Transform(&pLists->result, &pLists->rejected, &pLists->rejectedControl, &common,
+                    dTolerance, indexA, values.dBlend);
+  pTrafo->InPlaceTransform(&onlyB);
+  onlyB.MoveTo(&pLists->result);
+  const ZuSortHelper<ZuPoint> indexB(&pLists->listB);
+  for (const ZuPoint* p = pLists->listA.First(); p != nullptr; p = p->Next()) {
+    if (indexB.Find(p->GetId()) == nullptr) pLists->result.Add(*p);
+  }
+}
+
+// Throws CommandError (undetermined) where the common points of a list are on one line.
+void CheckLine(const Values& values, const Lists& lists) {
+  ZuPointList commonA, commonB;
+  const ZuSortHelper<ZuPoint> indexA(&lists.listA);
+  for (const ZuPoint* p = lists.listB.First(); p != nullptr; p = p->Next()) {
+    const ZuPoint* const pA = indexA.Find(p->GetId());
+    if (pA == nullptr) continue;
+    commonA.Add(*pA);
+    commonB.Add(*p);
+  }
+  if (!AreCollinear(commonA) && !AreCollinear(commonB)) return;
+  throw CommandError(kUndetermined,
+                     Files(values) + ": the " + Counted(lists.iCommon, "common point") +
+                         " do not determine a transformation\nthree that are not on one straight "
+                         "line are needed");
+}
+
 // Throws CommandError (undetermined) where no transformation can be trusted.
+void MergeByConsensus(const Values& values, Context& context, Lists* pLists, ZuTrafo3d* pTrafo) {
+  const std::string strHave =
+      Files(values) + " have " + Counted(pLists->iCommon, "point") + " in common";
+  if (pLists->iCommon < values.iMinPoints) {
+    throw CommandError(kUndetermined,
+                       strHave + ", " + std::to_string(values.iMinPoints) + " are needed");
+  }
+  ZuConsensusOptions options;
+  options.dTolerance = values.dTolerance;
+  if (values.bRelative) options.dTolerance *= ExtentOfCommon(*pLists);
+  options.uSeed = values.uSeed;
+  if (values.strSearch == "exhaustive") options.search = ZuConsensusSearch::Exhaustive;
+  if (values.strSearch == "random") options.search = ZuConsensusSearch::Random;
+  options.iLeastAgreeing =
+      std::min(values.iMinPoints + values.iExtraPoints, std::max(pLists->iCommon, 3));
+  if (options.search == ZuConsensusSearch::Exhaustive && pLists->iCommon > kMostExhaustive) {
+    throw CommandError(kUsage, "--search exhaustive looks at up to " +
+                                   std::to_string(kMostExhaustive) + " common points, there are " +
+                                   std::to_string(pLists->iCommon));
+  }
+  const ZuConsensusResult consensus = ZuFindConsensus(pLists->listA, pLists->listB, options);
+  if (!consensus.IsGood()) {
+    if (consensus.status != ZuAdjustStatus::RankDefect) {
+      throw CommandError(kUndetermined, Files(values) + ": " + consensus.strReason);
+    }
+    CheckLine(values, *pLists);
+    const bool bFew = pLists->iCommon < values.iMinPoints + values.iExtraPoints;
+    throw CommandError(
+        kUndetermined,
+        bFew ? strHave + ", which do not agree\nto find the wrong ones " +
+                   std::to_string(values.iMinPoints + values.iExtraPoints) +
+                   " are needed (--min-points and --extra-points)"
+             : strHave +
+                   ", no sample of which agrees\na larger --tolerance, or points that are "
+                   "not on one line may help");
+  }
+  Join(values, consensus, options.dTolerance, pLists, pTrafo);
+  Json& search = context.Root()["search"];
+  search = {{"kind", consensus.bExhaustive ? "exhaustive" : "random"},
+            {"samples", consensus.iSamples},
+            {"missed", consensus.dMissed}};
+  context.Text() << Counted(consensus.iSamples, "sample") << ", "
+                 << (consensus.bExhaustive
+                         ? std::string("all there are")
+                         : "chance of having missed the best " + Shortest(consensus.dMissed))
+                 << '\n';
+}
+
+// The same by the library's own merge.
 void Merge(const Values& values, Lists* pLists, ZuTrafo3d* pTrafo) {
-  const int iCommon = CountCommon(*pLists);
+  const int iCommon = pLists->iCommon;
   const std::string strHave = Files(values) + " have " + Counted(iCommon, "point") + " in common";
   if (values.iExtraSample > 0 && values.iExtraSample > iCommon / 2 - kSampleSize) {
     throw CommandError(kUndetermined, strHave + "; samples of " + std::to_string(kSampleSize) +
@@ -174,9 +289,14 @@ ExitCode Run(const Values& values, Context& context) {
   ReadPoints(values.strA, values.format, context, &lists.listA);
   ReadPoints(values.strB, values.format, context, &lists.listB);
   GiveCommonIds(NameInMessages(values.strB), context, &lists.listA, &lists.listB);
+  lists.iCommon = CountCommon(lists);
   ZuTrafo3d trafo;
-  Merge(values, &lists, &trafo);
-  const Groups groups = GroupsOf(lists, trafo.GetCommonIdTable().Count());
+  if (values.IsLibrary()) {
+    Merge(values, &lists, &trafo);
+  } else {
+    MergeByConsensus(values, context, &lists, &trafo);
+  }
+  const Groups groups = GroupsOf(lists, lists.iCommon);
   CheckGeometry(values, lists, groups, trafo);
   Report(values, lists, groups, trafo, context);
 
@@ -211,11 +331,15 @@ Runner DefineMerge(Options& options) {
   options.Option("--extra-points", "N", &pValues->iExtraPoints,
                  "common points needed beyond these to look for wrong ones");
   options.AtLeast(0.0);
-  options.Option("--extra-sample", "N", &pValues->iExtraSample, "points of a sample beyond 4");
+  options.Option("--extra-sample", "N", &pValues->iExtraSample,
+                 "points of a sample beyond 4 (--search library)");
   options.AtLeast(0.0);
   options.Option("--seed", "S", &pValues->uSeed,
                  "of the random samples; the same seed gives the same result");
   options.AlsoStrict("end with exit code 1 where points are rejected");
+  options.Choice("--search", {"exhaustive", "random", "library"}, &pValues->strSearch,
+                 "all samples, random ones, or the library's own merge; without it all samples of "
+                 "up to 15 common points, else random ones");
   AddPointOptions(options, &pValues->format);
   options.Output("-o,--output", "OUT", &pValues->strOutput,
                  "coordinate file of both lists in the system of A, without rejected points");

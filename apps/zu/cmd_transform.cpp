@@ -5,7 +5,9 @@
 #include <utility>
 
 #include "commands.h"
+#include "point_columns.h"
 #include "point_input.h"
+#include "similarity_report.h"
 #include "text_table.h"
 #include "trafo_check.h"
 #include "trafo_report.h"
@@ -21,8 +23,16 @@ struct Values {
   std::string strControl;
   std::string strOutput;
   PointFormat format;
+  AdjustValues adjust;
   bool bUnitScale = false;
   int iMinPoints = 3;
+
+  // The columns bring accuracies.
+  bool HasAccuracies() const {
+    const ColumnTable columns = ParseColumns(format.strColumns);
+    return columns.HasEntry(eZuPointRWDX) || columns.HasEntry(eZuPointRWDY) ||
+           columns.HasEntry(eZuPointRWDZ);
+  }
 };
 
 struct Lists {
@@ -41,12 +51,15 @@ void FindCommon(const ZuSortHelper<ZuPoint>& control, Lists* pLists) {
   }
 }
 
+std::string Files(const Values& values) {
+  return NameInMessages(values.strSource) + " and " + NameInMessages(values.strControl);
+}
+
 // Throws CommandError (undetermined) where there is no trustworthy transformation.
 void Estimate(const Values& values, const Lists& lists, const ZuSortHelper<ZuPoint>& control,
               ZuTrafo3d* pTrafo) {
   const bool bGood = pTrafo->CalcByControlPoints(control, &lists.source, values.iMinPoints, false);
-  const std::string strFiles =
-      NameInMessages(values.strSource) + " and " + NameInMessages(values.strControl);
+  const std::string strFiles = Files(values);
   if (!bGood && pTrafo->GetStatus() == eTrafo3DTooFewPoints) {
     throw CommandError(kUndetermined,
                        strFiles + " have " + Counted(pTrafo->GetCommonPoints(), "point") +
@@ -69,7 +82,26 @@ void Estimate(const Values& values, const Lists& lists, const ZuSortHelper<ZuPoi
                                           " --tolerance T finds it");
   }
   // The best rotation does not depend on the scale; what is left is not to apply it.
-  if (values.bUnitScale) pTrafo->m_dScale = 1.0;
+  if (values.bUnitScale || values.adjust.strFixed == "scale") pTrafo->m_dScale = 1.0;
+}
+
+// The adjustment; its parameters take the place of the closed form's where it was asked for or the
+// points have weights. Throws CommandError (undetermined) then, else warns.
+ZuSimilarityResult AdjustTrafo(const Values& values, const Lists& lists,
+                               const ZuSortHelper<ZuPoint>& control, Context& context,
+                               ZuTrafo3d* pTrafo) {
+  ZuSimilarityOptions options = values.adjust.OptionsOf();
+  if (values.bUnitScale && values.adjust.strFixed.empty()) options.kind = ZuSimilarityKind::Rigid;
+  ZuSimilarityResult result = ZuAdjustSimilarity(control, lists.source, options);
+  const bool bAsked = values.adjust.IsAsked() || values.HasAccuracies();
+  if (!result.IsGood()) {
+    if (bAsked) throw CommandError(kUndetermined, Files(values) + ": " + result.strReason);
+    context.Warn("no standard deviations: " + result.strReason);
+  } else if (bAsked) {
+    static_cast<ZuTrafo3dData&>(*pTrafo) = result.trafo;
+  }
+  for (const std::string& strWarning : result.warnings) context.Warn(strWarning);
+  return result;
 }
 
 // The residuals of the points of `out` that the control list holds, in the order of `out`; they are
@@ -87,7 +119,8 @@ std::vector<Residual> ResidualsOf(const ZuPointList& out, int iSourcePoints,
 }
 
 void AddPoints(const ZuPointList& out, int iSourcePoints, const ZuSortHelper<ZuPoint>& control,
-               const std::vector<Residual>& residuals, Json* pRoot) {
+               const std::vector<Residual>& residuals, const ZuSimilarityResult& result,
+               Json* pRoot) {
   Json points = Json::array();
   std::vector<const ZuPoint*> onlySource, onlyControl;
   size_t uResidual = 0;
@@ -96,6 +129,12 @@ void AddPoints(const ZuPointList& out, int iSourcePoints, const ZuSortHelper<ZuP
     const bool bSource = i < iSourcePoints;
     const bool bCommon = bSource && control.Find(p->GetId()) != nullptr;
     points.push_back(ToJson(*p, bCommon ? &residuals[uResidual++] : nullptr));
+    if (bSource && result.IsGood()) {
+      Json& point = points.back();
+      point["sd"] = {p->m_dDX, p->m_dDY, p->m_dDZ};
+      const ZuSimilarityPoint* const pTest = bCommon ? result.Find(p->GetId()) : nullptr;
+      if (pTest != nullptr) AddTests(*pTest, &point);
+    }
     if (!bSource) onlyControl.push_back(p);
     if (bSource && !bCommon) onlySource.push_back(p);
   }
@@ -113,9 +152,14 @@ ExitCode Run(const Values& values, Context& context) {
   FindCommon(control, &lists);
 
   ZuTrafo3d trafo;
-  Estimate(values, lists, control, &trafo);
+  // With the tilt fixed fewer points will do, of which the closed form knows nothing.
+  const bool bUpright = values.adjust.Kind() == ZuSimilarityKind::Levelled ||
+                        values.adjust.Kind() == ZuSimilarityKind::Shift;
+  if (!bUpright) Estimate(values, lists, control, &trafo);
+  const ZuSimilarityResult result = AdjustTrafo(values, lists, control, context, &trafo);
   ZuPointList out;
   trafo.Transform(out, lists.source, control, false);
+  if (result.IsGood()) SetCarriedSds(result, lists.source, &out);
   const int iSourcePoints = lists.source.Count();
   const std::vector<Residual> residuals = ResidualsOf(out, iSourcePoints, control);
 
@@ -125,9 +169,14 @@ ExitCode Run(const Values& values, Context& context) {
                  << " only in " << NameInMessages(values.strControl)
                  << "\nresiduals: control minus transformed source\n\n";
   WriteResiduals(residuals, context.Text());
-  WarnOfWrongPoint(residuals, lists.commonControl, context);
+  if (result.setAside.empty()) WarnOfWrongPoint(residuals, lists.commonControl, context);
   context.Text() << '\n';
   WriteParameters(trafo, context.Text());
+  const ZuSortHelper<ZuPoint> names(&lists.commonSource);
+  if (result.IsGood()) {
+    context.Text() << '\n';
+    WriteSimilarity(result, names, context.Text());
+  }
 
   Json& root = context.Root();
   root["status"] = static_cast<int>(trafo.GetStatus());
@@ -136,12 +185,13 @@ ExitCode Run(const Values& values, Context& context) {
   AddParameters(trafo, &root);
   root["unit_scale"] = values.bUnitScale;
   root["rms"] = ToJson(RmsOf(residuals));
-  if (context.IsJson()) AddPoints(out, iSourcePoints, control, residuals, &root);
+  AddSimilarity(result, names, &root);
+  if (context.IsJson()) AddPoints(out, iSourcePoints, control, residuals, result, &root);
 
   if (!values.strOutput.empty()) {
     WritePoints(&out, values.format.strColumns, &context.NewOutput(values.strOutput));
   }
-  return kGood;
+  return result.setAside.empty() ? kGood : kNotAcceptable;
 }
 
 }  // namespace
@@ -153,6 +203,9 @@ Runner DefineTransform(Options& options) {
                  "coordinate file with points of the target system");
   options.Required();
   options.Flag("--unit-scale", &pValues->bUnitScale, "rotate and shift only, scale 1");
+  options.Choice("--fixed", {"scale", "levelled", "shift"}, &pValues->adjust.strFixed,
+                 "scale 1; turned about the z axis only, scale 1; not turned, scale 1");
+  AddAdjustOptions(options, &pValues->adjust);
   options.Option("--min-points", "N", &pValues->iMinPoints, "common points needed");
   options.AtLeast(3);
   AddPointOptions(options, &pValues->format);

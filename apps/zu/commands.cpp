@@ -4,6 +4,11 @@ namespace cli {
 
 const std::vector<Command>& Commands() {
   static const std::vector<Command> commands = {
+      {"compare", "find the points that moved between two measurements",
+       "  zu compare epoch1.coo epoch2.coo --sigma 0.002\n"
+       "carries the first epoch onto the second over the points that did not move, found by\n"
+       "itself, and tests each; exit code 1 where points moved.",
+       DefineCompare},
       {"transform", "carry a point list into the system of control points",
        "  zu transform samples/datum/local.coo --control samples/datum/wgs84.coo -o joined.coo\n"
        "finds scale, rotation and shift from the stations that both files hold, prints the\n"

@@ -50,6 +50,7 @@ Runner DefineCloudConvert(Options& options);
 Runner DefineCloudInfo(Options& options);
 Runner DefineCloudNormals(Options& options);
 Runner DefineCloudTransform(Options& options);
+Runner DefineCompare(Options& options);
 Runner DefineLocal(Options& options);
 Runner DefineMeasure(Options& options);
 Runner DefineMerge(Options& options);

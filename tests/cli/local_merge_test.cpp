@@ -68,13 +68,14 @@ TEST(Merge, RefusesWhatItCannotDecide) {
   folder.Write("line", "1 0 0 0\n2 1 1 1\n3 2 2 2\n");
   folder.Write("five", "1 0 0 0\n2 1 0 0\n3 0 1 0\n4 0 0 9\n5 7 7 7\n");
   folder.Write("other", "1 0 0 0\n2 5 0 0\n3 0 1 8\n4 3 0 1\n5 1 2 3\n");
-  ExpectLines({{"zu merge a <(echo 1 0 0 0; echo 9 1 1 1) --tolerance 1", 4, "",
-                "1 point in common, 3 are"},
-               {"zu merge a b --tolerance 0.1", 4, "", "do not agree"},
-               {"zu merge line line --tolerance 0.1", 4, "", "do not determine"},
-               {"zu merge five other --tolerance 0.1", 4, "", "no sample of which agrees"},
-               {"zu merge a a --tolerance 1 --min-points 5", 2, "", "--extra-sample 1"}},
-              folder);
+  ExpectLines(
+      {{"zu merge a <(echo 1 0 0 0; echo 9 1 1 1) --tolerance 1", 4, "",
+        "1 point in common, 3 are"},
+       {"zu merge a b --tolerance 0.1", 4, "", "do not agree"},
+       {"zu merge line line --tolerance 0.1", 4, "", "do not determine"},
+       {"zu merge five other --tolerance 0.1", 4, "", "no sample of which agrees"},
+       {"zu merge a a --tolerance 1 --min-points 5 --search library", 2, "", "--extra-sample 1"}},
+      folder);
 }
 
 TEST(Local, PutsPointsIntoTheSystem) {

@@ -43,15 +43,20 @@ class SimilarityRun {
     m_result.bSigmaGiven = m_common.bSigmaGiven;
     m_result.warnings = m_common.warnings;
     m_result.dOwnVariance = m_common.dOwnVariance;
-    const int n = static_cast<int>(m_common.points.size());
     if (!m_common.strFault.empty()) {
       Fail(ZuAdjustStatus::NotFinite, m_common.strFault);
       return m_result;
     }
     if (m_options.tests.bSnoop) {
+      std::vector<unsigned> aside = m_options.startAside;
+      std::sort(aside.begin(), aside.end());
+      std::vector<char> start;
+      for (const CommonPoint& p : m_common.points) {
+        start.push_back(!std::binary_search(aside.begin(), aside.end(), p.uId));
+      }
       const auto snooped = zu::internal::Snoop(
-          n, [this](const std::vector<char>& used, std::vector<zu::internal::SnoopTest>* pTests,
-                    int* piRedundancy) {
+          start, [this](const std::vector<char>& used, std::vector<zu::internal::SnoopTest>* pTests,
+                        int* piRedundancy) {
             if (!Adjust(used)) return false;
             Test();
             for (std::size_t u = 0; u < used.size(); ++u) {
@@ -269,17 +274,20 @@ const ZuSimilarityPoint* ZuSimilarityResult::Find(unsigned uId) const {
 }
 
 // R exp[w] with R = Ry(b) Rx(a) Rz(c): w = Rz' Rx' ey db + Rz' ex da + ez dc.
-bool ZuSimilarityResult::Angles(double* pdAngles, double* pdCovariance) const {
+bool ZuSimilarityResult::Angles(double* pdAngles, double* pdCovariance,
+                                double* pdDerivatives) const {
   ZuMatrix rotation(trafo.m_mRot);
   rotation.GetRotAngles(&pdAngles[0], &pdAngles[1], &pdAngles[2]);
   const double sa = std::sin(pdAngles[0]), ca = std::cos(pdAngles[0]);
   const double sc = std::sin(pdAngles[2]), cc = std::cos(pdAngles[2]);
   Eigen::Map<RowMatrix> covariance(pdCovariance);
   covariance.setZero();
+  if (pdDerivatives != nullptr) std::fill_n(pdDerivatives, 9, 0.0);
   if (std::fabs(ca) < kSteep) return false;
   Eigen::Matrix3d perAngle;  // columns: dw by a, b, c
   perAngle << cc, ca * sc, 0.0, -sc, ca * cc, 0.0, 0.0, -sa, 1.0;
   const Eigen::Matrix3d J = perAngle.inverse();
+  if (pdDerivatives != nullptr) Eigen::Map<RowMatrix>{pdDerivatives} = J;
   const Eigen::Map<const Covariance7> all(adCovariance);
   covariance = J * all.block<3, 3>(4, 4) * J.transpose();
   return true;

@@ -51,6 +51,9 @@ struct ZuSimilarityOptions {
 
   // Covariances that stand before all that; in any order.
   std::vector<ZuPointCovariance> sourceCovariances, targetCovariances;
+
+  // Ids of points that snooping begins without; those that fit the others come back.
+  std::vector<unsigned> startAside;
 };
 
 // A common point. The misclosure e of its test is target minus transformed source, by axis of the
@@ -103,10 +106,11 @@ class ZU_ADJUST_API ZuSimilarityResult {
   // The common point of that id; null if there is none.
   const ZuSimilarityPoint* Find(unsigned uId) const;
 
-  // The angles of MakeRotMatrix(y, x, z): values and their covariance, 3 x 3 in the order x, y, z.
-  // False where the angle about x is within 1e-8 of a right one: the others have no covariance
-  // then; the values make the matrix again.
-  bool Angles(double* pdAngles, double* pdCovariance) const;
+  // The angles of MakeRotMatrix(y, x, z): values and their covariance, 3 x 3 in the order x, y, z;
+  // the derivatives of the angles by w too, if they are asked for. False where the angle about x is
+  // within 1e-8 of a right one: the others have no covariance then, all of it and the derivatives
+  // are 0; the values make the matrix again.
+  bool Angles(double* pdAngles, double* pdCovariance, double* pdDerivatives = nullptr) const;
 
   // Covariance of the transformed point whose own covariance in the source is given (3 x 3, null:
   // exact), for a point that took no part in the adjustment.

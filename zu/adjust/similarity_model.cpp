@@ -224,7 +224,8 @@ void SimilarityModel::Linearize(int i, GroupEquation* pEquation) const {
   const CommonPoint& p = m_points[static_cast<std::size_t>(i)];
   const auto R = Rows(m_R);
   Vector3d x = Vector(p.x) - Vector(m_xs);
-  const Vector3d e = Vector(p.y) - Vector(m_yc) - Vector(m_t) - m_s * (R * x);
+  Vector3d e;
+  Misclosure(i, e.data());
   double adSource[9], adTarget[9];
   CovarianceOf(p, adSource, adTarget);
   const Matrix3d source = Rows(adSource);
@@ -258,6 +259,13 @@ void SimilarityModel::Linearize(int i, GroupEquation* pEquation) const {
     }
     for (int k = 0; k < 3; ++k) q.A[static_cast<std::size_t>(k * u + j)] = a[k];
   }
+}
+
+void SimilarityModel::Misclosure(int i, double* pdE) const {
+  const CommonPoint& p = m_points[static_cast<std::size_t>(i)];
+  const Vector3d e =
+      Vector(p.y) - Vector(m_yc) - Vector(m_t) - m_s * (Rows(m_R) * (Vector(p.x) - Vector(m_xs)));
+  std::copy_n(e.data(), 3, pdE);
 }
 
 void SimilarityModel::Step(const double* pdCorrection) {

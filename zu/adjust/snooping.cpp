@@ -12,22 +12,30 @@ double Excess(const SnoopTest& test) {
 
 class Snooper {
  public:
-  Snooper(int iGroups, const SnoopAdjust& adjust)
+  Snooper(const std::vector<char>& start, const SnoopAdjust& adjust)
       : m_adjust(adjust),
-        m_tests(static_cast<std::size_t>(iGroups)),
-        m_returned(static_cast<std::size_t>(iGroups), 0),
-        m_kept(static_cast<std::size_t>(iGroups), 0) {
-    m_result.used.assign(static_cast<std::size_t>(iGroups), 1);
+        m_tests(start.size()),
+        m_returned(start.size(), 0),
+        m_kept(start.size(), 0) {
+    m_result.used = start;
   }
 
   SnoopResult Run() {
     m_result.bGood = Adjust();
+    if (m_result.bGood) NoteStart();
     while (m_result.bGood && (TakeBack() || SetWorstAside())) {
     }
     return m_result;
   }
 
  private:
+  void NoteStart() {
+    for (std::size_t u = 0; u < m_tests.size(); ++u) {
+      if (m_result.used[u]) continue;
+      m_result.setAside.push_back({static_cast<int>(u), m_tests[u].dTest, m_tests[u].dLimit});
+    }
+  }
+
   bool Adjust() { return m_adjust(m_result.used, &m_tests, &m_iRedundancy); }
 
   // Goes back to a state that was good, so that the last adjustment is that of the result.
@@ -95,6 +103,12 @@ class Snooper {
 
 }  // namespace
 
-SnoopResult Snoop(int iGroups, const SnoopAdjust& adjust) { return Snooper(iGroups, adjust).Run(); }
+SnoopResult Snoop(int iGroups, const SnoopAdjust& adjust) {
+  return Snoop(std::vector<char>(static_cast<std::size_t>(iGroups), 1), adjust);
+}
+
+SnoopResult Snoop(const std::vector<char>& start, const SnoopAdjust& adjust) {
+  return Snooper(start, adjust).Run();
+}
 
 }  // namespace zu::internal

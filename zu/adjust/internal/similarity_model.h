@@ -40,6 +40,8 @@ class SimilarityModel final : public GroupModel {
   // Residuals of both sides and the covariance of the transformed source point.
   void Complete(int i, const double* pdAQA, double dSigma0, ZuSimilarityPoint* pPoint) const;
 
+  // Target minus transformed source of point i.
+  void Misclosure(int i, double* pdE) const;
   void StoreTo(ZuTrafo3dData* pTrafo) const;
   // What the parameters are: 0 to 2 shift x, y, z, 3 the scale's relative change, 4 to 6 rotation.
   const std::vector<int>& Columns() const { return m_columns; }

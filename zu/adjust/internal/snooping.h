@@ -37,4 +37,7 @@ struct SnoopResult {
 // must not depend on the order of the input.
 SnoopResult Snoop(int iGroups, const SnoopAdjust& adjust);
 
+// The same from a start without the groups whose flag is 0: they are aside at first.
+SnoopResult Snoop(const std::vector<char>& start, const SnoopAdjust& adjust);
+
 }  // namespace zu::internal

@@ -1,0 +1,221 @@
+#include "similarity_report.h"
+
+#include <algorithm>
+#include <cmath>
+#include <numbers>
+#include <vector>
+
+#include "point_names.h"
+#include "text_table.h"
+
+namespace cli {
+namespace {
+
+constexpr const char* kParameters[] = {"tx", "ty", "tz", "scale", "angle_x", "angle_y", "angle_z"};
+constexpr double kGonPerRadian = 200.0 / std::numbers::pi;
+
+// Values and covariance in the order of kParameters, angles in radians.
+struct Parameters {
+  double adValue[7], adCovariance[49];
+  bool bAngles;  // they have a covariance
+
+  double Sd(int i) const { return std::sqrt(std::max(adCovariance[8 * i], 0.0)); }
+};
+
+Parameters ParametersOf(const ZuSimilarityResult& result) {
+  Parameters p;
+  double adAngles[9], adJacobian[9];
+  p.bAngles = result.Angles(p.adValue + 4, adAngles, adJacobian);
+  for (int i = 0; i < 3; ++i) p.adValue[i] = result.trafo.m_vTarget[i + 1];
+  p.adValue[3] = result.trafo.m_dScale;
+  const auto row = [&adJacobian](int i, double* pd) {  // of the angles and the rest by (t, s, w)
+    std::fill_n(pd, 7, 0.0);
+    if (i < 4) {
+      pd[i] = 1.0;
+    } else {
+      std::copy_n(adJacobian + 3 * (i - 4), 3, pd + 4);
+    }
+  };
+  for (int i = 0; i < 7; ++i) {
+    for (int j = 0; j < 7; ++j) {
+      double adI[7], adJ[7], dSum = 0.0;
+      row(i, adI);
+      row(j, adJ);
+      for (int k = 0; k < 7; ++k) {
+        for (int l = 0; l < 7; ++l) dSum += adI[k] * result.adCovariance[7 * k + l] * adJ[l];
+      }
+      p.adCovariance[7 * i + j] = dSum;
+    }
+  }
+  return p;
+}
+
+std::string Label(unsigned uId, const ZuSortHelper<ZuPoint>& names) {
+  const ZuPoint* const p = names.Find(uId);
+  return p != nullptr ? PointLabel(*p) : std::to_string(uId);
+}
+
+Json JsonOf(const double* pd) { return {pd[0], pd[1], pd[2]}; }
+
+void WriteSigma(const ZuSimilarityResult& result, std::ostream& stream) {
+  stream << "redundancy " << result.iRedundancy << ", standard deviations "
+         << ZuSigmaKindText(result.sigmaKind);
+  if (result.iRedundancy > 0) {
+    stream << ", sigma0 a posteriori " << Fixed(result.dSigmaPosteriori, 6);
+    if (!result.bSigmaFits) stream << ", which does not agree with 1";
+  }
+  stream << '\n';
+}
+
+void WriteSds(const ZuSimilarityResult& result, std::ostream& stream) {
+  const Parameters p = ParametersOf(result);
+  TextTable table;
+  table.AddColumn("parameter", TextTable::eLeft);
+  table.AddColumn("value");
+  table.AddColumn("standard deviation");
+  for (int i = 0; i < 7; ++i) {
+    if (i < 4) {
+      const int iDecimals = i < 3 ? 6 : 12;
+      table.AddRow({kParameters[i], Fixed(p.adValue[i], iDecimals), Fixed(p.Sd(i), iDecimals)});
+    } else {
+      table.AddRow({std::string(kParameters[i]) + " [gon]", Fixed(p.adValue[i] * kGonPerRadian, 7),
+                    p.bAngles ? Fixed(p.Sd(i) * kGonPerRadian, 7) : "-"});
+    }
+  }
+  table.Write(stream);
+}
+
+void WriteTests(const ZuSimilarityResult& result, const ZuSortHelper<ZuPoint>& names,
+                std::ostream& stream) {
+  double dLargest = 0.0;
+  for (const auto& point : result.points) {
+    for (double d : point.adNabla) {
+      if (std::isfinite(d)) dLargest = std::max(dLargest, d);
+    }
+  }
+  const int iDecimals = DecimalsFor(dLargest);
+  TextTable table;
+  for (const char* szTitle :
+       {"point", "r", "w x", "w y", "w z", "T", "smallest error x", "y", "z"}) {
+    table.AddColumn(szTitle);
+  }
+  for (const auto& point : result.points) {
+    std::vector<std::string> row = {Label(point.uId, names), Fixed(point.Redundancy(), 3)};
+    for (double d : point.adW) row.push_back(Fixed(d, 2));
+    row.push_back(Fixed(point.dTest, 2) + (point.IsRejected() ? " !" : ""));
+    for (double d : point.adNabla) row.push_back(Fixed(d, iDecimals));
+    table.AddRow(row);
+  }
+  table.Write(stream);
+  stream << "w beyond " << Fixed(result.dTestLimit, 2)
+         << ", and T with \"!\", say that an error stands behind them\n";
+}
+
+}  // namespace
+
+ZuSimilarityKind AdjustValues::Kind() const {
+  if (strFixed == "scale") return ZuSimilarityKind::Rigid;
+  if (strFixed == "levelled") return ZuSimilarityKind::Levelled;
+  return strFixed == "shift" ? ZuSimilarityKind::Shift : ZuSimilarityKind::Similarity;
+}
+
+ZuSimilarityOptions AdjustValues::OptionsOf() const {
+  ZuSimilarityOptions options;
+  options.kind = Kind();
+  options.dSigmaTarget = dSigma;
+  options.tests.bSnoop = bTest;
+  options.tests.dAlpha = dAlpha;
+  return options;
+}
+
+void AddAdjustOptions(Options& options, AdjustValues* pValues) {
+  options.Option("--sigma", "S", &pValues->dSigma,
+                 "standard deviation of a coordinate whose point tells none (columns dx,dy,dz)");
+  options.Above(0.0);
+  options.Flag("--test", &pValues->bTest,
+               "set aside the points that the tests reject; exit code 1 where there are any");
+  options.Option("--alpha", "A", &pValues->dAlpha, "chance of a false alarm of one test");
+  options.Above(0.0);
+  options.AtMost(0.5);
+}
+
+void WriteSimilarity(const ZuSimilarityResult& result, const ZuSortHelper<ZuPoint>& names,
+                     std::ostream& stream) {
+  WriteSigma(result, stream);
+  stream << '\n';
+  WriteSds(result, stream);
+  stream << '\n';
+  WriteTests(result, names, stream);
+  for (const ZuSetAside& aside : result.setAside) {
+    const double dLength = std::hypot(aside.adError[0], aside.adError[1], aside.adError[2]);
+    stream << "set aside: point " << Label(aside.uId, names) << ", T " << Fixed(aside.dTest, 2)
+           << " beyond " << Fixed(aside.dLimit, 2) << ", off by "
+           << Fixed(dLength, DecimalsFor(dLength)) << '\n';
+  }
+  for (unsigned uId : result.notControlled) {
+    stream << "not controlled: point " << Label(uId, names) << '\n';
+  }
+}
+
+void AddSimilarity(const ZuSimilarityResult& result, const ZuSortHelper<ZuPoint>& names,
+                   Json* pRoot) {
+  Json& root = *pRoot;
+  const auto label = [&names](unsigned uId) {
+    const ZuPoint* const p = names.Find(uId);
+    return p != nullptr ? JsonLabel(*p) : Json(uId);
+  };
+  root["free_direction"] = result.strFreeDirection.empty() ? Json() : Json(result.strFreeDirection);
+  if (!result.IsGood()) return;
+  const Parameters p = ParametersOf(result);
+  root["sigma0"] = result.dSigma0;
+  root["redundancy"] = result.iRedundancy;
+  root["sigma_kind"] = ZuSigmaKindText(result.sigmaKind);
+  Json parameters = Json::object(), names7 = Json::array(), covariance = Json::array();
+  for (int i = 0; i < 7; ++i) {
+    const bool bSd = i < 4 || p.bAngles;
+    parameters[kParameters[i]] = {{"value", p.adValue[i]}, {"sd", bSd ? Json(p.Sd(i)) : Json()}};
+    names7.push_back(kParameters[i]);
+    Json row = Json::array();
+    for (int j = 0; j < 7; ++j) {
+      row.push_back(bSd && (j < 4 || p.bAngles) ? Json(p.adCovariance[7 * i + j]) : Json());
+    }
+    covariance.push_back(std::move(row));
+  }
+  root["parameters"] = std::move(parameters);
+  root["parameter_names"] = std::move(names7);
+  root["covariance"] = std::move(covariance);
+  root["test_limit"] = std::isfinite(result.dTestLimit) ? Json(result.dTestLimit) : Json();
+  root["set_aside"] = Json::array();
+  for (const ZuSetAside& aside : result.setAside) {
+    const ZuPoint* const point = names.Find(aside.uId);
+    Json entry = {{"id", aside.uId}};
+    if (point != nullptr && !point->GetName().empty()) entry["name"] = point->GetName().chars();
+    entry["test"] = aside.dTest;
+    entry["error"] = JsonOf(aside.adError);
+    root["set_aside"].push_back(std::move(entry));
+  }
+  root["not_controlled"] = Json::array();
+  for (unsigned uId : result.notControlled) root["not_controlled"].push_back(label(uId));
+}
+
+void AddTests(const ZuSimilarityPoint& test, Json* pPoint) {
+  (*pPoint)["r"] = JsonOf(test.adRedundancy);
+  (*pPoint)["w"] = JsonOf(test.adW);
+  (*pPoint)["test"] = test.dTest;
+  (*pPoint)["nabla"] = JsonOf(test.adNabla);
+  (*pPoint)["leave_one_out"] = JsonOf(test.adLeaveOneOut);
+}
+
+void SetCarriedSds(const ZuSimilarityResult& result, const ZuPointList& source, ZuPointList* pOut) {
+  ZuPointList carried(source);
+  result.Carry(&carried);
+  ZuPoint* pTo = pOut->First();
+  for (const ZuPoint* p = carried.First(); p != nullptr && pTo != nullptr;
+       p = p->Next(), pTo = pTo->Next()) {
+    pTo->m_dDX = p->m_dDX;
+    pTo->m_dDY = p->m_dDY;
+    pTo->m_dDZ = p->m_dDZ;
+  }
+}
+
+}  // namespace cli

@@ -1,0 +1,44 @@
+// What a similarity transformation is worth: options of the adjustment, and its figures as text and
+// JSON.
+#pragma once
+
+#include <ostream>
+#include <string>
+
+#include "commands.h"
+#include "zu/adjust/similarity.h"
+
+namespace cli {
+
+struct AdjustValues {
+  double dSigma = 0.0;  // 0: not given
+  double dAlpha = 0.001;
+  bool bTest = false;
+  std::string strFixed;  // "", "scale", "levelled" or "shift"
+
+  // Takes part in the parameters: the closed form alone would not do.
+  bool IsAsked() const { return dSigma > 0.0 || bTest || !strFixed.empty(); }
+  ZuSimilarityKind Kind() const;
+  ZuSimilarityOptions OptionsOf() const;
+};
+
+// Declares --sigma, --test and --alpha.
+void AddAdjustOptions(Options& options, AdjustValues* pValues);
+
+// Parameters with standard deviations, the test of each common point, what was set aside.
+// `names` holds the common points.
+void WriteSimilarity(const ZuSimilarityResult& result, const ZuSortHelper<ZuPoint>& names,
+                     std::ostream& stream);
+
+// The same as JSON, beside the keys of the transformation; not_controlled and set_aside by point.
+void AddSimilarity(const ZuSimilarityResult& result, const ZuSortHelper<ZuPoint>& names,
+                   Json* pRoot);
+
+// The keys of a common point: r, w, test, nabla, leave_one_out.
+void AddTests(const ZuSimilarityPoint& test, Json* pPoint);
+
+// Puts the standard deviations of carried points into the copies in `out`, which start with those
+// of `source` in its order.
+void SetCarriedSds(const ZuSimilarityResult& result, const ZuPointList& source, ZuPointList* pOut);
+
+}  // namespace cli

@@ -1,0 +1,104 @@
+// zu transform, zu merge and zu compare: what the adjustment adds to their results.
+#include <gtest/gtest.h>
+
+#include <cmath>
+
+#include "tests/cli/program.h"
+
+namespace {
+
+// Eight corners of a box, each off by some millimetres, the points named moved besides.
+std::string Corners(double dMoved, bool bAccuracies) {
+  std::string strText;
+  for (int i = 0; i < 8; ++i) {
+    const double ad[] = {10.0 * (i & 1) + 0.001 * std::sin(9.0 * i),
+                         10.0 * (i / 2 & 1) + 0.001 * std::cos(7.0 * i),
+                         4.0 * (i / 4) + 0.001 * std::sin(5.0 * i + 1.0) + (i == 5 ? dMoved : 0.0)};
+    strText += std::to_string(i + 1);
+    for (double d : ad) strText += " " + std::to_string(d);
+    strText += bAccuracies ? " 0.002 0.002 0.002\n" : "\n";
+  }
+  return strText;
+}
+
+}  // namespace
+
+TEST(AdjustedTransform, TellsHowSureItIs) {
+  const ScratchFolder folder;
+  const auto result =
+      RunLine("zu transform $S/datum/local.coo --control $S/datum/wgs84.coo --json", folder).Json();
+  EXPECT_EQ(result["redundancy"], 14);
+  EXPECT_EQ(result["sigma_kind"], "a posteriori");
+  EXPECT_TRUE(result["free_direction"].is_null());
+  ASSERT_EQ(result["covariance"].size(), 7U);
+  const double dScaleSd = result["parameters"]["scale"]["sd"];
+  EXPECT_NEAR(result["covariance"][3][3].get<double>(), dScaleSd * dScaleSd, 1e-20);
+  double dRedundancy = 0.0;
+  for (const auto& point : result["points"]) {
+    for (double r : point["r"]) dRedundancy += r;
+    EXPECT_GT(point["sd"][0].get<double>(), 0.0);
+    EXPECT_EQ(point["w"].size(), 3U);
+  }
+  EXPECT_NEAR(dRedundancy, 14.0, 1e-9);
+}
+
+TEST(AdjustedTransform, SetsWrongPointsAside) {
+  const ScratchFolder folder;
+  folder.Write("a", Corners(0.0, true));
+  folder.Write("b", Corners(0.06, true) + "99 1 1 1 0.002 0.002 0.002\n");
+  const std::string strColumns = " --columns id,x,y,z,dx,dy,dz";
+  const Outcome outcome =
+      RunLine("zu transform b --control a --test --json -o out" + strColumns, folder);
+  EXPECT_EQ(outcome.iExit, 1) << outcome.strErr;
+  const auto result = outcome.Json();
+  ASSERT_EQ(result["set_aside"].size(), 1U);
+  EXPECT_EQ(result["set_aside"][0]["id"], 6);
+  EXPECT_NEAR(result["set_aside"][0]["error"][2].get<double>(), -0.06, 0.005);
+  EXPECT_EQ(result["sigma_kind"], "a priori");
+  const std::string strOut = ReadFile(folder.Path("out"));
+  // Of the new point and the transformation together; a common point of equal accuracy keeps its
+  // own.
+  EXPECT_NE(strOut.find("0.00243"), std::string::npos) << strOut;
+}
+
+// What is fixed has no standard deviation, and takes fewer points.
+TEST(AdjustedTransform, FixesScaleAndTilt) {
+  const ScratchFolder folder;
+  folder.Write("a", "1 0 0 0\n2 10 0 0.01\n");
+  folder.Write("b", "1 5 5 5\n2 5 15 5\n");
+  ExpectLines({{"zu transform a --control b --fixed levelled", 0, "", ""},
+               {"zu transform a --control b --fixed scale", 4, "", "2 points in common"},
+               {"zu transform a --control b --fixed tilt", 2, "", "levelled"},
+               {"zu transform a --control b --sigma 0", 2, "", "above 0"}},
+              folder);
+  const auto result = RunLine("zu transform a --control b --fixed levelled --json", folder).Json();
+  EXPECT_EQ(result["scale"], 1);
+  EXPECT_EQ(result["parameters"]["scale"]["sd"], 0);
+  EXPECT_EQ(result["redundancy"], 2);
+  EXPECT_NEAR(result["angles"]["z"]["degrees"].get<double>(), 90.0, 1e-9);
+}
+
+TEST(Compare, NamesThePointsThatMoved) {
+  const ScratchFolder folder;
+  folder.Write("a", Corners(0.0, false));
+  folder.Write("b", Corners(0.03, false));
+  ExpectLines({{"zu compare a a --sigma 0.002", 0, "0 of 8 common points moved", ""},
+               {"zu compare a b --sigma 0.002", 1, "1 of 8 common points moved", ""},
+               {"zu compare a <(echo 1 0 0 0) --sigma 1", 4, "", "1 common point"}},
+              folder);
+  const Outcome outcome = RunLine("zu compare a b --sigma 0.002 --json", folder);
+  const auto result = outcome.Json();
+  EXPECT_EQ(result["moved"], nlohmann::json({6}));
+  EXPECT_NEAR(result["points"][5]["dz"].get<double>(), 0.03, 0.004);
+}
+
+TEST(AdjustedMerge, FindsTwoOfSixWrongByEverySearch) {
+  const ScratchFolder folder;
+  folder.Write("a", "1 0 0 0\n2 9 0 1\n3 0 8 0\n4 7 7 5\n5 1 2 6\n6 4 1 3\n");
+  folder.Write("b", "1 0 0 0\n2 9 0 1\n3 0 8 0\n4 7 7 5\n5 1 3 6\n6 4 1 9\n");
+  for (const char* szSearch : {"", " --search exhaustive", " --search random"}) {
+    const Outcome outcome =
+        RunLine("zu merge a b --tolerance 0.1 --json" + std::string(szSearch), folder);
+    EXPECT_EQ(outcome.Json()["rejected"], nlohmann::json({5, 6})) << szSearch;
+  }
+}
