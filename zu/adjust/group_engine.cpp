@@ -225,6 +225,24 @@ void Store(const SmallVector& v, double* pd) {
   for (int i = 0; i < v.size(); ++i) pd[i] = v[i];
 }
 
+void Multiply(int m, const double* a, const double* b, double* pdProduct) {
+  for (int i = 0; i < m; ++i) {
+    for (int j = 0; j < m; ++j) {
+      double d = 0.0;
+      for (int k = 0; k < m; ++k) d += a[i * m + k] * b[k * m + j];
+      pdProduct[i * m + j] = d;
+    }
+  }
+}
+
+// Of a symmetric matrix.
+double Determinant(int m, const double* a) {
+  if (m == 1) return a[0];
+  if (m == 2) return a[0] * a[3] - a[1] * a[2];
+  return a[0] * (a[4] * a[8] - a[5] * a[7]) - a[1] * (a[3] * a[8] - a[5] * a[6]) +
+         a[2] * (a[3] * a[7] - a[4] * a[6]);
+}
+
 // 0 where both vanish, as residuals of observations without error do.
 double Quotient(double dValue, double dBy) { return dBy > 0.0 ? dValue / dBy : 0.0; }
 
@@ -264,26 +282,60 @@ void GroupTester::Test(const GroupEquation& equation, bool bUsed, ZuPointTest* p
 void GroupTester::TestUsed(const GroupEquation& equation, const double* pdAQA,
                            ZuPointTest* pTest) const {
   const int m = equation.m;
-  const Small M = Matrix(m, equation.M);
-  const Small Qee = M - Matrix(m, pdAQA);
-  const Small P = M.inverse();
-  const Small R = Qee * P;
-  const Small S = P * R;  // M^-1 Qee M^-1: what an error by axis leaves in the sum of squares
-  const SmallVector e = Eigen::Map<const SmallVector>(equation.w, m);
-  const SmallVector Pe = P * e;
+  double Q[kMaxGroup * kMaxGroup], P[kMaxGroup * kMaxGroup], R[kMaxGroup * kMaxGroup];
+  for (int i = 0; i < m * m; ++i) Q[i] = equation.M[i] - pdAQA[i];  // Qee
+  if (!InvertSpd(m, equation.M, P)) return;
+  Multiply(m, Q, P, R);
 
   pTest->bControlled = true;
   for (int i = 0; i < m; ++i) {
-    const double r = std::clamp(R(i, i), 0.0, 1.0);
-    const double dSeen = S(i, i) > kSeen * P(i, i) ? S(i, i) : 0.0;
+    double dPe = 0.0, dSeen = 0.0;  // M^-1 e and M^-1 Qee M^-1: what an error by axis leaves
+    for (int k = 0; k < m; ++k) {
+      dPe += P[i * m + k] * equation.w[k];
+      dSeen += P[i * m + k] * R[k * m + i];
+    }
+    const double dWeight = P[i * m + i];
+    const double r = std::clamp(R[i * m + i], 0.0, 1.0);
+    if (!(dSeen > kSeen * dWeight)) dSeen = 0.0;
+    const double dRoot = std::sqrt(dSeen);
     pTest->adRedundancy[i] = r;
-    pTest->adResidualSd[i] = m_dSigma0 * std::sqrt(std::max(Qee(i, i), 0.0));
-    pTest->adW[i] = Quotient(Pe[i], m_dSigma0 * std::sqrt(dSeen));
-    pTest->adNabla[i] = dSeen > 0.0 ? m_dLeastError * m_dSigma0 / std::sqrt(dSeen) : kNever;
+    pTest->adResidualSd[i] = m_dSigma0 * std::sqrt(std::max(Q[i * m + i], 0.0));
+    pTest->adW[i] = Quotient(dPe, m_dSigma0 * dRoot);
+    pTest->adNabla[i] = dSeen > 0.0 ? m_dLeastError * m_dSigma0 / dRoot : kNever;
     pTest->adEffect[i] =
-        dSeen > 0.0 ? m_dLeastError * std::sqrt(std::max(P(i, i) - dSeen, 0.0) / dSeen) : kNever;
+        dSeen > 0.0 ? m_dLeastError * std::sqrt(std::max(dWeight - dSeen, 0.0)) / dRoot : kNever;
     if (r < m_dLeastRedundancy) pTest->bControlled = false;
   }
+  if (!TestWhole(equation, Q, pTest)) TestByDirections(equation, Q, pTest);
+}
+
+// All directions at once where each keeps enough: the shares, each at most 1, multiply to the
+// quotient of the determinants.
+bool GroupTester::TestWhole(const GroupEquation& equation, const double* pdQ,
+                            ZuPointTest* pTest) const {
+  const int m = equation.m;
+  double inverse[kMaxGroup * kMaxGroup], weighted[kMaxGroup];
+  if (!(Determinant(m, pdQ) > 2.0 * kTestable * Determinant(m, equation.M))) return false;
+  if (!InvertSpd(m, pdQ, inverse)) return false;
+  double dSum = 0.0;
+  for (int i = 0; i < m; ++i) {
+    weighted[i] = 0.0;
+    for (int k = 0; k < m; ++k) weighted[i] += inverse[i * m + k] * equation.w[k];
+    dSum += equation.w[i] * weighted[i];
+  }
+  for (int i = 0; i < m; ++i) {
+    for (int k = 0; k < m; ++k) pTest->adLeaveOneOut[i] += equation.M[i * m + k] * weighted[k];
+  }
+  pTest->dTest = Quotient(dSum, m_dSigma0 * m_dSigma0 * m);
+  pTest->dLimit = m_adLimit[m];
+  return true;
+}
+
+void GroupTester::TestByDirections(const GroupEquation& equation, const double* pdQ,
+                                   ZuPointTest* pTest) const {
+  const int m = equation.m;
+  const Small M = Matrix(m, equation.M), Qee = Matrix(m, pdQ);
+  const SmallVector e = Eigen::Map<const SmallVector>(equation.w, m);
 
   // In the directions in which the group has redundancy; M = L L', directions of L^-1 Qee L^-T.
   const Eigen::LLT<Small> factor(M);

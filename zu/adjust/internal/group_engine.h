@@ -89,6 +89,8 @@ class GroupTester {
 
  private:
   void TestUsed(const GroupEquation& equation, const double* pdAQA, ZuPointTest* pTest) const;
+  bool TestWhole(const GroupEquation& equation, const double* pdQ, ZuPointTest* pTest) const;
+  void TestByDirections(const GroupEquation& equation, const double* pdQ, ZuPointTest* pTest) const;
   void TestOther(const GroupEquation& equation, const double* pdAQA, ZuPointTest* pTest) const;
 
   const EngineResult& m_result;
