@@ -15,7 +15,7 @@ namespace {
 struct Values {
   std::string strA, strB;
   PointFormat format;
-  AdjustValues adjust;
+  SimilarityValues adjust;
   unsigned uSeed = 1;
 };
 

@@ -4,6 +4,7 @@
 #include <memory>
 #include <utility>
 
+#include "adjust_options.h"
 #include "commands.h"
 #include "point_columns.h"
 #include "point_input.h"
@@ -23,7 +24,7 @@ struct Values {
   std::string strControl;
   std::string strOutput;
   PointFormat format;
-  AdjustValues adjust;
+  SimilarityValues adjust;
   bool bUnitScale = false;
   int iMinPoints = 3;
 
@@ -133,7 +134,7 @@ void AddPoints(const ZuPointList& out, int iSourcePoints, const ZuSortHelper<ZuP
       Json& point = points.back();
       point["sd"] = {p->m_dDX, p->m_dDY, p->m_dDZ};
       const ZuSimilarityPoint* const pTest = bCommon ? result.Find(p->GetId()) : nullptr;
-      if (pTest != nullptr) AddTests(*pTest, &point);
+      if (pTest != nullptr) AddTestJson(*pTest, &point);
     }
     if (!bSource) onlyControl.push_back(p);
     if (bSource && !bCommon) onlySource.push_back(p);
@@ -205,7 +206,7 @@ Runner DefineTransform(Options& options) {
   options.Flag("--unit-scale", &pValues->bUnitScale, "rotate and shift only, scale 1");
   options.Choice("--fixed", {"scale", "levelled", "shift"}, &pValues->adjust.strFixed,
                  "scale 1; turned about the z axis only, scale 1; not turned, scale 1");
-  AddAdjustOptions(options, &pValues->adjust);
+  AddSimilarityOptions(options, &pValues->adjust);
   options.Option("--min-points", "N", &pValues->iMinPoints, "common points needed");
   options.AtLeast(3);
   AddPointOptions(options, &pValues->format);

@@ -113,13 +113,13 @@ void WriteTests(const ZuSimilarityResult& result, const ZuSortHelper<ZuPoint>& n
 
 }  // namespace
 
-ZuSimilarityKind AdjustValues::Kind() const {
+ZuSimilarityKind SimilarityValues::Kind() const {
   if (strFixed == "scale") return ZuSimilarityKind::Rigid;
   if (strFixed == "levelled") return ZuSimilarityKind::Levelled;
   return strFixed == "shift" ? ZuSimilarityKind::Shift : ZuSimilarityKind::Similarity;
 }
 
-ZuSimilarityOptions AdjustValues::OptionsOf() const {
+ZuSimilarityOptions SimilarityValues::OptionsOf() const {
   ZuSimilarityOptions options;
   options.kind = Kind();
   options.dSigmaTarget = dSigma;
@@ -128,7 +128,7 @@ ZuSimilarityOptions AdjustValues::OptionsOf() const {
   return options;
 }
 
-void AddAdjustOptions(Options& options, AdjustValues* pValues) {
+void AddSimilarityOptions(Options& options, SimilarityValues* pValues) {
   options.Option("--sigma", "S", &pValues->dSigma,
                  "standard deviation of a coordinate whose point tells none (columns dx,dy,dz)");
   options.Above(0.0);
@@ -196,14 +196,6 @@ void AddSimilarity(const ZuSimilarityResult& result, const ZuSortHelper<ZuPoint>
   }
   root["not_controlled"] = Json::array();
   for (unsigned uId : result.notControlled) root["not_controlled"].push_back(label(uId));
-}
-
-void AddTests(const ZuSimilarityPoint& test, Json* pPoint) {
-  (*pPoint)["r"] = JsonOf(test.adRedundancy);
-  (*pPoint)["w"] = JsonOf(test.adW);
-  (*pPoint)["test"] = test.dTest;
-  (*pPoint)["nabla"] = JsonOf(test.adNabla);
-  (*pPoint)["leave_one_out"] = JsonOf(test.adLeaveOneOut);
 }
 
 void SetCarriedSds(const ZuSimilarityResult& result, const ZuPointList& source, ZuPointList* pOut) {

@@ -10,7 +10,7 @@
 
 namespace cli {
 
-struct AdjustValues {
+struct SimilarityValues {
   double dSigma = 0.0;  // 0: not given
   double dAlpha = 0.001;
   bool bTest = false;
@@ -23,7 +23,7 @@ struct AdjustValues {
 };
 
 // Declares --sigma, --test and --alpha.
-void AddAdjustOptions(Options& options, AdjustValues* pValues);
+void AddSimilarityOptions(Options& options, SimilarityValues* pValues);
 
 // Parameters with standard deviations, the test of each common point, what was set aside.
 // `names` holds the common points.
@@ -33,9 +33,6 @@ void WriteSimilarity(const ZuSimilarityResult& result, const ZuSortHelper<ZuPoin
 // The same as JSON, beside the keys of the transformation; not_controlled and set_aside by point.
 void AddSimilarity(const ZuSimilarityResult& result, const ZuSortHelper<ZuPoint>& names,
                    Json* pRoot);
-
-// The keys of a common point: r, w, test, nabla, leave_one_out.
-void AddTests(const ZuSimilarityPoint& test, Json* pPoint);
 
 // Puts the standard deviations of carried points into the copies in `out`, which start with those
 // of `source` in its order.
