@@ -182,6 +182,36 @@ TEST(Resection, CovarianceIsThatOfTheErrors) {
   EXPECT_NEAR(dSum / kRuns / 6.0, 1.0, 0.15);  // 4 of its own standard deviations
 }
 
+// A small flat object far off tilts one way or the other: the true tilt is among those told.
+TEST(Resection, TellsTheSecondSolutionOfAPlane) {
+  const ZuCamera camera = test_cameras::ChessboardRadial();
+  int iTwo = 0, iMissed = 0;
+  for (unsigned uSeed = 1; uSeed <= 40; ++uSeed) {
+    std::mt19937 random(uSeed);
+    Pose truth;  // oblique, 200 from the centre of the object
+    const double turn[6] = {0.8 + 0.005 * uSeed, 0.1, 0.3, 0.0, 0.0, 0.0};
+    zu::internal::MovePose(turn, &truth);
+    for (size_t i = 0; i < 3; ++i) truth.X0[i] = 200.0 * truth.R[3 * i + 2];
+    const ZuResectionResult result =
+        ZuResect(camera, Seen(camera, truth, 8, 0.0, kSd, &random), Known(kSd));
+    ASSERT_EQ(result.status == ZuAdjustStatus::Good, result.strWhy.empty());
+    if (result.status != ZuAdjustStatus::Good) continue;
+    const auto error = [&](const ZuPose& pose) {  // of the axis of sight
+      double dError = 0.0;
+      for (int i = 0; i < 3; ++i) {
+        dError += std::pow(pose.rotation[i + 1][3] - truth.R[static_cast<size_t>(3 * i + 2)], 2);
+      }
+      return std::sqrt(dError);
+    };
+    double dBest = error(result.pose);
+    for (const ZuPose& other : result.alternatives) dBest = std::min(dBest, error(other));
+    iTwo += !result.alternatives.empty();
+    iMissed += !(dBest < 0.2);
+  }
+  EXPECT_GT(iTwo, 20);
+  EXPECT_LE(iMissed, 5);  // the test is one of 5 %
+}
+
 // On a cylinder with the photo, on one line, or too few: refused, with and without noise.
 TEST(Resection, RefusesWhatDecidesNothing) {
   const ZuCamera camera = test_cameras::ChessboardRadial();

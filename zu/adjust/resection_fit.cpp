@@ -100,9 +100,33 @@ double ResectionFit::Distance(const Pose& at) const {
   return n > 0 ? dSum / n : 1.0;
 }
 
-double ResectionFit::Change(const double adStep[kPose]) const {
+// The step (w, dX0) as a turn of the object by w about its centre and a shift of that centre in the
+// image system, t to t + dt: the same to first order, dt = -R' dX0 - w x t, and bent less, since a
+// turn about a far photo moves the object on a long arc.
+Pose ResectionFit::Orbited(const double adStep[kPose]) const {
+  using Vec = Eigen::Vector3d;
+  using Matrix = Eigen::Matrix<double, 3, 3, Eigen::RowMajor>;
+  Vec centre = Vec::Zero();
+  double n = 0.0;
+  for (size_t i = 0; i < points.size(); ++i) {
+    if (!used[i]) continue;
+    centre += Eigen::Map<const Vec>(points[i].P);
+    n += 1.0;
+  }
+  centre /= n;
+  const Eigen::Map<const Matrix> R(pose.R.data());
+  const Eigen::Map<const Vec> X0(pose.X0.data()), w(adStep), dX0(adStep + 3);
+  const Vec t = R.transpose() * (centre - X0);
+  const Vec tMoved = t - R.transpose() * dX0 - w.cross(t);
   Pose moved = pose;
-  MovePose(adStep, &moved);
+  const double turn[kPose] = {w[0], w[1], w[2], 0.0, 0.0, 0.0};
+  MovePose(turn, &moved);
+  Eigen::Map<Vec>(moved.X0.data()) = centre - Eigen::Map<const Matrix>(moved.R.data()) * tMoved;
+  return moved;
+}
+
+double ResectionFit::Change(const double adStep[kPose]) const {
+  const Pose moved = Orbited(adStep);
   GroupEquation equation = PoseEquation();
   double dSum = 0.0;
   for (size_t i = 0; i < points.size(); ++i) {

@@ -93,6 +93,50 @@ bool IsFlat(const Vec& a, const Vec& b) {
   return !(a.cross(b).norm() > kCollinear * a.norm() * b.norm());
 }
 
+// Distances of the two poses in parallel projection (T. Alter, "3D pose from 3 points using weak
+// perspective", 1994): the roots of the quartic run together where the field of view is narrow,
+// and these are close there.
+void AddParallel(const Triangle& t, const Vec& j1, const Vec& j2, const Vec& j3,
+                 std::vector<Vec>* pStarts) {
+  const Vec sight = (j1 + j2 + j3).normalized();
+  const Vec depth(j1.dot(sight), j2.dot(sight), j3.dot(sight));
+  const Vec p1 = j1 / depth[0], p2 = j2 / depth[1], p3 = j3 / depth[2];
+  const double e12 = (p1 - p2).squaredNorm(), e13 = (p1 - p3).squaredNorm(),
+               e23 = (p2 - p3).squaredNorm();
+  const auto area = [](double x, double y, double z) {  // 16 times the square of a triangle's
+    return 2.0 * (x * y + y * z + z * x) - x * x - y * y - z * z;
+  };
+  const double a = area(t.d12, t.d13, t.d23), c = area(e12, e13, e23);
+  const double b = e12 * (-t.d12 + t.d13 + t.d23) + e13 * (t.d12 - t.d13 + t.d23) +
+                   e23 * (t.d12 + t.d13 - t.d23);
+  const double dSquare = (b + std::sqrt(std::max(b * b - a * c, 0.0))) / a, s = std::sqrt(dSquare);
+  const double h2 = std::sqrt(std::max(dSquare * t.d12 - e12, 0.0));
+  double h3 = std::sqrt(std::max(dSquare * t.d13 - e13, 0.0));
+  if (e12 + e13 - e23 > dSquare * (t.d12 + t.d13 - t.d23)) h3 = -h3;
+  for (const double dSign : {-1.0, 1.0}) {
+    pStarts->push_back(Vec(1.0, 1.0 + dSign * h2, 1.0 + dSign * h3).cwiseQuotient(depth) / s);
+  }
+}
+
+// Where Newton's method starts.
+std::vector<Vec> Starts(const Triangle& t, const Vec& j1, const Vec& j2, const Vec& j3,
+                        double dComplex) {
+  std::vector<Vec> starts;
+  double A[5];
+  GrunertEquation(t, A);
+  for (const double v : PositiveRoots(A, dComplex)) {
+    const double s1 = std::sqrt(t.d13 / (1.0 + v * v - 2.0 * v * t.c13));
+    // Both roots of the equation of the first side: Grunert's own quotient fails where its
+    // denominator vanishes, and the wrong one does not fit the third side.
+    const double dRoot = std::sqrt(std::max(t.d12 - s1 * s1 * (1.0 - t.c12 * t.c12), 0.0));
+    for (const double dSign : {-1.0, 1.0}) {
+      starts.emplace_back(s1, s1 * t.c12 + dSign * dRoot, v * s1);
+    }
+  }
+  AddParallel(t, j1, j2, j3, &starts);
+  return starts;
+}
+
 }  // namespace
 
 std::vector<Pose> SolveThreePoints(const double directions[3][3], const double points[3][3],
@@ -107,22 +151,13 @@ std::vector<Pose> SolveThreePoints(const double directions[3][3], const double p
                    (P1 - P2).squaredNorm(),
                    (P1 - P3).squaredNorm(),
                    (P2 - P3).squaredNorm()};
-  double A[5];
-  GrunertEquation(t, A);
   std::vector<Vec> found;
-  for (const double v : PositiveRoots(A, dTolerance > kExactPose ? kNearRoot : kRealRoot)) {
-    const double s1 = std::sqrt(t.d13 / (1.0 + v * v - 2.0 * v * t.c13));
-    // Both roots of the equation of the first side: Grunert's own quotient fails where its
-    // denominator vanishes, and the wrong one does not fit the third side.
-    const double dRoot = t.d12 - s1 * s1 * (1.0 - t.c12 * t.c12);
-    for (const double dSign : {-1.0, 1.0}) {
-      Vec s(s1, s1 * t.c12 + dSign * std::sqrt(std::max(dRoot, 0.0)), v * s1);
-      const double dScale = std::max({t.d12, t.d13, t.d23});
-      if (!(Residual(t, s).norm() <= 0.3 * dScale) || !Polish(t, dTolerance, &s)) continue;
-      bool bNew = true;
-      for (const Vec& other : found) bNew = bNew && (s - other).norm() > kSame * s.norm();
-      if (bNew) found.push_back(s);
-    }
+  const double dScale = std::max({t.d12, t.d13, t.d23});
+  for (Vec s : Starts(t, j1, j2, j3, dTolerance > kExactPose ? kNearRoot : kRealRoot)) {
+    if (!(Residual(t, s).norm() <= 0.3 * dScale) || !Polish(t, dTolerance, &s)) continue;
+    bool bNew = true;
+    for (const Vec& other : found) bNew = bNew && (s - other).norm() > kSame * s.norm();
+    if (bNew) found.push_back(s);
   }
   for (const Vec& s : found) {
     const Eigen::Matrix3d R =

@@ -48,6 +48,7 @@ class ResectionFit : public GroupModel {
   Pose pose;
 
  private:
+  Pose Orbited(const double adStep[kPose]) const;
   double Squares(const Pose& at) const;  // of the points used, infinite where one is not seen
 };
 
