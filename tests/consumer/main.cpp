@@ -5,6 +5,12 @@
 #include <zu/adjust/adjust_status.h>
 #endif
 
+#ifdef WITH_EXCHANGE
+#include <zu/exchange/project_json.h>
+
+#include <sstream>
+#endif
+
 #include <cstdio>
 #include <cstring>
 
@@ -19,6 +25,11 @@ bool HasAxes(const ZuFrame3d& frame) {
 bool HasComponents() {
 #ifdef WITH_ADJUST
   if (std::strcmp(ZuAdjustStatusText(ZuAdjustStatus::Good), "good") != 0) return false;
+#endif
+#ifdef WITH_EXCHANGE
+  std::ostringstream json;
+  ZuExportProjectJson(json, ZuProject());
+  if (json.str().empty()) return false;
 #endif
   return true;
 }
