@@ -98,6 +98,7 @@
 #include "zu/project/keyword_block.h"
 #include "zu/project/plane_measurement.h"
 #include "zu/project/project.h"
+#include "zu/project/project_edit.h"
 #include "zu/rectify/calc_plane.h"
 #include "zu/rectify/plane.h"
 #include "zu/rectify/plane_list.h"

@@ -76,6 +76,10 @@ const std::vector<Command>& Commands() {
        "--mode digi-adjusted\n"
        "prints the pixel in mm, without distortion, from the principal point.",
        DefinePhotoConvert},
+      {"photo rescale", "adapt photos of a project to resampled images",
+       "  zu photo rescale samples/chessboard/left.prj --factor 0.5 -o half.prj\n"
+       "writes the project for images of half the width, its measurements carried along.",
+       DefinePhotoRescale},
       {"rectify", "carry image points through a stored rectification, or back",
        "  echo \"1 -1.0 0.5\" | zu rectify samples/older/facade.prj --photo 1 --zusp 1\n"
        "prints the point of the facade in object coordinates.",
@@ -92,6 +96,27 @@ const std::vector<Command>& Commands() {
        "meets 702 measurements of thirteen photos with the board, compares them with its points,\n"
        "and writes a report to look at.",
        DefineMeasure},
+      {"convert", "write a project as JSON, or back",
+       "  zu convert samples/chessboard/left.prj -o left.json\n"
+       "writes all of the project as JSON; zu convert left.json -o left.prj writes it back.",
+       DefineConvert},
+      {"project info", "show what a project holds",
+       "  zu project info samples/chessboard/left.prj\n"
+       "counts 13 photos, all oriented, and 702 measurements.",
+       DefineProjectInfo},
+      {"project merge", "join two projects",
+       "  zu project merge samples/chessboard/left.prj samples/older/facade.prj --offset 100 \\\n"
+       "     -o both.prj\n"
+       "writes the photos of both, those of the second one as 101 and so on.",
+       DefineProjectMerge},
+      {"project split", "write some photos of a project as a project",
+       "  zu project split samples/chessboard/left.prj --photos 1-4 -o four.prj --rest nine.prj\n"
+       "writes photos 1 to 4 with their measurements, and the others apart.",
+       DefineProjectSplit},
+      {"project renumber", "give photos and points of a project new ids",
+       "  zu project renumber samples/chessboard/left.prj --start 101 -o left101.prj\n"
+       "writes photos 101 to 113 with their measurements.",
+       DefineProjectRenumber},
   };
   return commands;
 }

@@ -4,6 +4,7 @@
 
 #include "tests/support/project_fields.h"
 #include "tests/support/test.h"
+#include "zu/project/project_edit.h"
 
 namespace {
 
@@ -130,6 +131,46 @@ TEST(ProjectExport, RecordsMayComeAndGo) {
   EXPECT_EQ(FieldsOfProject(again), FieldsOfProject(project));
   EXPECT_EQ(again.LocalSystems().size(), 2u);
   EXPECT_NE(strText.find("UNKNOWN"), std::string::npos);
+}
+
+TEST(ProjectEdit, PhotosChangeTheirIdsInPlace) {
+  ZuProject project, swapped;
+  const std::string strPhoto =
+      "PHOTO { PHOTOID 1 \"a\" } MEASURE { PHOTOID 1 POINTS { 7 1 2 } NEW 1 } "
+      "PHOTO { PHOTOID 2 \"b\" } MEASURE { PHOTOID 2 POINTS { 8 3 4 } }";
+  ReadText(strPhoto, &project);
+  const std::string strBefore = Exported(project);
+  EXPECT_FALSE(ZuRenumberPhotos(&project, {{1, 2}}));
+  EXPECT_FALSE(ZuRenumberPhotos(&project, {{3, 4}}));
+  EXPECT_EQ(Exported(project), strBefore);
+  ASSERT_TRUE(ZuRenumberPhotos(&project, {{1, 2}, {2, 1}}));
+  ReadText(Exported(project), &swapped);
+  EXPECT_EQ(swapped.PhotoList().First()->GetId(), 2u);
+  EXPECT_EQ(swapped.Measurements(2).First()->GetId(), 7u);
+  EXPECT_EQ(swapped.GetItems()[1].m_pBlock->m_unknown.size(), 1u);
+  EXPECT_FALSE(ZuOffsetPointIds(&swapped, -7));
+  EXPECT_EQ(swapped.Measurements(1).First()->GetId(), 8u);
+}
+
+TEST(ProjectEdit, RescalingKeepsEveryMeasurementInTheImage) {
+  for (const char* szPre : {"{ 0 }", "{ 1 0.5 1 0 0 }", "{ 2 0.5 1 0.1 479.5 0.2 -1 }"}) {
+    SCOPED_TRACE(szPre);
+    ZuProject project;
+    ReadText(std::string("PHOTO { PHOTOID 1 \"a\" DIGITAL 1 DIGIREGION { 0 0 639 479 } "
+                         "MAINRESTRAFO { 1 -3 0.01 -2 0.001 } PRERESTRAFO ") +
+                 szPre + " } MEASURE { PHOTOID 1 POINTS { 1 17 320.5 } }",
+             &project);
+    const ZuPhoto& photo = *project.PhotoList().First();
+    ZuPoint before = *project.Measurements(1).First();
+    photo.ConvertBiko(&before, eDigiToBiko);
+    ASSERT_TRUE(ZuRescalePhoto(&project, 1, 0.3));
+    ZuPoint after = *project.Measurements(1).First();
+    EXPECT_EQ(after.m_dX, 17 * 0.3);
+    photo.ConvertBiko(&after, eDigiToBiko);
+    EXPECT_NEAR(after.m_dX, before.m_dX, 1e-13);
+    EXPECT_NEAR(after.m_dY, before.m_dY, 1e-13);
+    EXPECT_FALSE(ZuRescalePhoto(&project, 2, 0.3) || ZuRescalePhoto(&project, 1, 0.0));
+  }
 }
 
 }  // namespace

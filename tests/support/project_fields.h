@@ -6,7 +6,9 @@
 
 inline std::string FieldsOfProject(const ZuProject& project) {
   FieldText text;
-  for (const auto& [uPhoto, rows] : project.GetMeasurements()) text(uPhoto, rows);
+  for (const auto& [uPhoto, rows] : project.GetMeasurements()) {
+    if (!rows.IsEmpty()) text(uPhoto, rows);
+  }
   for (const ZuLokalSystem& system : project.LocalSystems()) text(system, '\n');
   return FieldsOfList(project.PhotoList()) + FieldsOfList(project.OrthoPhotoList()) +
          FieldsOfList(project.CameraList()) + FieldsOfList(project.PlaneList()) +

@@ -1,6 +1,7 @@
 // A project as the text of a project file.
 #include <algorithm>
 #include <fstream>
+#include <map>
 #include <set>
 #include <sstream>
 
@@ -33,6 +34,11 @@ class ProjectWriter {
         m_stream(stream),
         m_left(NodesOf(project.PhotoList(), project.OrthoPhotoList(), project.CameraList(),
                        project.PlaneList())) {
+    for (const ZuProjectItem& item : project.GetItems()) {
+      if (item.m_pBlock == nullptr || item.m_pBlock->m_strKeyword != "PHOTO") continue;
+      const bool bThere = m_left.count(item.m_pRecord) != 0;
+      m_photos.emplace(item.m_pBlock->m_uId, bThere ? As<ZuPhoto>(item)->GetId() : 0);
+    }
     for (std::size_t i = 0; i < project.LocalSystems().size(); ++i) m_unlocal.insert(i);
     m_bObjectPoints = !project.ObjectPoints().IsEmpty();
   }
@@ -61,7 +67,7 @@ class ProjectWriter {
     }
     const ZuKeywordBlock* const pBlock = item.m_pBlock;
     const std::string& strKeyword = pBlock->m_strKeyword;
-    if (strKeyword == "MEASURE") return WriteMeasure(pBlock->m_uId, pBlock);
+    if (strKeyword == "MEASURE") return WriteMeasure(*pBlock);
     if (strKeyword == "POINTS") return WriteObjectPoints(pBlock);
     if (strKeyword == "LOKAL") {
       if (item.m_iLocalSystem >= 0) WriteLocalSystem(static_cast<std::size_t>(item.m_iLocalSystem));
@@ -104,6 +110,13 @@ class ProjectWriter {
     WriteBlock("LOKAL", nullptr, [&system](std::ostream& os) { system.Export(os); });
   }
 
+  // At its place in the file, under the id that its photo has by now.
+  void WriteMeasure(const ZuKeywordBlock& block) {
+    const auto found = m_photos.find(block.m_uId);
+    const bool bGone = found != m_photos.end() && found->second == 0;
+    if (!bGone) WriteMeasure(found != m_photos.end() ? found->second : block.m_uId, &block);
+  }
+
   // All rows of a photo stand in its first block.
   void WriteMeasure(unsigned uPhoto, const ZuKeywordBlock* pBlock) {
     static const ZuPointList none;
@@ -139,7 +152,8 @@ class ProjectWriter {
 
   const ZuProject& m_project;
   std::ostream& m_stream;
-  std::set<const ZuListnode*> m_left;  // records that are still to be written
+  std::set<const ZuListnode*> m_left;     // records that are still to be written
+  std::map<unsigned, unsigned> m_photos;  // ids in the file to those of now; 0: gone
   std::set<std::size_t> m_unlocal;
   std::set<unsigned> m_measured;  // photos whose measurements are written
   bool m_bObjectPoints = false;

@@ -1,0 +1,50 @@
+// zu convert, zu project and zu photo rescale.
+#include "tests/cli/program.h"
+
+namespace {
+
+TEST(ProjectFiles, ConvertMergeSplitRenumberRescale) {
+  const ScratchFolder folder;
+  ExpectLines(
+      {
+          {"zu convert $S/chessboard/left.prj -o a.json", 0, "26 items", ""},
+          {"zu convert a.json -o a.prj", 0, "26 items", ""},
+          {"zu convert $S/chessboard/left.prj -o b.prj && cmp a.prj b.prj", 0, "", ""},
+          {"zu convert $S/older/facade.prj -o old.prj", 0, "", "!TS15CAM"},
+          {"zu convert old.prj -o - | grep -c TS15CAM", 0, "1", ""},
+          {"zu convert a.prj -o a.txt", 2, "", "written as .prj or .json"},
+          {"zu convert $S/chessboard/board.coo -o c.prj", 3, "", "project file"},
+          {"zu project info a.json", 0, "13 photos", ""},
+          {"zu project merge a.prj $S/older/facade.prj -o m.prj", 3, "", "photo 1 is not the same"},
+          {"zu project merge a.prj old.prj --offset 100 -o m.prj", 0, "14 photos", ""},
+          {"zu project merge a.prj b.prj -o m2.prj && cmp m2.prj a.prj", 0, "702 measurements", ""},
+          {"zu project split m.prj --photos 101 -o one.prj --rest rest.prj", 0, "1 photo", ""},
+          {"zu convert rest.prj -o rest2.prj && cmp rest2.prj a.prj", 0, "26 items", ""},
+          {"zu project split a.prj --photos 99 -o one.prj", 3, "", "no photo 99"},
+          {"zu project split a.prj --photos 4-1 -o one.prj", 2, "", "1,4,7-9 would be right"},
+          {"zu project renumber a.prj --start 2 --points-offset 50 -o r.prj", 0, "702", ""},
+          {"zu project renumber r.prj --offset -1 --points-offset -50 -o r.json", 0, "702", ""},
+          {"zu project renumber a.prj --offset -1 -o r.prj", 2, "", "ids from 1"},
+          {"zu photo rescale a.prj --factor 2 -o twice.prj", 0, "0 0 to 1278 958", ""},
+          {"zu photo rescale a.prj -o twice.prj", 2, "", "--width"},
+      },
+      folder);
+}
+
+// An image of half the size gives the same points.
+TEST(ProjectFiles, RescaledPhotosMeasureTheSame) {
+  const ScratchFolder folder;
+  const std::string strHalf = folder.Path("half.prj");
+  const std::string strBoard = Source("samples/chessboard/board.coo");
+  const std::string strLeft = Source("samples/chessboard/left.prj");
+  ASSERT_EQ(RunZu({"photo", "rescale", strLeft, "--factor", "0.5", "-o", strHalf}).iExit, 0);
+  const auto measure = [&](const std::string& strProject) {
+    return RunZu({"measure", strProject, "--plane", strBoard, "--check", strBoard, "--json"})
+        .Json();
+  };
+  const auto full = measure(strLeft), half = measure(strHalf);
+  EXPECT_NEAR(full["rms"], half["rms"], 1e-12);
+  EXPECT_NEAR(full["rms_pixels"].get<double>(), 2.0 * half["rms_pixels"].get<double>(), 1e-3);
+}
+
+}  // namespace
