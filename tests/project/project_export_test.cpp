@@ -133,6 +133,18 @@ TEST(ProjectExport, RecordsMayComeAndGo) {
   EXPECT_NE(strText.find("UNKNOWN"), std::string::npos);
 }
 
+// A keyword without value would take the next keyword for its value.
+TEST(ProjectExport, KeywordsWithoutValueEndTheirBlock) {
+  ZuProject project, again;
+  ReadText("PHOTO { PHOTOID 1 \"a\" DIGITAL 1 CAMDATA { C 4 LONE } ALONE } ENDING", &project);
+  project.PlaneList().Add(ZuPlane());
+  const std::string strOnce = Exported(project);
+  ReadText(strOnce, &again);
+  EXPECT_EQ(FieldsOfProject(again), FieldsOfProject(project));
+  EXPECT_EQ(Exported(again), strOnce);
+  EXPECT_NE(strOnce.find("    ALONE\n}\n"), std::string::npos);
+}
+
 TEST(ProjectEdit, PhotosChangeTheirIdsInPlace) {
   ZuProject project, swapped;
   const std::string strPhoto =

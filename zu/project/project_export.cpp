@@ -45,7 +45,9 @@ class ProjectWriter {
 
   // What stood in the file, in its order; then what has come since.
   void Write() {
-    for (const ZuProjectItem& item : m_project.GetItems()) WriteItem(item);
+    for (const ZuProjectItem& item : m_project.GetItems()) {
+      if (!IsLast(item)) WriteItem(item);
+    }
     WriteNew("CAMERA", m_project.CameraList());
     WriteNew("PLANE", m_project.PlaneList());
     while (!m_unlocal.empty()) WriteLocalSystem(*m_unlocal.begin());
@@ -57,12 +59,19 @@ class ProjectWriter {
     }
     for (const auto& [uPhoto, rows] : m_project.GetMeasurements()) WriteMeasure(uPhoto, nullptr);
     WriteObjectPoints(nullptr);
+    for (const ZuProjectItem& item : m_project.GetItems()) {
+      if (IsLast(item)) WriteItem(item);
+    }
   }
 
  private:
+  static bool IsLast(const ZuProjectItem& item) {
+    return item.m_pUnknown != nullptr && !zu::internal::HasValue(*item.m_pUnknown);
+  }
+
   void WriteItem(const ZuProjectItem& item) {
     if (item.m_pUnknown != nullptr) {
-      m_stream << item.m_pUnknown->m_strText << '\n';
+      m_stream << zu::internal::RawText(*item.m_pUnknown) << '\n';
       return;
     }
     const ZuKeywordBlock* const pBlock = item.m_pBlock;

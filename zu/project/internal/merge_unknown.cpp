@@ -38,7 +38,8 @@ class Merger {
     const std::vector<Item> items = Items(uBegin + 1, uEnd - 1, uLevel);
     std::map<std::string_view, std::size_t> last;  // item of each keyword
     for (std::size_t i = 0; i < items.size(); ++i) last[items[i].keyword] = i;
-    Unknown(block, uLevel, [](std::string_view after) { return after.empty(); });
+    Unknown(block, uLevel,
+            [](const ZuUnknownKeyword& word) { return word.m_strAfter.empty() && HasValue(word); });
     std::map<std::string_view, int> count;
     for (std::size_t i = 0; i < items.size(); ++i) {
       const std::string_view keyword = items[i].keyword;
@@ -49,11 +50,14 @@ class Merger {
         Lines(items[i].uBegin, items[i].uEnd);
       }
       if (last[keyword] != i) continue;
-      Unknown(block, uLevel, [keyword](std::string_view after) { return after == keyword; });
+      Unknown(block, uLevel, [keyword](const ZuUnknownKeyword& word) {
+        return word.m_strAfter == keyword && HasValue(word);
+      });
     }
-    Unknown(block, uLevel, [&last](std::string_view after) {
-      return !after.empty() && last.find(after) == last.end();
+    Unknown(block, uLevel, [&last](const ZuUnknownKeyword& word) {
+      return !word.m_strAfter.empty() && HasValue(word) && last.find(word.m_strAfter) == last.end();
     });
+    Unknown(block, uLevel, [](const ZuUnknownKeyword& word) { return !HasValue(word); });
     Lines(uEnd - 1, uEnd);
   }
 
@@ -91,8 +95,8 @@ class Merger {
   template <class Wanted>
   void Unknown(const ZuKeywordBlock& block, std::size_t uLevel, Wanted&& isWanted) {
     for (const ZuUnknownKeyword& word : block.m_unknown) {
-      if (!isWanted(word.m_strAfter)) continue;
-      m_stream << std::string(kIndent * uLevel, ' ') << word.m_strText << '\n';
+      if (!isWanted(word)) continue;
+      m_stream << std::string(kIndent * uLevel, ' ') << RawText(word) << '\n';
     }
   }
 
@@ -108,6 +112,15 @@ class Merger {
 };
 
 }  // namespace
+
+std::string_view RawText(const ZuUnknownKeyword& word) {
+  const std::string_view text = word.m_strText;
+  return text.substr(0, text.find_last_not_of(" \t\r\n") + 1);
+}
+
+bool HasValue(const ZuUnknownKeyword& word) {
+  return RawText(word).find_first_of(" \t\r\n{}\"") != std::string_view::npos;
+}
 
 bool HasUnknown(const ZuKeywordBlock* pBlock) {
   return pBlock != nullptr &&

@@ -3,10 +3,18 @@
 
 #include <iosfwd>
 #include <string>
+#include <string_view>
 
 struct ZuKeywordBlock;
+struct ZuUnknownKeyword;
 
 namespace zu::internal {
+
+// The text of an unknown keyword without the blanks behind it.
+std::string_view RawText(const ZuUnknownKeyword& word);
+
+// A keyword alone ends its block; anything behind it would be read as its value.
+bool HasValue(const ZuUnknownKeyword& word);
 
 // The block, or one inside it, has an unknown keyword. False for null.
 bool HasUnknown(const ZuKeywordBlock* pBlock);
