@@ -94,6 +94,7 @@
 #include "zu/points/spheron.h"
 #include "zu/points/units.h"
 #include "zu/project/camera_file.h"
+#include "zu/project/check.h"
 #include "zu/project/finding_list.h"
 #include "zu/project/keyword_block.h"
 #include "zu/project/plane_measurement.h"

@@ -117,6 +117,12 @@ const std::vector<Command>& Commands() {
        "  zu project renumber samples/chessboard/left.prj --start 101 -o left101.prj\n"
        "writes photos 101 to 113 with their measurements.",
        DefineProjectRenumber},
+      {"check", "find what is wrong or not plausible in files",
+       "  zu check samples/chessboard/left.prj samples/chessboard/board.coo\n"
+       "finds nothing and ends with 0; what it finds stands one a line, file:line:column: "
+       "severity:\n"
+       "text, and the exit code is 1 for warnings and 3 for errors.",
+       DefineCheck},
   };
   return commands;
 }

@@ -46,6 +46,7 @@ Runner DefineCameraAdjust(Options& options);
 Runner DefineCameraGentri(Options& options);
 Runner DefineCameraInfo(Options& options);
 Runner DefineCameraPlot(Options& options);
+Runner DefineCheck(Options& options);
 Runner DefineCloudConvert(Options& options);
 Runner DefineCloudInfo(Options& options);
 Runner DefineCloudNormals(Options& options);

@@ -2,9 +2,9 @@
 
 #include <algorithm>
 
-unsigned ZuKeywordBlock::LineOf(const std::string& strWanted) const {
+ZuKeywordPlace ZuKeywordBlock::PlaceOf(const std::string& strWanted) const {
   const auto found = m_keywords.find(strWanted);
-  return found != m_keywords.end() ? found->second : 0;
+  return found != m_keywords.end() ? found->second : ZuKeywordPlace();
 }
 
 const ZuUnknownKeyword* ZuKeywordBlock::MeantAs(const std::string& strWanted) const {

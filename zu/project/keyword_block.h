@@ -22,12 +22,17 @@ struct ZuUnknownKeyword {
 
 // A row whose id stood before in the same list of rows.
 struct ZuDoubledRow {
-  unsigned m_uId = 0, m_uLine = 0, m_uFirstLine = 0;
+  unsigned m_uId = 0, m_uLine = 0, m_uFirstLine = 0, m_uColumn = 0;
+};
+
+struct ZuKeywordPlace {
+  unsigned m_uLine = 0, m_uColumn = 0;  // from 1, in bytes
 };
 
 struct ZU_API ZuKeywordBlock {
-  // Line of a keyword's first place, 0 where it does not stand.
-  unsigned LineOf(const std::string& strWanted) const;
+  // Where a keyword stands first; 0 and 0 where it does not.
+  ZuKeywordPlace PlaceOf(const std::string& strWanted) const;
+  unsigned LineOf(const std::string& strWanted) const { return PlaceOf(strWanted).m_uLine; }
   bool Has(const std::string& strWanted) const { return LineOf(strWanted) != 0; }
   // The unknown keyword that was meant as this one; null without.
   const ZuUnknownKeyword* MeantAs(const std::string& strWanted) const;
@@ -38,9 +43,10 @@ struct ZU_API ZuKeywordBlock {
   unsigned m_uLine = 0, m_uColumn = 0;  // of its keyword
   unsigned m_uToken = 0;  // number of its keyword among the tokens of the file, from 1
   unsigned m_uId = 0;     // the first id among its values
-  std::map<std::string, unsigned> m_keywords;  // known ones, with their first lines
-  std::vector<ZuUnknownKeyword> m_unknown;     // in the order of the file
-  std::vector<ZuKeywordBlock> m_blocks;        // inner blocks of keywords, in the order of the file
+  std::map<std::string, ZuKeywordPlace> m_keywords;  // known ones, where they stand first
+  std::vector<ZuUnknownKeyword> m_unknown;           // in the order of the file
+  std::vector<ZuKeywordBlock> m_blocks;  // inner blocks of keywords, in the order of the file
+  std::vector<ZuKeywordPlace> m_rows;    // the whole rows of its POINTS
   std::vector<ZuDoubledRow> m_doubled;
   bool m_bCut = false;         // the file ends inside
   bool m_bLastRowCut = false;  // and perhaps inside the last number of its last row

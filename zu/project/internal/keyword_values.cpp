@@ -78,6 +78,7 @@ bool KeywordWalk::Values(const KeywordRule& rule, ZuKeywordBlock* pItem, ZuKeywo
     if (!bWhole) SkipToBlockEnd();
     EndOfBlock(rule);
   } else if (!bWhole) {
+    if (!IsEnd() && !IsKeyword()) Next();  // the wrong value
     while (!IsEnd() && m_eType != eZuTokenKeyword) Next();
   }
   return true;
@@ -228,12 +229,13 @@ void KeywordWalk::Rows(const KeywordRule& rule, ZuKeywordBlock* pBlock) {
       Stray();
       continue;
     }
-    const unsigned uLine = m_place.uLine;
+    const Place row = m_place;
     unsigned uId = 0;
     bWhole = Row(strKinds, rule, &uId);
     if (!bWhole) continue;
-    const auto [place, bFirst] = lines.emplace(uId, uLine);
-    if (!bFirst) pBlock->m_doubled.push_back({uId, uLine, place->second});
+    pBlock->m_rows.push_back({row.uLine, row.uColumn});
+    const auto [place, bFirst] = lines.emplace(uId, row.uLine);
+    if (!bFirst) pBlock->m_doubled.push_back({uId, row.uLine, place->second, row.uColumn});
   }
   pBlock->m_bLastRowCut = m_eType == eZuTokenEof && bWhole && m_bEndsOpen;
 }

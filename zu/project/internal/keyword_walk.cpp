@@ -110,7 +110,7 @@ void KeywordWalk::Item(ZuKeywordBlock* pBlock, bool bTop) {
   item.m_uToken = m_parser.GetStatus().m_uTokenCount;
   const Place place = m_place;
   m_szLast = pRule->szKeyword;
-  pBlock->m_keywords.emplace(pRule->szKeyword, place.uLine);
+  pBlock->m_keywords.emplace(pRule->szKeyword, ZuKeywordPlace{place.uLine, place.uColumn});
   Next();
   if (bTop && m_eType == eZuTokenBlockOpen) m_result.m_bKnown = true;
   const bool bTaken = Values(*pRule, &item, bTop ? &item : pBlock);

@@ -1,0 +1,156 @@
+// Checks of single files by their kinds.
+#include <cmath>
+#include <fstream>
+#include <unordered_map>
+#include <vector>
+
+#include "zu/photo/detect_files.h"
+#include "zu/photo/reseau_file.h"
+#include "zu/points/read_coordinates.h"
+#include "zu/project/camera_file.h"
+#include "zu/project/check.h"
+#include "zu/project/internal/plausible.h"
+#include "zu/project/internal/text_reader.h"
+#include "zu/project/project.h"
+
+namespace {
+
+using Columns = TZuFormatTable<eZuPointRWMask>;
+
+// Length of the UTF-8 character at the place, 0 for none.
+std::size_t CharacterLength(std::string_view text, std::size_t u) {
+  const auto byte = [&](std::size_t i) { return static_cast<unsigned char>(text[i]); };
+  const unsigned uFirst = byte(u);
+  const std::size_t uLength = uFirst < 0x80   ? 1
+                              : uFirst < 0xC2 ? 0
+                              : uFirst < 0xE0 ? 2
+                              : uFirst < 0xF0 ? 3
+                              : uFirst < 0xF5 ? 4
+                                              : 0;
+  if (u + uLength > text.size()) return 0;
+  for (std::size_t i = 1; i < uLength; ++i) {
+    if ((byte(u + i) & 0xC0U) != 0x80) return 0;
+  }
+  return uLength;
+}
+
+void CheckReseau(const char* szPath, ZuFindingList* pFindings) {
+  ZuReseaufileList formats;
+  formats.ReadReseauFile(szPath);
+  for (int i = 0; i < formats.GetReadErrorCount(); ++i) {
+    pFindings->Add({szPath, formats.GetReadErrorLine(i), 0, eZuSeverityError, "",
+                    "cannot be read on",
+                    "\"comment\" { x1 y1 x2 y2 } { x1 y1 x2 y2 } { id x y code } ..."});
+  }
+  if (formats.IsEmpty() && formats.GetReadErrorCount() == 0) {
+    pFindings->Add({szPath, 0, 0, eZuSeverityError, "", "no format in the file", "one"});
+  }
+}
+
+// A plane, { id "name" A B C D }, looks like a camera of the simple form but for its second value.
+bool IsPlaneFile(const char* szPath) {
+  const ZuPlaneList planes{String(szPath)};
+  return planes.GetReadErrorCount() == 0 && !planes.IsEmpty();
+}
+
+bool HasColumn(const Columns& columns, eZuPointRWMask eColumn) {
+  for (int i = 0; columns[i] != eZuPointRWEnd; ++i) {
+    if (columns[i] == eColumn) return true;
+  }
+  return false;
+}
+
+void CheckCoordinates(const char* szPath, const Columns& columns, ZuFindingList* pFindings) {
+  ZuPointList points;
+  const ZuCoordinateReading reading = ZuReadCoordinates(szPath, columns, points, eZuReadTolerant);
+  for (ZuFinding finding : reading.m_Findings) {
+    finding.m_strFile = szPath;
+    if (finding.m_eSeverity != eZuSeverityNote) pFindings->Add(std::move(finding));
+  }
+  std::vector<zu::internal::PlacedPoint> placed;
+  std::vector<ZuFinding> doubled;
+  std::unordered_map<unsigned, unsigned> lines;
+  const bool bIds = HasColumn(columns, eZuPointRWId) && !HasColumn(columns, eZuPointRWPhoto);
+  for (const ZuPoint* p = points.First(); p != nullptr; p = p->Next()) {
+    const auto uLine = static_cast<unsigned>(reading.m_aLines[placed.size()]);
+    placed.push_back({p, {uLine, 1}});
+    if (!bIds) continue;
+    const auto [place, bFirst] = lines.emplace(p->GetId(), uLine);
+    if (bFirst) continue;
+    doubled.push_back({szPath, uLine, 1, eZuSeverityWarning, "id",
+                       "point " + std::to_string(p->GetId()) + " stands twice, first in line " +
+                           std::to_string(place->second),
+                       "one line for each id"});
+  }
+  // Where most stand twice, the first column is another: the photo of each measurement.
+  if (2 * doubled.size() < placed.size()) {
+    for (ZuFinding& finding : doubled) pFindings->Add(std::move(finding));
+  }
+  zu::internal::CheckUnits(placed, szPath, "point", pFindings);
+}
+
+std::string FolderOf(const std::string& strPath) {
+  const std::size_t uSlash = strPath.find_last_of('/');
+  return uSlash == strPath.npos ? "." : strPath.substr(0, uSlash + 1);
+}
+
+}  // namespace
+
+void ZuCheckEncoding(std::string_view text, const std::string& strFile, ZuFindingList* pFindings) {
+  if (text.substr(0, 2) == "\xFF\xFE" || text.substr(0, 2) == "\xFE\xFF") {
+    pFindings->Add({strFile, 1, 1, eZuSeverityError, "", "the text is UTF-16", "UTF-8"});
+    return;
+  }
+  unsigned uLine = 1;
+  std::size_t uStart = text.substr(0, 3) == "\xEF\xBB\xBF" ? 3 : 0;
+  for (std::size_t u = uStart; u < text.size();) {
+    const std::size_t uLength = CharacterLength(text, u);
+    if (uLength == 0 || text[u] == 0) {
+      pFindings->Add({strFile, uLine, u - uStart + 1, eZuSeverityWarning, "",
+                      uLength == 0 ? "a byte that is no UTF-8" : "a NUL byte, which ends the line",
+                      "UTF-8 text"});
+      return;
+    }
+    if (text[u] == '\n') {
+      ++uLine;
+      uStart = u + 1;
+    }
+    u += uLength;
+  }
+}
+
+bool ZuCheckFile(const char* szPath, ZuFindingList* pFindings) {
+  constexpr eZuPointRWMask kColumns[] = {eZuPointRWId, eZuPointRWX, eZuPointRWY, eZuPointRWZ,
+                                         eZuPointRWEnd};
+  return ZuCheckFile(szPath, Columns(kColumns), pFindings);
+}
+
+bool ZuCheckFile(const char* szPath, const Columns& columns, ZuFindingList* pFindings) {
+  std::string strText;
+  std::ifstream stream(szPath, std::ios::in | std::ios::binary);
+  if (!zu::internal::ReadWhole(stream, &strText)) {
+    pFindings->Add(zu::internal::NotReadable(szPath));
+    return true;
+  }
+  const eZuvoFile eKind = ZuDetectZuvoFiles(szPath).GetType();
+  if (eKind == eZuvoFileProject) {
+    ZuProject project;
+    project.Read(szPath);
+    ZuCheckProject(project, szPath, FolderOf(szPath), pFindings);
+  } else if (eKind == eZuvoFileSimpleCamera && IsPlaneFile(szPath)) {
+    // nothing that could be wrong
+  } else if (eKind == eZuvoFileCamera || eKind == eZuvoFileSimpleCamera) {
+    ZuCameraFile cameras;
+    cameras.Read(szPath);
+    for (const ZuFinding& finding : cameras.GetFindings()) pFindings->Add(finding);
+  } else if (eKind == eZuvoFileReseau || eKind == eZuvoFileDigitalCamera) {
+    CheckReseau(szPath, pFindings);
+  } else if (eKind == eZuvoFileCoordinate || eKind == eZuvoFileUnknown) {
+    CheckCoordinates(szPath, columns, pFindings);
+  } else {
+    return false;
+  }
+  ZuCheckEncoding(strText, szPath, pFindings);
+  pFindings->Sort();
+  return true;
+}
