@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <map>
 
+#include "zu/foundation/sort_helper.h"
 #include "zu/numerics/rotation_defect.h"
 #include "zu/photo/photo_view.h"
 #include "zu/project/check.h"
@@ -22,7 +23,10 @@ constexpr char kPassedOver[] = "TS15CAM";
 class ProjectCheck {
  public:
   ProjectCheck(const ZuProject& project, const std::string& strFile, ZuFindingList* pFindings)
-      : m_project(project), m_strFile(strFile), m_findings(*pFindings) {}
+      : m_project(project),
+        m_strFile(strFile),
+        m_photos(&project.PhotoList()),
+        m_findings(*pFindings) {}
 
   void Run(const std::string& strFolder) {
     CheckIds();
@@ -187,7 +191,7 @@ class ProjectCheck {
   void CheckMeasure(const ZuKeywordBlock& block) {
     const std::string strPhoto = std::to_string(block.m_uId);
     CheckDoubled(block, "measurement ", " of photo " + strPhoto);
-    const ZuPhoto* const pPhoto = m_project.PhotoList().Find(block.m_uId);
+    const ZuPhoto* const pPhoto = m_photos.Find(block.m_uId);
     const ZuPointList* const pPoints = m_project.FindMeasurements(block.m_uId);
     if (pPhoto == nullptr || pPoints == nullptr) return;
     std::size_t u = 0;
@@ -232,6 +236,7 @@ class ProjectCheck {
 
   const ZuProject& m_project;
   const std::string& m_strFile;
+  const ZuSortHelper<ZuPhoto> m_photos;
   ZuFindingList& m_findings;
 };
 

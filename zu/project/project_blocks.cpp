@@ -50,7 +50,7 @@ void ZuProject::CheckMeasure(const ZuKeywordBlock& block) {
           "measurements of photo " + strPhoto + " stand twice, first in line " +
               std::to_string(place->second->m_uLine),
           "one MEASURE block for each photo");
-  } else if (m_Photos.Find(block.m_uId) == nullptr) {
+  } else if (m_photoBlocks.count(block.m_uId) == 0) {
     Error(block, "measurements of photo " + strPhoto + ", which is not in the file",
           "PHOTOID of a PHOTO block");
   }
