@@ -5,6 +5,7 @@
 
 #include "commands.h"
 #include "point_input.h"
+#include "similarity_page.h"
 #include "similarity_report.h"
 #include "text_table.h"
 #include "zu/adjust/epochs.h"
@@ -106,6 +107,16 @@ ExitCode Run(const Values& values, Context& context) {
   root["stable"] = std::move(stable);
   AddSimilarity(result.similarity, names, &root);
   root["points"] = MovesJson(result, names);
+  if (!values.adjust.strReport.empty()) {
+    const SimilarityPage page = {
+        "Two epochs",
+        std::to_string(result.Moved()) + " of " + Counted(iCommon, "common point") + " moved.",
+        values.adjust.strUnit,
+        {{"first epoch", NameInMessages(values.strA)},
+         {"second epoch", NameInMessages(values.strB)}}};
+    context.NewOutput(values.adjust.strReport).Stream()
+        << PageOf(page, result.similarity, ZuSortHelper<ZuPoint>(&second));
+  }
   return result.Moved() == 0 ? kGood : kNotAcceptable;
 }
 
@@ -125,6 +136,7 @@ Runner DefineCompare(Options& options) {
   options.Choice("--fixed", {"scale", "levelled", "shift"}, &pValues->adjust.strFixed,
                  "between the two systems: scale 1 (without the option too); turned about the z "
                  "axis only; not turned");
+  AddReportOptions(options, &pValues->adjust);
   options.Option("--seed", "S", &pValues->uSeed, "of the search for the stable points");
   AddPointOptions(options, &pValues->format);
   return [pValues](Context& context) { return Run(*pValues, context); };

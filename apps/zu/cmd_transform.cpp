@@ -8,6 +8,7 @@
 #include "commands.h"
 #include "point_columns.h"
 #include "point_input.h"
+#include "similarity_page.h"
 #include "similarity_report.h"
 #include "text_table.h"
 #include "trafo_check.h"
@@ -189,6 +190,22 @@ ExitCode Run(const Values& values, Context& context) {
   AddSimilarity(result, names, &root);
   if (context.IsJson()) AddPoints(out, iSourcePoints, control, residuals, result, &root);
 
+  const SimilarityValues& adjust = values.adjust;
+  if (!adjust.strReport.empty()) {
+    if (!result.IsGood())
+      throw CommandError(kUndetermined, Files(values) + ": " + result.strReason);
+    const double dRms = RmsOf(residuals).Length();
+    const SimilarityPage page = {
+        "Spatial transformation",
+        std::to_string(result.Used()) + " of " +
+            Counted(static_cast<long long>(residuals.size()), "common point") +
+            " used, RMS of all " + Fixed(dRms, DecimalsFor(dRms)) + " " + adjust.strUnit + "; " +
+            std::to_string(result.setAside.size()) + " set aside.",
+        adjust.strUnit,
+        {{"source", NameInMessages(values.strSource)},
+         {"control", NameInMessages(values.strControl)}}};
+    context.NewOutput(adjust.strReport).Stream() << PageOf(page, result, control);
+  }
   if (!values.strOutput.empty()) {
     WritePoints(&out, values.format.strColumns, &context.NewOutput(values.strOutput));
   }

@@ -68,19 +68,13 @@ void WriteSigma(const ZuSimilarityResult& result, std::ostream& stream) {
 }
 
 void WriteSds(const ZuSimilarityResult& result, std::ostream& stream) {
-  const Parameters p = ParametersOf(result);
   TextTable table;
   table.AddColumn("parameter", TextTable::eLeft);
   table.AddColumn("value");
   table.AddColumn("standard deviation");
-  for (int i = 0; i < 7; ++i) {
-    if (i < 4) {
-      const int iDecimals = i < 3 ? 6 : 12;
-      table.AddRow({kParameters[i], Fixed(p.adValue[i], iDecimals), Fixed(p.Sd(i), iDecimals)});
-    } else {
-      table.AddRow({std::string(kParameters[i]) + " [gon]", Fixed(p.adValue[i] * kGonPerRadian, 7),
-                    p.bAngles ? Fixed(p.Sd(i) * kGonPerRadian, 7) : "-"});
-    }
+  for (const SimilarityParameter& p : SimilarityParameters(result)) {
+    table.AddRow(
+        {p.strName + (p.strUnit.empty() ? "" : " [" + p.strUnit + "]"), p.strValue, p.strSd});
   }
   table.Write(stream);
 }
@@ -137,6 +131,28 @@ void AddSimilarityOptions(Options& options, SimilarityValues* pValues) {
   options.Option("--alpha", "A", &pValues->dAlpha, "chance of a false alarm of one test");
   options.Above(0.0);
   options.AtMost(0.5);
+  AddReportOptions(options, pValues);
+}
+
+void AddReportOptions(Options& options, SimilarityValues* pValues) {
+  options.Output("--report", "FILE.html", &pValues->strReport,
+                 "report to look at and to print, one file");
+  options.Option("--unit", "U", &pValues->strUnit, "unit of the coordinates, for the report");
+}
+
+std::vector<SimilarityParameter> SimilarityParameters(const ZuSimilarityResult& result) {
+  const Parameters p = ParametersOf(result);
+  std::vector<SimilarityParameter> parameters;
+  for (int i = 0; i < 4; ++i) {
+    const int iDecimals = i < 3 ? 6 : 12;
+    parameters.push_back(
+        {kParameters[i], Fixed(p.adValue[i], iDecimals), Fixed(p.Sd(i), iDecimals), ""});
+  }
+  for (int i = 4; i < 7; ++i) {
+    parameters.push_back({kParameters[i], Fixed(p.adValue[i] * kGonPerRadian, 7),
+                          p.bAngles ? Fixed(p.Sd(i) * kGonPerRadian, 7) : "-", "gon"});
+  }
+  return parameters;
 }
 
 void WriteSimilarity(const ZuSimilarityResult& result, const ZuSortHelper<ZuPoint>& names,

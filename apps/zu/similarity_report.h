@@ -4,6 +4,7 @@
 
 #include <ostream>
 #include <string>
+#include <vector>
 
 #include "commands.h"
 #include "zu/adjust/similarity.h"
@@ -15,6 +16,7 @@ struct SimilarityValues {
   double dAlpha = 0.001;
   bool bTest = false;
   std::string strFixed;  // "", "scale", "levelled" or "shift"
+  std::string strReport, strUnit = "units";
 
   // Takes part in the parameters: the closed form alone would not do.
   bool IsAsked() const { return dSigma > 0.0 || bTest || !strFixed.empty(); }
@@ -22,8 +24,15 @@ struct SimilarityValues {
   ZuSimilarityOptions OptionsOf() const;
 };
 
-// Declares --sigma, --test and --alpha.
+// Declares --sigma, --test, --alpha, --report and --unit.
 void AddSimilarityOptions(Options& options, SimilarityValues* pValues);
+// The last two alone.
+void AddReportOptions(Options& options, SimilarityValues* pValues);
+
+struct SimilarityParameter {
+  std::string strName, strValue, strSd, strUnit;  // strUnit is empty for the scale and for lengths
+};
+std::vector<SimilarityParameter> SimilarityParameters(const ZuSimilarityResult& result);
 
 // Parameters with standard deviations, the test of each common point, what was set aside.
 // `names` holds the common points.

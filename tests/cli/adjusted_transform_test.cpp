@@ -86,7 +86,10 @@ TEST(Compare, NamesThePointsThatMoved) {
                {"zu compare a b --sigma 0.002", 1, "1 of 8 common points moved", ""},
                {"zu compare a <(echo 1 0 0 0) --sigma 1", 4, "", "1 common point"}},
               folder);
-  const Outcome outcome = RunLine("zu compare a b --sigma 0.002 --json", folder);
+  const Outcome outcome =
+      RunLine("zu compare a b --sigma 0.002 --unit m --report moved.html --json", folder);
+  EXPECT_NE(ReadFile(folder.Path("moved.html")).find("1 of 8 common points moved."),
+            std::string::npos);
   const auto result = outcome.Json();
   EXPECT_EQ(result["moved"], nlohmann::json({6}));
   EXPECT_NEAR(result["points"][5]["dz"].get<double>(), 0.03, 0.004);
