@@ -193,6 +193,7 @@ SimilarityModel::Defect SimilarityModel::Start(const std::vector<char>& used) {
   }
 
   const Eigen::JacobiSVD<Matrix3d> svd(moment, Eigen::ComputeFullU | Eigen::ComputeFullV);
+  if (svd.info() != Eigen::Success) return Defect::Line;  // products beyond the numbers
   const Vector3d& values = svd.singularValues();
   const double dSign = (svd.matrixU() * svd.matrixV().transpose()).determinant() < 0.0 ? -1.0 : 1.0;
   const Vector3d signs(1.0, 1.0, dSign);

@@ -38,6 +38,10 @@ Axes AxesOf(std::span<const Vector3> points) {
     axes.mean += axes.directions * (drift / n);
     // Of a scale of its own on each axis the thin ones are as exact as the wide ones.
     const Eigen::JacobiSVD<Eigen::Matrix3d> svd(sums / n, Eigen::ComputeFullU);
+    if (svd.info() != Eigen::Success) {  // sums beyond the numbers: no axes
+      axes.extents.setZero();
+      break;
+    }
     axes.directions = (axes.directions * svd.matrixU()).eval();
     axes.extents = svd.singularValues().cwiseSqrt();
   }
