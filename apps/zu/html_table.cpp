@@ -56,7 +56,7 @@ const char* HtmlTableStyle() {
 table{border-collapse:collapse;margin:.4em 0;font-variant-numeric:tabular-nums}
 th,td{padding:.2em .6em;text-align:right;border-bottom:1px solid var(--line)}
 th{background:var(--head);vertical-align:bottom;font-weight:600}
-td.l,th.l{text-align:left;overflow-wrap:anywhere}
+td.l,th.l{text-align:left;min-width:2.6em}td.l{overflow-wrap:anywhere}
 tr.all td{font-weight:bold;border-top:2px solid var(--soft)}
 @media(max-width:640px){table.wide,table.wide tbody{display:block}table.wide thead{display:none}
 table.wide tr{display:flex;flex-wrap:wrap;padding:.4em 0;border-bottom:1px solid var(--line)}

@@ -74,7 +74,7 @@ std::string Told(const ZuReadFinding& finding) {
 }
 
 // The line of the table for a reader and a file, as they are.
-std::string Row(const std::string& strReader, const std::string& strFile) {
+std::string TableRow(const std::string& strReader, const std::string& strFile) {
   const Result strict = ReadAs(strReader, Bytes(strFile), eZuReadStrict);
   const Result tolerant = ReadAs(strReader, Bytes(strFile), eZuReadTolerant);
   std::string strFindings;
@@ -103,7 +103,7 @@ TEST(Dialects, AreReadAsTheirPageSays) {
     const std::size_t uFile = strLine.find(" | `");
     if (strLine.substr(0, 2) != "| " || uFile == strLine.npos) continue;
     const std::string strFile = strLine.substr(uFile + 4, strLine.find("` |", uFile) - uFile - 4);
-    EXPECT_EQ(Row(strLine.substr(2, uFile - 2), strFile), strLine);
+    EXPECT_EQ(TableRow(strLine.substr(2, uFile - 2), strFile), strLine);
     ++iRows;
   }
   EXPECT_GE(iRows, 24);
