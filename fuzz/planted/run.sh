@@ -28,6 +28,8 @@ git ls-files -z --cached --others --exclude-standard | while IFS= read -r -d '' 
   [ -f "$file" ] && printf '%s\0' "$file"
 done | xargs -0 cp --parents --preserve=mode,timestamps -t "$scratch"
 cd "$scratch" || exit 1
+# A kept copy was last built with a fault in these: the files have their old times again.
+sed -n 's|^+++ b/||p' fuzz/planted/*.patch | sort -u | xargs touch
 cmake --preset fuzz -DZU_WERROR=OFF >/dev/null || exit 1
 cmake --build build/fuzz --target zu >/dev/null || exit 1
 
