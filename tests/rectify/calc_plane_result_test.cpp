@@ -23,10 +23,10 @@ unsigned int IsOdd(const ZuObject* pObject) { return pObject->GetId() % 2; }
 unsigned int IsFirstTwo(const ZuObject* pObject) { return pObject->GetId() <= 2 ? 4 : 0; }
 
 // Required: sigma is that of the last residual alone, over n + 1; the medium distance is the root
-// of the sum and not of a mean. Heights 1, -1, -1, 1 in a square leave the plane z = 0.
+// of the sum and not of a mean. Heights 2, -2, 2, -2 in a square leave the plane z = 0.
 TEST(CalcPlaneResult, QualityFiguresAreThoseOfTheFormula) {
   ZuPointList list;
-  const double adZ[] = {1.0, -1.0, 1.0, -1.0};
+  const double adZ[] = {2.0, -2.0, 2.0, -2.0};
   for (int i = 0; i < 4; ++i) {
     list.Add(ZuPoint(1u + static_cast<unsigned int>(i), i == 1 || i == 2, i >= 2, adZ[i]));
   }
@@ -42,10 +42,10 @@ TEST(CalcPlaneResult, QualityFiguresAreThoseOfTheFormula) {
     dLast = calc.GetPlane().Dist(*p);
     dSum += dLast * dLast;
   }
-  EXPECT_NEAR(calc.GetZuPlaneSigma0(), std::sqrt(1.0 / 8.0), 1e-12);  // seven points
-  EXPECT_NEAR(dLast, -1.0, 1e-12);
-  EXPECT_NEAR(calc.GetZuPlaneMediumPointDist(), 2.0, 1e-12);
-  EXPECT_NEAR(dSum, 4.0, 1e-12);
+  EXPECT_NEAR(calc.GetZuPlaneSigma0(), std::sqrt(4.0 / 8.0), 1e-12);  // seven points
+  EXPECT_NEAR(dLast, -2.0, 1e-12);
+  EXPECT_NEAR(calc.GetZuPlaneMediumPointDist(), 4.0, 1e-12);
+  EXPECT_NEAR(dSum, 16.0, 1e-12);
 }
 
 TEST(CalcPlaneResult, DeviationsAndFootPointsBelongToThePlane) {
