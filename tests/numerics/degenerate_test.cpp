@@ -107,3 +107,16 @@ TEST(Degenerate, MovedMatricesKeepTheirArray) {
   EXPECT_EQ(movedVector.GetData(), pdElements);
   EXPECT_EQ(movedVector[5], 3.0);
 }
+
+TEST(Degenerate, ExchangedMatricesAndVectorsLoseNothing) {
+  for (const int n : {3, 5}) {  // in the inline store and beyond it
+    ZuMatrix a(n, n), b(n, n);
+    ZuVector v(n), w(n);
+    a[n][n] = v[n] = 1.0;
+    b[n][n] = w[n] = 2.0;
+    std::swap(a, b);
+    std::swap(v, w);
+    EXPECT_EQ(a[n][n] * 10.0 + b[n][n], 21.0);
+    EXPECT_EQ(v[n] * 10.0 + w[n], 21.0);
+  }
+}

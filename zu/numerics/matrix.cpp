@@ -74,6 +74,7 @@ ZuMatrix& ZuMatrix::Set(const double* pdValues, int iRows, int iCols) {
 }
 
 ZuMatrix& ZuMatrix::operator=(const ZuMatrix& src) {
+  if (m_pdData == nullptr) return Set(src.m_pdData, src.m_iZeilen, src.m_iSpalten);
   if (this != &src) std::copy_n(src.m_pdData, std::min(Count(), src.Count()), m_pdData);
   return *this;
 }

@@ -20,7 +20,8 @@ class ZU_API ZuMatrix {
   // All elements 0.0. Up to 16 elements nothing is allocated.
   ZuMatrix(int iRows, int iCols);
   ZuMatrix(const ZuMatrix& src);
-  ZuMatrix(ZuMatrix&& src) noexcept;  // src is empty then: it can be destroyed, or take a Set
+  // src is empty then: it can be destroyed, or take a Set or an assignment with its shape.
+  ZuMatrix(ZuMatrix&& src) noexcept;
   ZuMatrix(const double* pdValues, int iRows, int iCols);  // row by row
   virtual ~ZuMatrix() { Release(); }
 
@@ -34,7 +35,7 @@ class ZU_API ZuMatrix {
   // Copies elements in array order until this matrix or the source is full.
   //
   // Required: the shape never changes and nothing is allocated; the destination decides how much
-  // is copied. A 2x2 matrix takes the first four elements of a 3x3 one. A temporary is copied too:
+  // is copied. (One that was moved from has no shape to keep.) A 2x2 matrix takes the first four elements of a 3x3 one. A temporary is copied too:
   // kernels hold pointers into the array that stays.
   ZuMatrix& operator=(const ZuMatrix& src);
 

@@ -46,6 +46,7 @@ ZuVector::ZuVector(const ZuPoint& point, eZuVectorType type) {
 }
 
 ZuVector& ZuVector::operator=(const ZuVector& src) {
+  if (m_pdData == nullptr) Allocate(src.m_iSize);
   const int n = std::min(m_iSize, src.m_iSize);
   if (this != &src) std::copy_n(src.m_pdData, n, m_pdData);
   return *this;

@@ -28,7 +28,7 @@ class ZU_API ZuVector {
   ZuVector(double x, double y, double z);
   ZuVector(double x, double y, double z, double w);
   ZuVector(const ZuVector& src);
-  ZuVector(ZuVector&& src) noexcept;  // src is empty then
+  ZuVector(ZuVector&& src) noexcept;  // src is empty then; an assignment gives it a size again
 
   // The coordinates of a point in the form of `type`.
   //
