@@ -35,8 +35,9 @@ class ZU_API ZuMatrix {
   // Copies elements in array order until this matrix or the source is full.
   //
   // Required: the shape never changes and nothing is allocated; the destination decides how much
-  // is copied. (One that was moved from has no shape to keep.) A 2x2 matrix takes the first four elements of a 3x3 one. A temporary is copied too:
-  // kernels hold pointers into the array that stays.
+  // is copied. (One that was moved from has no shape to keep.) A 2x2 matrix takes the first four
+  // elements of a 3x3 one. A temporary is copied too: kernels hold pointers into the array that
+  // stays.
   ZuMatrix& operator=(const ZuMatrix& src);
 
   void Clear();     // all elements 0.0
