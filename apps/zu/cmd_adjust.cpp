@@ -3,6 +3,7 @@
 
 #include "cmd_adjust_input.h"
 #include "cmd_adjust_output.h"
+#include "cmd_orient.h"
 #include "commands.h"
 #include "input_file.h"
 #include "progress_line.h"
@@ -62,7 +63,10 @@ ExitCode Run(const Values& values, Context& context) {
   if (!values.strMeasurements.empty()) {
     ReadMeasurements(values.strMeasurements, &project, &measured);
   }
+  const ZuProjectOrientation orientation =
+      OrientUnoriented(&project, control, approximations, input, context);
   ZuNetworkOfProject made = ZuMakeNetwork(project, control, approximations, input);
+  TellUnoriented(orientation, &made);
   CheckPhotos(made);
   ApplyDeviations(measured, &made);
   if (!values.strBars.empty()) ReadScaleBars(values.strBars, &made.network);
@@ -99,7 +103,8 @@ ExitCode Run(const Values& values, Context& context) {
 
 Runner DefineAdjust(Options& options) {
   auto pValues = std::make_shared<Values>();
-  options.Positional("PROJECT", &pValues->strProject, "project file with oriented photos");
+  options.Positional("PROJECT", &pValues->strProject,
+                     "project file; photos that are not oriented are oriented first");
   options.Option("--control", "FILE", &pValues->strControl,
                  "control points, rows \"id x y z\" (fixed) or \"id x y z dx dy dz\" (weighted; 0 "
                  "is fixed)");

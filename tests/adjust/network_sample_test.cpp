@@ -4,6 +4,7 @@
 
 #include "tests/support/test.h"
 #include "zu/adjust/network_project.h"
+#include "zu/adjust/orientation_project.h"
 #include "zu/points/point_list.h"
 #include "zu/project/project.h"
 
@@ -161,6 +162,34 @@ TEST_P(Network, TestsItsObservationsAsTheSampleDoes) {
     EXPECT_NEAR(test.adV[k], expected["v"], 1e-8);
     EXPECT_NEAR(test.adR[k], expected["r"], 1e-6);
     EXPECT_NEAR(test.adW[k], expected["w"], 1e-4);
+  }
+}
+
+// From the pixels and four control points alone.
+TEST_P(Network, IsReachedWithoutOrientations) {
+  const Json& input = m_case["input"];
+  ZuProject project;
+  ASSERT_TRUE(project.Read(Sample(input["project"]).c_str()));
+  for (ZuPhoto* p = project.PhotoList().First(); p != nullptr; p = p->Next()) {
+    p->SetHasAOR(false);
+    p->SetRotAOR(0.0, 0.0, 0.0);
+    p->SetPosAOR(0.0, 0.0, 0.0);
+  }
+  const ZuProjectOrientation found =
+      ZuOrientProject(&project, ReadCoordinates("control_fixed.coo"), {});
+  ASSERT_EQ(found.CountGood(), 21);
+  ZuNetworkOfProject made = ZuMakeNetwork(project, ReadCoordinates(input["control"]),
+                                          ReadCoordinates(input["approx"]), {});
+  made.network.cameras[0].adSd = m_made.network.cameras[0].adSd;
+  m_options.bStatistics = false;
+  const ZuNetworkResult result = made.network.Adjust(m_options);
+  ASSERT_EQ(result.status, ZuAdjustStatus::Good) << result.strText;
+  EXPECT_NEAR(result.dSigma0, m_case["sigma0"], 1e-6);
+  for (size_t i = 0; i < result.photos.size(); ++i) {
+    for (size_t k = 0; k < 3; ++k) {
+      EXPECT_NEAR(result.photos[i].adPosition[k], m_result.photos[i].adPosition[k],
+                  1e-4 * m_result.photoSd[i][k]);
+    }
   }
 }
 

@@ -5,41 +5,13 @@
 #include <optional>
 
 #include "zu/adjust/internal/camera_parameter.h"
+#include "zu/adjust/internal/image_pixel.h"
 #include "zu/adjust/internal/small_matrix.h"
 #include "zu/project/project.h"
 
 namespace {
 
 size_t Index(int i) { return static_cast<size_t>(i); }
-
-using Slope = std::array<double, 4>;
-
-// Derivative of a plane transformation at a point, by rows.
-Slope SlopeOf(const ZuTrafo2d& trafo, double x, double y) {
-  if (trafo.GetType() == eZuTrafo2DPolynomial) {
-    Slope slope{};
-    for (int i = 0; i < 2; ++i) {
-      const auto a = [&](int k) { return trafo.GetCoef(10 * i + k); };
-      slope[Index(2 * i)] =
-          a(1) + 2.0 * a(3) * x + a(4) * y + 3.0 * a(6) * x * x + 2.0 * a(7) * x * y + a(8) * y * y;
-      slope[Index(2 * i + 1)] =
-          a(2) + a(4) * x + 2.0 * a(5) * y + a(7) * x * x + 2.0 * a(8) * x * y + 3.0 * a(9) * y * y;
-    }
-    return slope;
-  }
-  ZuMatrix m(3, 3);
-  trafo.BuildMatrix(&m);
-  const double w = m[3][1] * x + m[3][2] * y + m[3][3];
-  const double u = (m[1][1] * x + m[1][2] * y + m[1][3]) / w;
-  const double v = (m[2][1] * x + m[2][2] * y + m[2][3]) / w;
-  return {(m[1][1] - u * m[3][1]) / w, (m[1][2] - u * m[3][2]) / w, (m[2][1] - v * m[3][1]) / w,
-          (m[2][2] - v * m[3][2]) / w};
-}
-
-Slope Product(const Slope& a, const Slope& b) {
-  return {a[0] * b[0] + a[1] * b[2], a[0] * b[1] + a[1] * b[3], a[2] * b[0] + a[3] * b[2],
-          a[2] * b[1] + a[3] * b[3]};
-}
 
 // Sums of the point closest to several rays: of I - d d', and of that times the start.
 struct RaySums {
@@ -164,23 +136,19 @@ class Maker {
     pixel.x = measured.m_dX;
     pixel.y = measured.m_dY;
     double x = pixel.x, y = pixel.y;
-    const Slope pre = SlopeOf(photo.GetReseauPreTrafo(), x, y);
-    photo.GetReseauPreTrafo().Transform(&x, &y);
-    pixel.adSlope = Product(SlopeOf(photo.GetReseauMainTrafo(), x, y), pre);
-    photo.GetReseauMainTrafo().Transform(&x, &y);
+    pixel.adSlope = zu::internal::PixelToImage(photo, &x, &y);
     ZuNetworkImagePoint image;
     image.iPhoto = iPhoto;
     image.iPoint = PointOf(measured.GetId());
     image.x = x;
     image.y = y;
-    const double s2 = m_input.dSigma * m_input.dSigma;
     if (m_input.bSigmaInPixels) {
-      const Slope& j = pixel.adSlope;
-      image.sxx = s2 * (j[0] * j[0] + j[1] * j[1]);
-      image.sxy = s2 * (j[0] * j[2] + j[1] * j[3]);
-      image.syy = s2 * (j[2] * j[2] + j[3] * j[3]);
+      const auto q = zu::internal::ImageCovariance(pixel.adSlope, m_input.dSigma, m_input.dSigma);
+      image.sxx = q[0];
+      image.sxy = q[1];
+      image.syy = q[2];
     } else {
-      image.sxx = image.syy = s2;
+      image.sxx = image.syy = m_input.dSigma * m_input.dSigma;
     }
     m_result.network.images.push_back(image);
     m_result.pixels.push_back(pixel);
@@ -250,9 +218,7 @@ ZuNetworkOfProject ZuMakeNetwork(const ZuProject& project, const ZuPointList& co
 }
 
 std::array<double, 2> ZuToPixels(const ZuNetworkPixel& pixel, const double* pdMm) {
-  const auto& j = pixel.adSlope;
-  const double d = j[0] * j[3] - j[1] * j[2];
-  return {(j[3] * pdMm[0] - j[1] * pdMm[1]) / d, (j[0] * pdMm[1] - j[2] * pdMm[0]) / d};
+  return zu::internal::ToPixels(pixel.adSlope, pdMm[0], pdMm[1]);
 }
 
 void ZuStoreNetwork(const ZuNetworkResult& result, ZuProject* pProject) {

@@ -30,14 +30,32 @@ std::string FirstOf(std::initializer_list<std::string> texts) {
   return "";
 }
 
+bool IsTurned(const ZuPhoto& photo) {
+  const ZuMatrix& R = photo.GetRotAOR();
+  for (int i = 1; i <= 3; ++i) {
+    for (int j = 1; j <= 3; ++j) {
+      if (R[i][j] != (i == j ? 1.0 : 0.0)) return true;
+    }
+  }
+  return false;
+}
+
+bool IsMoved(const ZuPhoto& photo) {
+  double x = 0.0, y = 0.0, z = 0.0;
+  photo.GetPosAOR(&x, &y, &z);
+  return x != 0.0 || y != 0.0 || z != 0.0;
+}
+
 std::string Orientation(const ZuPhoto& photo, const ZuKeywordBlock& block) {
   if (!photo.HasAOR()) {
     const std::string strFlag = Missing(block, "ORIENTED", "ORIENTED 1 with AORM and AORV");
     return "is not oriented: " + (strFlag.empty() ? "ORIENTED 1 with AORM and AORV would be right"
                                                   : strFlag.substr(strFlag.find(": ") + 2));
   }
+  // What was set since it was read, the file need not have.
   const std::string strMissing =
-      FirstOf({Missing(block, "AORM", "its rotation"), Missing(block, "AORV", "its position")});
+      FirstOf({IsTurned(photo) ? "" : Missing(block, "AORM", "its rotation"),
+               IsMoved(photo) ? "" : Missing(block, "AORV", "its position")});
   if (!strMissing.empty()) return strMissing;
   if (!(ZuRotationDefect(photo.GetRotAOR()) <= kRotationDefect)) {
     return "has an AORM that is no rotation (line " + std::to_string(block.LineOf("AORM")) +
@@ -49,7 +67,7 @@ std::string Orientation(const ZuPhoto& photo, const ZuKeywordBlock& block) {
 std::string Camera(const ZuPhoto& photo, const ZuKeywordBlock& block) {
   const ZuCamera& camera = photo.GetCamera();
   const ZuKeywordBlock* pData = block.Find("CAMDATA");
-  if (pData == nullptr && !block.Has("CAMERA")) {
+  if (pData == nullptr && !block.Has("CAMERA") && camera.GetId() == 0) {
     const std::string strCamera = Missing(block, "CAMDATA", "CAMDATA { ID 1 C ... }");
     return "has no camera: " + strCamera.substr(strCamera.find(": ") + 2);
   }
