@@ -6,6 +6,7 @@
 #include <cmath>
 
 #include "tests/adjust/fit_support.h"
+#include "tests/support/trials.h"
 
 namespace {
 
@@ -114,7 +115,7 @@ Errors Fit(Shape shape, const Made& made, double dOffset, const ZuFitOptions& op
 TEST(FitShapes, HoldTheirStandardDeviations) {
   FitPoints random(11);
   for (const Shape shape : {ePlane, eLine, eSphere, eCylinder}) {
-    const int iRuns = shape == eCylinder ? 60 : 400, n = 40;
+    const int iRuns = Runs(shape == eCylinder ? 60 : 400), n = 40;
     double dSquares = 0.0, dRedundancy = 0.0;
     int iErrors = 0;
     ZuFitOptions options;
@@ -191,7 +192,7 @@ TEST(FitShapes, RefuseWhatThePointsDoNotDecide) {
 TEST(FitShapes, AreNeverGoodWithNumbersThatAreNotFinite) {
   FitPoints random(15);
   int iGood = 0;
-  for (int k = 0; k < 20000; ++k) {
+  for (int k = 0; k < Runs(20000); ++k) {
     const Shape shape = static_cast<Shape>(k % 40 == 3 ? 3 : k % 3);
     Made made;
     made.turn.setIdentity();
@@ -215,5 +216,5 @@ TEST(FitShapes, AreNeverGoodWithNumbersThatAreNotFinite) {
     ASSERT_TRUE(std::isfinite(errors.fit.dSigma0) && std::isfinite(errors.fit.dRms)) << k;
     for (const auto& p : errors.fit.points) ASSERT_TRUE(std::isfinite(p.dDistance)) << k;
   }
-  EXPECT_GT(iGood, 100);
+  EXPECT_GT(iGood, Runs(20000) / 200);
 }

@@ -9,6 +9,7 @@
 #include <set>
 
 #include "tests/support/cameras.h"
+#include "tests/support/trials.h"
 #include "zu/adjust/internal/image_ray.h"
 #include "zu/adjust/internal/three_point.h"
 #include "zu/photo/biko_transform.h"
@@ -129,8 +130,8 @@ TEST(Resection, OrientsThePhotosOfTheBoard) {
 // Wrong points are left out, all of them and no other, in any order of the points.
 TEST(Resection, FindsWrongPoints) {
   const ZuCamera camera = test_cameras::ChessboardCap();
-  for (unsigned uSeed = 1; uSeed <= 20; ++uSeed) {
-    std::mt19937 random(uSeed);
+  for (int iSeed = 1; iSeed <= Runs(20); ++iSeed) {
+    std::mt19937 random(static_cast<unsigned>(iSeed));
     auto points = Seen(camera, RandomPose(&random), 30, 0.5, kSd, &random);
     std::set<unsigned> wrong;
     while (wrong.size() < 10) wrong.insert(1 + static_cast<unsigned>(random() % 30));
@@ -152,7 +153,7 @@ TEST(Resection, FindsWrongPoints) {
 TEST(Resection, CovarianceIsThatOfTheErrors) {
   const ZuCamera camera = test_cameras::ChessboardRadial();
   double dSum = 0.0;
-  constexpr int kRuns = 250;
+  constexpr int kRuns = Runs(250);
   for (int iRun = 0; iRun < kRuns; ++iRun) {
     std::mt19937 random(static_cast<unsigned>(iRun));
     const Pose truth = RandomPose(&random);
@@ -179,7 +180,8 @@ TEST(Resection, CovarianceIsThatOfTheErrors) {
       }
     }
   }
-  EXPECT_NEAR(dSum / kRuns / 6.0, 1.0, 0.15);  // 4 of its own standard deviations
+  EXPECT_NEAR(dSum / kRuns / 6.0, 1.0,
+              TrialTolerance(0.15, 250));  // 4 of its own standard deviations
 }
 
 // A small flat object far off tilts one way or the other: the true tilt is among those told.

@@ -111,7 +111,7 @@ TEST(SimilarityHostile, NoGoodResultHoldsANumberThatIsNotFinite) {
         return random.Value(dScale);
     }
   };
-  const int iSets = AreLongTrials() ? 100000 : 15000;
+  const int iSets = AreLongTrials() ? 100000 : Runs(15000);
   for (int i = 0; i < iSets; ++i) {
     const double dScale = i % 2 == 0 ? 100.0 : std::pow(10.0, random.Value(300.0));
     ZuPointList source, target;

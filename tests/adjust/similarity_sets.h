@@ -3,12 +3,9 @@
 
 #include "tests/support/random_geometry.h"
 #include "tests/support/test.h"
+#include "tests/support/trials.h"
 #include "zu/adjust/similarity.h"
 #include "zu/transform/trafo3d_data.h"
-
-// With ZU_LONG_TRIALS in the environment the trials have their full number: 10,000 runs of each
-// configuration to 3 %, 100,000 hostile sets.
-inline bool AreLongTrials() { return std::getenv("ZU_LONG_TRIALS") != nullptr; }
 
 struct SimilaritySet {
   ZuPointList source, target;

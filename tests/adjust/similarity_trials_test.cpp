@@ -156,11 +156,11 @@ TEST(SimilarityTrials, PredictionsAreWhatManyRunsGive) {
       {"seven digits", 8, 20.0, 20.0, 5.0, 0.9996, 5e6, 0.001},
       {"weights of 1 to 100", 12, 10.0, 10.0, 10.0, 1.0, 100.0, 0.01},
   };
-  const int iRuns = AreLongTrials() ? 10000 : 1500;
+  const int iRuns = AreLongTrials() ? 10000 : Runs(1500);
   for (const Configuration& configuration : configurations) {
     SCOPED_TRACE(configuration.szName);
     Trials trials(configuration);
     trials.Run(iRuns);
-    trials.Check(AreLongTrials() ? 0.03 : 0.09);
+    trials.Check(AreLongTrials() ? 0.03 : TrialTolerance(0.09, 1500));
   }
 }

@@ -5,9 +5,9 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <cstdlib>
 
 #include "tests/adjust/fit_support.h"
+#include "tests/support/trials.h"
 #include "zu/transform/calc_trafo2d.h"
 
 namespace {
@@ -87,7 +87,7 @@ TEST(Trafo2dFit, EqualsTheClosedFormsOfTheCore) {
 // Predicted and empirical covariance of the carried point, sum of the redundancy numbers, false
 // alarms, and the share of points within their 95 % ellipse. ZU_LONG_TRIALS runs 10,000 of each.
 TEST(Trafo2dFit, HoldsItsStandardDeviations) {
-  const int iRuns = std::getenv("ZU_LONG_TRIALS") != nullptr ? 10000 : 400;
+  const int iRuns = AreLongTrials() ? 10000 : Runs(400);
   const Set sets[] = {{},
                       {.dLength = 100.0, .dWidth = 1.0},
                       {.n = 3},
@@ -170,7 +170,7 @@ TEST(Trafo2dFit, TellsWhatIsFreeAndIsNeverGoodWithoutNumbers) {
     EXPECT_EQ(ZuFitTrafo2d(kind, line).eStatus == ZuAdjustStatus::Good, bLine) << int(kind);
     EXPECT_EQ(ZuFitTrafo2d(kind, few).eStatus, ZuAdjustStatus::TooFew);
   }
-  for (int k = 0; k < 20000; ++k) {
+  for (int k = 0; k < Runs(20000); ++k) {
     std::vector<ZuTrafo2dPair> pairs(static_cast<size_t>(1 + k % 12));
     const double dPower = random.Uniform(0.0, 300.0);
     for (auto& p : pairs) {
