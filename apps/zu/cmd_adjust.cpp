@@ -22,20 +22,6 @@ struct Values {
   bool bTest = false, bPartial = false, bCameraPerPhoto = false;
 };
 
-void Read(const Values& values, ZuProject* pProject) {
-  const InputFile file(values.strProject, "a project file");
-  const bool bRead =
-      pProject->Read(file.Path().c_str(), values.bPartial ? eZuProjectPartial : eZuProjectWhole);
-  if (bRead && !pProject->IsForeign()) return;
-  std::string strText = file.Name() + ": no project file; PHOTO and MEASURE blocks would be right";
-  for (const ZuFinding& finding : pProject->GetFindings()) {
-    if (finding.m_eSeverity != eZuSeverityError) continue;
-    strText = GetZuFindingLine(finding);
-    break;
-  }
-  throw CommandError(kBadInput, strText);
-}
-
 // Photos without orientation can't take part, and a network without any can't be adjusted.
 void CheckPhotos(const ZuNetworkOfProject& made) {
   if (!made.network.photos.empty()) return;
@@ -54,8 +40,9 @@ ExitCode Run(const Values& values, Context& context) {
   ParseSigma(values.strSigma, &input);
   input.uEstimate = ParseEstimate(values.strEstimate);
   input.bCameraPerPhoto = values.bCameraPerPhoto;
-  ZuProject project;
-  Read(values, &project);
+  const InputFile file(values.strProject, kProjectFile);
+  const auto pProject = OpenProject(file, values.bPartial);
+  ZuProject& project = *pProject;
   ZuPointList control, approximations;
   if (!values.strControl.empty()) control = ReadAdjustPoints(values.strControl);
   if (!values.strApprox.empty()) approximations = ReadAdjustPoints(values.strApprox);
@@ -86,6 +73,7 @@ ExitCode Run(const Values& values, Context& context) {
         kUndetermined,
         (bSaid ? "" : std::string(ZuAdjustStatusText(result.status)) + ": ") + result.strText);
   }
+  WarnOf(project, file, context);
   WarnOf(result, made, context);
   PrintAdjustment(made, result, context.Text());
   if (context.IsJson()) AddAdjustmentJson(made, result, &context.Root());

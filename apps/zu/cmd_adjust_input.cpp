@@ -7,7 +7,7 @@
 
 #include "exit_code.h"
 #include "input_file.h"
-#include "number_text.h"
+#include "zu/foundation/number_text.h"
 #include "zu/project/project.h"
 
 namespace cli {
@@ -62,10 +62,10 @@ std::vector<NumberRow> ReadNumberRows(const std::string& strPath, size_t uIds, s
     for (size_t i = 0; i < fields.size(); ++i) {
       double d = 0.0;
       unsigned uId = 0;
-      if (i < uIds && !ParseId(fields[i], &uId)) {
+      if (i < uIds && !ZuParseId(fields[i], &uId)) {
         FailAt(file.Name(), iLine, ZuWhyNoId(fields[i]).m_strText, szRight);
       }
-      if (!ParseNumber(fields[i], &d)) {
+      if (!ZuParseNumber(fields[i], &d)) {
         FailAt(file.Name(), iLine, ZuWhyNoNumber(fields[i]).m_strText, szRight);
       }
       row.values.push_back(d);
@@ -179,7 +179,7 @@ void ParseSigma(const std::string& strText, ZuNetworkInput* pInput) {
   const bool bPixels = strText.ends_with("px"), bMm = strText.ends_with("mm");
   double d = 0.0;
   if ((!bPixels && !bMm) ||
-      !ParseNumber(std::string_view(strText).substr(0, strText.size() - 2), &d) || !(d > 0.0)) {
+      !ZuParseNumber(std::string_view(strText).substr(0, strText.size() - 2), &d) || !(d > 0.0)) {
     throw CommandError(kUsage, "--sigma \"" + strText +
                                    "\" is no standard deviation; 0.1px or 0.0005mm would be right");
   }
@@ -214,7 +214,7 @@ ZuNetworkDatum ParseDatum(const std::string& strText, ZuNetwork* pNetwork) {
   for (ZuNetworkPoint& point : pNetwork->points) point.bDatum = false;
   for (const std::string_view id : Split(std::string_view(strText).substr(6), ",")) {
     unsigned uId = 0;
-    if (!ParseId(id, &uId)) throw CommandError(kUsage, "--datum: " + ZuWhyNoId(id).m_strText);
+    if (!ZuParseId(id, &uId)) throw CommandError(kUsage, "--datum: " + ZuWhyNoId(id).m_strText);
     const int i = FindPoint(*pNetwork, uId);
     if (i < 0) {
       throw CommandError(kBadInput,

@@ -5,38 +5,16 @@
 #include <utility>
 
 #include "exit_code.h"
-#include "input_file.h"
-#include "text_table.h"
+#include "project_input.h"
 #include "zu/exchange/project_json.h"
 
 namespace cli {
 
 namespace {
 
-constexpr size_t kErrorsTold = 2;
-
 bool EndsWith(const std::string& strText, const std::string& strEnd) {
   return strText.size() >= strEnd.size() &&
          strText.compare(strText.size() - strEnd.size(), strEnd.size(), strEnd) == 0;
-}
-
-std::string Line(ZuFinding finding, const std::string& strName) {
-  finding.m_strFile = strName;
-  return GetZuFindingPlace(finding) + ": " + GetZuFindingText(finding);
-}
-
-[[noreturn]] void Fail(const std::string& strName, const ZuFindingList& findings) {
-  std::string strText;
-  size_t uTold = 0;
-  for (const ZuFinding& finding : findings) {
-    if (finding.m_eSeverity != eZuSeverityError || uTold == kErrorsTold) continue;
-    strText += (uTold++ > 0 ? "\n" : "") + Line(finding, strName);
-  }
-  if (findings.GetErrorCount() > uTold) {
-    const auto iMore = static_cast<long long>(findings.GetErrorCount() - uTold);
-    strText += "\nand " + Counted(iMore, "more fault");
-  }
-  throw CommandError(kBadInput, strText);
 }
 
 using Place = std::pair<unsigned, unsigned>;
@@ -74,17 +52,18 @@ void ReadProjectFile(const std::string& strPath, Context& context, ZuProject* pP
   if (IsJson(file.Path())) {
     ZuFindingList findings;
     std::ifstream stream(file.Path(), std::ios::in | std::ios::binary);
-    if (!ZuReadProjectJson(stream, pProject, &findings)) Fail(file.Name(), findings);
+    if (!ZuReadProjectJson(stream, pProject, &findings)) FailOf(findings, file);
     return;
   }
-  if (!pProject->Read(file.Path().c_str())) Fail(file.Name(), pProject->GetFindings());
+  ReadProject(file, eZuProjectWhole, pProject);
   const std::set<Place> kept = KeptPlaces(*pProject);
+  ZuFindingList findings;
   for (const ZuFinding& finding : pProject->GetFindings()) {
     const Place place(static_cast<unsigned>(finding.m_uLine),
                       static_cast<unsigned>(finding.m_uColumn));
-    if (finding.m_eSeverity != eZuSeverityWarning || kept.count(place) != 0) continue;
-    context.Warn(Line(finding, file.Name()));
+    if (kept.count(place) == 0) findings.Add(finding);
   }
+  WarnOf(findings, file, context);
 }
 
 bool IsJsonName(const std::string& strPath) { return EndsWith(strPath, ".json"); }

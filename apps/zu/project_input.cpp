@@ -1,6 +1,9 @@
 #include "project_input.h"
 
+#include <utility>
+
 #include "exit_code.h"
+#include "reading.h"
 #include "zu/photo/detect_files.h"
 #include "zu/project/camera_file.h"
 
@@ -8,42 +11,13 @@ namespace cli {
 
 namespace {
 
-constexpr size_t kWarningsTold = 20;
 constexpr size_t kErrorsTold = 2;  // of a message
 
 constexpr char kWholeFile[] = "the whole file";  // what the library says is right for a cut one
 
-std::string Line(const std::string& strName, ZuFinding finding, const char* szForWhole = "") {
-  finding.m_strFile = strName;
+std::string Line(const std::string& strName, ZuFinding finding, const char* szForWhole) {
   if (finding.m_strRight == kWholeFile) finding.m_strRight += szForWhole;
-  return GetZuFindingPlace(finding) + ": " + GetZuFindingText(finding);
-}
-
-// szForWhole: what would do, too, where the whole file is missing.
-[[noreturn]] void Fail(const std::string& strName, const ZuFindingList& findings,
-                       const char* szForWhole = "") {
-  std::string strText;
-  size_t uTold = 0;
-  for (const ZuFinding& finding : findings) {
-    if (finding.m_eSeverity != eZuSeverityError || uTold == kErrorsTold) continue;
-    strText += (uTold++ > 0 ? "\n" : "") + Line(strName, finding, szForWhole);
-  }
-  if (findings.GetErrorCount() > uTold) {
-    strText += "\nand " + Counted(findings.GetErrorCount() - uTold, "more fault");
-  }
-  throw CommandError(kBadInput, strText);
-}
-
-void Warn(const std::string& strName, const ZuFindingList& findings, const Context& context) {
-  size_t uTold = 0;
-  for (const ZuFinding& finding : findings) {
-    if (finding.m_eSeverity != eZuSeverityWarning || uTold == kWarningsTold) continue;
-    ++uTold;
-    context.Warn(Line(strName, finding));
-  }
-  if (findings.GetWarningCount() > uTold) {
-    context.Warn(strName + ": " + Counted(findings.GetWarningCount() - uTold, "more warning"));
-  }
+  return Placed(std::move(finding), strName);
 }
 
 [[noreturn]] void FailForeign(const InputFile& input, const char* szNeeded, const char* szBlocks) {
@@ -66,19 +40,51 @@ void AddLibraryOption(Options& options, bool* pbLibrary) {
                "convert by the library's quick correction and its inverse table, not exactly");
 }
 
-std::unique_ptr<ZuProject> OpenProject(const InputFile& file, bool bPartial) {
-  auto pProject = std::make_unique<ZuProject>();
-  if (pProject->Read(file.Path().c_str(), bPartial ? eZuProjectPartial : eZuProjectWhole)) {
-    return pProject;
+void FailOf(const ZuFindingList& findings, const InputFile& file, const char* szForWhole) {
+  std::string strText;
+  size_t uTold = 0;
+  for (const ZuFinding& finding : findings) {
+    if (finding.m_eSeverity != eZuSeverityError || uTold == kErrorsTold) continue;
+    strText += (uTold++ > 0 ? "\n" : "") + Line(file.Name(), finding, szForWhole);
   }
+  if (findings.GetErrorCount() > uTold) {
+    strText += "\nand " + Counted(findings.GetErrorCount() - uTold, "more fault");
+  }
+  throw CommandError(kBadInput, strText);
+}
+
+void ReadProject(const InputFile& file, eZuProjectPart ePart, ZuProject* pProject,
+                 const char* szForWhole) {
+  if (pProject->Read(file.Path().c_str(), ePart)) return;
   if (pProject->IsForeign()) {
     FailForeign(file, "project file", "blocks PHOTO { ... } and MEASURE { ... }");
   }
-  Fail(file.Name(), pProject->GetFindings(), ", or --partial for what is there");
+  FailOf(pProject->GetFindings(), file, szForWhole);
+}
+
+std::unique_ptr<ZuProject> OpenProject(const InputFile& file, bool bPartial) {
+  auto pProject = std::make_unique<ZuProject>();
+  ReadProject(file, bPartial ? eZuProjectPartial : eZuProjectWhole, pProject.get(),
+              ", or --partial for what is there");
+  return pProject;
+}
+
+void WarnOf(const ZuFindingList& findings, const InputFile& file, const Context& context) {
+  size_t uTold = 0;
+  for (const ZuFinding& finding : findings) {
+    if (finding.m_eSeverity != eZuSeverityWarning || uTold == kWarningsTold) continue;
+    const std::string strText = Placed(finding, file.Name());
+    if (context.IsStrict()) throw CommandError(kBadInput, strText + '\n' + kWithoutStrict);
+    ++uTold;
+    context.Warn(strText);
+  }
+  if (findings.GetWarningCount() > uTold) {
+    context.Warn(file.Name() + ": " + Counted(findings.GetWarningCount() - uTold, "more warning"));
+  }
 }
 
 void WarnOf(const ZuProject& project, const InputFile& file, const Context& context) {
-  Warn(file.Name(), project.GetFindings(), context);
+  WarnOf(project.GetFindings(), file, context);
 }
 
 ZuPhoto& FindPhoto(ZuProject& project, unsigned uId, const InputFile& file) {
@@ -108,8 +114,8 @@ ZuCameraList ReadCameras(const std::string& strPath, Context& context) {
     FailForeign(file, "camera file",
                 "blocks CAMERA { ID 1 C ... } or\n{ id c xh yh a1 a2 r0 \"name\" }");
   }
-  if (!bGood) Fail(file.Name(), cameras.GetFindings());
-  Warn(file.Name(), cameras.GetFindings(), context);
+  if (!bGood) FailOf(cameras.GetFindings(), file);
+  WarnOf(cameras.GetFindings(), file, context);
   return cameras.CameraList();
 }
 

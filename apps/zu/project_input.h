@@ -22,7 +22,17 @@ void AddLibraryOption(Options& options, bool* pbLibrary);
 // another kind of file, or at fault.
 std::unique_ptr<ZuProject> OpenProject(const InputFile& file, bool bPartial);
 
-// The project's warnings on standard error, when the command has succeeded.
+// The same into a project. szForWhole: what would do, too, where the whole file is missing.
+void ReadProject(const InputFile& file, eZuProjectPart ePart, ZuProject* pProject,
+                 const char* szForWhole = "");
+
+// Throws CommandError (bad input) with the first errors among the findings.
+[[noreturn]] void FailOf(const ZuFindingList& findings, const InputFile& file,
+                         const char* szForWhole = "");
+
+// The warnings on standard error, when the command has succeeded. Under --strict the first one is
+// thrown as CommandError (bad input).
+void WarnOf(const ZuFindingList& findings, const InputFile& file, const Context& context);
 void WarnOf(const ZuProject& project, const InputFile& file, const Context& context);
 
 // The photo of that id. Throws CommandError (bad input) that lists those there are.

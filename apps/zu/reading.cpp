@@ -6,14 +6,6 @@
 namespace cli {
 namespace {
 
-constexpr size_t kWarningsTold = 20;
-
-// "file:12:5: text".
-std::string Placed(ZuFinding finding, const std::string& strName) {
-  finding.m_strFile = strName;
-  return GetZuFindingPlace(finding) + ": " + GetZuFindingText(finding);
-}
-
 [[noreturn]] void Refuse(const ZuReadFinding& finding, const std::string& strName,
                          const std::string& strHowToGoOn) {
   std::string strText = Placed(finding, strName);
@@ -27,6 +19,11 @@ std::string Placed(ZuFinding finding, const std::string& strName) {
 
 }  // namespace
 
+std::string Placed(ZuFinding finding, const std::string& strName) {
+  finding.m_strFile = strName;
+  return GetZuFindingPlace(finding) + ": " + GetZuFindingText(finding);
+}
+
 eZuReadMode ReadMode(const Context& context) {
   return context.IsTolerant() ? eZuReadTolerant : eZuReadStrict;
 }
@@ -39,7 +36,7 @@ void TellFindings(const ZuReadFindings& findings, const std::string& strName, bo
   if (pCut != nullptr && !bPartial && !context.IsTolerant()) Refuse(*pCut, strName, szHowToGoOn);
   const ZuReadFinding* const pFirst = findings.FirstOf(eZuSeverityWarning);
   if (pFirst != nullptr && context.IsStrict()) {
-    Refuse(*pFirst, strName, "without --strict this is a warning");
+    Refuse(*pFirst, strName, kWithoutStrict);
   }
   size_t uWarnings = 0;
   for (const ZuReadFinding& finding : findings) {

@@ -8,6 +8,13 @@
 
 namespace cli {
 
+// Warnings of a file that are told one by one, and how to go on where --strict refuses one.
+constexpr size_t kWarningsTold = 20;
+constexpr char kWithoutStrict[] = "without --strict this is a warning";
+
+// "file:12:5: text", under the name that the caller gave.
+std::string Placed(ZuFinding finding, const std::string& strName);
+
 // The mode in which files are read: tolerant with --tolerant, otherwise strict.
 eZuReadMode ReadMode(const Context& context);
 

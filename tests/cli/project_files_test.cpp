@@ -31,6 +31,22 @@ TEST(ProjectFiles, ConvertMergeSplitRenumberRescale) {
       folder);
 }
 
+// Of a project each command warns alike, and refuses alike under --strict.
+TEST(ProjectFiles, StrictRefusesWhatIsWarnedOf) {
+  const ScratchFolder folder;
+  std::string strText = ReadFile(Source("samples/chessboard/left.prj"));
+  strText.replace(strText.find("STATE 0"), 7, "STAT 0 ");
+  folder.Write("stat.prj", strText);
+  const std::string strWarning = "unknown keyword STAT skipped; STATE would be right";
+  for (const std::string strCommand :
+       {"zu photo info stat.prj", "zu convert stat.prj -o -", "zu project info stat.prj",
+        "echo 1 2 3 | zu photo convert stat.prj --photo 1 --mode digi-biko"}) {
+    ExpectLines({{strCommand.c_str(), 0, "", strWarning.c_str()},
+                 {(strCommand + " --strict").c_str(), 3, "", "without --strict this is a warning"}},
+                folder);
+  }
+}
+
 // An image of half the size gives the same points.
 TEST(ProjectFiles, RescaledPhotosMeasureTheSame) {
   const ScratchFolder folder;
