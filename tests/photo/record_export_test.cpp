@@ -193,6 +193,25 @@ TEST(RecordExport, NamesOfOlderFilesStayWhereTheyAre) {
   EXPECT_EQ(Again(strOnce, &ZuPhoto::Read, &ZuPhoto::Export), strOnce);
 }
 
+TEST(RecordExport, DigitalCameraFilesAreWrittenAsTheyAreRead) {
+  const TempFile file(
+      "{ \"a \" 4294967295 \"\" 640 -480 0.30000000000000004 -1e-7 } { \"b\" 0 \"c\" 0 0 inf 1e300 "
+      "}");
+  std::string astrWritten[2];
+  for (std::string& strWritten : astrWritten) {
+    ZuReseaufileList formats;
+    EXPECT_EQ(formats.ReadReseauFile(String(file.Path())), 2);
+    std::ostringstream os;
+    formats.ExportDigitalCameraFormat(os);
+    file.Write(strWritten = os.str());
+  }
+  EXPECT_EQ(astrWritten[0], astrWritten[1]);
+  EXPECT_NE(astrWritten[0].find("{ \"a \" 4294967295 \"\" 640 -480 0.30000000000000004 -1e-07 }\n"
+                                "{ \"b\" 0 \"c\" 0 0 inf 1e+300 }\n"),
+            std::string::npos)
+      << astrWritten[0];
+}
+
 TEST(RecordExport, ReseausAndTextsOfAnyKindReadBack) {
   ZuReseauFile reseau, again;
   reseau.GenerateDummyData();

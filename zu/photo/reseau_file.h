@@ -92,6 +92,9 @@ class ZU_API ZuReseauFile : public ZuListnode {
   std::ostream& WriteHeaderComment(std::ostream& stream) const;
   // One line of the digital form, nothing unless the format has exactly four crosses.
   std::ostream& WriteDigitalCameraFormat(std::ostream& stream) const;
+  // The same line as ReadDigitalCameraFormat takes it to the last bit; nothing unless the format
+  // has the four crosses that CreateDigitalFormat makes, and no others.
+  std::ostream& ExportDigitalCameraFormat(std::ostream& stream) const;
 
   unsigned int GetSubId() const { return m_uSubId; }
   void SetSubId(unsigned int uSubId) { m_uSubId = uSubId; }
@@ -146,6 +149,8 @@ class ZU_API ZuReseaufileList : public TZuListHeader<ZuReseauFile>, public LinkH
   ZuReseauFile* FindReseauFile(const ZuPhoto* pPhoto) const;
   // False when the path does not open, or without memory.
   bool WriteDigitalCameraFormat(const String& path) const;
+  // A digital camera file of the same formats that reads back to the last bit.
+  std::ostream& ExportDigitalCameraFormat(std::ostream& stream) const;
 
  private:
   int ReadReseau(const String& path);

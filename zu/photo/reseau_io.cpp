@@ -157,6 +157,21 @@ std::ostream& ZuReseauFile::WriteDigitalCameraFormat(std::ostream& stream) const
   return stream;
 }
 
+// Halves are exact, and so are the sums of two.
+std::ostream& ZuReseauFile::ExportDigitalCameraFormat(std::ostream& stream) const {
+  const ZuPoint* const pLeft = m_CrossList.Find(11);
+  const ZuPoint* const pRight = m_CrossList.Find(12);
+  const ZuPoint* const pLower = m_CrossList.Find(22);
+  if (m_CrossList.Count() != 4 || pLeft == nullptr || pRight == nullptr || pLower == nullptr) {
+    return stream;
+  }
+  stream << "{ ";
+  zu::internal::WriteValues(stream, GetName(), m_uSubId, m_sComment, m_iExifPixelWidth,
+                            m_iExifPixelHeight, pRight->m_dX - pLeft->m_dX,
+                            pRight->m_dY - pLower->m_dY);
+  return stream << " }\n";
+}
+
 ZuReseaufileList::ZuReseaufileList(const ZuReseaufileList& other)
     : TZuListHeader<ZuReseauFile>(other), LinkHdl() {}
 
@@ -225,4 +240,12 @@ bool ZuReseaufileList::WriteDigitalCameraFormat(const String& path) const {
     return true;
   };
   return zu::internal::OrWithoutMemory(write, false);
+}
+
+std::ostream& ZuReseaufileList::ExportDigitalCameraFormat(std::ostream& stream) const {
+  WriteDigitalHeader(stream);
+  for (const ZuReseauFile* p = First(); p != nullptr; p = p->Next()) {
+    p->ExportDigitalCameraFormat(stream);
+  }
+  return stream;
 }
