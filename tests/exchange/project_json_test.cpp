@@ -114,6 +114,18 @@ TEST(ProjectJson, SamplesComeBackAndKeepToTheSchema) {
   }
 }
 
+// A comment above and behind each line.
+std::string Commented(const std::string& strText) {
+  std::string strCommented;
+  std::istringstream lines(strText);
+  int iLine = 0;
+  for (std::string strLine; std::getline(lines, strLine); ++iLine) {
+    const std::string strNumber = std::to_string(iLine);
+    strCommented += "; above " + strNumber + "\n" + strLine + " ! behind " + strNumber + "\n";
+  }
+  return strCommented + "; end\n";
+}
+
 // Every keyword, unknown ones at three depths, bytes that are no UTF-8, numbers of all kinds.
 TEST(ProjectJson, EveryKeywordComesBack) {
   std::ifstream file(ZU_SOURCE_DIR "/docs/files/project.schema.json");
@@ -146,6 +158,9 @@ LOKAL { 1 101 102 4 103 101 0.1 0.2 0.3 101 104 5.25 0 0 0 0 0 0 })");
   ZuProject project;
   project.Read(text);
   ASSERT_EQ(project.GetItems().size(), 8u);
+  ExpectSameBack(project);
+  std::istringstream commented(Commented(Exported(project)));
+  project.Read(commented);
   ExpectSameBack(project);
   EXPECT_EQ(Against(schema, json::parse(JsonOf(project)), schema), "");
 }

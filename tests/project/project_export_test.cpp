@@ -116,6 +116,111 @@ TEST(ProjectExport, UnknownKeywordsAndTheOrderStay) {
   EXPECT_EQ(Exported(project), kAllBlocks);
 }
 
+// In the order and layout in which they are written, without what is written besides.
+constexpr const char* kCommented = R"(; the house
+! second line
+PHOTO { ; the first one
+    PHOTOID 1 "a" ; south
+    DIGITAL 1
+    ; camera of the year before
+    CAMDATA { ; calibrated
+        ID 1
+        C 4 ! mm
+        ; no distortion
+        XH 0
+        NEW 1 ; added
+        ; end of the camera
+    } ; CAMDATA
+    ; exact
+    AORV { 3 0 0 0 } ; m
+    ZUSPPLANE {
+        ZUSPID 1 "f"
+        PARALLELDEF { ; lines
+            DEFLINE { 1 1 2 0 0 } ; sill
+            ; the door
+            DEFLINE { 2 3 4 0 0 }
+            WEIGHT 2
+        }
+    }
+    ; unknown
+    LAST 9 ; kept
+    ; end
+} ; PHOTO
+MEASURE {
+    PHOTOID 1
+    POINTS { ; pixels
+        1 0.5 2 ; corner
+        ; doubtful
+        3 4 5
+        ; no more
+    }
+}
+; a point
+POINTS { ; m
+    7 1 2 3 ; bolt
+}
+; wall
+PLANE {
+    3 "wall" 0 0 1 -12.25
+} ; fitted
+; lone one
+END 2 ; ended
+; bye
+)";
+
+// All of it stays in its order, and a second time nothing changes any more.
+TEST(ProjectExport, CommentsStayBesideWhatTheyBelongTo) {
+  ZuProject project, again;
+  ReadText(kCommented, &project);
+  const std::string strOnce = Exported(project);
+  std::istringstream lines(kCommented), written(strOnce);
+  for (std::string strLine, strWritten; std::getline(lines, strLine);) {
+    while (strWritten != strLine && std::getline(written, strWritten)) {
+    }
+    EXPECT_TRUE(written.good()) << strLine;
+  }
+  ReadText(strOnce, &again);
+  EXPECT_EQ(Exported(again), strOnce);
+  // Rows that have come or gone leave the comments with their ids.
+  delete again.Measurements(1).SubtractFirst();
+  again.ObjectPoints().Add(ZuPoint(8, 0.0, 0.0, 0.0));
+  const std::string strFewer = Exported(again);
+  EXPECT_NE(strFewer.find("; doubtful\n        3 4 5\n"), std::string::npos);
+  EXPECT_NE(strFewer.find("7 1 2 3 ; bolt\n    8 0 0 0\n"), std::string::npos);
+}
+
+// Where a comment has no line of its own, where its item is not written, where the line is full.
+TEST(ProjectExport, OtherCommentsStayNear) {
+  const std::string strLong = "; " + std::string(8500, 'x');
+  const std::string strText = R"(PHOTO { SCREENSIZE 0 ; zero
+  CAMDATA ; cam
+  { ID 1
+C 4)" + strLong + R"(
+  } AORM { 3 3 1 0 0 ; row
+    0 1 0 0 0 1 } PHOTOID ; id
+  1 "a" } ; photo
+ORTHOPHOTO { ID 1 "b" PLANEINFO { ZUSPID 1 "p" PARALLELDEF { NEW 1 ; new
+} } }
+LOKAL { 1 ; axis
+  1 2 4 3 1 0 0 0 0 0 0 0 0 0 0 0 0 }
+POINTS { 1 2 3 4 }
+POINTS { 2 2 3 4 ; second
+}
+LONE ; last)";
+  ZuProject project, again;
+  ReadText(strText, &project);
+  const std::string strOnce = Exported(project);
+  for (const char* szPart :
+       {"    ; zero\n}", "CAMDATA { ; cam\n", "    ; row\n    AORM {", "    ; id\n    PHOTOID",
+        "} ; photo\n", "            NEW 1 ; new\n        }", "; axis\nLOKAL {", "}\n; second\n",
+        "\nLONE ; last\n", strLong.c_str()}) {
+    EXPECT_TRUE(strOnce.find(szPart) != strOnce.npos) << std::string_view(szPart).substr(0, 40);
+  }
+  ReadText(strOnce, &again);
+  EXPECT_EQ(again.GetFindings().GetErrorCount(), project.GetFindings().GetErrorCount());
+  EXPECT_EQ(Exported(again), strOnce);
+}
+
 TEST(ProjectExport, RecordsMayComeAndGo) {
   ZuProject project;
   ReadText(kAllBlocks, &project);

@@ -48,8 +48,11 @@ std::string ContentOf(const ZuProject& project, const ZuProjectItem& item) {
 
 Json ItemToJson(const ZuProject& project, const ZuProjectItem& item) {
   if (item.m_pUnknown != nullptr) {
-    return {{zu::internal::kJsonType, zu::internal::kJsonUnknown},
-            {zu::internal::kJsonText, zu::internal::TextToJson(item.m_pUnknown->m_strText)}};
+    Json unknown = {
+        {zu::internal::kJsonType, zu::internal::kJsonUnknown},
+        {zu::internal::kJsonText, zu::internal::TextToJson(item.m_pUnknown->m_strText)}};
+    zu::internal::CommentsToJson(item.m_pUnknown->m_comments, &unknown);
+    return unknown;
   }
   for (const JsonItemShape& shape : zu::internal::JsonItems()) {
     if (item.m_pBlock->m_strKeyword != shape.szKeyword) continue;
@@ -76,16 +79,12 @@ void AddItem(const Json& item, const std::string& strWhere, ProjectText* pText) 
   const std::string strType =
       item.is_object() ? item.value(zu::internal::kJsonType, Json()).dump() : "";
   if (strType == "\"unknown\"") {
-    const Json text = item.value(zu::internal::kJsonText, Json());
-    pText->m_strText += zu::internal::JsonToRawText(text, strWhere + ".text") + '\n';
-    return;
+    return zu::internal::JsonToUnknown(item, strWhere, &pText->m_strText);
   }
   for (const JsonItemShape& shape : zu::internal::JsonItems()) {
     if (strType != '"' + std::string(shape.szType) + '"') continue;
-    pText->m_strText += std::string(shape.szKeyword) + " {\n";
-    zu::internal::JsonToKeywords(item, shape.pBlock, strWhere, &pText->m_strText);
-    pText->m_strText += "\n}\n";
-    return;
+    return zu::internal::JsonToKeywords(item, shape.szKeyword, shape.pBlock, strWhere,
+                                        &pText->m_strText);
   }
   Fail(strWhere, "has no type that a project knows", "\"type\": \"photo\" or another one");
 }
@@ -102,6 +101,7 @@ ProjectText ToText(const Json& root) {
   ProjectText text;
   std::size_t u = 0;
   for (const Json& item : items) AddItem(item, "items[" + std::to_string(u++) + "]", &text);
+  zu::internal::JsonToLastComments(root, &text.m_strText);
   return text;
 }
 
@@ -166,7 +166,11 @@ std::ostream& ZuExportProjectJson(std::ostream& stream, const ZuProject& project
     stream << szBefore << ItemToJson(written, item).dump();
     szBefore = ",\n";
   }
-  return stream << "\n]\n}\n";
+  stream << "\n]";
+  Json last = Json::object();
+  zu::internal::CommentsToJson(written.GetLastComments(), &last);
+  if (!last.empty()) stream << ",\n\"comments\": " << last[zu::internal::kJsonComments].dump();
+  return stream << "\n}\n";
 }
 
 bool ZuReadProjectJson(std::istream& stream, ZuProject* pProject, ZuFindingList* pFindings,

@@ -9,6 +9,25 @@
 
 #include "zu/export.h"
 
+// Where a comment stands.
+enum eZuCommentPlace : int {
+  eZuCommentAbove,   // on a line of its own above what it belongs to
+  eZuCommentBehind,  // at the end of its last line
+  eZuCommentOpen,    // behind its {
+  eZuCommentEnd      // on a line of its own above its }, or at the end of the file
+};
+
+// A comment, kept for writers. Blocks of keywords and unknown keywords hold their own; those of
+// other keywords, and of the rows of lists, stand in the block that holds the keyword.
+struct ZuFileComment {
+  std::string m_strText;  // from its ; or ! to the end of the line
+  eZuCommentPlace m_ePlace = eZuCommentAbove;
+  std::string m_strKeyword;  // to which it belongs; empty: the block itself
+  unsigned m_uNumber = 1;    // of those of this keyword in the block, from 1
+  unsigned m_uRow = 0;       // of the list of rows, from 1; 0: the keyword itself
+  unsigned m_uId = 0;        // of the row
+};
+
 // A keyword that the block does not know, with its value or block.
 struct ZuUnknownKeyword {
   unsigned m_uLine = 0, m_uColumn = 0;  // from 1, in bytes
@@ -18,6 +37,7 @@ struct ZuUnknownKeyword {
   // that puts this text into the block again loses nothing.
   std::string m_strText;
   std::string m_strAfter;  // the known keyword that stands before it in the block; empty: none
+  std::vector<ZuFileComment> m_comments;  // above and behind it
 };
 
 // A row whose id stood before in the same list of rows.
@@ -45,6 +65,7 @@ struct ZU_API ZuKeywordBlock {
   unsigned m_uId = 0;     // the first id among its values
   std::map<std::string, ZuKeywordPlace> m_keywords;  // known ones, where they stand first
   std::vector<ZuUnknownKeyword> m_unknown;           // in the order of the file
+  std::vector<ZuFileComment> m_comments;             // in the order of the file
   std::vector<ZuKeywordBlock> m_blocks;  // inner blocks of keywords, in the order of the file
   std::vector<ZuKeywordPlace> m_rows;    // the whole rows of its POINTS
   std::vector<ZuDoubledRow> m_doubled;

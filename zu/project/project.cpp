@@ -28,6 +28,10 @@ const ZuFindingList& ZuProject::GetFindings() const { return m_pText->Findings()
 
 bool ZuProject::IsCut() const { return m_pText->IsCut(); }
 
+const std::vector<ZuFileComment>& ZuProject::GetLastComments() const {
+  return m_pText->Top().m_comments;
+}
+
 const ZuPointList* ZuProject::FindMeasurements(unsigned uPhoto) const {
   const auto found = m_Measurements.find(uPhoto);
   return found != m_Measurements.end() ? &found->second : nullptr;

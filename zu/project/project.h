@@ -85,9 +85,9 @@ class ZU_API ZuProject : public LinkHdl {
   // its file, unknown keywords and blocks as the text they were at their places, then the records
   // that have come since, and nothing of those that are gone. What is read and written again is
   // the same text. Records are written in their current form (see the Export of each), all
-  // measurements of a photo in its first block, and no comments. One line holds at most 8511
-  // characters. The form with a path creates or overwrites a file and is true when all of it was
-  // written.
+  // measurements of a photo in its first block. Comments stay beside what they belong to, as far as
+  // it is written, or near. One line holds at most 8511 characters. The form with a path creates or
+  // overwrites a file and is true when all of it was written.
   std::ostream& Export(std::ostream& stream) const;
   bool Export(const char* szPath) const;
 
@@ -124,6 +124,8 @@ class ZU_API ZuProject : public LinkHdl {
 
   // The file in its order; good until the next reading.
   const std::vector<ZuProjectItem>& GetItems() const { return m_aItems; }
+  // Comments behind its last item.
+  const std::vector<ZuFileComment>& GetLastComments() const;
   // The block of a photo, the first of its id; null where the file has none.
   const ZuKeywordBlock* FindPhotoBlock(unsigned uPhoto) const;
 

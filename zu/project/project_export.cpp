@@ -6,7 +6,7 @@
 #include <sstream>
 
 #include "zu/foundation/internal/item_writer.h"
-#include "zu/project/internal/merge_unknown.h"
+#include "zu/project/internal/merge_kept.h"
 #include "zu/project/project.h"
 
 namespace {
@@ -50,7 +50,7 @@ class ProjectWriter {
     }
     WriteNew("CAMERA", m_project.CameraList());
     WriteNew("PLANE", m_project.PlaneList());
-    while (!m_unlocal.empty()) WriteLocalSystem(*m_unlocal.begin());
+    while (!m_unlocal.empty()) WriteLocalSystem(*m_unlocal.begin(), nullptr);
     WriteNew("ORTHOPHOTO", m_project.OrthoPhotoList());
     for (const ZuPhoto* p = m_project.PhotoList().First(); p != nullptr; p = p->Next()) {
       if (m_left.count(p) == 0) continue;
@@ -62,6 +62,9 @@ class ProjectWriter {
     for (const ZuProjectItem& item : m_project.GetItems()) {
       if (IsLast(item)) WriteItem(item);
     }
+    for (const ZuFileComment& comment : m_project.GetLastComments()) {
+      m_stream << comment.m_strText << '\n';
+    }
   }
 
  private:
@@ -70,17 +73,14 @@ class ProjectWriter {
   }
 
   void WriteItem(const ZuProjectItem& item) {
-    if (item.m_pUnknown != nullptr) {
-      m_stream << zu::internal::RawText(*item.m_pUnknown) << '\n';
-      return;
-    }
+    if (item.m_pUnknown != nullptr) return zu::internal::WriteUnknown(*item.m_pUnknown, m_stream);
     const ZuKeywordBlock* const pBlock = item.m_pBlock;
     const std::string& strKeyword = pBlock->m_strKeyword;
     if (strKeyword == "MEASURE") return WriteMeasure(*pBlock);
     if (strKeyword == "POINTS") return WriteObjectPoints(pBlock);
     if (strKeyword == "LOKAL") {
-      if (item.m_iLocalSystem >= 0) WriteLocalSystem(static_cast<std::size_t>(item.m_iLocalSystem));
-      return;
+      if (item.m_iLocalSystem < 0) return;
+      return WriteLocalSystem(static_cast<std::size_t>(item.m_iLocalSystem), pBlock);
     }
     if (m_left.count(item.m_pRecord) == 0) return;
     if (strKeyword == "PHOTO") WriteRecord("PHOTO", As<ZuPhoto>(item), pBlock);
@@ -113,10 +113,10 @@ class ProjectWriter {
     }
   }
 
-  void WriteLocalSystem(std::size_t uIndex) {
+  void WriteLocalSystem(std::size_t uIndex, const ZuKeywordBlock* pBlock) {
     if (m_unlocal.erase(uIndex) == 0) return;
     const ZuLokalSystem& system = m_project.LocalSystems()[uIndex];
-    WriteBlock("LOKAL", nullptr, [&system](std::ostream& os) { system.Export(os); });
+    WriteBlock("LOKAL", pBlock, [&system](std::ostream& os) { system.Export(os); });
   }
 
   // At its place in the file, under the id that its photo has by now.
@@ -131,8 +131,8 @@ class ProjectWriter {
     static const ZuPointList none;
     const ZuPointList* const pRows = m_project.FindMeasurements(uPhoto);
     const ZuPointList& rows = pRows != nullptr ? *pRows : none;
-    if (rows.IsEmpty() && !zu::internal::HasUnknown(pBlock)) return;
-    if (!m_measured.insert(uPhoto).second) return;
+    if (rows.IsEmpty() && !zu::internal::HasKept(pBlock)) return;
+    if (!m_measured.insert(uPhoto).second) return WriteComments(pBlock);
     WriteBlock("MEASURE", pBlock, [&rows, uPhoto](std::ostream& os) {
       zu::internal::ItemWriter items(os);
       items.Item("PHOTOID", uPhoto);
@@ -141,20 +141,25 @@ class ProjectWriter {
   }
 
   void WriteObjectPoints(const ZuKeywordBlock* pBlock) {
-    if (!m_bObjectPoints) return;
+    if (!m_bObjectPoints) return WriteComments(pBlock);
     m_bObjectPoints = false;
     const ZuPointList& points = m_project.ObjectPoints();
     WriteBlock("POINTS", pBlock, [&points](std::ostream& os) { points.Export(os, kObject); });
   }
 
+  // Of a block whose rows are written with those of another.
+  void WriteComments(const ZuKeywordBlock* pBlock) {
+    if (pBlock != nullptr) zu::internal::WriteComments(*pBlock, m_stream);
+  }
+
   template <class Content>
   void WriteBlock(const char* szKeyword, const ZuKeywordBlock* pBlock, Content&& content) {
-    if (!zu::internal::HasUnknown(pBlock)) {
+    if (!zu::internal::HasKept(pBlock)) {
       zu::internal::ItemWriter(m_stream).Lines(szKeyword, content);
     } else {
       std::ostringstream text;
       zu::internal::ItemWriter(text).Lines(szKeyword, content);
-      zu::internal::MergeUnknown(text.str(), *pBlock, m_stream);
+      zu::internal::MergeKept(text.str(), *pBlock, m_stream);
     }
     m_stream << '\n';
   }

@@ -54,10 +54,14 @@ const std::vector<JsonItemShape>& JsonItems();
 
 // Keys that an object may have beside those of its table.
 inline constexpr const char* kJsonType = "type";
-inline constexpr const char* kJsonUnknown = "unknown";  // [{ "text", "after" }], and a type
+inline constexpr const char* kJsonUnknown = "unknown";    // [{ "text", "after" }], and a type
+inline constexpr const char* kJsonComments = "comments";  // see below
 inline constexpr const char* kJsonText = "text";
 inline constexpr const char* kJsonAfter = "after";
 inline constexpr const char* kJsonLatin1 = "latin1";
+// A comment: { "text", "place", "keyword", "number", "row", "id" }, the last five where they say
+// more than "above", the object itself, 1, and no row. Places in the order of eZuCommentPlace.
+inline constexpr const char* kJsonPlaces[] = {"above", "behind", "open", "end"};
 inline constexpr const char* kJsonFormat = "zu-project";
 inline constexpr int kJsonVersion = 1;
 

@@ -12,15 +12,13 @@ struct JsonFault {
   std::string m_strWhere, m_strText, m_strRight;
 };
 
-// Appends the content of a block, for the readers of keyword files, from its object. Keys are those
-// of the table and of unknown keywords; others, missing ones and values of another type throw a
-// JsonFault.
-void JsonToKeywords(const Json& object, const JsonShape* pTable, const std::string& strWhere,
-                    std::string* pContent);
-
-// The text of TextToJson. One that no keyword file can hold in quotes throws.
-std::string JsonToText(const Json& value, const std::string& strWhere);
-// The same for text that is written as it stands.
-std::string JsonToRawText(const Json& value, const std::string& strWhere);
+// Appends a block with its keyword, for the readers of keyword files, from its object. Keys are
+// those of the table, of unknown keywords and comments; others, missing ones and values of another
+// type throw a JsonFault.
+void JsonToKeywords(const Json& object, const char* szKeyword, const JsonShape* pTable,
+                    const std::string& strWhere, std::string* pText);
+// The same for an item that is an unknown keyword, and for the comments behind the last item.
+void JsonToUnknown(const Json& item, const std::string& strWhere, std::string* pText);
+void JsonToLastComments(const Json& root, std::string* pText);
 
 }  // namespace zu::internal

@@ -26,8 +26,9 @@ class Converter {
     } else {
       std::map<std::string, int> count;
       while (!IsEnd()) Item(pTable, pBlock, &count, pObject);
+      if (pBlock != nullptr) Unwritten(pTable, *pBlock, count, pObject);
     }
-    if (pBlock != nullptr) Unknown(*pBlock, pObject);
+    if (pBlock != nullptr) Kept(*pBlock, pObject);
   }
 
  private:
@@ -138,11 +139,23 @@ class Converter {
     return value;
   }
 
-  static void Unknown(const ZuKeywordBlock& block, Json* pObject) {
+  static void Kept(const ZuKeywordBlock& block, Json* pObject) {
     for (const ZuUnknownKeyword& word : block.m_unknown) {
       Json& item = (*pObject)[kJsonUnknown].emplace_back();
       item[kJsonText] = TextToJson(word.m_strText);
       item[kJsonAfter] = word.m_strAfter;
+      CommentsToJson(word.m_comments, &item);
+    }
+    CommentsToJson(block.m_comments, pObject);
+  }
+
+  // Blocks of which the record has nothing to write.
+  static void Unwritten(const JsonShape* pTable, const ZuKeywordBlock& block,
+                        const std::map<std::string, int>& count, Json* pObject) {
+    for (; pTable->szKeyword != nullptr; ++pTable) {
+      const ZuKeywordBlock* const pInner = Inner(&block, pTable->szKeyword, 0);
+      if (pTable->eForm != JsonForm::Block || pInner == nullptr) continue;
+      if (count.find(pTable->szKeyword) == count.end()) Kept(*pInner, &(*pObject)[pTable->szKey]);
     }
   }
 
@@ -176,6 +189,18 @@ std::string Latin1ToUtf8(std::string_view text) {
 Json TextToJson(std::string_view text) {
   if (IsUtf8(text)) return std::string(text);
   return {{kJsonLatin1, Latin1ToUtf8(text)}};
+}
+
+void CommentsToJson(const std::vector<ZuFileComment>& comments, Json* pObject) {
+  for (const ZuFileComment& comment : comments) {
+    Json& item = (*pObject)[kJsonComments].emplace_back();
+    item[kJsonText] = TextToJson(comment.m_strText);
+    if (comment.m_ePlace != eZuCommentAbove) item["place"] = kJsonPlaces[comment.m_ePlace];
+    if (!comment.m_strKeyword.empty()) item["keyword"] = comment.m_strKeyword;
+    if (comment.m_uNumber != 1) item["number"] = comment.m_uNumber;
+    if (comment.m_uRow != 0) item["row"] = comment.m_uRow;
+    if (comment.m_uRow != 0) item["id"] = comment.m_uId;
+  }
 }
 
 Json KeywordsToJson(const std::string& strContent, const JsonShape* pTable,

@@ -15,10 +15,20 @@ constexpr KeywordRule kCamera[] = {
     {"X0", "n"}, {"Y0", "n"},   {"XHV", "n"}, {"YHV", "n"}, {"A1", "n"}, {"A2", "n"}, {"A3", "n"},
     {"R0", "n"}, {"RM", "n"},   {"B1", "n"},  {"B2", "n"},  {"C1", "n"}, {"C2", "n"}, kEnd};
 
-constexpr KeywordRule kRectification[] = {
-    {"ZUSPID", "ut"},     {"KAMERA", "i"},      {"ACTIV", "i"},       {"DISTORTION", kCameraRow},
-    {"REGIONACTIV", "i"}, {"ZUSPTRAFO", "M33"}, {"TRAFO3D", "M44"},   {"DEFPOINTS", "*"},
-    {"MEASPOINTS", "*"},  {"VALIDREGION", "*"}, {"PARALLELDEF", "*"}, kEnd};
+constexpr KeywordRule kParallelDef[] = {{"DEFLINE", "*"}, {"CONSTRAINT", "*"}, kEnd};
+
+constexpr KeywordRule kRectification[] = {{"ZUSPID", "ut"},
+                                          {"KAMERA", "i"},
+                                          {"ACTIV", "i"},
+                                          {"DISTORTION", kCameraRow},
+                                          {"REGIONACTIV", "i"},
+                                          {"ZUSPTRAFO", "M33"},
+                                          {"TRAFO3D", "M44"},
+                                          {"DEFPOINTS", "*"},
+                                          {"MEASPOINTS", "*"},
+                                          {"VALIDREGION", "*"},
+                                          {"PARALLELDEF", nullptr, kParallelDef},
+                                          kEnd};
 
 constexpr KeywordRule kPhoto[] = {{"PHOTOID", "ut"},
                                   {"COMMENT", "t"},
@@ -56,10 +66,18 @@ constexpr KeywordRule kPhoto[] = {{"PHOTOID", "ut"},
                                   {"REGOI", "(unnnn)"},
                                   kEnd};
 
-constexpr KeywordRule kOrthoPhoto[] = {
-    {"ID", "ut"},          {"COMMENT", "t"},       {"RECTPIXEL", "i"},  {"TIME", "n"},
-    {"SCALE", "n"},        {"PLANEANGLE", "n"},    {"DIGITALROT", "i"}, {"MIRROR", "i"},
-    {"PIXELSIZE", "nnnn"}, {"OBJECTSIZE", "nnnn"}, {"PLANEINFO", "*"},  kEnd};
+constexpr KeywordRule kOrthoPhoto[] = {{"ID", "ut"},
+                                       {"COMMENT", "t"},
+                                       {"RECTPIXEL", "i"},
+                                       {"TIME", "n"},
+                                       {"SCALE", "n"},
+                                       {"PLANEANGLE", "n"},
+                                       {"DIGITALROT", "i"},
+                                       {"MIRROR", "i"},
+                                       {"PIXELSIZE", "nnnn"},
+                                       {"OBJECTSIZE", "nnnn"},
+                                       {"PLANEINFO", nullptr, kRectification},
+                                       kEnd};
 
 constexpr KeywordRule kMeasure[] = {{"PHOTOID", "u"}, {"POINTS", "(unn)", nullptr, true}, kEnd};
 

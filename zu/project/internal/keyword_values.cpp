@@ -223,6 +223,10 @@ bool KeywordWalk::Trafo(bool bOlder, const KeywordRule& rule, Place place) {
 void KeywordWalk::Rows(const KeywordRule& rule, ZuKeywordBlock* pBlock) {
   const std::string strKinds(rule.szValues + 1, std::strlen(rule.szValues) - 2);
   std::unordered_map<unsigned, unsigned> lines;
+  ZuFileComment whose;
+  whose.m_strKeyword = rule.szKeyword;
+  whose.m_uNumber = m_uNumber;
+  GiveOpen(whose, &pBlock->m_comments);
   bool bWhole = false;
   while (!IsEnd()) {
     if (m_eType == eZuTokenBlockOpen) {
@@ -231,12 +235,21 @@ void KeywordWalk::Rows(const KeywordRule& rule, ZuKeywordBlock* pBlock) {
     }
     const Place row = m_place;
     unsigned uId = 0;
+    const size_t uComments = pBlock->m_comments.size();
+    ++whose.m_uRow;
+    GiveAbove(whose, &pBlock->m_comments);
     bWhole = Row(strKinds, rule, &uId);
+    GiveBehind(whose, &pBlock->m_comments);
+    for (size_t u = uComments; u < pBlock->m_comments.size(); ++u) {
+      pBlock->m_comments[u].m_uId = uId;
+    }
     if (!bWhole) continue;
     pBlock->m_rows.push_back({row.uLine, row.uColumn});
     const auto [place, bFirst] = lines.emplace(uId, row.uLine);
     if (!bFirst) pBlock->m_doubled.push_back({uId, row.uLine, place->second, row.uColumn});
   }
+  whose.m_uRow = 0;
+  GiveEnd(whose, &pBlock->m_comments);
   pBlock->m_bLastRowCut = m_eType == eZuTokenEof && bWhole && m_bEndsOpen;
 }
 

@@ -46,18 +46,68 @@ void KeywordWalk::TopLevel(const KeywordRule* pRules) {
 }
 
 void KeywordWalk::Next(bool bTell) {
-  if (m_place.uLine > 0 && m_eType != eZuTokenEof) m_uEnd = LineStart() + m_parser.End();
+  const bool bFirst = m_place.uLine == 0;
+  if (!bFirst && m_eType == eZuTokenEof) return;
+  if (!bFirst) m_uEnd = LineStart() + m_parser.End();
   const eZuParserStatus eFault = m_parser.ReadToken(m_stream);
   const ZuParserToken& token = m_parser.GetToken();
   m_eType = token.m_eType;
   m_text = token.m_szText;
   if (m_eType != eZuTokenString) m_text = m_text.substr(0, m_text.find('}', 1));
   m_place = {m_parser.GetStatus().m_uLine, m_eType == eZuTokenEof ? 0 : m_parser.Column()};
+  if (eFault != ParserErrorStream) {
+    FindComments(m_eType == eZuTokenEof ? m_whole.size() : LineStart() + m_parser.Begin());
+  }
   if (eFault == ParserErrorStream) {
     Error({m_place.uLine, 0}, "", "cannot be read on", "lines of at most 8511 characters");
   } else if (eFault == ParserErrorUnterminatedString && bTell && !IsLastLine()) {
     Error(m_place, "", "a text is not closed", "\"text\" on one line");
   }
+}
+
+// Between two tokens stand blanks and comments alone.
+void KeywordWalk::FindComments(size_t uEnd) {
+  if (uEnd <= m_uEnd) return;
+  const std::string_view between = m_whole.substr(m_uEnd, uEnd - m_uEnd);
+  bool bSameLine = m_uEnd > 0;
+  for (size_t u = between.find_first_of(";!\n"); u != between.npos;
+       u = between.find_first_of(";!\n", u)) {
+    if (between[u] == '\n') {
+      bSameLine = false;
+      ++u;
+      continue;
+    }
+    const std::string_view text = between.substr(u, between.find('\n', u) - u);
+    const size_t uLength = text.find_last_not_of(" \t\r") + 1;
+    m_comments.push_back({m_uEnd + u, bSameLine, text.substr(0, uLength)});
+    u += text.size();
+  }
+}
+
+// The first ones, in their order.
+void KeywordWalk::Give(ZuFileComment comment, eZuCommentPlace ePlace, size_t uCount,
+                       Comments* pComments) {
+  if (uCount == 0) return;
+  comment.m_ePlace = ePlace;
+  const auto pEnd = m_comments.begin() + static_cast<std::ptrdiff_t>(uCount);
+  for (auto p = m_comments.begin(); p != pEnd; ++p) {
+    comment.m_strText = p->text;
+    pComments->push_back(comment);
+  }
+  m_comments.erase(m_comments.begin(), pEnd);
+}
+
+std::vector<KeywordWalk::Comment>::const_iterator KeywordWalk::FirstBehind() const {
+  return std::find_if(m_comments.begin(), m_comments.end(),
+                      [this](const Comment& comment) { return comment.uAt >= m_uEnd; });
+}
+
+// Of what ends with the token before the one in hand: comments inside, which have no place of their
+// own, then one at its end.
+void KeywordWalk::GiveBehind(const ZuFileComment& whose, Comments* pComments) {
+  const auto uInside = static_cast<size_t>(FirstBehind() - m_comments.begin());
+  Give(whose, eZuCommentAbove, uInside, pComments);
+  Give(whose, eZuCommentBehind, IsCommentOnLine() ? 1 : 0, pComments);
 }
 
 // A text that the end of the file leaves open is cut, and told as that.
@@ -78,12 +128,14 @@ void KeywordWalk::Items(const KeywordRule* pRules, ZuKeywordBlock* pBlock, bool 
   const char* const szOuterLast = m_szLast;
   m_pRules = pRules;
   m_szLast = "";
+  Counts counts;
+  if (!bTop) GiveOpen({}, &pBlock->m_comments);
   while (m_eType != eZuTokenEof && (bTop || m_eType != eZuTokenBlockClose)) {
     if (m_eType == eZuTokenBlockClose) {
       Error(m_place, "", "a } without its {", "one } for each {");
       Next();
     } else if (m_eType == eZuTokenKeyword) {
-      Item(pBlock, bTop);
+      Item(pBlock, bTop, &counts);
     } else if (const KeywordRule* pRule = FindRule(pRules, "");
                pRule != nullptr && m_eType == eZuTokenBlockOpen) {
       m_result.m_bKnown = true;
@@ -96,11 +148,12 @@ void KeywordWalk::Items(const KeywordRule* pRules, ZuKeywordBlock* pBlock, bool 
       Stray();
     }
   }
+  GiveEnd({}, &pBlock->m_comments);
   m_pRules = pOuter;
   m_szLast = szOuterLast;
 }
 
-void KeywordWalk::Item(ZuKeywordBlock* pBlock, bool bTop) {
+void KeywordWalk::Item(ZuKeywordBlock* pBlock, bool bTop, Counts* pCounts) {
   const KeywordRule* pRule = FindRule(m_pRules, m_text);
   if (pRule == nullptr) return UnknownItem(pBlock);
   ZuKeywordBlock item;
@@ -110,11 +163,20 @@ void KeywordWalk::Item(ZuKeywordBlock* pBlock, bool bTop) {
   item.m_uToken = m_parser.GetStatus().m_uTokenCount;
   const Place place = m_place;
   m_szLast = pRule->szKeyword;
+  m_uNumber = bTop ? 1 : ++(*pCounts)[pRule];
+  const bool bOwn = bTop || pRule->szValues == nullptr;  // comments stand in the item
+  ZuFileComment whose;
+  if (!bOwn) {
+    whose.m_strKeyword = pRule->szKeyword;
+    whose.m_uNumber = m_uNumber;
+  }
+  GiveAbove(whose, bOwn ? &item.m_comments : &pBlock->m_comments);
   pBlock->m_keywords.emplace(pRule->szKeyword, ZuKeywordPlace{place.uLine, place.uColumn});
   Next();
   if (bTop && m_eType == eZuTokenBlockOpen) m_result.m_bKnown = true;
   const bool bTaken = Values(*pRule, &item, bTop ? &item : pBlock);
   item.m_bCut = m_bCut;
+  GiveBehind(whose, bOwn ? &item.m_comments : &pBlock->m_comments);
   if (bTaken && (bTop || pRule->szValues == nullptr)) pBlock->m_blocks.push_back(std::move(item));
   if (!bTop || !m_bCut) return;
   Add(m_bPartial ? eZuSeverityWarning : eZuSeverityError, place, pRule->szKeyword,
@@ -131,6 +193,7 @@ void KeywordWalk::UnknownItem(ZuKeywordBlock* pBlock) {
   word.m_strWritten = m_text.substr(0, kTextShown);
   if (pMeant != nullptr) word.m_strMeant = pMeant->szKeyword;
   word.m_strAfter = m_szLast;
+  GiveAbove({}, &word.m_comments);
   const size_t uBegin = LineStart() + m_parser.Begin();
   Next();
   const bool bLost = pMeant != nullptr && pMeant->bVital && m_eType == eZuTokenBlockOpen;
@@ -139,6 +202,9 @@ void KeywordWalk::UnknownItem(ZuKeywordBlock* pBlock) {
       word.m_strMeant);
   SkipUnknownValue();
   word.m_strText = m_whole.substr(uBegin, m_uEnd - uBegin);
+  // What stands inside is part of the text.
+  m_comments.erase(m_comments.begin(), FirstBehind());
+  GiveBehind({}, &word.m_comments);
   pBlock->m_unknown.push_back(std::move(word));
 }
 

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <istream>
+#include <map>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -40,8 +41,11 @@ class KeywordWalk {
   bool IsKeyword() const;  // of the present block
   size_t LineStart() const { return m_lineStarts[m_place.uLine - 1]; }
 
+  // How often each keyword stands in a block.
+  using Counts = std::map<const KeywordRule*, unsigned>;
+
   void Items(const KeywordRule* pRules, ZuKeywordBlock* pBlock, bool bTop);
-  void Item(ZuKeywordBlock* pBlock, bool bTop);
+  void Item(ZuKeywordBlock* pBlock, bool bTop, Counts* pCounts);
   void UnknownItem(ZuKeywordBlock* pBlock);
   void SkipUnknownValue();
   void Stray();
@@ -60,6 +64,30 @@ class KeywordWalk {
   // Takes a value; one of the wrong kind stays in hand and is told.
   eValue Value(char cKind, const char* szKeyword, unsigned* puId = nullptr);
 
+  // Comments that were met and belong to nothing yet.
+  struct Comment {
+    size_t uAt;      // offset
+    bool bSameLine;  // as the token before it
+    std::string_view text;
+  };
+  using Comments = std::vector<ZuFileComment>;
+
+  void FindComments(size_t uEnd);
+  void Give(ZuFileComment comment, eZuCommentPlace ePlace, size_t uCount, Comments* pComments);
+  void GiveAbove(const ZuFileComment& whose, Comments* pComments) {
+    Give(whose, eZuCommentAbove, m_comments.size(), pComments);
+  }
+  void GiveOpen(const ZuFileComment& whose, Comments* pComments) {
+    Give(whose, eZuCommentOpen, IsCommentOnLine() ? 1 : 0, pComments);
+  }
+  void GiveEnd(const ZuFileComment& whose, Comments* pComments) {
+    Give(whose, eZuCommentEnd, m_comments.size(), pComments);
+  }
+  void GiveBehind(const ZuFileComment& whose, Comments* pComments);
+  // Behind the token before the one in hand.
+  std::vector<Comment>::const_iterator FirstBehind() const;
+  bool IsCommentOnLine() const { return !m_comments.empty() && m_comments.front().bSameLine; }
+
   void Add(eZuSeverity eSeverity, Place place, const char* szKeyword, const std::string& strText,
            const std::string& strRight);
   void Error(Place place, const char* szKeyword, const std::string& strText,
@@ -75,6 +103,8 @@ class KeywordWalk {
   KeywordText& m_result;
   const KeywordRule* m_pRules = nullptr;  // of the present block
   const char* m_szLast = "";              // the last known keyword in it
+  unsigned m_uNumber = 1;                 // of those of its name in it
+  std::vector<Comment> m_comments;
   eZuTokentype m_eType = eZuTokenEof;
   std::string_view m_text;
   Place m_place = {0, 0};
