@@ -97,6 +97,59 @@ TEST(Similarity, LeavesOneOutAsARunWithoutIt) {
   }
 }
 
+// Equal accuracies by axis have sums of their own: the same figures come from whole covariances.
+TEST(Similarity, TellsTheSameFromSdsAndFromCovariances) {
+  RandomGeometry random(21);
+  for (const auto& [kind, dSource, dStep] :
+       Cases<ZuSimilarityKind, double, double>{{ZuSimilarityKind::Similarity, 0.0, 0.0},
+                                               {ZuSimilarityKind::Similarity, 0.02, 0.0},
+                                               {ZuSimilarityKind::Similarity, 0.02, 0.003},
+                                               {ZuSimilarityKind::Rigid, 0.01, 0.001},
+                                               {ZuSimilarityKind::Levelled, 0.01, 0.001},
+                                               {ZuSimilarityKind::Shift, 0.01, 0.001}}) {
+    SimilaritySet set = ExactSet(random, 13, 20.0, 10.0, 3.0, 1.0, 100.0);
+    if (kind >= ZuSimilarityKind::Levelled) set.target = set.source;
+    ZuSimilarityOptions sds, whole;
+    sds.kind = whole.kind = kind;
+    sds.startAside = whole.startAside = {4};
+    sds.tests.bSnoop = whole.tests.bSnoop = true;
+    for (ZuPoint *p = set.source.First(), *q = set.target.First(); p != nullptr;
+         p = p->Next(), q = q->Next()) {
+      q->m_dDX = q->m_dDY = q->m_dDZ = 0.01 + dStep * q->GetId();
+      p->m_dDX = p->m_dDY = p->m_dDZ = dSource;
+      Disturb(random, q->m_dDX, q->m_dDY, q->m_dDZ, q);
+      const double v = q->m_dDX * q->m_dDX, w = dSource * dSource;
+      whole.targetCovariances.push_back({q->GetId(), {v, 0, 0, 0, v, 0, 0, 0, v}});
+      if (w > 0.0) whole.sourceCovariances.push_back({q->GetId(), {w, 0, 0, 0, w, 0, 0, 0, w}});
+    }
+    set.target.Find(4u)->m_dX += 0.5;
+    const ZuSimilarityResult a = ZuAdjustSimilarity(set.target, set.source, sds);
+    const ZuSimilarityResult b = ZuAdjustSimilarity(set.target, set.source, whole);
+    ASSERT_TRUE(a.IsGood() && b.IsGood()) << a.strReason << b.strReason;
+    ASSERT_EQ(a.setAside.size(), 1u);
+    EXPECT_LT(Apart(a.trafo, b.trafo, set.source), 1e-12);
+    const auto near = [](const double* pd, const double* pdOther, int n) {
+      for (int i = 0; i < n; ++i) {
+        EXPECT_NEAR(pd[i], pdOther[i], 1e-9 * std::fabs(pd[i]) + 1e-13) << i;
+      }
+    };
+    near(a.adCovariance, b.adCovariance, 49);
+    for (std::size_t i = 0; i < a.points.size(); ++i) {
+      const ZuSimilarityPoint &p = a.points[i], &q = b.points[i];
+      EXPECT_EQ(p.bUsed, q.bUsed);
+      for (const auto pad : {&ZuPointTest::adResidual, &ZuPointTest::adResidualSd,
+                             &ZuPointTest::adRedundancy, &ZuPointTest::adW, &ZuPointTest::adNabla,
+                             &ZuPointTest::adEffect, &ZuPointTest::adLeaveOneOut}) {
+        near(p.*pad, q.*pad, 3);
+      }
+      near(p.adSourceResidual, q.adSourceResidual, 3);
+      near(p.adTargetResidual, q.adTargetResidual, 3);
+      near(p.adCarried, q.adCarried, 9);
+      EXPECT_NEAR(p.dTest, q.dTest, 1e-9 * p.dTest);
+    }
+  }
+}
+
 // The order of the lists changes nothing, and both gross errors are set aside whatever the start.
 TEST(Similarity, SetsGrossErrorsAsideInAnyOrder) {
   RandomGeometry random(9);

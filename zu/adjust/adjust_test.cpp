@@ -15,10 +15,12 @@ namespace bm = boost::math;
 
 constexpr double kNever = std::numeric_limits<double>::infinity();
 
-// Distributions answer extreme arguments with infinity, not by an exception.
+// Distributions answer extreme arguments with infinity, not by an exception; in double, whose
+// digits are many more than a limit needs.
 using Quiet = bm::policies::policy<bm::policies::domain_error<bm::policies::ignore_error>,
                                    bm::policies::overflow_error<bm::policies::ignore_error>,
-                                   bm::policies::evaluation_error<bm::policies::ignore_error>>;
+                                   bm::policies::evaluation_error<bm::policies::ignore_error>,
+                                   bm::policies::promote_double<false>>;
 
 // Within what the distributions take: above 0, below 1.
 double Chance(double d) { return std::clamp(d, 1e-300, 1.0 - 1e-15); }

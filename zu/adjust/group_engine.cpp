@@ -19,23 +19,9 @@ constexpr double kConverged = 1e-6;
 // Change over the former one from which on a step below kConverged (a priori) is rounding [-].
 constexpr double kStalled = 0.25;
 
-// Share of its covariance that a group must keep in a direction to be tested there [-]: below it
-// the residual is rounding.
-constexpr double kTestable = 1e-6;
-
-// The same for the redundancy of one axis.
-constexpr double kSeen = 1e-12;
-
-struct Normals {
-  Eigen::MatrixXd N;
-  Eigen::VectorXd h;      // A' M^-1 w
-  double dSquares = 0.0;  // w' M^-1 w
-  int iObservations = 0;
-  bool bFinite = true;
-};
-
 // N, h and the squares of one group; only the lower triangle of N. K = M^-1 A is scratch.
-bool AddGroup(const GroupEquation& q, int u, std::vector<double>* pScratch, Normals* pNormals) {
+bool AddGroup(const GroupEquation& q, int u, std::vector<double>* pScratch,
+              GroupNormals* pNormals) {
   double inverse[kMaxGroup * kMaxGroup];
   if (!InvertSpd(q.m, q.M, inverse)) return false;
   double* const K = pScratch->data();
@@ -50,6 +36,7 @@ bool AddGroup(const GroupEquation& q, int u, std::vector<double>* pScratch, Norm
     }
     pNormals->dSquares += q.w[i] * dWeighted;
   }
+  double* const h = pNormals->h.data();
   for (int i = 0; i < q.m; ++i) {
     const double* const pA = A + i * u;
     const double* const pK = K + i * u;
@@ -57,46 +44,34 @@ bool AddGroup(const GroupEquation& q, int u, std::vector<double>* pScratch, Norm
       double* const pColumn = pNormals->N.data() + static_cast<std::ptrdiff_t>(j) * u;
       const double a = pA[j];
       for (int k = j; k < u; ++k) pColumn[k] += a * pK[k];
-      pNormals->h[j] += q.w[i] * pK[j];
+      h[j] += q.w[i] * pK[j];
     }
   }
   pNormals->iObservations += q.m;
   return true;
 }
 
-Normals FormNormals(const GroupModel& model, GroupEquation* pEquation,
-                    std::vector<double>* pScratch) {
-  const int u = model.Parameters();
-  Normals normals;
-  normals.N = Eigen::MatrixXd::Zero(u, u);
-  normals.h = Eigen::VectorXd::Zero(u);
-  for (int i = 0, n = model.Groups(); i < n; ++i) {
-    if (!model.IsUsed(i)) continue;
-    model.Linearize(i, pEquation);
-    if (!AddGroup(*pEquation, u, pScratch, &normals)) {
-      normals.bFinite = false;
-      return normals;
-    }
-  }
-  normals.N.triangularView<Eigen::StrictlyUpper>() = normals.N.transpose();
-  normals.bFinite =
-      normals.N.allFinite() && normals.h.allFinite() && std::isfinite(normals.dSquares);
-  return normals;
+bool IsFinite(const GroupNormals& normals) {
+  const auto isFinite = [](double d) { return std::isfinite(d); };
+  return std::all_of(normals.N.begin(), normals.N.end(), isFinite) &&
+         std::all_of(normals.h.begin(), normals.h.end(), isFinite) &&
+         std::isfinite(normals.dSquares);
 }
 
 // Decomposes the normal matrix with the parameters in their units. False for a defect, told in the
 // result, and for a matrix that is not finite then.
 class ScaledNormals {
  public:
-  ScaledNormals(const GroupModel& model, const Normals& normals, EngineResult* pResult) {
+  ScaledNormals(const GroupModel& model, const GroupNormals& normals, EngineResult* pResult) {
     const int u = static_cast<int>(normals.h.size());
+    const Eigen::Map<const Eigen::MatrixXd> N(normals.N.data(), u, u);
     m_unit.resize(u);
     for (int j = 0; j < u; ++j) {
       m_unit[j] = model.Unit(j);
-      if (m_unit[j] == 0.0 && normals.N(j, j) > 0.0) m_unit[j] = 1.0 / std::sqrt(normals.N(j, j));
+      if (m_unit[j] == 0.0 && N(j, j) > 0.0) m_unit[j] = 1.0 / std::sqrt(N(j, j));
       if (m_unit[j] == 0.0) m_unit[j] = 1.0;
     }
-    const Eigen::MatrixXd scaled = m_unit.asDiagonal() * normals.N * m_unit.asDiagonal();
+    const Eigen::MatrixXd scaled = m_unit.asDiagonal() * N * m_unit.asDiagonal();
     if (!scaled.allFinite()) return;
     const Eigen::SelfAdjointEigenSolver<Eigen::MatrixXd> eigen(scaled);
     const Eigen::VectorXd& values = eigen.eigenvalues();
@@ -152,30 +127,48 @@ double EngineResult::SigmaPosteriori() const {
   return iRedundancy > 0 ? std::sqrt(std::max(dSquares, 0.0) / iRedundancy) : 1.0;
 }
 
+bool GroupModel::AddNormals(GroupNormals* pNormals) {
+  const int u = Parameters();
+  GroupEquation equation = EquationFor(u);
+  std::vector<double> scratch(equation.A.size());
+  for (int i = 0, n = Groups(); i < n; ++i) {
+    if (!IsUsed(i)) continue;
+    Linearize(i, &equation);
+    if (!AddGroup(equation, u, &scratch, pNormals)) return false;
+  }
+  for (int i = 0; i < u; ++i) {
+    for (int j = 0; j < i; ++j) {
+      pNormals->N[static_cast<std::size_t>(i * u + j)] =
+          pNormals->N[static_cast<std::size_t>(j * u + i)];
+    }
+  }
+  return true;
+}
+
 EngineResult Adjust(GroupModel& model, int iMaxSteps) {
   const int u = model.Parameters();
   EngineResult result;
-  GroupEquation equation = EquationFor(u);
-  std::vector<double> scratch(equation.A.size());
   double dPrevious = kNever;
   for (result.iSteps = 0; result.iSteps < iMaxSteps;) {
-    const Normals normals = FormNormals(model, &equation, &scratch);
+    GroupNormals normals(u);
+    const bool bFormed = model.AddNormals(&normals);
+    const Eigen::Map<const Eigen::VectorXd> h(normals.h.data(), u);
     ++result.iSteps;
     result.iObservations = normals.iObservations;
     result.iRedundancy = normals.iObservations - u;
     result.status = ZuAdjustStatus::NotFinite;
-    if (!normals.bFinite) return result;
+    if (!bFormed || !IsFinite(normals)) return result;
     if (result.iRedundancy < 0) {
       result.status = ZuAdjustStatus::TooFew;
       return result;
     }
     const ScaledNormals scaled(model, normals, &result);
     if (!scaled.IsGood()) return result;
-    const Eigen::VectorXd dx = scaled.Correction(normals.h);
+    const Eigen::VectorXd dx = scaled.Correction(h);
     if (!dx.allFinite()) return result;
     model.Step(dx.data());
 
-    result.dSquares = std::max(normals.dSquares + normals.h.dot(dx), 0.0);
+    result.dSquares = std::max(normals.dSquares + h.dot(dx), 0.0);
     const double dChange = RelativeChange(dx, scaled.Inverse());
     const double dSigma0 = result.iRedundancy > 0 ? result.SigmaPosteriori() : 1.0;
     const bool bSmall = dChange < kConverged;
@@ -202,15 +195,27 @@ Sigma ChooseSigma(const EngineResult& result, ZuSigmaKind kind, bool bGivenByUse
 
 GroupTester::GroupTester(const EngineResult& result, const Sigma& sigma,
                          const ZuTestOptions& options, int iTests)
-    : m_result(result), m_dSigma0(sigma.dSigma0), m_dLeastRedundancy(options.dLeastRedundancy) {
-  const double dAlpha = ZuTestAlpha(options, iTests);
-  m_dLeastError = ZuLeastError(dAlpha, options.dPower);
-  const bool bPriori = sigma.kind == ZuSigmaKind::APriori;
-  m_adLimit[0] = m_adNewLimit[0] = kNever;
-  for (int m = 1; m <= kMaxGroup; ++m) {
-    m_adLimit[m] = bPriori ? ZuGroupLimit(dAlpha, m) : ZuGroupLimit(dAlpha, m, result.iRedundancy);
-    m_adNewLimit[m] = bPriori ? m_adLimit[m] : ZuNewGroupLimit(dAlpha, m, result.iRedundancy);
+    : m_result(result),
+      m_bPriori(sigma.kind == ZuSigmaKind::APriori),
+      m_dAlpha(ZuTestAlpha(options, iTests)),
+      m_dSigma0(sigma.dSigma0),
+      m_dLeastError(ZuLeastError(m_dAlpha, options.dPower)),
+      m_dLeastRedundancy(options.dLeastRedundancy) {}
+
+double GroupTester::Limit(int m) const {
+  double& d = m_adLimit[m];
+  if (d == 0.0) {
+    d = m_bPriori ? ZuGroupLimit(m_dAlpha, m) : ZuGroupLimit(m_dAlpha, m, m_result.iRedundancy);
   }
+  return d;
+}
+
+double GroupTester::NewLimit(int m) const {
+  double& d = m_adNewLimit[m];
+  if (d == 0.0) {
+    d = m_bPriori ? ZuGroupLimit(m_dAlpha, m) : ZuNewGroupLimit(m_dAlpha, m, m_result.iRedundancy);
+  }
+  return d;
 }
 
 namespace {
@@ -266,6 +271,12 @@ void GroupTester::Test(const GroupEquation& equation, bool bUsed, ZuPointTest* p
     for (int l = i + 1; l < m; ++l) adAQA[i * m + l] = adAQA[l * m + i];
   }
   if (pdAQA != nullptr) std::copy_n(adAQA, m * m, pdAQA);
+  TestWith(equation, adAQA, bUsed, pTest);
+}
+
+void GroupTester::TestWith(const GroupEquation& equation, const double* pdAQA, bool bUsed,
+                           ZuPointTest* pTest) const {
+  const int m = equation.m;
   const unsigned uId = pTest->uId;
   *pTest = ZuPointTest();
   pTest->uId = uId;
@@ -273,9 +284,9 @@ void GroupTester::Test(const GroupEquation& equation, bool bUsed, ZuPointTest* p
   pTest->bUsed = bUsed;
   std::copy_n(equation.w, m, pTest->adResidual);
   if (bUsed) {
-    TestUsed(equation, adAQA, pTest);
+    TestUsed(equation, pdAQA, pTest);
   } else {
-    TestOther(equation, adAQA, pTest);
+    TestOther(equation, pdAQA, pTest);
   }
 }
 
@@ -327,7 +338,7 @@ bool GroupTester::TestWhole(const GroupEquation& equation, const double* pdQ,
     for (int k = 0; k < m; ++k) pTest->adLeaveOneOut[i] += equation.M[i * m + k] * weighted[k];
   }
   pTest->dTest = Quotient(dSum, m_dSigma0 * m_dSigma0 * m);
-  pTest->dLimit = m_adLimit[m];
+  pTest->dLimit = Limit(m);
   return true;
 }
 
@@ -356,7 +367,7 @@ void GroupTester::TestByDirections(const GroupEquation& equation, const double* 
     ++iRank;
   }
   pTest->dTest = iRank > 0 ? Quotient(dSum, m_dSigma0 * m_dSigma0 * iRank) : 0.0;
-  pTest->dLimit = m_adLimit[iRank];
+  pTest->dLimit = Limit(iRank);
   Store(iRank == m ? SmallVector(factor.matrixL() * predicted) : SmallVector::Constant(m, kNone),
         pTest->adLeaveOneOut);
 }
@@ -375,7 +386,7 @@ void GroupTester::TestOther(const GroupEquation& equation, const double* pdAQA,
     pTest->adLeaveOneOut[i] = e[i];
   }
   pTest->dTest = Quotient(e.dot(Pe), m_dSigma0 * m_dSigma0 * m);
-  pTest->dLimit = m_adNewLimit[m];
+  pTest->dLimit = NewLimit(m);
 }
 
 std::vector<ZuPointTest> TestGroups(const GroupModel& model, const GroupTester& tester) {

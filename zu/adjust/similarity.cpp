@@ -14,7 +14,6 @@
 using zu::internal::CommonPoint;
 using zu::internal::CommonPoints;
 using zu::internal::EngineResult;
-using zu::internal::GroupEquation;
 using zu::internal::GroupTester;
 using zu::internal::Sigma;
 using zu::internal::SimilarityModel;
@@ -72,7 +71,7 @@ class SimilarityRun {
       Test();
     }
     Finish();
-    return m_result;
+    return std::move(m_result);
   }
 
  private:
@@ -185,16 +184,7 @@ class SimilarityRun {
 
   void Test() {
     const GroupTester tester(m_engine, m_sigma, m_options.tests, m_model.Groups());
-    GroupEquation equation = zu::internal::EquationFor(m_model.Parameters());
-    m_result.points.resize(m_common.points.size());
-    for (int i = 0; i < m_model.Groups(); ++i) {
-      ZuSimilarityPoint& point = m_result.points[static_cast<std::size_t>(i)];
-      double adAQA[9];
-      m_model.Linearize(i, &equation);
-      tester.Test(equation, m_model.IsUsed(i), &point, adAQA);
-      point.uId = m_common.points[static_cast<std::size_t>(i)].uId;
-      m_model.Complete(i, adAQA, m_sigma.dSigma0, &point);
-    }
+    m_bFinite = m_model.Test(m_engine, tester, &m_result.points);
   }
 
   void StoreSetAside(const zu::internal::SnoopResult& snooped) {
@@ -238,19 +228,10 @@ class SimilarityRun {
     if (m_engine.iRedundancy == 0) {
       m_result.warnings.push_back("no redundancy: nothing is checked, sigma0 is a priori");
     }
-    if (!AreFinite()) {
+    if (!m_bFinite) {
       Fail(ZuAdjustStatus::NotFinite,
            "the numbers of the common points are too far apart to reckon with");
     }
-  }
-
-  bool AreFinite() const {
-    return std::all_of(m_result.points.begin(), m_result.points.end(), [](const auto& p) {
-      return Eigen::Map<const RowMatrix>(p.adCarried).allFinite() && std::isfinite(p.dTest) &&
-             Eigen::Map<const Eigen::Vector3d>(p.adResidual).allFinite() &&
-             Eigen::Map<const Eigen::Vector3d>(p.adResidualSd).allFinite() &&
-             Eigen::Map<const Eigen::Vector3d>(p.adW).allFinite();
-    });
   }
 
   const CommonPoints& m_common;
@@ -259,6 +240,7 @@ class SimilarityRun {
   EngineResult m_engine;
   Sigma m_sigma;
   ZuSimilarityResult m_result;
+  bool m_bFinite = true;  // of the points
 };
 
 RowMatrix RotationOf(const ZuTrafo3dData& trafo) {

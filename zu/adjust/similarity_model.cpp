@@ -20,7 +20,6 @@ constexpr double kRounding = 8.0 * std::numeric_limits<double>::epsilon();
 // other, and the least share of the extent, squared, that the rotation then leaves [-].
 constexpr double kMirrored = 0.01, kNoFit = 1e-8;
 
-Eigen::Map<const RowMatrix> Rows(const double* pd) { return Eigen::Map<const RowMatrix>(pd); }
 Eigen::Map<RowMatrix> Rows(double* pd) { return Eigen::Map<RowMatrix>(pd); }
 Vector3d Vector(const double* pd) { return Vector3d(pd[0], pd[1], pd[2]); }
 
@@ -61,6 +60,18 @@ struct Extents {
   double dWeight = 0.0;
   double dSourceLevel = 0.0, dTargetLevel = 0.0;  // of x and y alone
 
+  void Add(double w, const Vector3d& x, const Vector3d& y) {
+    const double dX = x[0] * x[0] + x[1] * x[1], dY = y[0] * y[0] + y[1] * y[1];
+    dWeight += w;
+    dSource += w * (dX + x[2] * x[2]);
+    dTarget += w * (dY + y[2] * y[2]);
+    dSourceLevel += w * dX;
+    dTargetLevel += w * dY;
+  }
+  void Scale(double w) {
+    for (double* pd : {&dWeight, &dSource, &dTarget, &dSourceLevel, &dTargetLevel}) *pd *= w;
+  }
+
   // The square of the rounding of the coordinates over the extent.
   double SourceRounding() const { return Rounding(dSourceLargest, dSource); }
   double TargetRounding() const { return Rounding(dTargetLargest, dTarget); }
@@ -79,6 +90,14 @@ SimilarityModel::SimilarityModel(const std::vector<CommonPoint>& points,
       m_columns(ColumnsOf(options.kind)),
       m_used(points.size(), 1) {
   Rows(m_R).setIdentity();
+  const CommonPoint* const pFirst = points.data();
+  for (const CommonPoint& p : points) {
+    m_bScalar = m_bScalar && p.iSourceCovariance < 0 && p.iTargetCovariance < 0 &&
+                p.sx[0] == p.sx[1] && p.sx[0] == p.sx[2] && p.sy[0] == p.sy[1] &&
+                p.sy[0] == p.sy[2];
+    m_bEqual = m_bEqual && p.sx[0] == pFirst->sx[0] && p.sy[0] == pFirst->sy[0];
+  }
+  m_bEqual = m_bEqual && m_bScalar;
 }
 
 void SimilarityModel::CovarianceOf(const CommonPoint& p, double* pdSource, double* pdTarget) const {
@@ -88,18 +107,24 @@ void SimilarityModel::CovarianceOf(const CommonPoint& p, double* pdSource, doubl
   };
   fill(p.sx, pdSource);
   fill(p.sy, pdTarget);
+  const auto take = [](const ZuPointCovariance& covariance, double* pd) {
+    for (int i = 0; i < 3; ++i) {
+      for (int j = 0; j < 3; ++j) {
+        pd[3 * i + j] = 0.5 * (covariance.ad[3 * i + j] + covariance.ad[3 * j + i]);
+      }
+    }
+  };
   if (p.iSourceCovariance >= 0) {
-    std::copy_n(m_options.sourceCovariances[static_cast<std::size_t>(p.iSourceCovariance)].ad, 9,
-                pdSource);
+    take(m_options.sourceCovariances[static_cast<std::size_t>(p.iSourceCovariance)], pdSource);
   }
   if (p.iTargetCovariance >= 0) {
-    std::copy_n(m_options.targetCovariances[static_cast<std::size_t>(p.iTargetCovariance)].ad, 9,
-                pdTarget);
+    take(m_options.targetCovariances[static_cast<std::size_t>(p.iTargetCovariance)], pdTarget);
   }
 }
 
 // Three over the trace of the covariance of the misclosure, which no rotation changes.
 double SimilarityModel::WeightOf(const CommonPoint& p, double dScale) const {
+  if (m_bScalar) return 1.0 / (p.sy[0] * p.sy[0] + dScale * dScale * (p.sx[0] * p.sx[0]));
   double adSource[9], adTarget[9];
   CovarianceOf(p, adSource, adTarget);
   const double dSource = adSource[0] + adSource[4] + adSource[8];
@@ -114,41 +139,41 @@ SimilarityModel::Defect SimilarityModel::Start(const std::vector<char>& used) {
   m_s = 1.0;
   m_bMirrored = false;
 
-  // A first scale, which the weights of the source need.
-  Vector3d xs = Vector3d::Zero(), yc = Vector3d::Zero();
-  double dCount = 0.0;
   const auto forUsed = [this](const auto& f) {
     for (std::size_t u = 0; u < m_points.size(); ++u) {
       if (m_used[u]) f(m_points[u]);
     }
   };
+  Vector3d xs = Vector3d::Zero(), yc = Vector3d::Zero();
+  double dWeight = 0.0;
   forUsed([&](const CommonPoint& p) {
     xs += Vector(p.x);
     yc += Vector(p.y);
-    dCount += 1.0;
+    dWeight += 1.0;
   });
-  xs /= dCount;
-  yc /= dCount;
-  if (m_options.kind == ZuSimilarityKind::Similarity) {
+  xs /= dWeight;
+  yc /= dWeight;
+  if (!m_bEqual) {
+    // A first scale, which the weights of the source need; weighted centres, relative to the plain.
     double dSource = 0.0, dTarget = 0.0;
     forUsed([&](const CommonPoint& p) {
       dSource += (Vector(p.x) - xs).squaredNorm();
       dTarget += (Vector(p.y) - yc).squaredNorm();
     });
-    if (dSource > 0.0 && dTarget > 0.0) m_s = std::sqrt(dTarget / dSource);
+    if (m_options.kind == ZuSimilarityKind::Similarity && dSource > 0.0 && dTarget > 0.0) {
+      m_s = std::sqrt(dTarget / dSource);
+    }
+    Vector3d dxs = Vector3d::Zero(), dyc = Vector3d::Zero();
+    dWeight = 0.0;
+    forUsed([&](const CommonPoint& p) {
+      const double w = WeightOf(p, m_s);
+      dxs += w * (Vector(p.x) - xs);
+      dyc += w * (Vector(p.y) - yc);
+      dWeight += w;
+    });
+    xs += dxs / dWeight;
+    yc += dyc / dWeight;
   }
-
-  // Weighted centres, relative to the plain ones.
-  Vector3d dxs = Vector3d::Zero(), dyc = Vector3d::Zero();
-  double dWeight = 0.0;
-  forUsed([&](const CommonPoint& p) {
-    const double w = WeightOf(p, m_s);
-    dxs += w * (Vector(p.x) - xs);
-    dyc += w * (Vector(p.y) - yc);
-    dWeight += w;
-  });
-  xs += dxs / dWeight;
-  yc += dyc / dWeight;
   if (!xs.allFinite() || !yc.allFinite() || !std::isfinite(dWeight)) return Defect::NotFinite;
   std::copy_n(xs.data(), 3, m_xs);
   std::copy_n(yc.data(), 3, m_yc);
@@ -157,18 +182,22 @@ SimilarityModel::Defect SimilarityModel::Start(const std::vector<char>& used) {
   Matrix3d moment = Matrix3d::Zero();
   forUsed([&](const CommonPoint& p) {
     const Vector3d x = Vector(p.x) - xs, y = Vector(p.y) - yc;
-    const double w = WeightOf(p, m_s);
+    const double w = m_bEqual ? 1.0 : WeightOf(p, m_s);
     moment += (w * y) * x.transpose();
-    extents.dWeight += w;
-    extents.dSource += w * x.squaredNorm();
-    extents.dTarget += w * y.squaredNorm();
-    extents.dSourceLevel += w * x.head<2>().squaredNorm();
-    extents.dTargetLevel += w * y.head<2>().squaredNorm();
+    extents.Add(w, x, y);
     for (int k = 0; k < 3; ++k) {
       extents.dSourceLargest = std::max(extents.dSourceLargest, std::fabs(p.x[k]));
       extents.dTargetLargest = std::max(extents.dTargetLargest, std::fabs(p.y[k]));
     }
   });
+  if (m_bEqual && dWeight > 0.0) {
+    const double dRatio = extents.dTarget / extents.dSource;
+    const double s = m_options.kind == ZuSimilarityKind::Similarity && dRatio > 0.0 ? dRatio : 1.0;
+    const double w = WeightOf(m_points[0], std::sqrt(s));
+    moment *= w;
+    extents.Scale(w);
+    dWeight *= w;
+  }
   if (!moment.allFinite() || !std::isfinite(extents.dSource + extents.dTarget)) {
     return Defect::NotFinite;
   }
@@ -221,54 +250,6 @@ double SimilarityModel::Unit(int j) const {
   return m_columns[static_cast<std::size_t>(j)] < 3 ? m_dShiftUnit : m_dTurnUnit;
 }
 
-void SimilarityModel::Linearize(int i, GroupEquation* pEquation) const {
-  const CommonPoint& p = m_points[static_cast<std::size_t>(i)];
-  const auto R = Rows(m_R);
-  Vector3d x = Vector(p.x) - Vector(m_xs);
-  Vector3d e;
-  Misclosure(i, e.data());
-  double adSource[9], adTarget[9];
-  CovarianceOf(p, adSource, adTarget);
-  const Matrix3d source = Rows(adSource);
-  Matrix3d M = Rows(adTarget);
-  if (!source.isZero(0.0)) {
-    M += m_s * m_s * (R * source * R.transpose());
-    M = (0.5 * (M + M.transpose())).eval();
-    // The derivatives stand at the adjusted point.
-    double adM[9], adInverse[9];
-    Rows(adM) = M;
-    if (InvertSpd(3, adM, adInverse)) {
-      x += m_s * (source * (R.transpose() * (Rows(adInverse) * e)));
-    }
-  }
-  const Vector3d z = m_s * (R * x);
-
-  GroupEquation& q = *pEquation;
-  q.m = 3;
-  std::copy_n(e.data(), 3, q.w);
-  Rows(q.M) = M;
-  const int u = Parameters();
-  for (int j = 0; j < u; ++j) {
-    const int c = m_columns[static_cast<std::size_t>(j)];
-    Vector3d a = Vector3d::Zero();
-    if (c < 3) {
-      a[c] = -1.0;
-    } else if (c == 3) {
-      a = -z;
-    } else {
-      a = z.cross(R.col(c - 4));
-    }
-    for (int k = 0; k < 3; ++k) q.A[static_cast<std::size_t>(k * u + j)] = a[k];
-  }
-}
-
-void SimilarityModel::Misclosure(int i, double* pdE) const {
-  const CommonPoint& p = m_points[static_cast<std::size_t>(i)];
-  const Vector3d e =
-      Vector(p.y) - Vector(m_yc) - Vector(m_t) - m_s * (Rows(m_R) * (Vector(p.x) - Vector(m_xs)));
-  std::copy_n(e.data(), 3, pdE);
-}
-
 void SimilarityModel::Step(const double* pdCorrection) {
   double ad[7] = {};
   for (std::size_t j = 0; j < m_columns.size(); ++j) ad[m_columns[j]] = pdCorrection[j];
@@ -276,28 +257,6 @@ void SimilarityModel::Step(const double* pdCorrection) {
   m_s *= std::exp(ad[3]);
   const Matrix3d R = Rows(m_R) * Exp(Vector(ad + 4));
   Rows(m_R) = 0.5 * R * (3.0 * Matrix3d::Identity() - R.transpose() * R);
-}
-
-void SimilarityModel::Complete(int i, const double* pdAQA, double dSigma0,
-                               ZuSimilarityPoint* pPoint) const {
-  const CommonPoint& p = m_points[static_cast<std::size_t>(i)];
-  const auto R = Rows(m_R);
-  double adSource[9], adTarget[9];
-  CovarianceOf(p, adSource, adTarget);
-  const Matrix3d C = m_s * m_s * (R * Rows(adSource) * R.transpose());
-  const Matrix3d M = Rows(adTarget) + C;
-  const Matrix3d inverse = M.inverse();
-  const Vector3d correlate = inverse * Vector(pPoint->adResidual);
-  Matrix3d carried = Rows(pdAQA) + C;
-  if (pPoint->bUsed) {
-    const Matrix3d share = Rows(pdAQA) * inverse * C;
-    carried -= share + share.transpose();
-    const Vector3d vx = m_s * (Rows(adSource) * (R.transpose() * correlate));
-    const Vector3d vy = -(Rows(adTarget) * correlate);
-    std::copy_n(vx.data(), 3, pPoint->adSourceResidual);
-    std::copy_n(vy.data(), 3, pPoint->adTargetResidual);
-  }
-  Rows(pPoint->adCarried) = dSigma0 * dSigma0 * 0.5 * (carried + carried.transpose());
 }
 
 void SimilarityModel::StoreTo(ZuTrafo3dData* pTrafo) const {

@@ -31,7 +31,18 @@ struct Told {
   double RootMeanSquare() const { return iTold > 0 ? std::sqrt(dSquares / iTold) : 0.0; }
 };
 
-// The first whose numbers cannot be used.
+// 0 times a number is 0 only where it is finite.
+bool IsUsable(const CommonPoint& p) {
+  double dFault = 0.0;
+  bool bNegative = false;
+  for (int k = 0; k < 3; ++k) {
+    dFault += 0.0 * p.x[k] + 0.0 * p.y[k] + 0.0 * p.sx[k] + 0.0 * p.sy[k];
+    bNegative = bNegative || p.sx[k] < 0.0 || p.sy[k] < 0.0;
+  }
+  return dFault == 0.0 && !bNegative;
+}
+
+// Of a point whose numbers cannot be used, why.
 std::string FaultOf(const CommonPoint& p) {
   const struct {
     const double *pd, *pdSd;
@@ -117,6 +128,7 @@ CommonPoints FindCommonPoints(const ZuSortHelper<ZuPoint>& target, const ZuPoint
                               const ZuSimilarityOptions& options) {
   CommonPoints common;
   std::vector<CommonPoint>& points = common.points;
+  points.reserve(static_cast<std::size_t>(target.Count()));
   for (const ZuPoint* p = source.First(); p != nullptr; p = p->Next()) {
     const ZuPoint* const q = p->GetId() != 0 ? target.Find(p->GetId()) : nullptr;
     if (q == nullptr) continue;
@@ -137,7 +149,7 @@ CommonPoints FindCommonPoints(const ZuSortHelper<ZuPoint>& target, const ZuPoint
                   [](const CommonPoint& a, const CommonPoint& b) { return a.uId == b.uId; }),
       points.end());
   for (CommonPoint& p : points) {
-    if (common.strFault.empty()) common.strFault = FaultOf(p);
+    if (!IsUsable(p) && common.strFault.empty()) common.strFault = FaultOf(p);
     if (!options.sourceCovariances.empty()) {
       p.iSourceCovariance = IndexOf(options.sourceCovariances, p.uId);
     }

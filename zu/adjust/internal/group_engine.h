@@ -7,6 +7,7 @@
 // B = df/dl. Observation equations are the case w = f(x) - l, M = Q. Sum of e' M^-1 e -> minimum.
 #pragma once
 
+#include <cstddef>
 #include <functional>
 #include <string>
 #include <vector>
@@ -30,6 +31,25 @@ struct GroupEquation {
 // eigenvalue 1, down to which it counts as regular [-]. 1e-12 is a millionth in length.
 inline constexpr double kSingular = 1e-12;
 
+// Share of its covariance that a group must keep in a direction to be tested there [-]: below it
+// the residual is rounding.
+inline constexpr double kTestable = 1e-6;
+
+// The same for the redundancy of one axis.
+inline constexpr double kSeen = 1e-12;
+
+// The sums of the normal equations over the groups used: N = A' M^-1 A (u x u, both triangles),
+// h = A' M^-1 w, w' M^-1 w and the number of equations.
+struct GroupNormals {
+  explicit GroupNormals(int u)
+      : N(static_cast<std::size_t>(u) * static_cast<std::size_t>(u)),
+        h(static_cast<std::size_t>(u)) {}
+
+  std::vector<double> N, h;
+  double dSquares = 0.0;
+  int iObservations = 0;
+};
+
 // What is adjusted. Groups are numbered from 0 in an order that does not depend on the input's.
 class GroupModel {
  public:
@@ -39,6 +59,9 @@ class GroupModel {
   // Groups that take part; the others are only tested.
   virtual bool IsUsed(int iGroup) const = 0;
   virtual void Linearize(int iGroup, GroupEquation* pEquation) const = 0;
+  // Adds all groups used to sums that are 0; here from their equations, one by one. False where a
+  // covariance M has no inverse.
+  virtual bool AddNormals(GroupNormals* pNormals);
   // Adds a correction to the parameters.
   virtual void Step(const double* pdCorrection) = 0;
   // The unit in which parameter j is judged where the normal matrix is looked at for a defect;
@@ -76,7 +99,8 @@ struct Sigma {
 };
 Sigma ChooseSigma(const EngineResult& result, ZuSigmaKind kind, bool bGivenByUser);
 
-// Tests groups against a good result. Limits are formed once.
+// Tests groups against a good result. Limits are formed once, where they are needed: for one thread
+// at a time.
 class GroupTester {
  public:
   GroupTester(const EngineResult& result, const Sigma& sigma, const ZuTestOptions& options,
@@ -86,6 +110,15 @@ class GroupTester {
   // A Qxx A', m x m, if it is given.
   void Test(const GroupEquation& equation, bool bUsed, ZuPointTest* pTest,
             double* pdAQA = nullptr) const;
+  // The same where A Qxx A' is known: of the equation only w and M are looked at.
+  void TestWith(const GroupEquation& equation, const double* pdAQA, bool bUsed,
+                ZuPointTest* pTest) const;
+
+  double Sigma0() const { return m_dSigma0; }
+  double LeastError() const { return m_dLeastError; }
+  double LeastRedundancy() const { return m_dLeastRedundancy; }
+  // Of the group test of m observations that were used; infinite for none.
+  double Limit(int m) const;
 
  private:
   void TestUsed(const GroupEquation& equation, const double* pdAQA, ZuPointTest* pTest) const;
@@ -94,10 +127,14 @@ class GroupTester {
   void TestOther(const GroupEquation& equation, const double* pdAQA, ZuPointTest* pTest) const;
 
   const EngineResult& m_result;
+  double NewLimit(int m) const;  // of a group that took no part
+
+  bool m_bPriori;
+  double m_dAlpha;
   double m_dSigma0;
   double m_dLeastError;
   double m_dLeastRedundancy;
-  double m_adLimit[kMaxGroup + 1], m_adNewLimit[kMaxGroup + 1];  // by number of observations
+  mutable double m_adLimit[kMaxGroup + 1] = {}, m_adNewLimit[kMaxGroup + 1] = {};  // 0: not formed
 };
 
 // Room for the equations of a model of that many parameters.

@@ -41,4 +41,23 @@ inline bool InvertSpd(int m, const double* a, double* pInverse) {
   return true;
 }
 
+inline double Dot3(const double* a, const double* b) {
+  return a[0] * b[0] + a[1] * b[1] + a[2] * b[2];
+}
+
+inline void Cross3(const double* a, const double* b, double* pd) {
+  pd[0] = a[1] * b[2] - a[2] * b[1];
+  pd[1] = a[2] * b[0] - a[0] * b[2];
+  pd[2] = a[0] * b[1] - a[1] * b[0];
+}
+
+// a b, 3 x 3.
+inline void Multiply3(const double* a, const double* b, double* pd) {
+  for (int i = 0; i < 3; ++i) {
+    for (int j = 0; j < 3; ++j) {
+      pd[3 * i + j] = a[3 * i] * b[j] + a[3 * i + 1] * b[3 + j] + a[3 * i + 2] * b[6 + j];
+    }
+  }
+}
+
 }  // namespace zu::internal
