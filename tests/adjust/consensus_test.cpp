@@ -46,7 +46,7 @@ ZuConsensusResult Find(const WrongSet& planted, double dTolerance, unsigned uSee
 TEST(Consensus, NamesThePlantedErrors) {
   const double dTolerance = 0.01;
   for (const auto& [n, iWrong, iSets] :
-       Cases<int, int, int>{{12, 2, 100}, {6, 2, 100}, {1000, 600, 20}}) {
+       Cases<int, int, int>{{12, 2, 100}, {6, 2, 100}, {1000, 600, AreLongTrials() ? 100 : 20}}) {
     SCOPED_TRACE(n);
     RandomGeometry random(8);
     int iNamed = 0;
@@ -59,7 +59,7 @@ TEST(Consensus, NamesThePlantedErrors) {
       EXPECT_EQ(result.agreeing.size() + result.rejected.size(), static_cast<std::size_t>(n));
       iNamed += result.rejected == planted.wrong;
     }
-    EXPECT_EQ(iNamed, Runs(iSets));
+    EXPECT_GE(iNamed, n < 1000 ? Runs(iSets) : 0.99 * Runs(iSets));
   }
 }
 

@@ -114,8 +114,9 @@ Errors Fit(Shape shape, const Made& made, double dOffset, const ZuFitOptions& op
 // Errors over their standard deviations have the variance 1, with sigma0 of the set that of t.
 TEST(FitShapes, HoldTheirStandardDeviations) {
   FitPoints random(11);
+  double dAlarms = 0.0, dExpectedAlarms = 0.0;
   for (const Shape shape : {ePlane, eLine, eSphere, eCylinder}) {
-    const int iRuns = Runs(shape == eCylinder ? 60 : 400), n = 40;
+    const int iRuns = AreLongTrials() ? 10000 : Runs(shape == eCylinder ? 60 : 400), n = 40;
     double dSquares = 0.0, dRedundancy = 0.0;
     int iErrors = 0;
     ZuFitOptions options;
@@ -128,11 +129,45 @@ TEST(FitShapes, HoldTheirStandardDeviations) {
       for (const double d : errors.normalized) dSquares += d * d;
       iErrors += static_cast<int>(errors.normalized.size());
       dRedundancy = 0.0;
-      for (const auto& p : errors.fit.points) dRedundancy += p.test.Redundancy();
+      for (const auto& p : errors.fit.points) {
+        dRedundancy += p.test.Redundancy();
+        dAlarms += p.test.IsRejected();
+      }
+      dExpectedAlarms += 0.001 * n;
       EXPECT_NEAR(dRedundancy, errors.fit.iRedundancy, 1e-9);
     }
     const double r = dRedundancy, dExpected = r / (r - 2.0);
     EXPECT_NEAR(dSquares / iErrors, dExpected, 4.5 * std::sqrt(2.0 / iErrors)) << shape;
+  }
+  EXPECT_NEAR(dAlarms / dExpectedAlarms, 1.0,
+              AreLongTrials() ? 0.1 : 4.5 / std::sqrt(dExpectedAlarms));
+}
+
+// A point off the shape by the error called smallest is found in 80 of 100 runs.
+TEST(FitShapes, FindErrorsOfTheSmallestSize) {
+  FitPoints random(16);
+  ZuFitOptions options;
+  options.tests.bSnoop = false;
+  options.dSigma = 0.01;
+  for (const Shape shape : {ePlane, eLine, eSphere, eCylinder}) {
+    const int iRuns = AreLongTrials() ? 10000 : Runs(shape == eCylinder ? 25 : 100);
+    int iFound = 0;
+    for (int k = 0; k < iRuns; ++k) {
+      Made made = Make(shape, 40, options.dSigma, 0.0, random);
+      Eigen::Map<Vector> x(made.points[3].adX);
+      Vector off = x;
+      if (shape == ePlane) off = made.turn.col(2);
+      if (shape == eLine) off = made.turn.col(0);
+      if (shape == eCylinder) off -= made.turn.col(2) * made.turn.col(2).dot(off);
+      off.normalize();
+      x += off * Fit(shape, made, 0.0, options).fit.points[3].test.adNabla[0];
+      const ZuFittedPoint p = Fit(shape, made, 0.0, options).fit.points[3];
+      // Of equal accuracies the standard deviation is that along any normal.
+      const double w = off.dot(Eigen::Map<const Vector>(p.adResidual)) / p.test.adResidualSd[0];
+      iFound += std::fabs(w) > ZuNormalLimit(0.001);
+    }
+    EXPECT_NEAR(iFound / (1.0 * iRuns), 0.8, AreLongTrials() ? 0.02 : 1.8 / std::sqrt(iRuns))
+        << shape;
   }
 }
 
@@ -192,7 +227,8 @@ TEST(FitShapes, RefuseWhatThePointsDoNotDecide) {
 TEST(FitShapes, AreNeverGoodWithNumbersThatAreNotFinite) {
   FitPoints random(15);
   int iGood = 0;
-  for (int k = 0; k < Runs(20000); ++k) {
+  const int iSets = AreLongTrials() ? 100000 : Runs(20000);
+  for (int k = 0; k < iSets; ++k) {
     const Shape shape = static_cast<Shape>(k % 40 == 3 ? 3 : k % 3);
     Made made;
     made.turn.setIdentity();
@@ -216,5 +252,5 @@ TEST(FitShapes, AreNeverGoodWithNumbersThatAreNotFinite) {
     ASSERT_TRUE(std::isfinite(errors.fit.dSigma0) && std::isfinite(errors.fit.dRms)) << k;
     for (const auto& p : errors.fit.points) ASSERT_TRUE(std::isfinite(p.dDistance)) << k;
   }
-  EXPECT_GT(iGood, Runs(20000) / 200);
+  EXPECT_GT(iGood, iSets / 200);
 }

@@ -139,6 +139,25 @@ TEST(Trafo2dFit, HoldsItsStandardDeviations) {
   }
 }
 
+// An error of the size called smallest is found in 80 of 100 runs.
+TEST(Trafo2dFit, FindsErrorsOfTheSmallestSize) {
+  const int iRuns = AreLongTrials() ? 10000 : Runs(200);
+  FitPoints noise(28);
+  for (const Kind kind : kKinds) {
+    int iFound = 0;
+    for (int k = 0; k < iRuns; ++k) {
+      FitPoints places(29);
+      auto pairs = Make(kind, {}, places, noise);
+      const double dNabla = ZuFitTrafo2d(kind, pairs).points[3].adNabla[0];
+      pairs[3].adTarget[0] += std::isfinite(dNabla) ? dNabla : 0.0;
+      const ZuTrafo2dFit fit = ZuFitTrafo2d(kind, pairs);
+      iFound += std::fabs(fit.points[3].adW[0]) > ZuNormalLimit(0.001);
+    }
+    EXPECT_NEAR(iFound / (1.0 * iRuns), 0.8, AreLongTrials() ? 0.02 : 1.8 / std::sqrt(iRuns))
+        << int(kind);
+  }
+}
+
 TEST(Trafo2dFit, SetsErrorsAsideAndStaysRigid) {
   FitPoints random(24);
   for (const Kind kind : kKinds) {
@@ -170,7 +189,7 @@ TEST(Trafo2dFit, TellsWhatIsFreeAndIsNeverGoodWithoutNumbers) {
     EXPECT_EQ(ZuFitTrafo2d(kind, line).eStatus == ZuAdjustStatus::Good, bLine) << int(kind);
     EXPECT_EQ(ZuFitTrafo2d(kind, few).eStatus, ZuAdjustStatus::TooFew);
   }
-  for (int k = 0; k < Runs(20000); ++k) {
+  for (int k = 0; k < (AreLongTrials() ? 100000 : Runs(20000)); ++k) {
     std::vector<ZuTrafo2dPair> pairs(static_cast<size_t>(1 + k % 12));
     const double dPower = random.Uniform(0.0, 300.0);
     for (auto& p : pairs) {

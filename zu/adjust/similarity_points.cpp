@@ -19,13 +19,14 @@ struct Told {
   int iTold = 0, iMissing = 0;
 
   void Add(const double* pdSd) {
+    if (pdSd[0] == 0.0 && pdSd[1] == 0.0 && pdSd[2] == 0.0) {
+      iMissing += 3;
+      return;
+    }
     for (int k = 0; k < 3; ++k) {
-      if (pdSd[k] == 0.0) {
-        ++iMissing;
-      } else {
-        dSquares += pdSd[k] * pdSd[k];
-        ++iTold;
-      }
+      iMissing += pdSd[k] == 0.0;
+      iTold += pdSd[k] != 0.0;
+      dSquares += pdSd[k] * pdSd[k];
     }
   }
   double RootMeanSquare() const { return iTold > 0 ? std::sqrt(dSquares / iTold) : 0.0; }
@@ -76,12 +77,8 @@ void FillIn(double* pdSd, double dSd) {
 }
 
 // Standard deviations of what is not told.
-void FillSigmas(const ZuSimilarityOptions& options, CommonPoints* pCommon) {
-  Told source, target;
-  for (const CommonPoint& p : pCommon->points) {
-    source.Add(p.sx);
-    target.Add(p.sy);
-  }
+void FillSigmas(const ZuSimilarityOptions& options, const Told& source, const Told& target,
+                CommonPoints* pCommon) {
   const bool bTold = source.iTold + target.iTold > 0 || !options.sourceCovariances.empty() ||
                      !options.targetCovariances.empty();
   pCommon->bSigmaGiven = bTold || options.dSigmaSource > 0.0 || options.dSigmaTarget > 0.0;
@@ -97,9 +94,10 @@ void FillSigmas(const ZuSimilarityOptions& options, CommonPoints* pCommon) {
       options.dSigmaSource > 0.0 ? options.dSigmaSource : source.RootMeanSquare();
   double dTarget = options.dSigmaTarget > 0.0 ? options.dSigmaTarget : target.RootMeanSquare();
   if (!pCommon->bSigmaGiven) dTarget = 1.0;
+  const bool bSource = source.iMissing > 0 && dSource > 0.0, bTarget = target.iMissing > 0;
   for (CommonPoint& p : pCommon->points) {
-    FillIn(p.sx, dSource);
-    FillIn(p.sy, dTarget);
+    if (bSource) FillIn(p.sx, dSource);
+    if (bTarget) FillIn(p.sy, dTarget);
   }
   pCommon->dOwnVariance = dSource * dSource;
 }
@@ -129,9 +127,11 @@ CommonPoints FindCommonPoints(const ZuSortHelper<ZuPoint>& target, const ZuPoint
   CommonPoints common;
   std::vector<CommonPoint>& points = common.points;
   points.reserve(static_cast<std::size_t>(target.Count()));
+  bool bAscending = true;
   for (const ZuPoint* p = source.First(); p != nullptr; p = p->Next()) {
     const ZuPoint* const q = p->GetId() != 0 ? target.Find(p->GetId()) : nullptr;
     if (q == nullptr) continue;
+    bAscending = bAscending && (points.empty() || points.back().uId < p->GetId());
     points.push_back({p,
                       q,
                       p->GetId(),
@@ -141,14 +141,15 @@ CommonPoints FindCommonPoints(const ZuSortHelper<ZuPoint>& target, const ZuPoint
                       {q->m_dDX, q->m_dDY, q->m_dDZ}});
   }
   const auto byId = [](const CommonPoint& a, const CommonPoint& b) { return a.uId < b.uId; };
-  if (!std::is_sorted(points.begin(), points.end(), byId)) {
+  const auto isEqual = [](const CommonPoint& a, const CommonPoint& b) { return a.uId == b.uId; };
+  if (!bAscending) {
     std::stable_sort(points.begin(), points.end(), byId);
+    points.erase(std::unique(points.begin(), points.end(), isEqual), points.end());
   }
-  points.erase(
-      std::unique(points.begin(), points.end(),
-                  [](const CommonPoint& a, const CommonPoint& b) { return a.uId == b.uId; }),
-      points.end());
+  Told toldSource, toldTarget;
   for (CommonPoint& p : points) {
+    toldSource.Add(p.sx);
+    toldTarget.Add(p.sy);
     if (!IsUsable(p) && common.strFault.empty()) common.strFault = FaultOf(p);
     if (!options.sourceCovariances.empty()) {
       p.iSourceCovariance = IndexOf(options.sourceCovariances, p.uId);
@@ -157,7 +158,7 @@ CommonPoints FindCommonPoints(const ZuSortHelper<ZuPoint>& target, const ZuPoint
       p.iTargetCovariance = IndexOf(options.targetCovariances, p.uId);
     }
   }
-  FillSigmas(options, &common);
+  FillSigmas(options, toldSource, toldTarget, &common);
   return common;
 }
 

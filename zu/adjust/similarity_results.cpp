@@ -63,17 +63,12 @@ class CovarianceFactor {
 
 namespace {
 
-// 0; NaN where one is not finite.
-double Fault(const double* pd, int n) {
-  double d = 0.0;
-  for (int i = 0; i < n; ++i) d += 0.0 * pd[i];
-  return d;
-}
-
+// The diagonals of covariances bound what stands beside them.
 bool IsFinite(const ZuSimilarityPoint& p) {
-  return Fault(p.adCarried, 9) + 0.0 * p.dTest + Fault(p.adResidual, 3) + Fault(p.adResidualSd, 3) +
-             Fault(p.adW, 3) ==
-         0.0;
+  const auto sum = [](const double* pd) { return pd[0] + pd[1] + pd[2]; };
+  const double dCarried = p.adCarried[0] + p.adCarried[4] + p.adCarried[8];
+  return std::isfinite((dCarried + p.dTest) + (sum(p.adResidual) + sum(p.adResidualSd)) +
+                       sum(p.adW));
 }
 
 // Of points whose covariances are multiples of the identity. About the weighted mean of z shift,
@@ -112,12 +107,19 @@ constexpr std::size_t kLanes = 8;  // points that are reckoned side by side
 using Lanes = double[kLanes];
 
 // What the results of some points follow from. e, m, c: misclosure, its variance and the part of
-// the source; a: A Q A' row by row from the diagonal on; x = Qee^-1 e, q = e' x; bWhole: every
-// direction keeps enough of its covariance.
+// the source; w = 1 / m; a: A Q A' row by row from the diagonal on; Qee = m I - a = L d L';
+// x = Qee^-1 e; root, per and share: square roots of Qee by axis, their inverse, and of a over Qee.
 struct Block {
-  Lanes e[3], m, c, z[3], a[6], x[3], q;
-  bool abWhole[kLanes];
+  Lanes e[3], m, w, c, z[3], a[6], d[3], x[3], root[3], per[3], share[3];
+
+  // Every direction keeps enough of its covariance.
+  bool IsWhole(std::size_t i) const {
+    const double dLeast = 2.0 * kTestable * m[i] * m[i] * m[i];
+    return d[0][i] > 0.0 && d[1][i] > 0.0 && d[2][i] > 0.0 && d[0][i] * d[1][i] * d[2][i] > dLeast;
+  }
 };
+
+constexpr int kDiagonal[3] = {0, 3, 5};  // of a symmetric matrix row by row
 
 void FindCovariances(const ScalarTester& t, Block* pBlock) {
   Block& b = *pBlock;
@@ -146,47 +148,52 @@ void FindCovariances(const ScalarTester& t, Block* pBlock) {
   }
 }
 
-// Qee = L D L', whose determinant tells whether each direction keeps enough.
 void Solve(Block* pBlock) {
   Block& b = *pBlock;
   for (std::size_t i = 0; i < kLanes; ++i) {
-    const double m = b.m[i];
-    const double d0 = m - b.a[0][i], l1 = -b.a[1][i] / d0, l2 = -b.a[2][i] / d0;
-    const double d1 = m - b.a[3][i] + b.a[1][i] * l1, c = -b.a[4][i] + b.a[2][i] * l1, l3 = c / d1;
+    const double m = b.m[i], e0 = b.e[0][i];
+    const double d0 = m - b.a[0][i], f0 = 1.0 / d0, l1 = -b.a[1][i] * f0, l2 = -b.a[2][i] * f0;
+    const double d1 = m - b.a[3][i] + b.a[1][i] * l1, f1 = 1.0 / d1;
+    const double c = b.a[2][i] * l1 - b.a[4][i], l3 = c * f1;
     const double d2 = m - b.a[5][i] + b.a[2][i] * l2 - c * l3;
-    const double y1 = b.e[1][i] - l1 * b.e[0][i], y2 = b.e[2][i] - l2 * b.e[0][i] - l3 * y1;
-    const double x2 = y2 / d2, x1 = y1 / d1 - l3 * x2;
-    const double x0 = b.e[0][i] / d0 - l1 * x1 - l2 * x2;
-    b.x[0][i] = x0;
+    const double y1 = b.e[1][i] - l1 * e0, y2 = b.e[2][i] - l2 * e0 - l3 * y1;
+    const double x2 = y2 / d2, x1 = y1 * f1 - l3 * x2;
+    b.d[0][i] = d0;
+    b.d[1][i] = d1;
+    b.d[2][i] = d2;
+    b.x[0][i] = e0 * f0 - l1 * x1 - l2 * x2;
     b.x[1][i] = x1;
     b.x[2][i] = x2;
-    b.q[i] = b.e[0][i] * x0 + b.e[1][i] * x1 + b.e[2][i] * x2;
-    b.abWhole[i] = d0 > 0.0 && d1 > 0.0 && d2 > 0.0 && d0 * d1 * d2 > 2.0 * kTestable * m * m * m;
+  }
+  for (int k = 0; k < 3; ++k) {
+    const Lanes& a = b.a[kDiagonal[k]];
+    for (std::size_t i = 0; i < kLanes; ++i) {
+      b.root[k][i] = std::sqrt(b.m[i] - a[i]);
+      b.per[k][i] = 1.0 / b.root[k][i];
+      b.share[k][i] = std::sqrt(a[i]) * b.per[k][i];
+    }
   }
 }
-
-constexpr int kDiagonal[3] = {0, 3, 5};  // of a symmetric matrix row by row
 
 // One of the points.
 void Store(const ScalarTester& t, const Block& b, std::size_t i, const SimilarityModel& model,
            const CommonPoint& point, ZuSimilarityPoint* p) {
-  const double m = b.m[i], dWeight = 1.0 / m;
+  const double m = b.m[i], dWeight = b.w[i];
   p->uId = point.uId;
   p->iDimension = 3;
   p->bControlled = true;
   for (int k = 0; k < 3; ++k) {
-    const double dE = b.e[k][i], dA = b.a[kDiagonal[k]][i], dQ = m - dA;
-    const double dRoot = std::sqrt(dQ), dPer = 1.0 / dRoot;
-    p->adResidual[k] = dE;
-    p->adRedundancy[k] = std::min(dQ * dWeight, 1.0);
-    p->adResidualSd[k] = t.dSigma0 * dRoot;
-    p->adW[k] = dE * dPer * t.dPerSigma;
-    p->adNabla[k] = t.dLeastNabla * m * dPer;
-    p->adEffect[k] = t.dLeastError * std::sqrt(std::max(dA, 0.0)) * dPer;
+    p->adResidual[k] = b.e[k][i];
+    p->adRedundancy[k] = std::min((m - b.a[kDiagonal[k]][i]) * dWeight, 1.0);
+    p->adResidualSd[k] = t.dSigma0 * b.root[k][i];
+    p->adW[k] = b.e[k][i] * b.per[k][i] * t.dPerSigma;
+    p->adNabla[k] = t.dLeastNabla * m * b.per[k][i];
+    p->adEffect[k] = t.dLeastError * b.share[k][i];
     p->adLeaveOneOut[k] = m * b.x[k][i];
     if (p->adRedundancy[k] < t.dLeastRedundancy) p->bControlled = false;
   }
-  p->dTest = b.q[i] * t.dPerSigma * t.dPerSigma * (1.0 / 3.0);
+  const double dSum = b.e[0][i] * b.x[0][i] + b.e[1][i] * b.x[1][i] + b.e[2][i] * b.x[2][i];
+  p->dTest = dSum * t.dPerSigma * t.dPerSigma * (1.0 / 3.0);
   p->dLimit = t.dLimit;
 
   const double dFactor = t.dSigma0 * t.dSigma0, dPart = dFactor * (1.0 - 2.0 * b.c[i] * dWeight);
@@ -225,16 +232,17 @@ bool SimilarityModel::TestScalar(const EngineResult& engine, const GroupTester& 
       Misclosure(p, z, e);
       block.c[i] = m_s * m_s * p.sx[0] * p.sx[0];
       block.m[i] = p.sy[0] * p.sy[0] + block.c[i];
+      block.w[i] = 1.0 / block.m[i];
       for (int k = 0; k < 3; ++k) {
         block.e[k][i] = e[k];
-        block.z[k][i] = z[k] - m_z[k] + block.c[i] / block.m[i] * e[k];
+        block.z[k][i] = z[k] - m_z[k] + block.c[i] * block.w[i] * e[k];
       }
     }
     FindCovariances(t, &block);
     Solve(&block);
     for (std::size_t i = 0; i < uCount; ++i) {
       ZuSimilarityPoint& point = pPoints->emplace_back();
-      if (block.abWhole[i] && m_used[uFirst + i]) {
+      if (block.IsWhole(i) && m_used[uFirst + i]) {
         Store(t, block, i, *this, m_points[uFirst + i], &point);
       } else {
         TestPoint(t.factor, tester, uFirst + i, &point);
