@@ -14,7 +14,7 @@ namespace {
 struct Values {
   std::string strPath, strOut;
   unsigned uPhoto = 0, uZusp = 0;
-  bool bInverse = false, bPartial = false;
+  bool bInverse = false, bLibrary = false, bPartial = false;
 };
 
 const ZuZuspTrafo& FindRectification(const ZuPhoto& photo, const Values& values) {
@@ -44,6 +44,35 @@ bool IsFinite(const ZuPoint& p) {
   return std::isfinite(p.m_dX) && std::isfinite(p.m_dY) && std::isfinite(p.m_dZ);
 }
 
+// Carries points as the options ask. Exact: the camera's model to its end, then the record's
+// projective maps without their distortion stage.
+class Rectifier {
+ public:
+  Rectifier(const ZuZuspTrafo& trafo, const Values& values)
+      : m_trafo(trafo), m_bInverse(values.bInverse) {
+    m_bExact = !values.bLibrary && trafo.CompensateDistortion();
+    if (m_bExact) m_trafo.SetDistortCameraFlag(false);
+  }
+
+  // False, *p undefined: where the camera's model is not one to one. *pImage is the image point.
+  bool Carry(ZuPoint* p, ZuPoint* pImage) const {
+    const ZuCamera& camera = m_trafo.GetDistortCameraParam();
+    *pImage = *p;
+    if (!m_bInverse) {
+      if (m_bExact && camera.AdjustExact(&p->m_dX, &p->m_dY) != eCameraInverseOk) return false;
+      return m_trafo.Transform(p, p);
+    }
+    m_trafo.InvTransform(p);
+    if (m_bExact && camera.InvAdjustExact(&p->m_dX, &p->m_dY) != eCameraInverseOk) return false;
+    *pImage = *p;
+    return true;
+  }
+
+ private:
+  ZuZuspTrafo m_trafo;
+  bool m_bInverse, m_bExact;
+};
+
 ExitCode Run(const Values& values, Context& context) {
   const InputFile file(values.strPath, kProjectFile);
   const auto pProject = OpenProject(file, values.bPartial);
@@ -59,16 +88,21 @@ ExitCode Run(const Values& values, Context& context) {
   ZuPointList points;
   ReadPoints("-", values.bInverse ? "id,x,y,z" : "id,x,y", context, &points);
 
+  const Rectifier rectifier(trafo, values);
   std::string strLines;
-  int iOutside = 0;
+  int iOutside = 0, iRefused = 0;
   Json& json = context.Root();
   json["photo"] = values.uPhoto;
   json["rectification"] = trafo.GetId();
   json["points"] = Json::array();
   for (ZuPoint* p = points.First(); p != nullptr; p = p->Next()) {
-    ZuPoint image(*p);
-    values.bInverse ? trafo.InvTransform(p) : trafo.Transform(p, p);
-    if (values.bInverse) image = *p;
+    ZuPoint image;
+    if (!rectifier.Carry(p, &image)) {
+      context.Warn("point " + std::to_string(p->GetId()) +
+                   ": it lies where the camera's model is not one to one; left out");
+      ++iRefused;
+      continue;
+    }
     const bool bInside =
         !trafo.HasRegion() || !trafo.IsRegionActive() || trafo.Overlap(&image) != 0;
     if (!IsFinite(*p)) {
@@ -87,9 +121,10 @@ ExitCode Run(const Values& values, Context& context) {
   }
   WarnOf(*pProject, file, context);
   json["outside"] = iOutside;
+  json["refused"] = iRefused;
   context.Text() << strLines;
   if (!values.strOut.empty()) context.NewOutput(values.strOut).Stream() << strLines;
-  return kGood;
+  return iRefused > 0 ? kNotAcceptable : kGood;
 }
 
 }  // namespace
@@ -102,6 +137,7 @@ Runner DefineRectify(Options& options) {
   options.Option("--zusp", "N", &pValues->uZusp, "its rectification");
   options.Required();
   options.Flag("--inverse", &pValues->bInverse, "from object to image coordinates");
+  AddLibraryOption(options, &pValues->bLibrary);
   AddPartialOption(options, &pValues->bPartial);
   options.Output("-o,--output", "FILE", &pValues->strOut, "write the points to a file, too");
   return [pValues](Context& context) { return Run(*pValues, context); };

@@ -117,6 +117,34 @@ TEST(Rectify, ThereAndBack) {
   EXPECT_NEAR(image["points"][0]["y"].get<double>(), 2.25, 1e-9);
 }
 
+// Exact where the distortion is taken off, unless the library's table is asked for.
+TEST(Rectify, InvertsDistortionExactly) {
+  ScratchFolder folder;
+  std::string strText = ReadFile(Source("samples/older/facade.prj"));
+  strText.insert(
+      strText.find("    LASTZUSPID"),
+      "ZUSPPLANE { ZUSPID 2 \"z\" KAMERA 1 DISTORTION { 4 -35.2 0.05 -0.02 -0.00012 1.5e-7 "
+      "12 \"c\" } ZUSPTRAFO { 3 3 2 0 1 0 2 3 0 0 1 } TRAFO3D { 4 4 1 0 0 0 0 1 0 0 0 0 1 "
+      "0 0 0 0 1 } }\n");
+  std::vector<std::string> arguments = {
+      "rectify", folder.Write("p.prj", strText), "--photo", "1", "--zusp", "2"};
+  RunOptions input;
+  input.strInput = "1 -9.5 8.25\n";
+  const Outcome object = RunZu(arguments, input);
+  ASSERT_EQ(object.iExit, 0) << object.strErr;
+  input.strInput = object.strOut;
+  arguments.insert(arguments.end(), {"--inverse", "--json"});
+  const double x = RunZu(arguments, input).Json()["points"][0]["x"];
+  EXPECT_NEAR(x, -9.5, 1e-12);
+  arguments.push_back("--library");
+  const double dQuick = RunZu(arguments, input).Json()["points"][0]["x"];
+  EXPECT_NEAR(dQuick, -9.5, 1e-3);
+  EXPECT_GT(std::fabs(dQuick + 9.5), 1e-12);
+  input.strInput = "1 1e6 1e6 0\n";  // beyond the image
+  arguments.pop_back();
+  EXPECT_EQ(RunZu(arguments, input).Json()["refused"], 1);
+}
+
 TEST(Camera, AdjustsThereAndBackAndWrites) {
   RunOptions input;
   input.strInput = "7 -0.7432187400000003 1.4388204599999998\n";
