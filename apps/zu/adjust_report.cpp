@@ -17,6 +17,7 @@ constexpr double kEllipse = 2.4477;  // radius of 95 % in standard deviations, s
 constexpr double kWidest = 6.0;      // end of the histogram, beyond in one bar [-]
 constexpr char kUsed[] = "stroke='#1f5fa8' stroke-width='1.3'";
 constexpr char kAside[] = "stroke='#c1272d' stroke-width='1.6'";
+constexpr char kLineStyle[] = "stroke='#777' stroke-width='0.8'";
 constexpr char kEllipseStyle[] = "stroke='#2b8a3e' stroke-width='1'";
 
 struct Extent {
@@ -59,6 +60,12 @@ class ViewFigure {
       x.Add(item.x);
       y.Add(item.y);
     }
+    for (const auto& line : m_view.lines) {
+      for (const auto& [u, v] : line.points) {
+        x.Add(u);
+        y.Add(v);
+      }
+    }
     const double dMargin = 0.08 * std::max(x.dHigh - x.dLow, y.dHigh - y.dLow);
     const double dWidth = kPlotWidth - 90.0;
     const double dAspect = (y.dHigh - y.dLow + 2.0 * dMargin) / (x.dHigh - x.dLow + 2.0 * dMargin);
@@ -75,6 +82,7 @@ class ViewFigure {
     const double dUnit = dFactor * plot.PixelsPerUnit();
     svg.Text(kLeft, 44.0, "error, drawn " + SvgNumber(dFactor) + " times as long", 12.0);
     ScaleBar(svg, kLeft + dWidth, 40.0, dUnit, m_strUnit);
+    DrawLines(svg, plot);
     Draw(svg, plot, dFactor, dWidth, dHeight);
     const double dFoot = dHeight + 116.0;
     svg.Text(kLeft, dFoot + 4.0, "space", 12.0);
@@ -92,6 +100,17 @@ class ViewFigure {
       if (item.bUsed && std::isfinite(d + dAxis)) lengths.push_back(std::max(d, dAxis));
     }
     return FactorFor(Quantile(std::move(lengths), 0.95), plot.PixelsPerUnit());
+  }
+
+  void DrawLines(Svg& svg, const SvgPlot& plot) const {
+    for (const auto& line : m_view.lines) {
+      if (line.points.empty()) continue;
+      std::vector<std::pair<double, double>> points;
+      for (const auto& [x, y] : line.points) points.emplace_back(plot.X(x), plot.Y(y));
+      svg.Polyline(points, kLineStyle);
+      if (m_view.lines.size() > kMostLabels) continue;
+      svg.Text(points[0].first + 4.0, points[0].second - 5.0, line.strLabel, 11.0);
+    }
   }
 
   void Draw(Svg& svg, const SvgPlot& plot, double dFactor, double dWidth, double dHeight) const {
@@ -128,7 +147,7 @@ std::string Views(const AdjustReport& report) {
     if (!view.items.empty()) strFigures += ViewFigure(view, report.strUnit).Figure();
   }
   if (strFigures.empty()) return "";
-  return Section("Residuals",
+  return Section(report.strViews,
                  "<p class='note'>Blue: points used; red: set aside; green: 95 % "
                  "ellipses in the scale of the errors; yellow: cut, with the length."
                  "</p>\n<div class='row'>\n" +
@@ -228,8 +247,8 @@ std::string Inputs(const AdjustReport& report) {
 
 std::string AdjustReportPage(const AdjustReport& report) {
   return HtmlPage(report.strTitle, report.strTitle, report.strVerdict,
-                  Facts(report) + Parameters(report) + Views(report) + Histogram(report) +
-                      Tables(report) + Inputs(report));
+                  Facts(report) + Parameters(report) + Views(report) + report.strSections +
+                      Histogram(report) + Tables(report) + Inputs(report));
 }
 
 }  // namespace cli

@@ -23,9 +23,16 @@ struct ReportView {
     bool bArrow = true;  // false: a point without a residual
     std::string strLabel;
   };
+  // A line in space, such as the pyramid of a camera; its label stands at the first point where
+  // there are few.
+  struct Line {
+    std::vector<std::pair<double, double>> points;
+    std::string strLabel;
+  };
   std::string strTitle, strAxisX, strAxisY;  // axes without the unit
   std::string strNote;                       // what arrows and ellipses are
   std::vector<Item> items;
+  std::vector<Line> lines = {};
 };
 
 struct AdjustReport {
@@ -44,8 +51,10 @@ struct AdjustReport {
   std::vector<std::pair<std::string, std::string>> facts;  // "sigma0" and its text
   std::string strParameters;                               // note on the parameters, a formula
   std::vector<Parameter> parameters;
-  std::vector<Table> tables;  // points, those set aside, others; in this order
+  std::vector<Table> tables;           // points, those set aside, others; in this order
+  std::string strViews = "Residuals";  // heading of the views
   std::vector<ReportView> views;
+  std::string strSections;                                  // HTML between views and histogram
   std::vector<double> w;                                    // standardised residuals
   double dLimit = std::numeric_limits<double>::infinity();  // of |w|
   std::string strTest;                                      // "w, a priori"

@@ -6,6 +6,7 @@
 #include "cmd_orient.h"
 #include "commands.h"
 #include "input_file.h"
+#include "network_page.h"
 #include "progress_line.h"
 #include "project_input.h"
 #include "text_table.h"
@@ -17,6 +18,7 @@ namespace {
 
 struct Values {
   std::string strProject, strControl, strApprox, strBars, strMeasurements, strOut, strPoints;
+  std::string strReport, strUnit = "object units";
   std::string strSigma = "0.1px", strEstimate = "none", strDatum = "control";
   double dAlpha = 0.001;
   bool bTest = false, bPartial = false, bCameraPerPhoto = false;
@@ -33,6 +35,20 @@ void CheckPhotos(const ZuNetworkOfProject& made) {
 void WarnOf(const ZuNetworkResult& result, const ZuNetworkOfProject& made, Context& context) {
   for (const std::string& strText : made.warnings) context.Warn(strText);
   for (const std::string& strText : result.warnings) context.Warn(strText);
+}
+
+// What was read, for the report.
+std::vector<std::pair<std::string, std::string>> Inputs(const Values& values) {
+  std::vector<std::pair<std::string, std::string>> inputs;
+  for (const auto& [szWhat, strFile] :
+       {std::pair<const char*, const std::string&>{"project", values.strProject},
+        {"control", values.strControl},
+        {"start positions", values.strApprox},
+        {"scale bars", values.strBars},
+        {"measurements", values.strMeasurements}}) {
+    if (!strFile.empty()) inputs.emplace_back(szWhat, strFile);
+  }
+  return inputs;
 }
 
 ExitCode Run(const Values& values, Context& context) {
@@ -80,6 +96,10 @@ ExitCode Run(const Values& values, Context& context) {
   if (!values.strPoints.empty()) {
     WriteAdjustedPoints(made, result, context.NewOutput(values.strPoints).Stream());
   }
+  if (!values.strReport.empty()) {
+    context.NewOutput(values.strReport).Stream() << NetworkReport(
+        {values.strUnit, values.strSigma, values.dAlpha, Inputs(values)}, made, result, project);
+  }
   if (!values.strOut.empty()) {
     ZuStoreNetwork(result, &project);
     project.Export(context.NewOutput(values.strOut).Stream());
@@ -121,6 +141,9 @@ Runner DefineAdjust(Options& options) {
                  "the project with adjusted orientations and cameras");
   options.Output("--points-out", "FILE", &pValues->strPoints,
                  "the points with standard deviations: id x y z dx dy dz");
+  options.Output("--report", "FILE", &pValues->strReport, "report, one HTML file");
+  options.Option("--unit", "TEXT", &pValues->strUnit,
+                 "unit of the object coordinates, for the report (\"mm\")");
   return [pValues](Context& context) { return Run(*pValues, context); };
 }
 

@@ -75,4 +75,26 @@ TEST(Report, GrowsNoMoreWithTheMeasurements) {
   EXPECT_NEAR(static_cast<double>(sized(6000)), static_cast<double>(sized(24000)), 20000.0);
 }
 
+// Observations set aside stand in the list; nothing that is no number stands anywhere.
+TEST(Report, OfANetworkTellsCamerasPointsAndWhatWasSetAside) {
+  const ScratchFolder folder;
+  const std::string strSample = Source("samples/network/");
+  const Outcome outcome =
+      RunZu({"adjust", strSample + "camcal.prj", "--control", strSample + "control_fixed.coo",
+             "--estimate", "c,xh,yh,a1,a2,a3,c1,c2", "--test", "--alpha", "0.0001", "--unit", "m",
+             "--report", folder.Path("r.html")});
+  ASSERT_LE(outcome.iExit, 1) << outcome.strErr;
+  const std::string strReport = ReadFile(folder.Path("r.html"));
+  for (const char* szNeeded :
+       {"21 photos, 100 points", "sigma0", "<h2>Network</h2>", "Plan, X and Y", "95 %",
+        "What the cameras&#39; models left", "Distortion of camera", "Photo 1,", "limit",
+        "The worst image points", "<h2>Points</h2>", "set aside: T"}) {
+    EXPECT_NE(strReport.find(szNeeded), std::string::npos) << szNeeded;
+  }
+  for (const char* szForbidden : {"nan", "inf,", "<script", "src=", "href="}) {
+    EXPECT_EQ(strReport.find(szForbidden), std::string::npos) << szForbidden;
+  }
+  EXPECT_LT(strReport.size(), 500000U);
+}
+
 }  // namespace

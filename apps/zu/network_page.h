@@ -1,0 +1,25 @@
+// The report of an adjusted network, one HTML file.
+#pragma once
+
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "zu/adjust/network_project.h"
+
+class ZuProject;
+
+namespace cli {
+
+struct NetworkPage {
+  std::string strUnit;   // of the object coordinates
+  std::string strSigma;  // of an image coordinate, "0.1px"
+  double dAlpha = 0.001;
+  std::vector<std::pair<std::string, std::string>> inputs;  // "project" and its file
+};
+
+// `project` tells the frames of the images; `result` is good.
+std::string NetworkReport(const NetworkPage& page, const ZuNetworkOfProject& made,
+                          const ZuNetworkResult& result, const ZuProject& project);
+
+}  // namespace cli
