@@ -148,6 +148,11 @@ class ZU_API ZuProject : public LinkHdl {
   int ReadMeasuredRows(ZuReaderObject* pObject);
   int ReadObjectPoints(ZuReaderObject* pObject);
   ZuProjectItem* ItemAt(ZuReaderObject* pObject);
+  struct KeptRecord {
+    ZuProjectItem* pItem;  // null where the look at the text saw none
+    ZuListnode* pRecord;
+  };
+  static int Keep(const KeptRecord& kept);
   void MakeItems();
   long OnUnknown(ZuReader* pReader);
   long OnFault(ZuReader* pReader);

@@ -105,31 +105,25 @@ ZuProjectItem* ZuProject::ItemAt(ZuReaderObject* pObject) {
   return &*item;
 }
 
+// The item is looked up before the record is read.
 int ZuProject::ReadPhoto(ZuReaderObject* pObject) {
-  ZuProjectItem* const pItem = ItemAt(pObject);
-  ZuListnode* const pRecord = m_Photos.AddPhoto(pObject);
-  if (pItem != nullptr) pItem->m_pRecord = pRecord;
-  return 1;
+  return Keep({ItemAt(pObject), m_Photos.AddPhoto(pObject)});
 }
 
 int ZuProject::ReadOrthoPhoto(ZuReaderObject* pObject) {
-  ZuProjectItem* const pItem = ItemAt(pObject);
-  ZuListnode* const pRecord = m_OrthoPhotos.AddPhoto(pObject);
-  if (pItem != nullptr) pItem->m_pRecord = pRecord;
-  return 1;
+  return Keep({ItemAt(pObject), m_OrthoPhotos.AddPhoto(pObject)});
 }
 
 int ZuProject::ReadCamera(ZuReaderObject* pObject) {
-  ZuProjectItem* const pItem = ItemAt(pObject);
-  ZuListnode* const pRecord = m_Cameras.AddCamera(pObject, true);
-  if (pItem != nullptr) pItem->m_pRecord = pRecord;
-  return 1;
+  return Keep({ItemAt(pObject), m_Cameras.AddCamera(pObject, true)});
 }
 
 int ZuProject::ReadPlane(ZuReaderObject* pObject) {
-  ZuProjectItem* const pItem = ItemAt(pObject);
-  ZuListnode* const pRecord = m_Planes.AddPlane(pObject);
-  if (pItem != nullptr) pItem->m_pRecord = pRecord;
+  return Keep({ItemAt(pObject), m_Planes.AddPlane(pObject)});
+}
+
+int ZuProject::Keep(const KeptRecord& kept) {
+  if (kept.pItem != nullptr) kept.pItem->m_pRecord = kept.pRecord;
   return 1;
 }
 
