@@ -43,10 +43,11 @@ void CheckCloud(const char* szPath, ZuFindingList* pFindings) {
 // Appends the findings of one file, under the name that the caller gave.
 void CheckInput(const std::string& strPath, const Values& values, ZuFindingList* pFindings) {
   ZuFindingList found;
-  std::string strName = strPath;
+  std::string strName = strPath, strRead = strPath;
   try {
     const InputFile file(strPath, "a file to check");
     strName = file.Name();
+    strRead = file.Path();
     const char* const szPath = file.Path().c_str();
     if (!ZuCheckFile(szPath, ParseColumns(values.strColumns), &found)) CheckCloud(szPath, &found);
   } catch (const CommandError& error) {
@@ -56,7 +57,7 @@ void CheckInput(const std::string& strPath, const Values& values, ZuFindingList*
     found.Add({strName, 0, 0, eZuSeverityError, "", strText, ""});
   }
   for (ZuFinding finding : found) {
-    finding.m_strFile = strName;
+    if (finding.m_strFile.empty() || finding.m_strFile == strRead) finding.m_strFile = strName;
     pFindings->Add(std::move(finding));
   }
 }

@@ -7,6 +7,7 @@
 
 #include "tests/support/temp_file.h"
 #include "tests/support/test.h"
+#include "zu/project/project.h"
 
 namespace {
 
@@ -34,6 +35,15 @@ constexpr char kProject[] =
 constexpr char kCameras[] =
     "CAMERA { ID 1 C 35 A1 0.1 R0 12 }\nCAMERA { ID 2 C 50 A1 0.1 R0 12 }\n";
 constexpr char kPoints[] = "1 10.5 20 30\n2 11.5 21 30\n3 12.5 22 31\n4 13.5 23 31\n5 14 24 31\n";
+
+constexpr char kReseau[] =
+    "\"left camera\"\n{ -3.3 -2.5 3.3 2.5 }\n{ 0.5 -2.5 3.3 -2 }\n{ 11 -3.1 2.3 2 }\n{ 12 3.1 2.3 "
+    "2 }\n";
+constexpr char kDigitalCamera[] =
+    "{ \"A\" 1 \"left\" 640 480 6.336 4.752 }\n{ \"A\" 2 \"right\" 640 480 6.336 4.752 }\n";
+constexpr char kGsi[] =
+    "110001+00000101 21.322+12345678 22.322+10000000 81..00+01000000 82..00+02000000\n"
+    "110002+00000102 21.322+00045678 22.322+09900000 81..00+01003000 82..00+02001000\n";
 
 struct Fault {
   const char *szOld, *szNew;  // one edit, at the first place of szOld
@@ -102,6 +112,9 @@ TEST(Check, TellsTheOneFaultOfAProject) {
        {"0 479.5 0 -1", "0 0 0 1", "6:3: warning: y is counted the other way", "sign"},
        {"PRERESTRAFO { 2", "PRERESTRAFO { 9", "6:17: error: PRERESTRAFO: type 9", "2 affine"},
        {"-2.376 0 }", "-2.376 }", "7:3: error: MAINRESTRAFO has 3 of 4", "all 4"},
+       {"STATE 0", "DIGITALROT 90", "3:13: warning: 90 is no number of quarter turns", "0 to 3"},
+       {"AORV {", "ZUSPPLANE { ZUSPID 1 \"f\" PARALLELDEF { DEFLIN { 1 } } } AORV {",
+        "9:42: warning: unknown keyword DEFLIN", "DEFLINE"},
        {"STATE 0", "RESEAUSUBID 1", "3:13: warning: photo 1 names no reseau", "RESEAUFILE"},
        {"ORIENTED 1", "ORIENTED yes", "3:30: error: \"yes\" is no whole number", "whole number"},
        {" 3 50 1 0", " 2 50 1 0", "22:2: warning: point 2 stands twice", "one row"},
@@ -124,6 +137,96 @@ TEST(Check, TellsTheOneFaultOfACameraOrCoordinateFile) {
                 {"4 13.5", "3 13.5", "4:1: warning: point 3 stands twice, first in line 3", "one"},
                 {"12.5", "12500000", "3:1: warning: point 3 lies some hundred times", "unit"},
                 {"4 13.5", "-4 13.5", "4:1: ", "a whole number from 1"}});
+}
+
+TEST(Check, TellsTheOneFaultOfAReseauOrGsiFile) {
+  ExpectFaults(
+      kReseau, ".txt",
+      {{"-3.3 -2.5", "-3,3 -2.5", "2:3: error: \"-3,3\" is no number", "-3.3"},
+       {"3.1 2.3 2 }\n{ 12", "3.1 2.3 }\n{ 12", "4:1: error: the block ends after 3", "more"},
+       {"{ 12", "{ 11", "5:1: warning: cross 11 stands twice, first in line 4", "one"},
+       {"2.3 2 }\n", "2.3 2 }\nx ", "5:1: error: \"x\" stands here", "a block { ... }"}});
+  ExpectFaults(
+      kDigitalCamera, ".txt",
+      {{"640 480 6.336 4.752 }\n{", "640 48O 6.336 4.752 }\n{",
+        "1:20: error: \"48O\" is no whole number", "whole number"},
+       {"6.336 4.752 }\n{", "6336 4752 }\n{", "1:1: warning: the sensor does not fit", "mm"},
+       {"\"A\" 2", "\"A\" 1", "2:1: warning: A 1 stands twice, first in line 1", "sub id"},
+       {"\"right\" 640 480 6.336 4.752 }", "\"right\" 640",
+        "2:1: error: the file ends inside { ... }", "whole file"}});
+  ExpectFaults(kGsi, ".gsi",
+               {{"+00000102", "*00000102", "2:1: warning: ", "a word such as"},
+                {"21.322+00045678", "21.323+00045678",
+                 "2:17: warning: an angle in degrees (unit 3)", "unit 2"},
+                {"22.322+09900000", "22.322+40100000",
+                 "2:33: warning: an angle beyond a full circle", "2 gon, 3 degrees"}});
+}
+
+// A rotation made of angles in gon that were taken as degrees does not fit what was measured.
+TEST(Check, TellsRotationsOfAnglesInTheWrongUnit) {
+  std::istringstream stream(kProject);
+  ZuProject project;
+  project.Read(stream);
+  ZuPhoto& photo = *project.PhotoList().First();
+  project.ObjectPoints().Destroy();
+  project.Measurements(1).Destroy();
+  const double adAngles[] = {0.4, -2.5, 3.1};
+  const auto turn = [&](double dFactor) {
+    photo.SetRotAOR(adAngles[0] * dFactor, adAngles[1] * dFactor, adAngles[2] * dFactor);
+  };
+  turn(1.0);
+  for (unsigned u = 1; u <= 4; ++u) {
+    project.Measurements(1).Add(ZuPoint(u, 100.0 * u, u % 2 == 0 ? 60.0 : 400.0));
+    ZuPoint image = *project.Measurements(1).Last();
+    photo.ConvertBiko(&image, eDigiToBiko);
+    photo.ConvertBiko(&image, eBikoToAdjusted);
+    ZuPoint object(u, 0.0, 0.0);
+    photo.CalcRayEndPoint(&object, &image, 10.0 + u);
+    project.ObjectPoints().Add(object);
+  }
+  const auto findings = [&](double dFactor) {
+    turn(dFactor);
+    std::ostringstream os;
+    project.Export(os);
+    return Lines(TempFile(os.str(), ".prj").Path());
+  };
+  EXPECT_TRUE(findings(1.0).empty());
+  EXPECT_TRUE(findings(0.5).empty());
+  for (const double dFactor : {0.9, 10.0 / 9.0}) {
+    const auto lines = findings(dFactor);
+    ASSERT_EQ(lines.size(), 1u);
+    EXPECT_NE(lines[0].find(dFactor < 1.0 ? "are degrees in place of gon" : "are gon in place of"),
+              std::string::npos)
+        << lines[0];
+  }
+}
+
+TEST(Check, LooksReseausUpBesideTheProject) {
+  namespace fs = std::filesystem;
+  const fs::path folder = fs::path(TempFile().Path()).string() + ".d";
+  fs::create_directory(folder);
+  const auto lines = [&](const char* szName, const std::string& strReseau) {
+    std::ofstream(folder / "a.prj") << Edited(
+        kProject, {"STATE 0", (std::string("STATE 0 RESEAUFILE ") + szName).c_str(), "", ""});
+    std::ofstream(folder / "b.txt") << strReseau;
+    ZuFindingList findings;
+    ZuCheckFile((folder / "a.prj").c_str(), &findings);
+    std::string strLines;
+    for (const ZuFinding& finding : findings) {
+      strLines += GetZuFindingLine(finding).substr(folder.string().size() + 1) + '\n';
+    }
+    return strLines;
+  };
+  EXPECT_EQ(lines("\"a\" RESEAUSUBID 2", kDigitalCamera), "");
+  EXPECT_EQ(lines("\"b.txt\"", kReseau), "");
+  EXPECT_EQ(lines("\"B\"", "not one"), "");
+  EXPECT_EQ(
+      lines("\"B\"", kDigitalCamera),
+      "a.prj:3:21: warning: no reseau \"B\" in the reseau files beside the project; \"A\" with "
+      "RESEAUSUBID 1 or \"A\" with RESEAUSUBID 2 would be right\n");
+  EXPECT_EQ(lines("\"A\" RESEAUSUBID 1", Edited(kDigitalCamera, {"\"right\"", "right", "", ""})),
+            "b.txt:2:9: error: \"right\" is no \"text\"; a \"text\" would be right\n");
+  fs::remove_all(folder);
 }
 
 // The samples, and good files written in other ways.

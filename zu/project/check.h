@@ -18,7 +18,8 @@
 class ZuProject;
 
 // Adds the findings of a file, whose kind is told by its content: project, camera file, reseau and
-// digital camera file, planes, coordinates. The columns are those of a coordinate file. False, and
+// digital camera file, planes, GSI file, coordinates. Of a project those of the reseau files beside
+// it, too, where its photos name one. The columns are those of a coordinate file. False, and
 // no finding, for a file of another kind, such as a cloud. Sorted by place; time grows with the
 // size.
 ZU_API bool ZuCheckFile(const char* szPath, const TZuFormatTable<eZuPointRWMask>& columns,
@@ -30,7 +31,8 @@ ZU_API bool ZuCheckFile(const char* szPath, ZuFindingList* pFindings);
 //
 // A project that was read: what its reading found, ids that stand twice, references that lead
 // nowhere, cameras, orientations and pixels that are not plausible, coordinates of another unit
-// than the others. Images are looked for in strFolder; where none of them is there they are taken
+// than the others, rotations whose angles were taken as gon in place of degrees or the other way.
+// Images and reseau files are looked for in strFolder; where none of them is there they are taken
 // to lie elsewhere. Empty: not looked for.
 ZU_API void ZuCheckProject(const ZuProject& project, const std::string& strFile,
                            const std::string& strFolder, ZuFindingList* pFindings);

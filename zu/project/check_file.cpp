@@ -5,10 +5,10 @@
 #include <vector>
 
 #include "zu/photo/detect_files.h"
-#include "zu/photo/reseau_file.h"
 #include "zu/points/read_coordinates.h"
 #include "zu/project/camera_file.h"
 #include "zu/project/check.h"
+#include "zu/project/internal/check_kinds.h"
 #include "zu/project/internal/plausible.h"
 #include "zu/project/internal/text_reader.h"
 #include "zu/project/project.h"
@@ -32,19 +32,6 @@ std::size_t CharacterLength(std::string_view text, std::size_t u) {
     if ((byte(u + i) & 0xC0U) != 0x80) return 0;
   }
   return uLength;
-}
-
-void CheckReseau(const char* szPath, ZuFindingList* pFindings) {
-  ZuReseaufileList formats;
-  formats.ReadReseauFile(szPath);
-  for (int i = 0; i < formats.GetReadErrorCount(); ++i) {
-    pFindings->Add({szPath, formats.GetReadErrorLine(i), 0, eZuSeverityError, "",
-                    "cannot be read on",
-                    "\"comment\" { x1 y1 x2 y2 } { x1 y1 x2 y2 } { id x y code } ..."});
-  }
-  if (formats.IsEmpty() && formats.GetReadErrorCount() == 0) {
-    pFindings->Add({szPath, 0, 0, eZuSeverityError, "", "no format in the file", "one"});
-  }
 }
 
 // A plane, { id "name" A B C D }, looks like a camera of the simple form but for its second value.
@@ -89,7 +76,9 @@ void CheckCoordinates(const char* szPath, const Columns& columns, ZuFindingList*
   zu::internal::CheckUnits(placed, szPath, "point", pFindings);
 }
 
+// Empty for a pipe, beside which nothing lies.
 std::string FolderOf(const std::string& strPath) {
+  if (strPath.rfind("/proc/", 0) == 0 || strPath.rfind("/dev/", 0) == 0) return "";
   const std::size_t uSlash = strPath.find_last_of('/');
   return uSlash == strPath.npos ? "." : strPath.substr(0, uSlash + 1);
 }
@@ -144,7 +133,9 @@ bool ZuCheckFile(const char* szPath, const Columns& columns, ZuFindingList* pFin
     cameras.Read(szPath);
     for (const ZuFinding& finding : cameras.GetFindings()) pFindings->Add(finding);
   } else if (eKind == eZuvoFileReseau || eKind == eZuvoFileDigitalCamera) {
-    CheckReseau(szPath, pFindings);
+    zu::internal::CheckReseau(strText, szPath, eKind == eZuvoFileDigitalCamera, pFindings);
+  } else if (eKind == eZuvoFileGsi) {
+    zu::internal::CheckGsi(szPath, strText, pFindings);
   } else if (eKind == eZuvoFileCoordinate || eKind == eZuvoFileUnknown) {
     CheckCoordinates(szPath, columns, pFindings);
   } else {

@@ -8,6 +8,7 @@
 #include "zu/numerics/rotation_defect.h"
 #include "zu/photo/photo_view.h"
 #include "zu/project/check.h"
+#include "zu/project/internal/check_kinds.h"
 #include "zu/project/internal/plausible.h"
 #include "zu/project/project.h"
 
@@ -40,6 +41,13 @@ class ProjectCheck {
       CheckOrientation(*p, *pBlock);
       CheckCamera(*p, *pBlock);
       CheckReseau(*p, *pBlock);
+      CheckQuarterTurns(*p, *pBlock);
+    }
+    for (const ZuProjectItem& item : m_project.GetItems()) {
+      if (item.m_pBlock == nullptr || item.m_pBlock->m_strKeyword != "ORTHOPHOTO") continue;
+      if (const auto* p = dynamic_cast<const ZuOrthoPhoto*>(item.m_pRecord)) {
+        CheckQuarterTurns(*p, *item.m_pBlock);
+      }
     }
     CheckPixelAxes();
     for (const ZuProjectItem& item : m_project.GetItems()) {
@@ -48,6 +56,10 @@ class ProjectCheck {
       if (item.m_pBlock->m_strKeyword == "POINTS") CheckDoubled(*item.m_pBlock, "point ", "");
     }
     CheckPositions();
+    zu::internal::CheckAngleUnits(m_project, m_strFile, &m_findings);
+    if (!strFolder.empty()) {
+      zu::internal::CheckReseauNames(m_project, m_strFile, strFolder, &m_findings);
+    }
   }
 
  private:
@@ -176,6 +188,12 @@ class ProjectCheck {
     if (!block.Has("RESEAUSUBID") || block.Has("RESEAUFILE")) return;
     Warn(block.PlaceOf("RESEAUSUBID"), "RESEAUSUBID", Name(photo) + " names no reseau",
          "RESEAUFILE \"name\"");
+  }
+
+  void CheckQuarterTurns(const ZuPhoto& photo, const ZuKeywordBlock& block) {
+    if (photo.GetDigPictRot() >= 0 && photo.GetDigPictRot() <= 3) return;
+    Warn(block.PlaceOf("DIGITALROT"), "DIGITALROT",
+         std::to_string(photo.GetDigPictRot()) + " is no number of quarter turns", "0 to 3");
   }
 
   void CheckDoubled(const ZuKeywordBlock& block, const std::string& strWhat,

@@ -39,6 +39,13 @@ const KeywordRule* FindRule(const KeywordRule* pRules, std::string_view keyword)
   return nullptr;
 }
 
+const KeywordRule* UnnamedRule(const KeywordRule* pRules, std::size_t uBefore) {
+  const KeywordRule* pRule = FindRule(pRules, "");
+  if (pRule == nullptr) return nullptr;
+  for (; uBefore > 0 && FindRule(pRule + 1, "") == pRule + 1; --uBefore) ++pRule;
+  return pRule;
+}
+
 const KeywordRule* NearestRule(const KeywordRule* pRules, const ZuKeywordBlock& block,
                                std::string_view written) {
   const KeywordRule* pNearest = nullptr;

@@ -16,7 +16,9 @@ namespace zu::internal {
 //   F  plane transformation: type and coefficients                G  its older form
 //   (unn)  any number of rows, each on a line of its own
 //   *  anything; what begins as a number must be one
-// A keyword's values may stand in braces or not. The keyword "" is a block without keyword.
+// A keyword's values may stand in braces or not. The keyword "" is a block without keyword; of
+// several such rules the first is that of the first block, the last that of all further ones. The
+// keyword "\"" is a text in front of the first block.
 struct KeywordRule {
   const char* szKeyword;
   const char* szValues;                 // null for a block of keywords
@@ -27,9 +29,16 @@ struct KeywordRule {
 const KeywordRule* ProjectRules();
 // CAMERA blocks, and { id c xh yh a1 a2 r0 "name" } blocks.
 const KeywordRule* CameraFileRules();
+// "comment" { x1 y1 x2 y2 } { x1 y1 x2 y2 } { id x y code } ...
+const KeywordRule* ReseauRules();
+// { "type" sub-id "comment" pixels-x pixels-y sensor-x sensor-y } ...
+const KeywordRule* DigitalCameraRules();
 
 // The rule of a keyword; null without.
 const KeywordRule* FindRule(const KeywordRule* pRules, std::string_view keyword);
+
+// The rule of a block without keyword that stands behind uBefore others; null without.
+const KeywordRule* UnnamedRule(const KeywordRule* pRules, std::size_t uBefore);
 
 // The rule that an unknown keyword is spelt nearly like: one letter off, two where it is long.
 // Blocks may stand several times; other keywords that the block has are not meant. Null without.

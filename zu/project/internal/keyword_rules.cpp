@@ -92,9 +92,15 @@ constexpr KeywordRule kProject[] = {{"PHOTO", nullptr, kPhoto, true},
 
 constexpr KeywordRule kCameraFile[] = {{"CAMERA", nullptr, kCamera}, {"", kCameraFileRow}, kEnd};
 
+constexpr KeywordRule kReseau[] = {{"\"", "t"}, {"", "nnnn"}, {"", "nnnn"}, {"", "knni"}, kEnd};
+
+constexpr KeywordRule kDigitalCamera[] = {{"", "t i t ii nn"}, kEnd};
+
 }  // namespace
 
 const KeywordRule* ProjectRules() { return kProject; }
 const KeywordRule* CameraFileRules() { return kCameraFile; }
+const KeywordRule* ReseauRules() { return kReseau; }
+const KeywordRule* DigitalCameraRules() { return kDigitalCamera; }
 
 }  // namespace zu::internal

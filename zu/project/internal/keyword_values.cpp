@@ -37,6 +37,10 @@ const char* NameOf(char cKind) {
   }
 }
 
+std::string WhatOf(const KeywordRule& rule) {
+  return rule.szKeyword[0] != 0 ? rule.szKeyword : "the block";
+}
+
 // What would be right in the place of a word that should be a number.
 std::string RightNumber(char cKind, std::string_view text) {
   std::string strPoint(text);
@@ -138,7 +142,7 @@ bool KeywordWalk::Pattern(const KeywordRule& rule, Place place, ZuKeywordBlock* 
         if (bOptional) break;
         if (m_eType == eZuTokenEof) return false;
         Error(place, rule.szKeyword,
-              std::string(rule.szKeyword) + " ends after " + std::to_string(iGiven) +
+              WhatOf(rule) + " ends after " + std::to_string(iGiven) +
                   (iGiven == 1 ? " value" : " values"),
               std::string(NameOf(*p)) + " more");
         return false;

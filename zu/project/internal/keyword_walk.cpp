@@ -1,6 +1,7 @@
 #include "zu/project/internal/keyword_walk.h"
 
 #include <algorithm>
+#include <cctype>
 #include <cstring>
 
 #include "zu/foundation/number_text.h"
@@ -113,6 +114,13 @@ void KeywordWalk::GiveBehind(const ZuFileComment& whose, Comments* pComments) {
 // A text that the end of the file leaves open is cut, and told as that.
 bool KeywordWalk::IsLastLine() { return m_stream.peek() == std::istream::traits_type::eof(); }
 
+bool KeywordWalk::HasKeywords() const {
+  const KeywordRule* p = m_pRules;
+  while (p->szKeyword != nullptr && std::isalpha(static_cast<unsigned char>(*p->szKeyword)) == 0)
+    ++p;
+  return p->szKeyword != nullptr;
+}
+
 bool KeywordWalk::IsKeyword() const {
   return m_eType == eZuTokenKeyword && FindRule(m_pRules, m_text) != nullptr;
 }
@@ -134,16 +142,13 @@ void KeywordWalk::Items(const KeywordRule* pRules, ZuKeywordBlock* pBlock, bool 
     if (m_eType == eZuTokenBlockClose) {
       Error(m_place, "", "a } without its {", "one } for each {");
       Next();
-    } else if (m_eType == eZuTokenKeyword) {
+    } else if (m_eType == eZuTokenKeyword && HasKeywords()) {
       Item(pBlock, bTop, &counts);
-    } else if (const KeywordRule* pRule = FindRule(pRules, "");
-               pRule != nullptr && m_eType == eZuTokenBlockOpen) {
-      m_result.m_bKnown = true;
-      ZuKeywordBlock item;
-      item.m_uLine = m_place.uLine;
-      item.m_uColumn = m_place.uColumn;
-      item.m_uToken = m_parser.GetStatus().m_uTokenCount;
-      if (Values(*pRule, &item, &item)) pBlock->m_blocks.push_back(std::move(item));
+    } else if (m_eType == eZuTokenBlockOpen && FindRule(pRules, "") != nullptr) {
+      UnnamedItem(pBlock);
+    } else if (m_eType == eZuTokenString && FindRule(pRules, "\"") != nullptr &&
+               pBlock->m_blocks.empty()) {
+      Next();
     } else {
       Stray();
     }
@@ -185,6 +190,21 @@ void KeywordWalk::Item(ZuKeywordBlock* pBlock, bool bTop, Counts* pCounts) {
   m_bCut = false;
 }
 
+// A block without keyword.
+void KeywordWalk::UnnamedItem(ZuKeywordBlock* pBlock) {
+  m_result.m_bKnown = true;
+  ZuKeywordBlock item;
+  item.m_uLine = m_place.uLine;
+  item.m_uColumn = m_place.uColumn;
+  item.m_uToken = m_parser.GetStatus().m_uTokenCount;
+  const Place place = m_place;
+  if (Values(*UnnamedRule(m_pRules, pBlock->m_blocks.size()), &item, &item)) {
+    pBlock->m_blocks.push_back(std::move(item));
+  }
+  if (m_bCut) Error(place, "", "the file ends inside { ... }", "the whole file");
+  m_bCut = false;
+}
+
 void KeywordWalk::UnknownItem(ZuKeywordBlock* pBlock) {
   const KeywordRule* pMeant = NearestRule(m_pRules, *pBlock, m_text);
   ZuUnknownKeyword word;
@@ -220,8 +240,10 @@ void KeywordWalk::SkipUnknownValue() {
 // What stands where a keyword should.
 void KeywordWalk::Stray() {
   const bool bBlock = m_eType == eZuTokenBlockOpen;
-  Error(m_place, "", (bBlock ? "a block" : ZuQuoted(m_text)) + " stands here", "a keyword");
+  Error(m_place, "", (bBlock ? "a block" : ZuQuoted(m_text)) + " stands here",
+        HasKeywords() ? "a keyword" : "a block { ... }");
   if (bBlock) return SkipBlock();
+  Next();
   while (!IsEnd() && m_eType != eZuTokenKeyword && m_eType != eZuTokenBlockOpen) Next();
 }
 
@@ -248,7 +270,8 @@ void KeywordWalk::SkipToBlockEnd() {
 void KeywordWalk::EndOfBlock(const KeywordRule& rule) {
   if (!IsEnd()) {
     Add(eZuSeverityWarning, m_place, rule.szKeyword,
-        std::string(rule.szKeyword) + ": further values, from " + ZuQuoted(m_text) + " on, dropped",
+        (rule.szKeyword[0] != 0 ? std::string(rule.szKeyword) + ": " : "") +
+            "further values, from " + ZuQuoted(m_text) + " on, dropped",
         "");
     SkipToBlockEnd();
   }

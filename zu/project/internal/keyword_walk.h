@@ -38,7 +38,8 @@ class KeywordWalk {
   void Next(bool bTell = true);
   bool IsEnd() const { return m_eType == eZuTokenEof || m_eType == eZuTokenBlockClose; }
   bool IsLastLine();
-  bool IsKeyword() const;  // of the present block
+  bool IsKeyword() const;    // of the present block
+  bool HasKeywords() const;  // the present block
   size_t LineStart() const { return m_lineStarts[m_place.uLine - 1]; }
 
   // How often each keyword stands in a block.
@@ -46,6 +47,7 @@ class KeywordWalk {
 
   void Items(const KeywordRule* pRules, ZuKeywordBlock* pBlock, bool bTop);
   void Item(ZuKeywordBlock* pBlock, bool bTop, Counts* pCounts);
+  void UnnamedItem(ZuKeywordBlock* pBlock);
   void UnknownItem(ZuKeywordBlock* pBlock);
   void SkipUnknownValue();
   void Stray();
