@@ -1,6 +1,8 @@
 #include "html_table.h"
 
+#include <algorithm>
 #include <cstdio>
+#include <numeric>
 #include <utility>
 
 #include "svg.h"
@@ -8,6 +10,8 @@
 namespace cli {
 
 namespace {
+
+constexpr size_t kNarrow = 24;  // characters of all columns that a narrow screen has room for
 
 // Text as the content of a style sheet's string: whatever could end it is written as a number.
 std::string CssText(const std::string& strText) {
@@ -26,19 +30,24 @@ std::string CssText(const std::string& strText) {
 }  // namespace
 
 HtmlTable::HtmlTable(const char* szId, std::vector<Column> columns)
-    : m_strId(szId), m_columns(std::move(columns)) {}
+    : m_strId(szId), m_columns(std::move(columns)), m_longest(m_columns.size(), 0) {}
 
 void HtmlTable::AddRow(const std::vector<std::string>& cells, bool bTotal) {
   m_strRows += bTotal ? "<tr class='all'>" : "<tr>";
   for (size_t i = 0; i < m_columns.size(); ++i) {
     m_strRows += m_columns[i].bLeft ? "<td class='l'>" : "<td>";
     m_strRows += (i < cells.size() ? XmlText(cells[i]) : "-") + "</td>";
+    // Names and paths may be broken anywhere.
+    if (i < cells.size() && !m_columns[i].bLeft) {
+      m_longest[i] = std::max(m_longest[i], cells[i].size());
+    }
   }
   m_strRows += "</tr>\n";
 }
 
 std::string HtmlTable::Html() const {
-  const bool bWide = m_columns.size() > 4;
+  const bool bWide = m_columns.size() > 4 ||
+                     std::accumulate(m_longest.begin(), m_longest.end(), size_t{0}) > kNarrow;
   std::string strHead, strTitles;
   for (size_t i = 0; i < m_columns.size(); ++i) {
     strHead +=

@@ -25,6 +25,7 @@ class HtmlTable {
   std::string m_strId;
   std::vector<Column> m_columns;
   std::string m_strRows;
+  std::vector<size_t> m_longest;  // cell of each column
 };
 
 // The style of all tables, for the page's <style>.

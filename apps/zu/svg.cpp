@@ -27,6 +27,42 @@ std::string Pixel(double d, double dSteps = 100.0) {
 
 std::string Tenth(double d) { return Pixel(d, 10.0); }
 
+constexpr double kGrouped = 1e5;      // from which a number is written in groups of digits
+constexpr double kMostDigits = 1e15;  // beyond, a power of ten is shorter
+constexpr double kFinestStep = 1e-9;  // of labels that are written without a power of ten
+constexpr int kLongest = 6;           // digits of a label without an offset
+
+// With thin spaces between groups of three digits before the point, from five digits on.
+std::string Grouped(double d, int iDecimals) {
+  char buffer[64];
+  const double dRounded = d == 0.0 ? 0.0 : d;
+  const auto result =
+      std::to_chars(buffer, buffer + sizeof buffer, dRounded, std::chars_format::fixed, iDecimals);
+  std::string strText(buffer, result.ptr);
+  if (strText.find_first_of("123456789") == std::string::npos && strText[0] == '-') {
+    strText.erase(0, 1);
+  }
+  const size_t uFirst = strText[0] == '-' ? 1 : 0;
+  const size_t uPoint = std::min(strText.find('.'), strText.size());
+  if (uPoint - uFirst < 5) return strText;
+  for (size_t u = uPoint; u > uFirst + 3;) {
+    u -= 3;
+    strText.insert(u, "\u2009");
+  }
+  return strText;
+}
+
+// Of UTF-8.
+size_t Characters(const std::string& strText) {
+  return static_cast<size_t>(
+      std::count_if(strText.begin(), strText.end(), [](char c) { return (c & 0xC0) != 0x80; }));
+}
+
+std::string BeforeUnit(std::string strTitle, const std::string& strText) {
+  const size_t uUnit = std::min(strTitle.rfind(" ["), strTitle.size());
+  return strTitle.insert(uUnit, strText);
+}
+
 std::string Attribute(const char* szName, double d) {
   return std::string(" ") + szName + "='" + Pixel(d) + "'";
 }
@@ -171,22 +207,29 @@ double SvgPlot::PixelsPerUnit() const { return m_dWidth / (m_x.dHigh - m_x.dLow)
 void SvgPlot::DrawFrame(const std::string& strTitle, const std::string& strTitleX,
                         const std::string& strTitleY) {
   const double dBottom = m_dTop + m_dHeight, dRight = m_dLeft + m_dWidth;
-  for (const double x : SvgTicks(m_x.dLow, m_x.dHigh, static_cast<int>(m_dWidth / 70.0))) {
+  const auto ticksX = SvgTicks(m_x.dLow, m_x.dHigh, static_cast<int>(m_dWidth / 70.0));
+  const SvgTickLabels labelsX(ticksX);
+  for (size_t i = 0; i < ticksX.size(); ++i) {
+    const double x = ticksX[i];
     m_svg.Line(X(x), m_dTop, X(x), dBottom, x == 0.0 ? kZero : kGrid);
-    m_svg.Text(X(x), dBottom + 16.0, SvgNumber(x), kTickSize, "middle");
+    m_svg.Text(X(x), dBottom + 16.0, labelsX.texts[i], kTickSize, "middle");
   }
-  double dWidest = 0.0;
-  for (const double y : SvgTicks(m_y.dLow, m_y.dHigh, static_cast<int>(m_dHeight / 50.0))) {
+  size_t uWidest = 0;
+  const auto ticksY = SvgTicks(m_y.dLow, m_y.dHigh, static_cast<int>(m_dHeight / 50.0));
+  const SvgTickLabels labelsY(ticksY);
+  for (size_t i = 0; i < ticksY.size(); ++i) {
+    const double y = ticksY[i];
     m_svg.Line(m_dLeft, Y(y), dRight, Y(y), y == 0.0 ? kZero : kGrid);
-    m_svg.Text(m_dLeft - 6.0, Y(y) + 4.0, SvgNumber(y), kTickSize, "end");
-    dWidest = std::max(dWidest, static_cast<double>(SvgNumber(y).size()));
+    m_svg.Text(m_dLeft - 6.0, Y(y) + 4.0, labelsY.texts[i], kTickSize, "end");
+    uWidest = std::max(uWidest, Characters(labelsY.texts[i]));
   }
   m_svg.Rect(m_dLeft, m_dTop, m_dWidth, m_dHeight, kFrame);
   m_svg.Text(m_dLeft + 0.5 * m_dWidth, m_dTop - 10.0, strTitle, kTitleSize, "middle", 0.0,
              "fill='#111' font-weight='bold'");
-  m_svg.Text(m_dLeft + 0.5 * m_dWidth, dBottom + 36.0, strTitleX, kAxisSize, "middle");
-  m_svg.Text(m_dLeft - 18.0 - 7.0 * dWidest, m_dTop + 0.5 * m_dHeight, strTitleY, kAxisSize,
-             "middle", -90.0);
+  m_svg.Text(m_dLeft + 0.5 * m_dWidth, dBottom + 36.0, BeforeUnit(strTitleX, labelsX.strOffset),
+             kAxisSize, "middle");
+  m_svg.Text(m_dLeft - 18.0 - 7.0 * static_cast<double>(uWidest), m_dTop + 0.5 * m_dHeight,
+             BeforeUnit(strTitleY, labelsY.strOffset), kAxisSize, "middle", -90.0);
 }
 
 double SvgRoundDown(double d) {
@@ -219,10 +262,31 @@ std::string Significant(double d) {
 
 std::string SvgNumber(double d) {
   if (!std::isfinite(d)) return "-";
+  if (std::fabs(d) >= kGrouped && std::fabs(d) < kMostDigits) return Grouped(d, 0);
   char buffer[32];
   const auto result = std::to_chars(buffer, buffer + sizeof buffer, d == 0.0 ? 0.0 : d,
                                     std::chars_format::general, 6);
   return std::string(buffer, result.ptr);
+}
+
+SvgTickLabels::SvgTickLabels(const std::vector<double>& ticks) {
+  const double dStep = ticks.size() > 1 ? ticks[1] - ticks[0] : 0.0;
+  const double dLargest =
+      ticks.empty() ? 0.0 : std::max(std::fabs(ticks.front()), std::fabs(ticks.back()));
+  if (!(dStep >= kFinestStep) || !(dLargest < kMostDigits)) {
+    for (const double d : ticks) texts.push_back(SvgNumber(d));
+    return;
+  }
+  const int iDecimals = std::max(0, -static_cast<int>(std::floor(std::log10(dStep) + 1e-9)));
+  double dOffset = 0.0;
+  if (dLargest >= std::pow(10.0, std::max(1, kLongest - iDecimals))) {
+    const double dRange = ticks.back() - ticks.front();
+    const double dUnit = std::pow(10.0, std::ceil(std::log10(dRange)));
+    dOffset = std::floor(ticks.front() / dUnit) * dUnit;
+  }
+  for (const double d : ticks) texts.push_back(Grouped(d - dOffset, iDecimals));
+  if (dOffset > 0.0) strOffset = " less " + Grouped(dOffset, 0);
+  if (dOffset < 0.0) strOffset = " plus " + Grouped(-dOffset, 0);
 }
 
 }  // namespace cli

@@ -56,7 +56,8 @@ class SvgPlot {
   // The same scale on both axes: the ranges grow around their centres.
   void MakeSquareScale();
 
-  // Titles stand below and left of the axes; give them with their unit.
+  // Titles stand below and left of the axes; an offset of the labels comes before their unit in
+  // brackets.
   void DrawFrame(const std::string& strTitle, const std::string& strTitleX,
                  const std::string& strTitleY);
 
@@ -78,7 +79,16 @@ std::vector<double> SvgTicks(double dLow, double dHigh, int iCount);
 double SvgRoundDown(double d);
 // A length as text with three digits that count.
 std::string Significant(double d);
-// A number as short text for a drawing.
+// A number as short text for a drawing, long ones in groups of three digits.
 std::string SvgNumber(double d);
+
+// The labels of an axis: all with the same decimals, and less a round offset where they would be
+// long otherwise.
+struct SvgTickLabels {
+  std::vector<std::string> texts;
+  std::string strOffset;  // " less 4 140 000", behind the name of the axis; empty without one
+
+  explicit SvgTickLabels(const std::vector<double>& ticks);
+};
 
 }  // namespace cli
