@@ -6,21 +6,30 @@
 #include "exit_code.h"
 #include "point_columns.h"
 #include "point_names.h"
+#include "svg.h"
 #include "text_table.h"
 
 namespace cli {
 
-void AddAdjustOptions(Options& options, AdjustValues* pValues) {
-  options.Option("--sigma", "S", &pValues->dSigma,
-                 "standard deviation of the coordinates, where no column dx, dy, dz tells it");
-  options.Above(0.0);
-  options.Option("--alpha", "A", &pValues->dAlpha, "chance of a false alarm of one test, 0.001");
+void AddTestLimits(Options& options, double* pdAlpha, double* pdAlphaTotal) {
+  options.Option("--alpha", "A", pdAlpha, "chance of a false alarm of one test, 0.001");
   options.Above(0.0);
   options.AtMost(0.5);
-  options.Option("--alpha-total", "A", &pValues->dAlphaTotal,
+  options.Option("--alpha-total", "A", pdAlphaTotal,
                  "chance of a false alarm of all tests together, in place of --alpha");
   options.Above(0.0);
   options.AtMost(0.5);
+}
+
+void AddTestFlag(Options& options, AdjustValues* pValues) {
+  options.Flag("--test", &pValues->bTest,
+               "set aside the points that the tests reject; exit code 1 where there are any");
+}
+
+void AddAdjustOptions(Options& options, AdjustValues* pValues, const char* szSigma) {
+  options.Option("--sigma", "S", &pValues->dSigma, szSigma);
+  options.Above(0.0);
+  AddTestLimits(options, &pValues->dAlpha, &pValues->dAlphaTotal);
   options.Output("--report", "FILE.html", &pValues->strReport,
                  "report to look at and to print, one file");
   options.Option("--unit", "U", &pValues->strUnit, "unit of the coordinates, for the report");
@@ -32,6 +41,17 @@ ZuTestOptions TestsOf(const AdjustValues& values, bool bSnoop) {
   tests.dAlpha = values.dAlpha;
   tests.dAlphaTotal = values.dAlphaTotal;
   return tests;
+}
+
+double TestLimit(const AdjustValues& values, int iPoints, ZuSigmaKind kind, int iRedundancy) {
+  const double dAlpha = ZuTestAlpha(TestsOf(values, false), iPoints);
+  return kind == ZuSigmaKind::APriori ? ZuNormalLimit(dAlpha) : ZuTauLimit(dAlpha, iRedundancy);
+}
+
+bool HasAccuracies(const std::string& strColumns) {
+  const ColumnTable columns = ParseColumns(strColumns);
+  return columns.HasEntry(eZuPointRWDX) || columns.HasEntry(eZuPointRWDY) ||
+         columns.HasEntry(eZuPointRWDZ);
 }
 
 void AccuracyOf(const ZuPoint& point, const std::string& strColumns, int iDimension,
@@ -59,6 +79,33 @@ std::string SigmaText(double dSigma0, ZuSigmaKind kind, int iRedundancy) {
          (iRedundancy == 0 ? ": of coordinates exact as told, or to 1 unit" : "");
 }
 
+std::string TestVerdict(const std::vector<Tested>& points, const std::string& strUnit) {
+  const Tested* pWorst = nullptr;
+  int iTested = 0, iBeyond = 0;
+  for (const Tested& point : points) {
+    const ZuPointTest& test = *point.pTest;
+    if (!test.bUsed || !std::isfinite(test.dLimit)) continue;
+    ++iTested;
+    if (!test.IsRejected()) continue;
+    ++iBeyond;
+    if (pWorst == nullptr ||
+        test.dTest / test.dLimit > pWorst->pTest->dTest / pWorst->pTest->dLimit) {
+      pWorst = &point;
+    }
+  }
+  if (iTested == 0) return "nothing is tested: too few points for it";
+  if (pWorst == nullptr) return "no point is beyond the limit of its test";
+  const ZuPointTest& test = *pWorst->pTest;
+  // As if it had not been used: it bends the fit towards itself.
+  double dOff = std::hypot(test.adLeaveOneOut[0], test.adLeaveOneOut[1], test.adLeaveOneOut[2]);
+  if (!std::isfinite(dOff)) {
+    dOff = std::hypot(test.adResidual[0], test.adResidual[1], test.adResidual[2]);
+  }
+  return "point " + pWorst->strLabel + " is suspicious: T " + Fixed(test.dTest, 2) + " beyond " +
+         Fixed(test.dLimit, 2) + ", off by " + Significant(dOff) + " " + strUnit +
+         (iBeyond > 1 ? ", and " + std::to_string(iBeyond - 1) + " more" : "");
+}
+
 void AddParameterJson(const std::vector<std::string>& names, const std::vector<double>& values,
                       const double* pdCov, Json* pRoot) {
   const size_t u = names.size();
@@ -73,18 +120,20 @@ void AddParameterJson(const std::vector<std::string>& names, const std::vector<d
   (*pRoot)["covariance"] = std::move(rows);
 }
 
-void AddTestJson(const ZuPointTest& test, Json* pPoint) {
-  const auto byAxis = [&test](const double* pd) {
-    if (test.iDimension == 1) return Json(pd[0]);
-    return Json(std::vector<double>(pd, pd + test.iDimension));
+void AddTestJson(const ZuPointTest* pTest, Json* pPoint) {
+  const auto byAxis = [pTest](const double(ZuPointTest::*pValues)[3]) {
+    if (pTest == nullptr) return Json();
+    const double* const pd = pTest->*pValues;
+    if (pTest->iDimension == 1) return Json(pd[0]);
+    return Json(std::vector<double>(pd, pd + pTest->iDimension));
   };
   Json& point = *pPoint;
-  point["r"] = byAxis(test.adRedundancy);
-  point["w"] = byAxis(test.adW);
-  point["test"] = test.dTest;
-  point["limit"] = test.dLimit;
-  point["nabla"] = byAxis(test.adNabla);
-  point["leave_one_out"] = byAxis(test.adLeaveOneOut);
+  point["r"] = byAxis(&ZuPointTest::adRedundancy);
+  point["w"] = byAxis(&ZuPointTest::adW);
+  point["test"] = pTest != nullptr ? Json(pTest->dTest) : Json();
+  point["limit"] = pTest != nullptr ? Json(pTest->dLimit) : Json();
+  point["nabla"] = byAxis(&ZuPointTest::adNabla);
+  point["leave_one_out"] = byAxis(&ZuPointTest::adLeaveOneOut);
 }
 
 }  // namespace cli

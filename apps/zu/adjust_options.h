@@ -18,15 +18,31 @@ namespace cli {
 struct AdjustValues {
   double dSigma = 0.0;  // of a coordinate; 0: not told
   double dAlpha = 0.001, dAlphaTotal = 0.0;
+  bool bTest = false;
   std::string strReport;
   std::string strUnit = "units";  // of the coordinates, in the report
 };
 
+constexpr char kSigmaOfAll[] =
+    "standard deviation of the coordinates, where no column dx, dy, dz tells it";
+constexpr char kSigmaOfControl[] =
+    "standard deviation of the coordinates of CONTROL, where no column dx, dy, dz tells it";
+
 // Declares --sigma, --alpha, --alpha-total, --report and --unit.
-void AddAdjustOptions(Options& options, AdjustValues* pValues);
+void AddAdjustOptions(Options& options, AdjustValues* pValues, const char* szSigma = kSigmaOfAll);
+// Declares --test.
+void AddTestFlag(Options& options, AdjustValues* pValues);
+// Declares --alpha and --alpha-total.
+void AddTestLimits(Options& options, double* pdAlpha, double* pdAlphaTotal);
 
 // The tests that the options ask for.
 ZuTestOptions TestsOf(const AdjustValues& values, bool bSnoop);
+
+// Limit of |w| of a point's coordinates, with iPoints tested; may be infinite.
+double TestLimit(const AdjustValues& values, int iPoints, ZuSigmaKind kind, int iRedundancy);
+
+// The columns bring accuracies.
+bool HasAccuracies(const std::string& strColumns);
 
 // What the columns dx, dy, dz tell, as a covariance of iDimension (2 or 3) rows; 0 where the file
 // has no such column. Throws CommandError (bad input) for a negative accuracy.
@@ -40,7 +56,17 @@ void AddParameterJson(const std::vector<std::string>& names, const std::vector<d
                       const double* pdCov, Json* pRoot);
 
 // Adds r, w, test, limit, nabla, leave_one_out to the JSON of a point: r, w, nabla and
-// leave_one_out by axis, a number for a single one.
-void AddTestJson(const ZuPointTest& test, Json* pPoint);
+// leave_one_out by axis, a number for a single one; each null without a test.
+void AddTestJson(const ZuPointTest* pTest, Json* pPoint);
+
+// A point and what its test says.
+struct Tested {
+  std::string strLabel;
+  const ZuPointTest* pTest;
+};
+
+// The end of a verdict: which used point is farthest beyond the limit of its test, that none is, or
+// that nothing can be tested; "point 5 is suspicious: T 31.2 beyond 5.42, off by 0.061 m".
+std::string TestVerdict(const std::vector<Tested>& points, const std::string& strUnit);
 
 }  // namespace cli

@@ -1,6 +1,7 @@
 // zu adjust: the photos of a project, their cameras and points from all measurements at once.
 #include <memory>
 
+#include "adjust_options.h"
 #include "cmd_adjust_input.h"
 #include "cmd_adjust_output.h"
 #include "cmd_orient.h"
@@ -20,7 +21,7 @@ struct Values {
   std::string strProject, strControl, strApprox, strBars, strMeasurements, strOut, strPoints;
   std::string strReport, strUnit = "object units";
   std::string strSigma = "0.1px", strEstimate = "none", strDatum = "control";
-  double dAlpha = 0.001;
+  double dAlpha = 0.001, dAlphaTotal = 0.0;
   bool bTest = false, bPartial = false, bCameraPerPhoto = false;
 };
 
@@ -77,6 +78,7 @@ ExitCode Run(const Values& values, Context& context) {
   options.eDatum = ParseDatum(values.strDatum, &made.network);
   options.test.bSnoop = values.bTest;
   options.test.dAlpha = values.dAlpha;
+  options.test.dAlphaTotal = values.dAlphaTotal;
 
   ZuNetworkResult result;
   {
@@ -133,9 +135,7 @@ Runner DefineAdjust(Options& options) {
                  "what decides the frame: control, inner (conditions over all points) or "
                  "inner:1,2,3 (over these)");
   options.Flag("--test", &pValues->bTest, "set aside observations that do not fit");
-  options.Option("--alpha", "P", &pValues->dAlpha, "chance of a false alarm of one test");
-  options.Above(0.0);
-  options.AtMost(0.5);
+  AddTestLimits(options, &pValues->dAlpha, &pValues->dAlphaTotal);
   AddPartialOption(options, &pValues->bPartial);
   options.Output("-o,--output", "PROJECT2", &pValues->strOut,
                  "the project with adjusted orientations and cameras");

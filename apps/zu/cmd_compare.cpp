@@ -7,6 +7,7 @@
 #include "point_input.h"
 #include "similarity_page.h"
 #include "similarity_report.h"
+#include "svg.h"
 #include "text_table.h"
 #include "zu/adjust/epochs.h"
 
@@ -56,12 +57,30 @@ Json MovesJson(const ZuEpochResult& result, const ZuSortHelper<ZuPoint>& names) 
     json["dy"] = p.adMove[1];
     json["dz"] = p.adMove[2];
     json["sd"] = {p.adMoveSd[0], p.adMoveSd[1], p.adMoveSd[2]};
+    AddTestJson(result.similarity.Find(p.uId), &json);
     json["test"] = p.dTest;
     json["limit"] = p.dLimit;
     json["moved"] = p.bMoved;
     points.push_back(std::move(json));
   }
   return points;
+}
+
+std::string MovedVerdict(const ZuEpochResult& result, const ZuSortHelper<ZuPoint>& names,
+                         const std::string& strUnit) {
+  const ZuEpochPoint* pFarthest = nullptr;
+  const auto length = [](const ZuEpochPoint& p) {
+    return std::hypot(p.adMove[0], p.adMove[1], p.adMove[2]);
+  };
+  for (const ZuEpochPoint& p : result.points) {
+    if (p.bMoved && (pFarthest == nullptr || length(p) > length(*pFarthest))) pFarthest = &p;
+  }
+  std::string strText = std::to_string(result.Moved()) + " of " +
+                        Counted(static_cast<long long>(result.points.size()), "common point") +
+                        " moved";
+  if (pFarthest == nullptr) return strText;
+  return strText + ", point " + PointLabel(*names.Find(pFarthest->uId)) + " the farthest, by " +
+         Significant(length(*pFarthest)) + " " + strUnit;
 }
 
 ExitCode Run(const Values& values, Context& context) {
@@ -71,7 +90,7 @@ ExitCode Run(const Values& values, Context& context) {
   GiveCommonIds(NameInMessages(values.strB), context, &first, &second);
   ZuEpochOptions options;
   if (!values.adjust.strFixed.empty()) options.kind = values.adjust.Kind();
-  options.tests.dAlpha = values.adjust.dAlpha;
+  options.tests = TestsOf(values.adjust, true);
   options.dSigmaFirst = options.dSigmaSecond = values.adjust.dSigma;
   options.uSeed = values.uSeed;
   const ZuEpochResult result = ZuCompareEpochs(first, second, options);
@@ -95,7 +114,7 @@ ExitCode Run(const Values& values, Context& context) {
        << NameInMessages(values.strA) << "\n\n";
   WriteMoves(result, names, text);
   text << '\n';
-  WriteSimilarity(result.similarity, names, text);
+  WriteSimilarity(result.similarity, names, values.adjust.strUnit, text);
 
   Json& root = context.Root();
   root["common"] = iCommon;
@@ -108,12 +127,11 @@ ExitCode Run(const Values& values, Context& context) {
   AddSimilarity(result.similarity, names, &root);
   root["points"] = MovesJson(result, names);
   if (!values.adjust.strReport.empty()) {
-    const SimilarityPage page = {
-        "Two epochs",
-        std::to_string(result.Moved()) + " of " + Counted(iCommon, "common point") + " moved.",
-        values.adjust.strUnit,
-        {{"first epoch", NameInMessages(values.strA)},
-         {"second epoch", NameInMessages(values.strB)}}};
+    const SimilarityPage page = {"Two epochs",
+                                 MovedVerdict(result, names, values.adjust.strUnit),
+                                 values.adjust.strUnit,
+                                 {{"first epoch", NameInMessages(values.strA)},
+                                  {"second epoch", NameInMessages(values.strB)}}};
     context.NewOutput(values.adjust.strReport).Stream()
         << PageOf(page, result.similarity, ZuSortHelper<ZuPoint>(&second));
   }
@@ -126,17 +144,10 @@ Runner DefineCompare(Options& options) {
   auto pValues = std::make_shared<Values>();
   options.Positional("A", &pValues->strA, "coordinate file of the first epoch");
   options.Positional("B", &pValues->strB, "coordinate file of the second epoch");
-  options.Option("--sigma", "S", &pValues->adjust.dSigma,
-                 "standard deviation of a coordinate, in both files, whose point tells none "
-                 "(columns dx,dy,dz)");
-  options.Above(0.0);
-  options.Option("--alpha", "A", &pValues->adjust.dAlpha, "chance of a false alarm of one test");
-  options.Above(0.0);
-  options.AtMost(0.5);
   options.Choice("--fixed", {"scale", "levelled", "shift"}, &pValues->adjust.strFixed,
                  "between the two systems: scale 1 (without the option too); turned about the z "
                  "axis only; not turned");
-  AddReportOptions(options, &pValues->adjust);
+  AddAdjustOptions(options, &pValues->adjust);
   options.Option("--seed", "S", &pValues->uSeed, "of the search for the stable points");
   AddPointOptions(options, &pValues->format);
   return [pValues](Context& context) { return Run(*pValues, context); };

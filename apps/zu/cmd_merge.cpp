@@ -2,11 +2,15 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdlib>
+#include <limits>
 #include <memory>
 #include <utility>
 
+#include "cmd_merge_adjust.h"
 #include "commands.h"
 #include "point_input.h"
+#include "similarity_page.h"
+#include "similarity_report.h"
 #include "text_table.h"
 #include "trafo_report.h"
 #include "zu/adjust/consensus.h"
@@ -18,6 +22,7 @@ namespace {
 constexpr double kProper = 1e-6;      // |det R - 1| of a rotation at most [-]
 constexpr int kSampleSize = 4;        // of the library's search, without extra points
 constexpr int kMostExhaustive = 200;  // common points; more take minutes
+constexpr double kAll = std::numeric_limits<double>::infinity();  // a tolerance of every point
 
 struct Values {
   std::string strA, strB;
@@ -31,6 +36,7 @@ struct Values {
   int iExtraSample = 0;
   unsigned uSeed = 1;
   std::string strSearch;  // "": exhaustive for few common points, else random
+  SimilarityValues adjust;
 
   bool IsLibrary() const { return strSearch == "library"; }
 };
@@ -39,6 +45,8 @@ struct Lists {
   ZuPointList listA, listB;
   ZuPointList result, rejected, rejectedControl;
   int iCommon = 0;
+  std::vector<unsigned> aside;  // ids of common points that do not agree, ascending
+  ZuSimilarityResult adjusted;  // over those that do; not good with the library's own search
 };
 
 // The points of the result: agreeing ones, then those only B has, then those only A has.
@@ -84,27 +92,64 @@ double ExtentOfCommon(const Lists& lists) {
   return std::max({adHigh[0] - adLow[0], adHigh[1] - adLow[1], adHigh[2] - adLow[2]});
 }
 
-// The estimate from the points that agree, applied as the library's own merge does: the agreeing
-// points, those only B has, those only A has; rejected ones apart.
-void Join(const Values& values, const ZuConsensusResult& consensus, double dTolerance,
-          Lists* pLists, ZuTrafo3d* pTrafo) {
+bool IsIn(const std::vector<unsigned>& sorted, unsigned uId) {
+  return std::binary_search(sorted.begin(), sorted.end(), uId);
+}
+
+// Carries B over and joins it with A as the library's own merge does: the agreeing points, those
+// only B has, those only A has; rejected ones apart.
+void Join(const Values& values, double dTolerance, Lists* pLists, ZuTrafo3d* pTrafo) {
   const ZuSortHelper<ZuPoint> indexA(&pLists->listA);
-  ZuPointList agreeing, common, onlyB;
+  ZuPointList agreeing, rejected, onlyB;
   for (const ZuPoint* p = pLists->listB.First(); p != nullptr; p = p->Next()) {
     const bool bCommon = indexA.Find(p->GetId()) != nullptr;
-    (bCommon ? common : onlyB).Add(*p);
-    if (std::binary_search(consensus.agreeing.begin(), consensus.agreeing.end(), p->GetId())) {
-      agreeing.Add(*p);
-    }
+    (!bCommon ? onlyB : IsIn(pLists->aside, p->GetId()) ? rejected : agreeing).Add(*p);
   }
-  pTrafo->CalcByControlPoints(indexA, &agreeing, 3, false);
-  pTrafo->Transform(&pLists->result, &pLists->rejected, &pLists->rejectedControl, &common,
-                    dTolerance, indexA, values.dBlend);
+  const auto transform = [&](double dMost, ZuPointList* pPoints) {
+    pTrafo->Transform(&pLists->result, &pLists->rejected, &pLists->rejectedControl, pPoints, dMost,
+                      indexA, values.dBlend);
+  };
+  transform(dTolerance, &agreeing);
+  transform(std::nan(""), &rejected);  // within which no point is
   pTrafo->InPlaceTransform(&onlyB);
   onlyB.MoveTo(&pLists->result);
   const ZuSortHelper<ZuPoint> indexB(&pLists->listB);
   for (const ZuPoint* p = pLists->listA.First(); p != nullptr; p = p->Next()) {
     if (indexB.Find(p->GetId()) == nullptr) pLists->result.Add(*p);
+  }
+}
+
+// By the points that agree in closed form, or adjusted where accuracies or tests are asked for.
+void JoinAgreeing(const Values& values, const ZuConsensusResult& consensus, double dTolerance,
+                  Context& context, Lists* pLists, ZuTrafo3d* pTrafo) {
+  const ZuSortHelper<ZuPoint> indexA(&pLists->listA);
+  ZuPointList agreeing;
+  for (const ZuPoint* p = pLists->listB.First(); p != nullptr; p = p->Next()) {
+    if (IsIn(consensus.agreeing, p->GetId())) agreeing.Add(*p);
+  }
+  pTrafo->CalcByControlPoints(indexA, &agreeing, 3, false);
+  ZuSimilarityResult& adjusted = pLists->adjusted;
+  if (values.adjust.IsAsked() || HasAccuracies(values.format.strColumns)) {
+    pLists->aside = consensus.rejected;
+    adjusted = AdjustWithin(dTolerance, indexA, pLists->listB, values.adjust, &pLists->aside);
+    if (!adjusted.IsGood()) {
+      throw CommandError(kUndetermined, Files(values) + ": " + adjusted.strReason);
+    }
+    static_cast<ZuTrafo3dData&>(*pTrafo) = adjusted.trafo;
+    Join(values, kAll, pLists, pTrafo);
+  } else {
+    Join(values, dTolerance, pLists, pTrafo);
+    for (const ZuPoint* p = pLists->rejected.First(); p != nullptr; p = p->Next()) {
+      pLists->aside.push_back(p->GetId());
+    }
+    std::sort(pLists->aside.begin(), pLists->aside.end());
+    adjusted = AdjustMerge(indexA, pLists->listB, values.adjust, &pLists->aside);
+    if (!adjusted.IsGood()) context.Warn("no standard deviations: " + adjusted.strReason);
+  }
+  for (const std::string& strWarning : adjusted.warnings) context.Warn(strWarning);
+  if (!adjusted.IsGood()) return;
+  for (ZuPointList* pPoints : {&pLists->result, &pLists->rejected}) {
+    SetJoinedSds(adjusted, indexA, pLists->listB, values.dBlend, pPoints);
   }
 }
 
@@ -162,7 +207,7 @@ void MergeByConsensus(const Values& values, Context& context, Lists* pLists, ZuT
                    ", no sample of which agrees\na larger --tolerance, or points that are "
                    "not on one line may help");
   }
-  Join(values, consensus, options.dTolerance, pLists, pTrafo);
+  JoinAgreeing(values, consensus, options.dTolerance, context, pLists, pTrafo);
   Json& search = context.Root()["search"];
   search = {{"kind", consensus.bExhaustive ? "exhaustive" : "random"},
             {"samples", consensus.iSamples},
@@ -244,9 +289,16 @@ void Report(const Values& values, const Lists& lists, const Groups& groups, cons
   std::vector<Residual> agreeing, rejected;
   std::vector<const ZuPoint*> rejectedPoints;
   Json points = Json::array();
-  const auto addPoint = [&points](const ZuPoint& p, std::vector<Residual>* pResiduals) {
+  const auto addJson = [&](const ZuPoint& p, const Residual* pResidual) {
+    points.push_back(ToJson(p, pResidual));
+    if (values.IsLibrary()) return;
+    const bool bSure = lists.adjusted.IsGood();
+    points.back()["sd"] = bSure ? Json{p.m_dDX, p.m_dDY, p.m_dDZ} : Json();
+    AddTestJson(bSure ? lists.adjusted.Find(p.GetId()) : nullptr, &points.back());
+  };
+  const auto addPoint = [&](const ZuPoint& p, std::vector<Residual>* pResiduals) {
     pResiduals->push_back(ResidualOf(p));
-    points.push_back(ToJson(p, &pResiduals->back()));
+    addJson(p, &pResiduals->back());
   };
   for (const ZuPoint* p : groups.agreeing) addPoint(*p, &agreeing);
   for (const ZuPoint* p = lists.rejected.First(); p != nullptr; p = p->Next()) {
@@ -254,7 +306,7 @@ void Report(const Values& values, const Lists& lists, const Groups& groups, cons
     rejectedPoints.push_back(p);
   }
   for (const auto* pGroup : {&groups.onlyB, &groups.onlyA}) {
-    for (const ZuPoint* p : *pGroup) points.push_back(ToJson(*p, nullptr));
+    for (const ZuPoint* p : *pGroup) addJson(*p, nullptr);
   }
 
   std::ostream& text = context.Text();
@@ -270,6 +322,11 @@ void Report(const Values& values, const Lists& lists, const Groups& groups, cons
   WriteResiduals(agreeing, text);
   text << '\n';
   WriteParameters(trafo, text);
+  const ZuSortHelper<ZuPoint> names(&lists.listB);
+  if (lists.adjusted.IsGood()) {
+    text << '\n';
+    WriteSimilarity(lists.adjusted, names, values.adjust.strUnit, text);
+  }
 
   Json& root = context.Root();
   root["status"] = static_cast<int>(trafo.GetStatus());
@@ -280,7 +337,22 @@ void Report(const Values& values, const Lists& lists, const Groups& groups, cons
   root["rms"] = ToJson(RmsOf(agreeing));
   root["only_a"] = JsonLabels(groups.onlyA);
   root["only_b"] = JsonLabels(groups.onlyB);
+  if (!values.IsLibrary()) AddSimilarity(lists.adjusted, names, &root);
   root["points"] = std::move(points);
+}
+
+void WritePage(const Values& values, const Lists& lists, Context& context) {
+  const ZuSimilarityResult& adjusted = lists.adjusted;
+  if (!adjusted.IsGood()) {
+    throw CommandError(kUndetermined, Files(values) + ": " + adjusted.strReason);
+  }
+  const ZuSortHelper<ZuPoint> indexA(&lists.listA);
+  const SimilarityPage page = {
+      "Merge of two lists",
+      std::to_string(adjusted.Used()) + " of " + Counted(lists.iCommon, "common point") + " agree",
+      values.adjust.strUnit,
+      {{"A", NameInMessages(values.strA)}, {"B", NameInMessages(values.strB)}}};
+  context.NewOutput(values.adjust.strReport).Stream() << PageOf(page, adjusted, indexA);
 }
 
 ExitCode Run(const Values& values, Context& context) {
@@ -300,6 +372,7 @@ ExitCode Run(const Values& values, Context& context) {
   CheckGeometry(values, lists, groups, trafo);
   Report(values, lists, groups, trafo, context);
 
+  if (!values.adjust.strReport.empty()) WritePage(values, lists, context);
   const bool bRejected = !lists.rejected.IsEmpty();
   if (!values.strOutput.empty()) {
     WritePoints(&lists.result, values.format.strColumns, &context.NewOutput(values.strOutput));
@@ -307,7 +380,7 @@ ExitCode Run(const Values& values, Context& context) {
   if (!values.strRejected.empty()) {
     WritePoints(&lists.rejected, values.format.strColumns, &context.NewOutput(values.strRejected));
   }
-  return bRejected && context.IsStrict() ? kNotAcceptable : kGood;
+  return bRejected && (context.IsStrict() || values.adjust.bTest) ? kNotAcceptable : kGood;
 }
 
 }  // namespace
@@ -340,12 +413,21 @@ Runner DefineMerge(Options& options) {
   options.Choice("--search", {"exhaustive", "random", "library"}, &pValues->strSearch,
                  "all samples, random ones, or the library's own merge; without it all samples of "
                  "up to 15 common points, else random ones");
+  AddTestFlag(options, &pValues->adjust);
+  AddAdjustOptions(options, &pValues->adjust);
   AddPointOptions(options, &pValues->format);
   options.Output("-o,--output", "OUT", &pValues->strOutput,
                  "coordinate file of both lists in the system of A, without rejected points");
   options.Output("--rejected", "FILE", &pValues->strRejected,
                  "coordinate file of the rejected points of B, in the system of A");
-  return [pValues](Context& context) { return Run(*pValues, context); };
+  return [pValues, options](Context& context) {
+    for (const char* szName : {"--sigma", "--alpha", "--alpha-total", "--test", "--report"}) {
+      if (!pValues->IsLibrary() || !options.Given(szName)) continue;
+      throw CommandError(
+          kUsage, std::string("--search library tests nothing: not together with ") + szName);
+    }
+    return Run(*pValues, context);
+  };
 }
 
 }  // namespace cli

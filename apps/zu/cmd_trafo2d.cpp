@@ -23,7 +23,6 @@ struct Values {
   std::string strType;
   PointFormat format = {"id,x,y", "error", "xy"};
   AdjustValues adjust;
-  bool bTest = false;
 };
 
 struct Kind {
@@ -124,7 +123,7 @@ ZuTrafo2dFit Estimate(const Values& values, const Kind& kind, const Lists& lists
   }
   ZuTrafo2dOptions options;
   options.dSigma = values.adjust.dSigma;
-  options.tests = TestsOf(values.adjust, values.bTest);
+  options.tests = TestsOf(values.adjust, values.adjust.bTest);
   ZuTrafo2dFit fit = ZuFitTrafo2d(kind.kind, PairsOf(values, lists), options);
   if (fit.eStatus == ZuAdjustStatus::Good) return fit;
   throw CommandError(kUndetermined,
@@ -273,7 +272,7 @@ void AddCommon(const Row& row, Json* pPoint, Json* pAside, Json* pFree) {
     pAside->push_back(std::move(entry));
   }
   (*pPoint)["used"] = t.bUsed;
-  AddTestJson(t, pPoint);
+  AddTestJson(&t, pPoint);
 }
 
 void FillJson(const Values& values, const Result& result, Json* pRoot) {
@@ -313,13 +312,23 @@ void FillJson(const Values& values, const Result& result, Json* pRoot) {
     point["dx"] = bCommon ? Json(pd[0]) : Json();
     point["dy"] = bCommon ? Json(pd[1]) : Json();
     point["sd"] = {carried.Sd(0), carried.Sd(1)};
-    if (bCommon) AddCommon(result.rows[uCommon++], &point, &aside, &free);
+    if (bCommon) {
+      AddCommon(result.rows[uCommon++], &point, &aside, &free);
+    } else {
+      AddTestJson(nullptr, &point);
+    }
     points.push_back(std::move(point));
   }
   root["points"] = std::move(points);
   root["set_aside"] = std::move(aside);
   root["not_controlled"] = std::move(free);
   root["free_direction"] = Json();
+}
+
+std::string Suspicious(const Result& result, const std::string& strUnit) {
+  std::vector<Tested> tested;
+  for (const Row& row : result.rows) tested.push_back({PointLabel(*row.pSource), row.pTest});
+  return TestVerdict(tested, strUnit);
 }
 
 std::string Page(const Values& values, const Result& result) {
@@ -335,7 +344,7 @@ std::string Page(const Values& values, const Result& result) {
       result.kind.szName + " with RMS " + Fixed(std::hypot(result.dRmsX, result.dRmsY), iDecimals) +
       " " + report.strUnit + ", the longest residual " + Fixed(result.dLargest, iDecimals) + " " +
       report.strUnit + " at point " + PointLabel(*result.pWorst) + "; " +
-      std::to_string(fit.iSetAside) + " set aside.";
+      std::to_string(fit.iSetAside) + " set aside; " + Suspicious(result, report.strUnit) + ".";
   report.facts.emplace_back("sigma0", SigmaText(fit.dSigma0, fit.sigmaOfResults, fit.iRedundancy));
   report.facts.emplace_back("test", std::string(ZuSigmaKindText(fit.sigmaOfTests)) +
                                         ", limit of T " + Finite(result.dTestLimit, 2));
@@ -386,9 +395,8 @@ std::string Page(const Values& values, const Result& result) {
     view.items.push_back(std::move(item));
   }
   report.views.push_back(std::move(view));
-  report.dLimit = fit.sigmaOfTests == ZuSigmaKind::APriori
-                      ? ZuNormalLimit(values.adjust.dAlpha)
-                      : ZuTauLimit(values.adjust.dAlpha, fit.iRedundancy);
+  report.dLimit = TestLimit(values.adjust, static_cast<int>(result.rows.size()), fit.sigmaOfTests,
+                            fit.iRedundancy);
   report.strTest = std::string("w of x and y, ") + ZuSigmaKindText(fit.sigmaOfTests);
   report.inputs.emplace_back("source", NameInMessages(values.strSource));
   report.inputs.emplace_back("control", NameInMessages(values.strControl));
@@ -435,8 +443,8 @@ Runner DefineTrafo2d(Options& options) {
                  &pValues->strType,
                  "kind of transformation; auto takes what number and spread of the points allow");
   options.Required();
-  options.Flag("--test", &pValues->bTest, "set points aside that do not fit; exit code 1 then");
-  AddAdjustOptions(options, &pValues->adjust);
+  AddTestFlag(options, &pValues->adjust);
+  AddAdjustOptions(options, &pValues->adjust, kSigmaOfControl);
   AddPointOptions(options, &pValues->format);
   options.Output("-o,--output", "OUT", &pValues->strOutput,
                  "coordinate file of SOURCE in the target system");

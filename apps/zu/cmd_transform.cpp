@@ -28,13 +28,6 @@ struct Values {
   SimilarityValues adjust;
   bool bUnitScale = false;
   int iMinPoints = 3;
-
-  // The columns bring accuracies.
-  bool HasAccuracies() const {
-    const ColumnTable columns = ParseColumns(format.strColumns);
-    return columns.HasEntry(eZuPointRWDX) || columns.HasEntry(eZuPointRWDY) ||
-           columns.HasEntry(eZuPointRWDZ);
-  }
 };
 
 struct Lists {
@@ -95,7 +88,7 @@ ZuSimilarityResult AdjustTrafo(const Values& values, const Lists& lists,
   ZuSimilarityOptions options = values.adjust.OptionsOf();
   if (values.bUnitScale && values.adjust.strFixed.empty()) options.kind = ZuSimilarityKind::Rigid;
   ZuSimilarityResult result = ZuAdjustSimilarity(control, lists.source, options);
-  const bool bAsked = values.adjust.IsAsked() || values.HasAccuracies();
+  const bool bAsked = values.adjust.IsAsked() || HasAccuracies(values.format.strColumns);
   if (!result.IsGood()) {
     if (bAsked) throw CommandError(kUndetermined, Files(values) + ": " + result.strReason);
     context.Warn("no standard deviations: " + result.strReason);
@@ -131,12 +124,9 @@ void AddPoints(const ZuPointList& out, int iSourcePoints, const ZuSortHelper<ZuP
     const bool bSource = i < iSourcePoints;
     const bool bCommon = bSource && control.Find(p->GetId()) != nullptr;
     points.push_back(ToJson(*p, bCommon ? &residuals[uResidual++] : nullptr));
-    if (bSource && result.IsGood()) {
-      Json& point = points.back();
-      point["sd"] = {p->m_dDX, p->m_dDY, p->m_dDZ};
-      const ZuSimilarityPoint* const pTest = bCommon ? result.Find(p->GetId()) : nullptr;
-      if (pTest != nullptr) AddTestJson(*pTest, &point);
-    }
+    const bool bSure = bSource && result.IsGood();
+    points.back()["sd"] = bSure ? Json{p->m_dDX, p->m_dDY, p->m_dDZ} : Json();
+    AddTestJson(bCommon && bSure ? result.Find(p->GetId()) : nullptr, &points.back());
     if (!bSource) onlyControl.push_back(p);
     if (bSource && !bCommon) onlySource.push_back(p);
   }
@@ -177,7 +167,7 @@ ExitCode Run(const Values& values, Context& context) {
   const ZuSortHelper<ZuPoint> names(&lists.commonSource);
   if (result.IsGood()) {
     context.Text() << '\n';
-    WriteSimilarity(result, names, context.Text());
+    WriteSimilarity(result, names, values.adjust.strUnit, context.Text());
   }
 
   Json& root = context.Root();
@@ -199,8 +189,7 @@ ExitCode Run(const Values& values, Context& context) {
         "Spatial transformation",
         std::to_string(result.Used()) + " of " +
             Counted(static_cast<long long>(residuals.size()), "common point") +
-            " used, RMS of all " + Fixed(dRms, DecimalsFor(dRms)) + " " + adjust.strUnit + "; " +
-            std::to_string(result.setAside.size()) + " set aside.",
+            " used, RMS of all " + Fixed(dRms, DecimalsFor(dRms)) + " " + adjust.strUnit,
         adjust.strUnit,
         {{"source", NameInMessages(values.strSource)},
          {"control", NameInMessages(values.strControl)}}};
@@ -223,7 +212,8 @@ Runner DefineTransform(Options& options) {
   options.Flag("--unit-scale", &pValues->bUnitScale, "rotate and shift only, scale 1");
   options.Choice("--fixed", {"scale", "levelled", "shift"}, &pValues->adjust.strFixed,
                  "scale 1; turned about the z axis only, scale 1; not turned, scale 1");
-  AddSimilarityOptions(options, &pValues->adjust);
+  AddTestFlag(options, &pValues->adjust);
+  AddAdjustOptions(options, &pValues->adjust, kSigmaOfControl);
   options.Option("--min-points", "N", &pValues->iMinPoints, "common points needed");
   options.AtLeast(3);
   AddPointOptions(options, &pValues->format);

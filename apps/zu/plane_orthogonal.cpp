@@ -104,6 +104,8 @@ double OrthogonalPlane::TestLimit() const {
 std::string OrthogonalPlane::Verdict() const {
   const ZuFitResult& fit = m_plane.fit;
   const int iUsed = static_cast<int>(m_rows.size()) - fit.iSetAside;
+  std::vector<Tested> tested;
+  for (const Row& row : m_rows) tested.push_back({PointLabel(*row.pPoint), &row.pFitted->test});
   return Counted(iUsed, "point") + " of " + std::to_string(m_rows.size()) +
          (iUsed == 1 ? " stands" : " stand") + " within " +
          Fixed(fit.dFlatness, DecimalsFor(fit.dFlatness)) + " " + m_values.adjust.strUnit +
@@ -111,7 +113,8 @@ std::string OrthogonalPlane::Verdict() const {
          m_values.adjust.strUnit + "; " +
          (fit.iSetAside == 0 ? std::string("none") : std::to_string(fit.iSetAside)) +
          (fit.iSetAside == 1 ? " was" : " were") + " set aside" +
-         (m_values.bAll ? ", as all count" : "") + ".";
+         (m_values.bAll ? ", as all count" : "") + "; " +
+         TestVerdict(tested, m_values.adjust.strUnit) + ".";
 }
 
 void OrthogonalPlane::WriteText(std::ostream& stream) const {
@@ -177,7 +180,7 @@ void OrthogonalPlane::FillJson(Json* pRoot) const {
     Json point = {{"id", row.pPoint->GetId()}};
     if (!row.pPoint->GetName().empty()) point["name"] = row.pPoint->GetName().chars();
     if (!p.bUsed) {
-      Json entry = point;
+      Json entry = {{"id", row.pPoint->GetId()}, {"name", row.pPoint->GetName().chars()}};
       entry["test"] = p.test.dTest;
       entry["error"] = p.dDistance;
       aside.push_back(std::move(entry));
@@ -188,7 +191,7 @@ void OrthogonalPlane::FillJson(Json* pRoot) const {
     }
     point["deviation"] = p.dDistance;
     point["used"] = p.bUsed;
-    AddTestJson(p.test, &point);
+    AddTestJson(&p.test, &point);
     points.push_back(std::move(point));
   }
   root["medium_distance"] = std::sqrt(dSum);

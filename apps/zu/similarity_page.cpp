@@ -81,7 +81,10 @@ std::string PageOf(const SimilarityPage& page, const ZuSimilarityResult& result,
                    const ZuSortHelper<ZuPoint>& control) {
   AdjustReport report;
   report.strTitle = page.strTitle;
-  report.strVerdict = page.strVerdict;
+  std::vector<Tested> tested;
+  for (const auto& p : result.points) tested.push_back({PointLabel(*control.Find(p.uId)), &p});
+  report.strVerdict = page.strVerdict + "; " + std::to_string(result.setAside.size()) +
+                      " set aside; " + TestVerdict(tested, page.strUnit) + ".";
   report.strUnit = page.strUnit;
   report.inputs = page.inputs;
   report.facts.emplace_back("sigma0",

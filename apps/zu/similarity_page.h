@@ -11,7 +11,7 @@ namespace cli {
 
 struct SimilarityPage {
   std::string strTitle;    // "Spatial transformation"
-  std::string strVerdict;  // one sentence
+  std::string strVerdict;  // begin of a sentence, which the tests end
   std::string strUnit;
   std::vector<std::pair<std::string, std::string>> inputs;  // "source" and its file
 };

@@ -67,20 +67,8 @@ void WriteSigma(const ZuSimilarityResult& result, std::ostream& stream) {
   stream << '\n';
 }
 
-void WriteSds(const ZuSimilarityResult& result, std::ostream& stream) {
-  TextTable table;
-  table.AddColumn("parameter", TextTable::eLeft);
-  table.AddColumn("value");
-  table.AddColumn("standard deviation");
-  for (const SimilarityParameter& p : SimilarityParameters(result)) {
-    table.AddRow(
-        {p.strName + (p.strUnit.empty() ? "" : " [" + p.strUnit + "]"), p.strValue, p.strSd});
-  }
-  table.Write(stream);
-}
-
 void WriteTests(const ZuSimilarityResult& result, const ZuSortHelper<ZuPoint>& names,
-                std::ostream& stream) {
+                const std::string& strUnit, std::ostream& stream) {
   double dLargest = 0.0;
   for (const auto& point : result.points) {
     for (double d : point.adNabla) {
@@ -103,6 +91,9 @@ void WriteTests(const ZuSimilarityResult& result, const ZuSortHelper<ZuPoint>& n
   table.Write(stream);
   stream << "w beyond " << Fixed(result.dTestLimit, 2)
          << ", and T with \"!\", say that an error stands behind them\n";
+  std::vector<Tested> tested;
+  for (const auto& point : result.points) tested.push_back({Label(point.uId, names), &point});
+  stream << TestVerdict(tested, strUnit) << '\n';
 }
 
 }  // namespace
@@ -117,27 +108,8 @@ ZuSimilarityOptions SimilarityValues::OptionsOf() const {
   ZuSimilarityOptions options;
   options.kind = Kind();
   options.dSigmaTarget = dSigma;
-  options.tests.bSnoop = bTest;
-  options.tests.dAlpha = dAlpha;
+  options.tests = TestsOf(*this, bTest);
   return options;
-}
-
-void AddSimilarityOptions(Options& options, SimilarityValues* pValues) {
-  options.Option("--sigma", "S", &pValues->dSigma,
-                 "standard deviation of a coordinate whose point tells none (columns dx,dy,dz)");
-  options.Above(0.0);
-  options.Flag("--test", &pValues->bTest,
-               "set aside the points that the tests reject; exit code 1 where there are any");
-  options.Option("--alpha", "A", &pValues->dAlpha, "chance of a false alarm of one test");
-  options.Above(0.0);
-  options.AtMost(0.5);
-  AddReportOptions(options, pValues);
-}
-
-void AddReportOptions(Options& options, SimilarityValues* pValues) {
-  options.Output("--report", "FILE.html", &pValues->strReport,
-                 "report to look at and to print, one file");
-  options.Option("--unit", "U", &pValues->strUnit, "unit of the coordinates, for the report");
 }
 
 std::vector<SimilarityParameter> SimilarityParameters(const ZuSimilarityResult& result) {
@@ -155,18 +127,30 @@ std::vector<SimilarityParameter> SimilarityParameters(const ZuSimilarityResult& 
   return parameters;
 }
 
+void WriteSds(const ZuSimilarityResult& result, std::ostream& stream) {
+  TextTable table;
+  table.AddColumn("parameter", TextTable::eLeft);
+  table.AddColumn("value");
+  table.AddColumn("standard deviation");
+  for (const SimilarityParameter& p : SimilarityParameters(result)) {
+    table.AddRow(
+        {p.strName + (p.strUnit.empty() ? "" : " [" + p.strUnit + "]"), p.strValue, p.strSd});
+  }
+  table.Write(stream);
+}
+
 void WriteSimilarity(const ZuSimilarityResult& result, const ZuSortHelper<ZuPoint>& names,
-                     std::ostream& stream) {
+                     const std::string& strUnit, std::ostream& stream) {
   WriteSigma(result, stream);
   stream << '\n';
   WriteSds(result, stream);
   stream << '\n';
-  WriteTests(result, names, stream);
+  WriteTests(result, names, strUnit, stream);
   for (const ZuSetAside& aside : result.setAside) {
     const double dLength = std::hypot(aside.adError[0], aside.adError[1], aside.adError[2]);
     stream << "set aside: point " << Label(aside.uId, names) << ", T " << Fixed(aside.dTest, 2)
-           << " beyond " << Fixed(aside.dLimit, 2) << ", off by "
-           << Fixed(dLength, DecimalsFor(dLength)) << '\n';
+           << (aside.dTest > aside.dLimit ? " beyond " : " within ") << Fixed(aside.dLimit, 2)
+           << ", off by " << Fixed(dLength, DecimalsFor(dLength)) << '\n';
   }
   for (unsigned uId : result.notControlled) {
     stream << "not controlled: point " << Label(uId, names) << '\n';
@@ -181,6 +165,12 @@ void AddSimilarity(const ZuSimilarityResult& result, const ZuSortHelper<ZuPoint>
     return p != nullptr ? JsonLabel(*p) : Json(uId);
   };
   root["free_direction"] = result.strFreeDirection.empty() ? Json() : Json(result.strFreeDirection);
+  root["set_aside"] = Json::array();
+  root["not_controlled"] = Json::array();
+  for (const char* szKey : {"sigma0", "redundancy", "sigma_kind", "parameters", "parameter_names",
+                            "covariance", "test_limit"}) {
+    root[szKey] = Json();
+  }
   if (!result.IsGood()) return;
   const Parameters p = ParametersOf(result);
   root["sigma0"] = result.dSigma0;
@@ -201,16 +191,13 @@ void AddSimilarity(const ZuSimilarityResult& result, const ZuSortHelper<ZuPoint>
   root["parameter_names"] = std::move(names7);
   root["covariance"] = std::move(covariance);
   root["test_limit"] = std::isfinite(result.dTestLimit) ? Json(result.dTestLimit) : Json();
-  root["set_aside"] = Json::array();
   for (const ZuSetAside& aside : result.setAside) {
     const ZuPoint* const point = names.Find(aside.uId);
-    Json entry = {{"id", aside.uId}};
-    if (point != nullptr && !point->GetName().empty()) entry["name"] = point->GetName().chars();
+    Json entry = {{"id", aside.uId}, {"name", point != nullptr ? point->GetName().chars() : ""}};
     entry["test"] = aside.dTest;
     entry["error"] = JsonOf(aside.adError);
     root["set_aside"].push_back(std::move(entry));
   }
-  root["not_controlled"] = Json::array();
   for (unsigned uId : result.notControlled) root["not_controlled"].push_back(label(uId));
 }
 

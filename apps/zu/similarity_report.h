@@ -6,17 +6,14 @@
 #include <string>
 #include <vector>
 
+#include "adjust_options.h"
 #include "commands.h"
 #include "zu/adjust/similarity.h"
 
 namespace cli {
 
-struct SimilarityValues {
-  double dSigma = 0.0;  // 0: not given
-  double dAlpha = 0.001;
-  bool bTest = false;
+struct SimilarityValues : AdjustValues {
   std::string strFixed;  // "", "scale", "levelled" or "shift"
-  std::string strReport, strUnit = "units";
 
   // Takes part in the parameters: the closed form alone would not do.
   bool IsAsked() const { return dSigma > 0.0 || bTest || !strFixed.empty(); }
@@ -24,20 +21,18 @@ struct SimilarityValues {
   ZuSimilarityOptions OptionsOf() const;
 };
 
-// Declares --sigma, --test, --alpha, --report and --unit.
-void AddSimilarityOptions(Options& options, SimilarityValues* pValues);
-// The last two alone.
-void AddReportOptions(Options& options, SimilarityValues* pValues);
-
 struct SimilarityParameter {
   std::string strName, strValue, strSd, strUnit;  // strUnit is empty for the scale and for lengths
 };
 std::vector<SimilarityParameter> SimilarityParameters(const ZuSimilarityResult& result);
 
+// Table of the parameters with standard deviations.
+void WriteSds(const ZuSimilarityResult& result, std::ostream& stream);
+
 // Parameters with standard deviations, the test of each common point, what was set aside.
 // `names` holds the common points.
 void WriteSimilarity(const ZuSimilarityResult& result, const ZuSortHelper<ZuPoint>& names,
-                     std::ostream& stream);
+                     const std::string& strUnit, std::ostream& stream);
 
 // The same as JSON, beside the keys of the transformation; not_controlled and set_aside by point.
 void AddSimilarity(const ZuSimilarityResult& result, const ZuSortHelper<ZuPoint>& names,

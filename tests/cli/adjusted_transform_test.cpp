@@ -105,3 +105,88 @@ TEST(AdjustedMerge, FindsTwoOfSixWrongByEverySearch) {
     EXPECT_EQ(outcome.Json()["rejected"], nlohmann::json({5, 6})) << szSearch;
   }
 }
+
+// Points within the tolerance that their accuracies do not explain; joined points of both lists.
+TEST(AdjustedMerge, TestsWhatAgreesAndTellsHowSureItIs) {
+  const ScratchFolder folder;
+  folder.Write("a", Corners(0.0, false) + "50 1 2 3\n");
+  folder.Write("b", Corners(0.06, false) + "99 1 1 1\n");
+  ExpectLines({{"zu merge a b --tolerance 0.2 --sigma 0.002", 0, "point 6 is suspicious", ""},
+               {"zu merge a b --tolerance 0.03 --strict", 1, "set aside: point 6", ""},
+               {"zu merge a b --tolerance 1 --search library --test", 2, "", "tests nothing"}},
+              folder);
+  const Outcome outcome = RunLine(
+      "zu merge a b --tolerance 0.2 --sigma 0.002 --test --blend 1 --json --report m.html", folder);
+  EXPECT_EQ(outcome.iExit, 1) << outcome.strErr;
+  const auto result = outcome.Json();
+  EXPECT_EQ(result["rejected"], nlohmann::json({6}));
+  EXPECT_EQ(result["set_aside"][0]["id"], 6);
+  EXPECT_NEAR(result["set_aside"][0]["error"][2].get<double>(), -0.06, 0.005);
+  for (const auto& point : result["points"]) {  // moved all the way to A, or of A alone
+    const bool bOfA = point["id"] != 6 && point["id"] != 99;
+    EXPECT_EQ(bOfA, std::fabs(point["sd"][0].get<double>() - 0.002) < 1e-12) << point;
+  }
+  EXPECT_NE(ReadFile(folder.Path("m.html")).find("7 of 8 common points agree; 1 set aside; no "),
+            std::string::npos);
+}
+
+// The chance of one false alarm in n tests: each at 1 - (1 - alpha)^(1/n).
+TEST(AdjustOptions, SpreadOneAlphaOverAllTests) {
+  const ScratchFolder folder;
+  folder.Write("a", Corners(0.0, false));
+  folder.Write("b", Corners(0.01, false));
+  const double dEach = 1.0 - std::pow(0.95, 1.0 / 8.0);
+  for (const char* szCommand :
+       {"zu transform a --control b", "zu compare a b", "zu merge a b --tolerance 1", "zu plane a",
+        "zu trafo2d a --control b --type helmert"}) {
+    const std::string strCommand = szCommand + std::string(" --sigma 0.002 --json ");
+    const auto total = RunLine(strCommand + "--alpha-total 0.05", folder).Json();
+    const auto each = RunLine(strCommand + "--alpha " + std::to_string(dEach), folder).Json();
+    EXPECT_NEAR(total["points"][0]["limit"].get<double>(), each["points"][0]["limit"].get<double>(),
+                1e-4)
+        << szCommand;
+  }
+}
+
+// What scripts may rely on, whether or not anything was set aside.
+TEST(AdjustJson, HasTheKeysInEachCommand) {
+  const ScratchFolder folder;
+  folder.Write("a", Corners(0.0, false) + "50 1 2 3\n");
+  folder.Write("b", Corners(0.06, false) + "99 1 1 1\n");
+  const std::vector<std::string> root = {"sigma0",     "redundancy",      "sigma_kind",
+                                         "parameters", "parameter_names", "covariance",
+                                         "set_aside",  "not_controlled",  "free_direction",
+                                         "warnings",   "points"};
+  const std::vector<std::string> point = {"id",           "r", "w", "test", "limit", "nabla",
+                                          "leave_one_out"};
+  const struct {
+    const char* szLine;
+    std::vector<std::string> root, point;  // beside those of all
+  } commands[] = {
+      {"zu transform a --control b --test", {"scale", "test_limit"}, {"sd", "x", "dx"}},
+      {"zu merge a b --tolerance 0.03", {"rejected", "only_a", "only_b", "rms"}, {"sd", "x", "dx"}},
+      {"zu compare a b", {"moved", "stable", "common"}, {"sd", "dx", "moved"}},
+      {"zu trafo2d a --control b --type affin --test", {"type", "coefficients"}, {"sd", "x", "dx"}},
+      {"zu plane a", {"normal", "d", "sd", "flatness", "rms"}, {"deviation"}},
+      {"zu plane a --sigma 9", {"normal", "d", "sd", "flatness", "rms"}, {"deviation"}}};
+  for (const auto& command : commands) {
+    SCOPED_TRACE(command.szLine);
+    const auto result = RunLine(command.szLine + std::string(" --json"), folder).Json();
+    for (const auto* pKeys : {&root, &command.root}) {
+      for (const std::string& strKey : *pKeys) EXPECT_TRUE(result.contains(strKey)) << strKey;
+    }
+    const size_t u = result["parameter_names"].size();
+    EXPECT_EQ(result["covariance"].size(), u);
+    for (const auto& entry : result["parameters"]) EXPECT_TRUE(entry["sd"].is_number());
+    for (const auto& entry : result["points"]) {
+      for (const auto* pKeys : {&point, &command.point}) {
+        for (const std::string& strKey : *pKeys) EXPECT_TRUE(entry.contains(strKey)) << strKey;
+      }
+    }
+    for (const auto& entry : result["set_aside"]) {
+      for (const char* szKey : {"id", "name", "test", "error"}) {
+        EXPECT_TRUE(entry.contains(szKey)) << szKey;
+      }
+    }
+  }
+}

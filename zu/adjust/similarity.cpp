@@ -42,17 +42,13 @@ class SimilarityRun {
     m_result.bSigmaGiven = m_common.bSigmaGiven;
     m_result.warnings = m_common.warnings;
     m_result.dOwnVariance = m_common.dOwnVariance;
+    m_result.dOwnTargetVariance = m_common.dOwnTargetVariance;
     if (!m_common.strFault.empty()) {
       Fail(ZuAdjustStatus::NotFinite, m_common.strFault);
       return m_result;
     }
+    const std::vector<char> start = Start();
     if (m_options.tests.bSnoop) {
-      std::vector<unsigned> aside = m_options.startAside;
-      std::sort(aside.begin(), aside.end());
-      std::vector<char> start;
-      for (const CommonPoint& p : m_common.points) {
-        start.push_back(!std::binary_search(aside.begin(), aside.end(), p.uId));
-      }
       const auto snooped = zu::internal::Snoop(
           start, [this](const std::vector<char>& used, std::vector<zu::internal::SnoopTest>* pTests,
                         int* piRedundancy) {
@@ -67,14 +63,28 @@ class SimilarityRun {
       if (!snooped.bGood) return m_result;
       StoreSetAside(snooped);
     } else {
-      if (!Adjust(std::vector<char>(m_common.points.size(), 1))) return m_result;
+      if (!Adjust(start)) return m_result;
       Test();
+      for (const ZuSimilarityPoint& p : m_result.points) {
+        if (!p.bUsed) StoreSetAside(p, p.dTest, p.dLimit);
+      }
     }
     Finish();
     return std::move(m_result);
   }
 
  private:
+  // Which points the adjustment begins with.
+  std::vector<char> Start() const {
+    std::vector<unsigned> aside = m_options.startAside;
+    std::sort(aside.begin(), aside.end());
+    std::vector<char> start;
+    for (const CommonPoint& p : m_common.points) {
+      start.push_back(!std::binary_search(aside.begin(), aside.end(), p.uId));
+    }
+    return start;
+  }
+
   void Fail(ZuAdjustStatus status, const std::string& strReason) {
     m_result.status = status;
     m_result.strReason = strReason;
@@ -187,15 +197,19 @@ class SimilarityRun {
     m_bFinite = m_model.Test(m_engine, tester, &m_result.points);
   }
 
+  void StoreSetAside(const ZuSimilarityPoint& point, double dTest, double dLimit) {
+    ZuSetAside entry;
+    entry.uId = point.uId;
+    entry.dTest = dTest;
+    entry.dLimit = dLimit;
+    std::copy_n(point.adResidual, 3, entry.adError);
+    m_result.setAside.push_back(entry);
+  }
+
   void StoreSetAside(const zu::internal::SnoopResult& snooped) {
     for (const zu::internal::SetAside& aside : snooped.setAside) {
-      const ZuSimilarityPoint& point = m_result.points[static_cast<std::size_t>(aside.iGroup)];
-      ZuSetAside entry;
-      entry.uId = point.uId;
-      entry.dTest = aside.dTest;
-      entry.dLimit = aside.dLimit;
-      std::copy_n(point.adResidual, 3, entry.adError);
-      m_result.setAside.push_back(entry);
+      StoreSetAside(m_result.points[static_cast<std::size_t>(aside.iGroup)], aside.dTest,
+                    aside.dLimit);
     }
     if (snooped.bLimited) {
       m_result.warnings.push_back(

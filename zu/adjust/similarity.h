@@ -52,7 +52,8 @@ struct ZuSimilarityOptions {
   // Covariances that stand before all that; in any order.
   std::vector<ZuPointCovariance> sourceCovariances, targetCovariances;
 
-  // Ids of points that snooping begins without; those that fit the others come back.
+  // Ids of points that the adjustment begins without. With snooping those that fit the others come
+  // back; else they stay aside, tested against the others.
   std::vector<unsigned> startAside;
 };
 
@@ -121,8 +122,9 @@ class ZU_ADJUST_API ZuSimilarityResult {
   // take in their own, where they have one.
   void Carry(ZuPointList* pPoints) const;
 
-  double dOwnVariance =
-      0.0;  // of a carried coordinate that is not told [unit of the source, squared]
+  // Of a coordinate that is not told, before it is scaled by sigma0 [unit of its list, squared].
+  double dOwnVariance = 0.0;  // of the source
+  double dOwnTargetVariance = 0.0;
 };
 
 // Adjusts the points of `source` onto those of the same id in `target`; id 0 has no partner, and of

@@ -100,6 +100,7 @@ void FillSigmas(const ZuSimilarityOptions& options, const Told& source, const To
     if (bTarget) FillIn(p.sy, dTarget);
   }
   pCommon->dOwnVariance = dSource * dSource;
+  pCommon->dOwnTargetVariance = dTarget * dTarget;
 }
 
 }  // namespace
