@@ -1,15 +1,20 @@
 // zu local: points into a local system that named points define.
+#include <algorithm>
 #include <cmath>
 #include <limits>
 #include <memory>
 #include <sstream>
 #include <utility>
 
+#include "adjust_options.h"
 #include "commands.h"
 #include "lokal_input.h"
 #include "point_input.h"
+#include "similarity_report.h"
+#include "svg.h"
 #include "text_table.h"
 #include "trafo_report.h"
+#include "zu/adjust/lokal_deviation.h"
 #include "zu/transform/trafo3d.h"
 
 namespace cli {
@@ -19,6 +24,7 @@ struct Values {
   std::string strPoints, strOutput;
   PointFormat format;
   LokalOptions lokal;
+  ZuLokalAccuracy accuracy;
   double dScaleTolerance = 0.01;
 };
 
@@ -28,6 +34,14 @@ struct Scale {
   double dDistance;
   double dScale;  // of this pair alone
   bool bBad;
+  double dSd = 0.0;            // of dScale
+  double dDifferenceSd = 0.0;  // of its difference from the mean
+};
+
+// How sure the result is; not good where no accuracy is told.
+struct Sureness {
+  ZuLokalDeviation deviation;
+  ZuSimilarityResult parameters;
 };
 
 std::vector<Scale> ScalesOf(const ZuLokalSystem& s, const ZuPointList& points,
@@ -96,31 +110,98 @@ bool Calc(const Values& values, const ZuLokalSystem& system, const ZuPointList& 
   return bScales;
 }
 
-void WriteText(const ZuLokalSystem& system, const ZuPointList& points,
-               const std::vector<Scale>& scales, const ZuTrafo3d& trafo, std::ostream& text) {
-  text << Counted(points.Count(), "point") << " in the local system\n\n";
+// Puts their standard deviations into the points, which are those of the file.
+Sureness SurenessOf(const Values& values, const ZuLokalSystem& system, const ZuTrafo3d& trafo,
+                    Context& context, std::vector<Scale>* pScales, ZuPointList* pPoints) {
+  Sureness sure;
+  double adCovariance[9];
+  for (ZuPoint* p = pPoints->First(); p != nullptr; p = p->Next()) {
+    AccuracyOf(*p, values.format.strColumns, 3, adCovariance);  // refuses negative ones
+  }
+  if (!sure.deviation.Calc(system, *pPoints, trafo, values.accuracy)) return sure;
+  ZuSimilarityResult& result = sure.parameters;
+  result.status = ZuAdjustStatus::Good;
+  result.trafo = trafo;
+  std::copy_n(sure.deviation.Covariance(), 49, result.adCovariance);
+  const std::vector<ZuLokalScale>& scales = sure.deviation.Scales();
+  result.iRedundancy = std::max(0, static_cast<int>(scales.size()) - 1);
+  result.dTestLimit = ZuNormalLimit(ZuTestOptions().dAlpha);
+  for (size_t i = 0; i < scales.size() && i < pScales->size(); ++i) {
+    (*pScales)[i].dSd = scales[i].dSd;
+    (*pScales)[i].dDifferenceSd = scales[i].dDifferenceSd;
+  }
+  if (sure.deviation.FilledIn() > 0) {
+    context.Warn(Counted(sure.deviation.FilledIn(), "coordinate") +
+                 " without a standard deviation took the root mean square of the others; --sigma "
+                 "tells another");
+  }
+  for (ZuPoint* p = pPoints->First(); p != nullptr; p = p->Next()) {
+    sure.deviation.PointCovariance(*p, adCovariance);
+    p->m_dDX = std::sqrt(adCovariance[0]);
+    p->m_dDY = std::sqrt(adCovariance[4]);
+    p->m_dDZ = std::sqrt(adCovariance[8]);
+  }
+  return sure;
+}
+
+void WritePointTable(const ZuPointList& points, bool bSure, std::ostream& text) {
+  double dLargest = 0.0;
+  for (const ZuPoint* p = points.First(); p != nullptr; p = p->Next()) {
+    dLargest = std::max({dLargest, p->m_dDX, p->m_dDY, p->m_dDZ});
+  }
+  const int iDecimals = DecimalsFor(dLargest);
   TextTable table;
   for (const char* szTitle : {"point", "x", "y", "z"}) table.AddColumn(szTitle);
+  for (const char* szTitle : {"sd x", "sd y", "sd z"}) {
+    if (bSure) table.AddColumn(szTitle);
+  }
   for (const ZuPoint* p = points.First(); p != nullptr; p = p->Next()) {
-    table.AddRow({PointLabel(*p), Fixed(p->m_dX, 6), Fixed(p->m_dY, 6), Fixed(p->m_dZ, 6)});
+    table.AddRow({PointLabel(*p), Fixed(p->m_dX, 6), Fixed(p->m_dY, 6), Fixed(p->m_dZ, 6),
+                  Fixed(p->m_dDX, iDecimals), Fixed(p->m_dDY, iDecimals),
+                  Fixed(p->m_dDZ, iDecimals)});
   }
   table.Write(text);
+}
+
+// Of a difference in standard deviations; 0 where it can have none.
+double Standardised(const Scale& s, const ZuTrafo3d& trafo) {
+  return s.dDifferenceSd > 0.0 ? (s.dScale - trafo.m_dScale) / s.dDifferenceSd : 0.0;
+}
+
+void WriteText(const ZuLokalSystem& system, const ZuPointList& points,
+               const std::vector<Scale>& scales, const ZuTrafo3d& trafo, const Sureness& sure,
+               std::ostream& text) {
+  text << Counted(points.Count(), "point") << " in the local system\n\n";
+  const bool bSure = sure.parameters.IsGood();
+  WritePointTable(points, bSure, text);
   if (!scales.empty()) {
     text << "\nscales, and what each differs from their mean\n";
     TextTable scaleTable;
-    for (const char* szTitle : {"points", "distance", "scale", "difference", ""}) {
+    for (const char* szTitle : {"points", "distance", "scale", "difference"}) {
       scaleTable.AddColumn(szTitle);
     }
+    for (const char* szTitle : {"sd", "w"}) {
+      if (bSure) scaleTable.AddColumn(szTitle);
+    }
+    scaleTable.AddColumn("", TextTable::eLeft);
     for (const Scale& s : scales) {
-      scaleTable.AddRow({LabelOf(s.uIdA, points) + "," + LabelOf(s.uIdB, points),
-                         Shortest(s.dDistance), Fixed(s.dScale, 9),
-                         Fixed((s.dScale - trafo.m_dScale) / trafo.m_dScale * 100.0, 4) + " %",
-                         s.bBad ? "beyond tolerance" : ""});
+      std::vector<std::string> row = {
+          LabelOf(s.uIdA, points) + "," + LabelOf(s.uIdB, points), Shortest(s.dDistance),
+          Fixed(s.dScale, 9),
+          Fixed((s.dScale - trafo.m_dScale) / trafo.m_dScale * 100.0, 4) + " %"};
+      if (bSure) row.push_back(Significant(s.dSd));
+      if (bSure) row.push_back(Fixed(Standardised(s, trafo), 2));
+      row.push_back(s.bBad ? "beyond tolerance" : "");
+      scaleTable.AddRow(std::move(row));
     }
     scaleTable.Write(text);
   }
   text << '\n';
   WriteParameters(trafo, text);
+  if (bSure) {
+    text << "\nstandard deviations a priori: of the points that define the system\n";
+    WriteSds(sure.parameters, text);
+  }
   std::ostringstream definition;
   definition.imbue(std::locale::classic());
   system.Write(definition);
@@ -128,8 +209,9 @@ void WriteText(const ZuLokalSystem& system, const ZuPointList& points,
 }
 
 void FillJson(const ZuPointList& points, const std::vector<Scale>& scales, bool bScales,
-              const ZuTrafo3d& trafo, Json* pRoot) {
+              const ZuTrafo3d& trafo, const Sureness& sure, Json* pRoot) {
   Json& root = *pRoot;
+  const bool bSure = sure.parameters.IsGood();
   const eTrafo3DStatus eStatus = bScales ? trafo.GetStatus() : eTrafo3DScaleMismatch;
   root["status"] = static_cast<int>(eStatus);
   root["status_text"] = GetTrafo3DStatusText(eStatus);
@@ -140,8 +222,11 @@ void FillJson(const ZuPointList& points, const std::vector<Scale>& scales, bool 
                               {"points", {LabelOf(s.uIdA, points), LabelOf(s.uIdB, points)}},
                               {"distance", s.dDistance},
                               {"scale", s.dScale},
+                              {"sd", bSure ? Json(s.dSd) : Json()},
+                              {"w", bSure ? Json(Standardised(s, trafo)) : Json()},
                               {"bad", s.bBad}});
   }
+  AddSimilarity(sure.parameters, ZuSortHelper<ZuPoint>(&points), &root);
   root["points"] = Json::array();
   for (const ZuPoint* p = points.First(); p != nullptr; p = p->Next()) {
     Json point = {{"id", p->GetId()}};
@@ -149,6 +234,7 @@ void FillJson(const ZuPointList& points, const std::vector<Scale>& scales, bool 
     point["x"] = p->m_dX;
     point["y"] = p->m_dY;
     point["z"] = p->m_dZ;
+    point["sd"] = bSure ? Json{p->m_dDX, p->m_dDY, p->m_dDZ} : Json();
     root["points"].push_back(std::move(point));
   }
 }
@@ -163,9 +249,10 @@ ExitCode Run(const Values& values, Context& context) {
   ZuTrafo3d trafo;
   std::vector<Scale> scales;
   const bool bScales = Calc(values, system, points, &trafo, &scales);
+  const Sureness sure = SurenessOf(values, system, trafo, context, &scales, &points);
   trafo.InPlaceTransform(&points);
-  WriteText(system, points, scales, trafo, context.Text());
-  FillJson(points, scales, bScales, trafo, &context.Root());
+  WriteText(system, points, scales, trafo, sure, context.Text());
+  FillJson(points, scales, bScales, trafo, sure, &context.Root());
   if (!bScales) {
     context.Warn("the scales disagree by more than --scale-tolerance; their mean was taken");
   }
@@ -195,6 +282,11 @@ Runner DefineLocal(Options& options) {
   options.Option("--definition", "FILE", &lokal.strDefinition,
                  "file with the definition as a LOKAL { ... } block; the options above replace "
                  "its parts");
+  options.Option("--sigma", "S", &pValues->accuracy.dSigma, kSigmaOfAll);
+  options.Above(0.0);
+  options.Option("--sigma-distance", "S", &pValues->accuracy.dSigmaDistance,
+                 "standard deviation of the distances of --scale; exact without");
+  options.AtLeast(0.0);
   AddPointOptions(options, &pValues->format);
   options.Output("-o,--output", "OUT", &pValues->strOutput,
                  "coordinate file of all points in the local system");

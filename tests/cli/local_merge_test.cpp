@@ -125,6 +125,39 @@ TEST(Local, TellsScalesThatDisagree) {
             0);
 }
 
+// Point 4 stands 2 above the origin: its own error and that of the origin count; scales of 1 and
+// 1.1 that are known to 0.01 / 4 and 0.01 / 3.
+TEST(Local, TellsHowSureItIs) {
+  const ScratchFolder folder;
+  folder.Write("house", kHouse);
+  const auto result =
+      RunLine(
+          "zu local house --axis X:1,2 --plane XY:3 --scale 1,2:4 --scale 1,3:3.3 --sigma 1e-9 "
+          "--sigma-distance 0.01 --json",
+          folder)
+          .Json();
+  EXPECT_NEAR(result["scales"][0]["sd"].get<double>(), 0.0025, 1e-6);
+  EXPECT_NEAR(result["scales"][1]["sd"].get<double>(), 0.01 / 3.0, 1e-6);
+  const double dMean = std::hypot(0.0025, 0.01 / 3.0) / 2.0;
+  EXPECT_NEAR(result["parameters"]["scale"]["sd"].get<double>(), dMean, 1e-6);
+  EXPECT_NEAR(result["scales"][0]["w"].get<double>(), -0.05 / dMean, 1e-3);
+  EXPECT_EQ(result["sigma_kind"], "a priori");
+  folder.Write("sure",
+               "1 10 10 5 .3 .3 .3\n2 10 14 5 .1 .1 .1\n3 7 10 5 .1 .1 .1\n"
+               "4 10 10 7 .4 .4 .4\n");
+  const auto sure = RunLine(
+                        "zu local sure --axis X:1,2 --plane XY:3 --columns id,x,y,z,dx,dy,dz "
+                        "--json -o out",
+                        folder)
+                        .Json();
+  EXPECT_NEAR(sure["points"][3]["sd"][2].get<double>(), 0.5, 1e-12);
+  EXPECT_EQ(sure["points"][0]["sd"], nlohmann::json({0, 0, 0}));
+  EXPECT_NE(ReadFile(folder.Path("out")).find("0.5\n"), std::string::npos);
+  EXPECT_TRUE(RunTexts("local", {kHouse}, {"--axis=X:1,2", "--plane=XY:3", "--json"})
+                  .Json()["sigma0"]
+                  .is_null());
+}
+
 TEST(Local, RefusesWhatIsNoDefinition) {
   const ScratchFolder folder;
   folder.Write("a", kHouse);
