@@ -348,10 +348,9 @@ std::string Page(const Values& values, const Result& result) {
   report.facts.emplace_back("sigma0", SigmaText(fit.dSigma0, fit.sigmaOfResults, fit.iRedundancy));
   report.facts.emplace_back("test", std::string(ZuSigmaKindText(fit.sigmaOfTests)) +
                                         ", limit of T " + Finite(result.dTestLimit, 2));
-  report.facts.emplace_back("centre of the source", Shortest(fit.adSourceCentre[0]) + ", " +
-                                                        Shortest(fit.adSourceCentre[1]));
-  report.facts.emplace_back("centre of the control", Shortest(fit.adTargetCentre[0]) + ", " +
-                                                         Shortest(fit.adTargetCentre[1]));
+  const auto centre = [](const double* pd) { return Fixed(pd[0], 6) + ", " + Fixed(pd[1], 6); };
+  report.facts.emplace_back("centre of the source", centre(fit.adSourceCentre));
+  report.facts.emplace_back("centre of the control", centre(fit.adTargetCentre));
   report.strParameters = std::string(result.kind.szFormula) + "; coordinates less the centres.";
   for (size_t k = 0; k < fit.coefficients.size(); ++k) {
     report.parameters.push_back(

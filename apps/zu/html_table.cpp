@@ -11,7 +11,8 @@ namespace cli {
 
 namespace {
 
-constexpr size_t kNarrow = 24;  // characters of all columns that a narrow screen has room for
+// Characters of the numbers of a row that a narrow screen has room for in the size of the text.
+constexpr size_t kNarrow = 24;
 
 // Text as the content of a style sheet's string: whatever could end it is written as a number.
 std::string CssText(const std::string& strText) {
@@ -46,8 +47,9 @@ void HtmlTable::AddRow(const std::vector<std::string>& cells, bool bTotal) {
 }
 
 std::string HtmlTable::Html() const {
-  const bool bWide = m_columns.size() > 4 ||
-                     std::accumulate(m_longest.begin(), m_longest.end(), size_t{0}) > kNarrow;
+  const bool bWide = m_columns.size() > 4;
+  const bool bTight =
+      !bWide && std::accumulate(m_longest.begin(), m_longest.end(), size_t{0}) > kNarrow;
   std::string strHead, strTitles;
   for (size_t i = 0; i < m_columns.size(); ++i) {
     strHead +=
@@ -56,8 +58,11 @@ std::string HtmlTable::Html() const {
                  CssText(m_columns[i].strTitle) + "\"}\n";
   }
   return (bWide ? "<style>@media(max-width:640px){\n" + strTitles + "}</style>\n" : "") +
-         "<table id='" + m_strId + "'" + (bWide ? " class='wide'" : "") + "><thead><tr>" + strHead +
-         "</tr></thead>\n<tbody>\n" + m_strRows + "</tbody></table>\n";
+         "<table id='" + m_strId + "'" +
+         (bWide    ? " class='wide'"
+          : bTight ? " class='tight'"
+                   : "") +
+         "><thead><tr>" + strHead + "</tr></thead>\n<tbody>\n" + m_strRows + "</tbody></table>\n";
 }
 
 const char* HtmlTableStyle() {
@@ -70,6 +75,7 @@ tr.all td{font-weight:bold;border-top:2px solid var(--soft)}
 @media(max-width:640px){table.wide,table.wide tbody{display:block}table.wide thead{display:none}
 table.wide tr{display:flex;flex-wrap:wrap;padding:.4em 0;border-bottom:1px solid var(--line)}
 table.wide td{flex:1 0 22%;box-sizing:border-box;border:0;text-align:left;padding:.1em .3em}
+table.tight{font-size:12px}table.tight th,table.tight td{padding:.25em .3em}
 table.wide td::before{display:block;font-size:11px;font-weight:normal;color:var(--soft)}}
 @media print{tr{break-inside:avoid}thead{display:table-header-group}}
 )";

@@ -1,5 +1,5 @@
-// A table of a report. On a narrow screen a wide one becomes one small card a row, each cell with
-// its title.
+// A table of a report. On a narrow screen one of many columns becomes one small card a row, each
+// cell with its title, and one of long numbers gets a smaller type.
 #pragma once
 
 #include <string>

@@ -95,7 +95,9 @@ std::string PageOf(const SimilarityPage& page, const ZuSimilarityResult& result,
   }
   report.strParameters = "target = s R (source - xs) + xt, R = Ry Rx Rz.";
   for (const SimilarityParameter& p : SimilarityParameters(result)) {
-    report.parameters.push_back({p.strName, p.strValue, p.strSd, p.strUnit});
+    const bool bShift = p.strName[0] == 't';
+    const std::string strUnit = bShift ? page.strUnit : p.strUnit.empty() ? "-" : p.strUnit;
+    report.parameters.push_back({p.strName, p.strValue, p.strSd, strUnit});
   }
   report.tables.push_back(PointTable(page, result, control));
   report.views.push_back(View(result, control, 0, 1));
