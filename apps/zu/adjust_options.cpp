@@ -1,6 +1,7 @@
 #include "adjust_options.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 
 #include "exit_code.h"
@@ -54,22 +55,46 @@ bool HasAccuracies(const std::string& strColumns) {
          columns.HasEntry(eZuPointRWDZ);
 }
 
-void AccuracyOf(const ZuPoint& point, const std::string& strColumns, int iDimension,
-                double* pdCov) {
+namespace {
+
+struct Accuracy {
+  eZuPointRWMask eColumn;
+  const char* szColumn;
+  double dSd;
+};
+
+std::array<Accuracy, 3> AccuraciesOf(const ZuPoint& point) {
+  return {{{eZuPointRWDX, "dx", point.m_dDX},
+           {eZuPointRWDY, "dy", point.m_dDY},
+           {eZuPointRWDZ, "dz", point.m_dDZ}}};
+}
+
+}  // namespace
+
+void CheckAccuracies(const std::string& strFile, const ZuPointList& points,
+                     const std::string& strColumns) {
   const ColumnTable columns = ParseColumns(strColumns);
-  const std::pair<eZuPointRWMask, double> accuracies[] = {
-      {eZuPointRWDX, point.m_dDX}, {eZuPointRWDY, point.m_dDY}, {eZuPointRWDZ, point.m_dDZ}};
-  std::fill_n(pdCov, iDimension * iDimension, 0.0);
-  for (int i = 0; i < iDimension; ++i) {
-    const auto& [eColumn, dSd] = accuracies[i];
-    if (!columns.HasEntry(eColumn)) continue;
-    if (dSd < 0.0) {
-      throw CommandError(kBadInput, "point " + PointLabel(point) + ": the accuracy " +
-                                        Shortest(dSd) +
+  for (const ZuPoint* p = points.First(); p != nullptr; p = p->Next()) {
+    for (const Accuracy& accuracy : AccuraciesOf(*p)) {
+      if (!columns.HasEntry(accuracy.eColumn) || !(accuracy.dSd < 0.0)) continue;
+      throw CommandError(kBadInput, strFile + ": column " + accuracy.szColumn + " of point " +
+                                        PointLabel(*p) + ": the accuracy " +
+                                        Shortest(accuracy.dSd) +
                                         " is negative; a standard deviation, or 0 where it is not "
                                         "known, would be right");
     }
-    pdCov[i * iDimension + i] = dSd * dSd;
+  }
+}
+
+void AccuracyOf(const ZuPoint& point, const std::string& strColumns, int iDimension,
+                double* pdCov) {
+  const ColumnTable columns = ParseColumns(strColumns);
+  const auto accuracies = AccuraciesOf(point);
+  std::fill_n(pdCov, iDimension * iDimension, 0.0);
+  for (int i = 0; i < iDimension; ++i) {
+    const Accuracy& accuracy = accuracies[static_cast<size_t>(i)];
+    if (!columns.HasEntry(accuracy.eColumn)) continue;
+    pdCov[i * iDimension + i] = accuracy.dSd * accuracy.dSd;
   }
 }
 

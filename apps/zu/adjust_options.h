@@ -44,8 +44,12 @@ double TestLimit(const AdjustValues& values, int iPoints, ZuSigmaKind kind, int 
 // The columns bring accuracies.
 bool HasAccuracies(const std::string& strColumns);
 
+// Throws CommandError (bad input) for a point whose accuracy is negative.
+void CheckAccuracies(const std::string& strFile, const ZuPointList& points,
+                     const std::string& strColumns);
+
 // What the columns dx, dy, dz tell, as a covariance of iDimension (2 or 3) rows; 0 where the file
-// has no such column. Throws CommandError (bad input) for a negative accuracy.
+// has no such column.
 void AccuracyOf(const ZuPoint& point, const std::string& strColumns, int iDimension, double* pdCov);
 
 // "0.00123  a posteriori, 12 redundant"

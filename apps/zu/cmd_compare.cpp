@@ -87,6 +87,8 @@ ExitCode Run(const Values& values, Context& context) {
   ZuPointList first, second;
   ReadPoints(values.strA, values.format, context, &first);
   ReadPoints(values.strB, values.format, context, &second);
+  CheckAccuracies(NameInMessages(values.strA), first, values.format.strColumns);
+  CheckAccuracies(NameInMessages(values.strB), second, values.format.strColumns);
   GiveCommonIds(NameInMessages(values.strB), context, &first, &second);
   ZuEpochOptions options;
   if (!values.adjust.strFixed.empty()) options.kind = values.adjust.Kind();

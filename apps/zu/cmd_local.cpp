@@ -110,15 +110,26 @@ bool Calc(const Values& values, const ZuLokalSystem& system, const ZuPointList& 
   return bScales;
 }
 
+// Accuracies that nevertheless give no standard deviations. Throws CommandError (undetermined).
+void CheckNothingTold(const Values& values, const ZuPointList& points) {
+  bool bTold = values.accuracy.dSigma > 0.0;
+  for (const ZuPoint* p = points.First(); p != nullptr; p = p->Next()) {
+    bTold |= p->m_dDX != 0.0 || p->m_dDY != 0.0 || p->m_dDZ != 0.0;
+  }
+  if (!bTold) return;
+  throw CommandError(kUndetermined, NameInMessages(values.strPoints) +
+                                        ": the accuracies are too large to reckon with");
+}
+
 // Puts their standard deviations into the points, which are those of the file.
 Sureness SurenessOf(const Values& values, const ZuLokalSystem& system, const ZuTrafo3d& trafo,
                     Context& context, std::vector<Scale>* pScales, ZuPointList* pPoints) {
   Sureness sure;
   double adCovariance[9];
-  for (ZuPoint* p = pPoints->First(); p != nullptr; p = p->Next()) {
-    AccuracyOf(*p, values.format.strColumns, 3, adCovariance);  // refuses negative ones
+  if (!sure.deviation.Calc(system, *pPoints, trafo, values.accuracy)) {
+    CheckNothingTold(values, *pPoints);
+    return sure;
   }
-  if (!sure.deviation.Calc(system, *pPoints, trafo, values.accuracy)) return sure;
   ZuSimilarityResult& result = sure.parameters;
   result.status = ZuAdjustStatus::Good;
   result.trafo = trafo;
@@ -137,6 +148,9 @@ Sureness SurenessOf(const Values& values, const ZuLokalSystem& system, const ZuT
   }
   for (ZuPoint* p = pPoints->First(); p != nullptr; p = p->Next()) {
     sure.deviation.PointCovariance(*p, adCovariance);
+    if (!std::isfinite(adCovariance[0] + adCovariance[4] + adCovariance[8])) {
+      CheckNothingTold(values, *pPoints);
+    }
     p->m_dDX = std::sqrt(adCovariance[0]);
     p->m_dDY = std::sqrt(adCovariance[4]);
     p->m_dDZ = std::sqrt(adCovariance[8]);
@@ -242,6 +256,7 @@ void FillJson(const ZuPointList& points, const std::vector<Scale>& scales, bool 
 ExitCode Run(const Values& values, Context& context) {
   ZuPointList points;
   ReadPoints(values.strPoints, values.format, context, &points);
+  CheckAccuracies(NameInMessages(values.strPoints), points, values.format.strColumns);
   GiveCommonIds("", context, &points, nullptr);
   const ZuLokalSystem system =
       ReadLokalSystem(values.lokal, NameInMessages(values.strPoints), points);

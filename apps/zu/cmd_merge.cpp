@@ -360,6 +360,8 @@ ExitCode Run(const Values& values, Context& context) {
   Lists lists;
   ReadPoints(values.strA, values.format, context, &lists.listA);
   ReadPoints(values.strB, values.format, context, &lists.listB);
+  CheckAccuracies(NameInMessages(values.strA), lists.listA, values.format.strColumns);
+  CheckAccuracies(NameInMessages(values.strB), lists.listB, values.format.strColumns);
   GiveCommonIds(NameInMessages(values.strB), context, &lists.listA, &lists.listB);
   lists.iCommon = CountCommon(lists);
   ZuTrafo3d trafo;

@@ -163,6 +163,7 @@ ExitCode Run(const Values& values, Context& context) {
   ZuPointList points;
   ReadPointsOrRows(values.strPoints, values.format, context, &points);
   if (values.bAxis) return RunAxis(values, &points, context);
+  CheckAccuracies(NameInMessages(values.strPoints), points, values.format.strColumns);
   OrthogonalPlane plane(values, points);
   const ExitCode eCode = plane.Report(context);
   if (!values.strLog.empty()) WriteLog(values.strLog, plane.Log(), context);

@@ -126,12 +126,13 @@ ZuTrafo2dFit Estimate(const Values& values, const Kind& kind, const Lists& lists
   options.tests = TestsOf(values.adjust, values.adjust.bTest);
   ZuTrafo2dFit fit = ZuFitTrafo2d(kind.kind, PairsOf(values, lists), options);
   if (fit.eStatus == ZuAdjustStatus::Good) return fit;
-  throw CommandError(kUndetermined,
-                     Files(values) + ": the " + strPoints + " do not determine --type " +
-                         kind.szName + "\n" +
-                         (fit.strFree.empty() ? std::string(ZuAdjustStatusText(fit.eStatus))
-                                              : "free is: " + fit.strFree) +
-                         "\npoints spread over the area would be right");
+  throw CommandError(
+      kUndetermined,
+      Files(values) + ": the " + strPoints + " do not determine --type " + kind.szName + "\n" +
+          (fit.strFree.empty()
+               ? std::string(ZuAdjustStatusText(fit.eStatus)) +
+                     "\ncoordinates and accuracies of one order of size would be right"
+               : "free is: " + fit.strFree + "\npoints spread over the area would be right"));
 }
 
 // A common point: its place in both lists and its test.
@@ -406,6 +407,8 @@ ExitCode Run(const Values& values, Context& context) {
   Lists lists;
   ReadPoints(values.strSource, values.format, context, &lists.source);
   ReadPoints(values.strControl, values.format, context, &lists.control);
+  CheckAccuracies(NameInMessages(values.strSource), lists.source, values.format.strColumns);
+  CheckAccuracies(NameInMessages(values.strControl), lists.control, values.format.strColumns);
   GiveCommonIds(NameInMessages(values.strControl), context, &lists.source, &lists.control);
   FindCommon(&lists);
   const Kind& kind = KindFor(values, &lists);

@@ -139,6 +139,8 @@ ExitCode Run(const Values& values, Context& context) {
   Lists lists;
   ReadPoints(values.strSource, values.format, context, &lists.source);
   ReadPoints(values.strControl, values.format, context, &lists.control);
+  CheckAccuracies(NameInMessages(values.strSource), lists.source, values.format.strColumns);
+  CheckAccuracies(NameInMessages(values.strControl), lists.control, values.format.strColumns);
   GiveCommonIds(NameInMessages(values.strControl), context, &lists.source, &lists.control);
   const ZuSortHelper<ZuPoint> control(&lists.control);
   FindCommon(control, &lists);
@@ -148,6 +150,10 @@ ExitCode Run(const Values& values, Context& context) {
   const bool bUpright = values.adjust.Kind() == ZuSimilarityKind::Levelled ||
                         values.adjust.Kind() == ZuSimilarityKind::Shift;
   if (!bUpright) Estimate(values, lists, control, &trafo);
+  if (values.adjust.Kind() == ZuSimilarityKind::Levelled && lists.commonSource.Count() > 2) {
+    CheckMirrored(Files(values), NameInMessages(values.strSource), HelmertRms, lists.commonSource,
+                  lists.commonControl);
+  }
   const ZuSimilarityResult result = AdjustTrafo(values, lists, control, context, &trafo);
   ZuPointList out;
   trafo.Transform(out, lists.source, control, false);

@@ -55,7 +55,7 @@ void Context::Finish() {
     if (pOutput->IsStandardOutput()) pStandard = pOutput.get();
     if (!pOutput->IsStandardOutput() && strLost.empty()) strLost = pOutput->Path();
   }
-  if (!m_warnings.empty()) m_root["warnings"] = m_warnings;
+  m_root["warnings"] = m_warnings;
   const std::string strText = pStandard != nullptr ? ""
                               : IsJson()           ? JsonText(m_root)
                                                    : m_text.str();

@@ -78,6 +78,47 @@ TEST(AdjustedTransform, FixesScaleAndTilt) {
   EXPECT_NEAR(result["angles"]["z"]["degrees"].get<double>(), 90.0, 1e-9);
 }
 
+// Lists that agree to the last digit of their files: nothing but rounding is left.
+TEST(AdjustedTransform, TakesRoundingForNoError) {
+  const ScratchFolder folder;
+  std::string strSource, strControl;
+  for (int i = 1; i <= 14; ++i) {
+    const long long ai[] = {4140000000 + i * 7919 % 900 * 997, 675000000 + i * 104729 % 600 * 991,
+                            300000 + i * 31 % 20 * 983};
+    const auto row = [&](long long iX, long long iY) {
+      const auto field = [](long long n) {
+        return " " + std::to_string(n / 1000) + "." + std::to_string(n % 1000 + 1000).substr(1);
+      };
+      return std::to_string(i) + field(ai[0] + iX) + field(ai[1] + iY) + field(ai[2]) + "\n";
+    };
+    strSource += row(0, 0);
+    strControl += row(1000000, 2000000);
+  }
+  folder.Write("s", strSource);
+  folder.Write("c", strControl);
+  ExpectLines({{"zu transform s --control c --test --alpha 0.5", 0, "no point is beyond", ""},
+               {"zu merge s c --tolerance 1e-6 --test --alpha 0.5", 0, "no point is beyond", ""},
+               {"zu compare s c --alpha 0.5", 0, "0 of 14 common points moved", ""},
+               {"zu trafo2d s --control c --type helmert --test --alpha 0.5", 0, "!beyond", ""}},
+              folder);
+}
+
+TEST(AdjustedTransform, RefusesAccuraciesThatAreNone) {
+  const ScratchFolder folder;
+  folder.Write("a", "1 0 0 0 1 1 1\n2 9 0 0 1 1 1\n3 0 9 0 1 -2 1\n4 1 1 9 1 1 1\n");
+  for (const char* szLine : {"zu transform a --control a", "zu merge a a --tolerance 1",
+                             "zu compare a a", "zu local a --axis X:1,2 --plane XY:3",
+                             "zu trafo2d a --control a --type helmert", "zu plane a"}) {
+    ExpectFailure(RunLine(szLine + std::string(" --columns id,x,y,z,dx,dy,dz"), folder), 3,
+                  "a: column dy of point 3: the accuracy -2 is negative");
+  }
+  folder.Write("s", "1 0 0 0\n2 9 0 0\n3 0 9 1\n4 1 1 9\n");
+  ExpectLines({{"zu transform s --control <(awk '{print $1,-$2,$3,$4}' s) --fixed levelled", 4, "",
+                "mirrored"},
+               {"zu local s --axis X:1,2 --plane XY:3 --sigma 1e300", 4, "", "too large"}},
+              folder);
+}
+
 TEST(Compare, NamesThePointsThatMoved) {
   const ScratchFolder folder;
   folder.Write("a", Corners(0.0, false));
@@ -88,7 +129,8 @@ TEST(Compare, NamesThePointsThatMoved) {
               folder);
   const Outcome outcome =
       RunLine("zu compare a b --sigma 0.002 --unit m --report moved.html --json", folder);
-  EXPECT_NE(ReadFile(folder.Path("moved.html")).find("1 of 8 common points moved."),
+  EXPECT_NE(ReadFile(folder.Path("moved.html"))
+                .find("1 of 8 common points moved, point 6 the farthest, by 0.0"),
             std::string::npos);
   const auto result = outcome.Json();
   EXPECT_EQ(result["moved"], nlohmann::json({6}));

@@ -59,16 +59,16 @@ TEST(PlaneOrthogonal, TakesAccuraciesFromColumnsAndWritesFeet) {
   EXPECT_NEAR(result["sd"][3].get<double>(), 0.1, 1e-12);
   const auto feet = RunLine("zu plane floor -o feet && zu plane feet --json", folder);
   EXPECT_EQ(feet.iExit, 0) << feet.strErr;
-  ExpectLines(
-      {{"zu plane three", 0, "a priori, 0 redundant: of coordinates exact", ""},
-       {"zu plane floor", 0, "9 points, 1 of them set aside", ""},
-       {"zu plane floor --all", 0, "!set aside", ""},
-       {"zu plane line", 4, "", "about the line through points 1, 3 and 4"},
-       {"zu plane bad --columns id,x,y,z,dz", 3, "", "point 1: the accuracy -1 is negative"},
-       {"zu plane floor --axis --sigma 1", 2, "", "--axis tests nothing"},
-       {"zu plane floor --force", 2, "", "goes with --axis"},
-       {"zu plane floor --log l --quiet && grep -c '3D PLANE' l", 0, "1\n", ""}},
-      folder);
+  ExpectLines({{"zu plane three", 0, "a priori, 0 redundant: of coordinates exact", ""},
+               {"zu plane floor", 0, "9 points, 1 of them set aside", ""},
+               {"zu plane floor --all", 0, "!set aside", ""},
+               {"zu plane line", 4, "", "about the line through points 1, 3 and 4"},
+               {"zu plane bad --columns id,x,y,z,dz", 3, "",
+                "column dz of point 1: the accuracy -1 is negative"},
+               {"zu plane floor --axis --sigma 1", 2, "", "--axis tests nothing"},
+               {"zu plane floor --force", 2, "", "goes with --axis"},
+               {"zu plane floor --log l --quiet && grep -c '3D PLANE' l", 0, "1\n", ""}},
+              folder);
 }
 
 TEST(PlaneOrthogonal, WritesAPageThatNeedsNothingElse) {

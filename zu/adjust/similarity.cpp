@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
+#include <limits>
 #include <numbers>
 
 #include "zu/adjust/internal/group_engine.h"
@@ -29,6 +30,9 @@ constexpr double kLargestSd = 0.5;
 
 // Chance that sigma0 a posteriori is said not to fit although it does.
 constexpr double kSigmaAlpha = 0.05;
+
+// Standard deviation of a computed coordinate over the largest one [-].
+constexpr double kRounding = 4.0 * std::numeric_limits<double>::epsilon();
 
 constexpr double kSteep = 1e-8;  // cosine of the angle about x below which it is a right one [-]
 
@@ -74,6 +78,18 @@ class SimilarityRun {
   }
 
  private:
+  // Of the coordinates [unit of the target].
+  double Rounding() const {
+    double dSource = 0.0, dTarget = 0.0;
+    for (const CommonPoint& p : m_common.points) {
+      for (int k = 0; k < 3; ++k) {
+        dSource = std::max(dSource, std::fabs(p.x[k]));
+        dTarget = std::max(dTarget, std::fabs(p.y[k]));
+      }
+    }
+    return kRounding * std::max(dTarget, m_model.Scale() * dSource);
+  }
+
   // Which points the adjustment begins with.
   std::vector<char> Start() const {
     std::vector<unsigned> aside = m_options.startAside;
@@ -101,10 +117,11 @@ class SimilarityRun {
     m_result.strFreeDirection.clear();
     const auto iUsed = std::count(used.begin(), used.end(), 1);
     if (3 * iUsed < m_model.Parameters()) {
-      Fail(ZuAdjustStatus::TooFew,
-           std::to_string(iUsed) + " common point" + (iUsed == 1 ? "" : "s") + " for " +
-               std::to_string(m_model.Parameters()) + " parameters, " +
-               std::to_string((m_model.Parameters() + 2) / 3) + " are needed");
+      Fail(ZuAdjustStatus::TooFew, std::to_string(iUsed) + " common point" +
+                                       (iUsed == 1 ? "" : "s") + " for " +
+                                       std::to_string(m_model.Parameters()) + " parameters, " +
+                                       std::to_string((m_model.Parameters() + 2) / 3) +
+                                       (m_model.Parameters() > 3 ? " are needed" : " is needed"));
       return false;
     }
     switch (m_model.Start(used)) {
@@ -146,6 +163,10 @@ class SimilarityRun {
         break;
     }
     m_sigma = zu::internal::ChooseSigma(m_engine, m_options.tests.sigmaKind, m_common.bSigmaGiven);
+    // Points that agree to their last digits must not be tested against less than these.
+    if (!m_common.bSigmaGiven && m_engine.iRedundancy > 0) {
+      m_sigma.dSigma0 = std::max(m_sigma.dSigma0, Rounding());
+    }
     StoreParameters();
     return CheckSds();
   }

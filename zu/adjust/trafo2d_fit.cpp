@@ -174,6 +174,12 @@ struct Frame {
   Vector2d centre = Vector2d::Zero();
   double dScale = 1.0;
 
+  // Of the coordinates [extents].
+  double Rounding() const {
+    return 4.0 * std::numeric_limits<double>::epsilon() *
+           (1.0 + centre.lpNorm<Eigen::Infinity>() / dScale);
+  }
+
   // False where the points stand in one place.
   bool Set(const std::vector<ZuTrafo2dPair>& pairs, double const (ZuTrafo2dPair::*pad)[2]) {
     double dHalf = 0.0;
@@ -235,7 +241,12 @@ class Fitter {
       if (m_engine.status == ZuAdjustStatus::Good) m_engine = zu::internal::Adjust(m_model);
       if (m_engine.status != ZuAdjustStatus::Good) return false;
       m_sigma = ChooseSigma(m_engine, m_options.tests.sigmaKind, m_fit.bSigmaTold);
-      if (m_sigma.kind == ZuSigmaKind::APriori) m_sigma.dSigma0 = m_dApriori;
+      if (m_sigma.kind == ZuSigmaKind::APriori) {
+        m_sigma.dSigma0 = m_dApriori;
+      } else {
+        // Points that agree to their last digits must not be tested against less than these.
+        m_sigma.dSigma0 = std::max({m_sigma.dSigma0, m_source.Rounding(), m_target.Rounding()});
+      }
       m_tests =
           TestGroups(m_model, GroupTester(m_engine, m_sigma, m_options.tests, m_model.Groups()));
       return true;

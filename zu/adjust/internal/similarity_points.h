@@ -11,7 +11,7 @@ namespace zu::internal {
 struct CommonPoints {
   std::vector<CommonPoint> points;  // by id
   bool bSigmaGiven = false;
-  double dOwnVariance = 0.0;          // of a source coordinate that is not told
+  double dOwnVariance = 0.0;  // of a source coordinate that is not told
   double dOwnTargetVariance = 0.0;
   std::string strFault;               // a number that cannot be used; empty if none
   std::vector<std::string> warnings;  // accuracies that had to be filled in
