@@ -21,20 +21,52 @@ constexpr char kBoard[] =
     "1 0 125 0\n2 25 125 0\n9 200 125 0\n10 0 100 0\n23 100 75 0\n46 0 0 0\n50 100 0 0\n54 200 0 "
     "0\n";
 
+// Two photos of it, for the files that are read beside a project.
+constexpr char kPhotos[] = R"(PHOTO {
+  PHOTOID 1 "one" DIGITAL 1 STATE 0 ORIENTED 1 DIGIREGION { 0 0 639 479 }
+  CAMDATA { ID 1 MD 0 C 4.915686 XH 0.2278 YH 0.0657 A1 -0.00966 A2 -0.000198 R0 2.5 RM 4.4 }
+  PRERESTRAFO { 2 0.5 1 0 479.5 0 -1 } MAINRESTRAFO { 1 -3.168 0.0099 -2.376 0 }
+  AORM { 3 3 0.9627788920850574 -0.035057874944144342 0.26800699684872165
+    -0.0095880916765550498 0.98649882981761838 0.16348739176606841
+    -0.27012010930967717 -0.15997188557015482 0.94944411229606229 }
+  AORV { 3 182.943688 83.861235 374.336515 }
+}
+PHOTO {
+  PHOTOID 2 "two" DIGITAL 1 STATE 0 ORIENTED 1 DIGIREGION { 0 0 639 479 }
+  CAMDATA { ID 1 MD 0 C 4.915686 XH 0.2278 YH 0.0657 A1 -0.00966 A2 -0.000198 R0 2.5 RM 4.4 }
+  PRERESTRAFO { 2 0.5 1 0 479.5 0 -1 } MAINRESTRAFO { 1 -3.168 0.0099 -2.376 0 }
+  AORM { 3 3 0.096009270419778137 0.75467072485306097 0.64904107500467001
+    -0.97577320874367646 0.2001419152201879 -0.08837340589829408
+    -0.1965931460950037 -0.62483222613894596 0.75560295399549471 }
+  AORV { 3 297.625525 53.611196 202.054446 }
+}
+MEASURE { PHOTOID 1 POINTS { 1 244.4274 94.1646 2 274.4154 92.1932 9 513.7905 86.5479
+  10 244.9057 126.2445 23 372.4008 157.4035 46 248.8261 253.6117 54 510.3763 266.2278 } }
+MEASURE { PHOTOID 2 POINTS { 1 256.2426 357.2372 2 255.2491 334.4170 9 251.4651 78.1621
+  10 291.5242 365.9118 23 342.2916 267.7661 46 437.7789 396.7280 54 540.0083 133.1381 } }
+)";
+
 // A command line: < stands before the ending of the input, > before that of the result, # is the
-// board.
+// board, % the photos.
 constexpr const char* kProjectCalls[] = {
     "measure <.prj --plane # --check # --unit mm --report >.html --json",
     "measure <.prj --plane # --check # --report >.html",
     "measure <.prj --plane # --flip -o >.coo",
     "photo info <.prj --json",
     "photo info <.prj",
+    "adjust <.prj --control # --estimate c,xh,yh --test --json --points-out >.coo",
+    "adjust <.prj --control # --datum inner --sigma 0.001mm -o >.prj",
+    "check <.prj --json",
+    "convert <.prj -o >.json",
+    "photo rescale <.prj --factor 0.5 -o >.prj",
+    "project renumber <.prj --start 101 -o >.prj",
 };
 constexpr const char* kCameraCalls[] = {
     "camera plot <.cam --id 1 -o >.svg",
     "camera info <.cam --json",
     "camera gentri <.cam -o >.txt",
     "camera plot <.cam --id 2 -o >.svg --json",
+    "check <.cam --json",
 };
 constexpr const char* kBinaryCalls[] = {"cloud info <.zpc --json", "cloud convert <.zpc >.pts"};
 constexpr const char* kPlyCalls[] = {"cloud info <.ply --json", "cloud convert <.ply >.zpc"};
@@ -48,7 +80,13 @@ constexpr const char* kPointCalls[] = {
     "transform # --control <.coo -o >.coo",
     "cloud info <.pts --json",
     "cloud convert <.pts >.ply",
+    "compare # <.coo --sigma 0.1 --json",
+    "adjust % --control <.coo --points-out >.coo --json",
+    "adjust % --control # --approx # --measurements <.txt",
+    "adjust % --control # --scale-bars <.txt",
+    "check <.coo",
 };
+constexpr const char* kJsonCalls[] = {"convert <.json -o >.prj", "convert <.json -o >.prj --json"};
 
 bool Holds(std::string_view text, std::string_view word) {
   return text.find(word) != std::string_view::npos;
@@ -62,6 +100,7 @@ const char* Choose(const char* const (&aszCalls)[N], unsigned uOption) {
 const char* CallFor(const Input& input) {
   const unsigned uOption = input.Option() ^ '\n';
   const std::string_view text = input.Text();
+  if (Holds(text, "\"format\"")) return Choose(kJsonCalls, uOption);
   if (Holds(text, "PHOTO") || Holds(text, "MEASURE")) return Choose(kProjectCalls, uOption);
   if (Holds(text, "CAMERA") || text.substr(0, 1) == "{") return Choose(kCameraCalls, uOption);
   if (Holds(text.substr(0, 4), "ply")) return Choose(kPlyCalls, uOption);
@@ -111,13 +150,14 @@ struct Call {
 };
 
 Call MakeCall(const char* szCall, std::string_view text) {
-  static const TempFile board(kBoard, ".coo"), result;
+  static const TempFile board(kBoard, ".coo"), photos(kPhotos, ".prj"), result;
   Call call;
   std::istringstream words(szCall);
   for (std::string strArg; words >> strArg;) {
     if (strArg[0] == '<') strArg = InputPath(strArg.substr(1), text);
     if (strArg[0] == '>') call.strResult = strArg = result.Path() + strArg.substr(1);
     if (strArg[0] == '#') strArg = board.Path();
+    if (strArg[0] == '%') strArg = photos.Path();
     call.args.push_back(strArg);
   }
   return call;
@@ -167,7 +207,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* pData, std::size_t uSi
   const Outcome outcome = Run(call.args);
 
   Require(outcome.iCode >= 0 && outcome.iCode <= 5);
-  if (outcome.iCode > 1) Require(!outcome.strError.empty());
+  // What zu check finds is its result.
+  if (outcome.iCode > 1) Require(!outcome.strError.empty() || !outcome.strOut.empty());
   std::ifstream stream(call.strResult, std::ios::binary);
   const std::string strResult(std::istreambuf_iterator<char>(stream), {});
   if (outcome.iCode == 0) Require(stream.is_open() || call.strResult.empty());

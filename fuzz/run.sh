@@ -51,7 +51,7 @@ samples() {
     project | program) echo samples/*/*.prj ;;
     camera) echo samples/*/*.cam ;;
     plane) echo samples/*/*.pln ;;
-    rectification) echo samples/older/*.prj ;;
+    rectification | project_json) echo samples/older/*.prj ;;
     transformation) echo samples/chessboard/left.prj ;;
     reseau) echo samples/chessboard/*.txt ;;
     keyword_file | point_rows) echo samples/older/*.prj samples/planes/*.pln ;;

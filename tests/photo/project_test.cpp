@@ -97,13 +97,15 @@ TEST(Project, CopiesCarryTheRecordWithoutItsLists) {
   ZuPhoto& photo = *project.Photos().First();
   photo.AddImo(ZuPoint(1, 2.0, 3.0), static_cast<eConvertBikoMode>(0));
   photo.AddAttribute(new ZuAttribute(7u));
+  photo.SetLayer(3);
   ZuPhoto assigned(9);
   assigned.AddImo(ZuPoint(5, 0.0, 0.0), static_cast<eConvertBikoMode>(0));
   assigned = photo;
   const ZuPhoto copy(photo);
   for (const ZuPhoto* p : {&copy, static_cast<const ZuPhoto*>(&assigned)}) {
     EXPECT_EQ(p->FirstAttribute(), nullptr);
-    EXPECT_ROW("0 0 1 101.5", p->CountImo(), p->CountZuspTrafo(), p->GetId(), p->GetPosAOR()[1]);
+    EXPECT_ROW("0 0 1 3 101.5", p->CountImo(), p->CountZuspTrafo(), p->GetId(), p->GetLayer(),
+               p->GetPosAOR()[1]);
     EXPECT_EQ(p->GetReseauMainTrafo().GetCoef(1), photo.GetReseauMainTrafo().GetCoef(1));
     EXPECT_EQ(p->GetCamera().m_dA1, photo.GetCamera().m_dA1);
   }

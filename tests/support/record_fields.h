@@ -42,9 +42,10 @@ class FieldText {
     Add(c.m_dRMax);
   }
   void Add(const ZuPlane& p) { (*this)(p.GetId(), p.GetName(), p.A(), p.B(), p.C(), p.D()); }
-  void Add(const ZuReseauTrafo& t) {
+  void Add(const ZuReseauTrafo& t) { (*this)(t.GetName(), static_cast<const ZuTrafo2d&>(t)); }
+  void Add(const ZuTrafo2d& t) {
     constexpr int kUsed[] = {0, 4, 6, 8, 20};
-    (*this)(static_cast<int>(t.GetType()), t.GetName());
+    Add(static_cast<int>(t.GetType()));
     if (t.GetType() < 0 || t.GetType() > 4) return;
     for (int i = 0; i < kUsed[t.GetType()]; ++i) Add(t.GetCoef(i));
   }
@@ -61,7 +62,9 @@ class FieldText {
     for (const ZuPoint* p = t.GetRegion().First(); p != nullptr; p = p->Next()) {
       (*this)(p->m_dX, p->m_dY);  // older files leave their ids 0
     }
-    const auto& lines = t.GetParallelDef();
+    Add(t.GetParallelDef());
+  }
+  void Add(const ZuZuspParallelDef& lines) {
     for (const auto* p = lines.GetLines().First(); p != nullptr; p = p->Next()) {
       (*this)(p->GetId(), p->m_uBikoId1, p->m_uBikoId2, p->m_iXAxis, p->m_dValue);
     }
