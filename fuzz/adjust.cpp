@@ -12,6 +12,7 @@
 namespace {
 
 constexpr int kMostPoints = 12;
+constexpr double kFits = 10.0;      // sigma0 of points that are still told to be of a shape
 constexpr double kRounding = 1e-3;  // of a sum of redundancy numbers, for points of any extent
 
 ZuPointList TakeRows(const Input& input) {
@@ -91,7 +92,9 @@ void CheckFit(Fit (*pfnFit)(const std::vector<ZuFitPoint>&, const ZuFitOptions&)
     Require(std::isfinite(p.dDistance));
     if (p.bUsed) dSum += p.test.Redundancy();
   }
-  Require(std::fabs(dSum - shape.fit.iRedundancy) <= kRounding);
+  // Far from any such shape the numbers of the last step are no longer those of the result.
+  const bool bFits = shape.fit.bSigmaTold && shape.fit.dSigma0 < kFits;
+  Require(!bFits || std::fabs(dSum - shape.fit.iRedundancy) <= kRounding);
   const std::vector<ZuFitPoint> reversed(points.rbegin(), points.rend());
   Require(IsSame(pfnFit(reversed, {}).fit.dSigma0, shape.fit.dSigma0));
 }
