@@ -63,6 +63,10 @@ Eigen::MatrixXd AxisDerivatives(const FitOutcome& outcome) {
   return J;
 }
 
+void SetFinite(bool bFinite, FitOutcome* pOutcome) {
+  if (!bFinite) pOutcome->result.eStatus = ZuAdjustStatus::NotFinite;
+}
+
 template <size_t N>
 bool AllFinite(const double (&ad)[N]) {
   return std::all_of(ad, ad + N, [](double d) { return std::isfinite(d); });
@@ -90,9 +94,8 @@ ZuPlaneFit ZuFitPlane(const std::vector<ZuFitPoint>& points, const ZuFitOptions&
         -dScale;
     const bool bFinite = Carry(J, outcome, plane.adCov);
     for (int i = 0; i < 4; ++i) plane.adSd[i] = std::sqrt(std::max(0.0, plane.adCov[5 * i]));
-    if (!bFinite || !std::isfinite(plane.plane.D()) || !std::isfinite(plane.dHeightSd)) {
-      outcome.result.eStatus = ZuAdjustStatus::NotFinite;
-    }
+    SetFinite(bFinite && std::isfinite(plane.plane.D()) && std::isfinite(plane.dHeightSd),
+              &outcome);
   }
   plane.fit = std::move(outcome.result);
   return plane;
@@ -104,9 +107,8 @@ ZuLineFit ZuFitLine(const std::vector<ZuFitPoint>& points, const ZuFitOptions& o
   if (IsGood(outcome)) {
     line.line = LineOf(outcome, points);
     Copy(World(outcome, outcome.shape.Point()), line.adPoint);
-    if (!Carry(AxisDerivatives(outcome), outcome, line.adCov) || !AllFinite(line.adPoint)) {
-      outcome.result.eStatus = ZuAdjustStatus::NotFinite;
-    }
+    SetFinite(Carry(AxisDerivatives(outcome), outcome, line.adCov) && AllFinite(line.adPoint),
+              &outcome);
   }
   line.fit = std::move(outcome.result);
   return line;
@@ -119,10 +121,9 @@ ZuSphereFit ZuFitSphere(const std::vector<ZuFitPoint>& points, const ZuFitOption
     Copy(World(outcome, outcome.shape.Point()), sphere.adCentre);
     sphere.dRadius = outcome.shape.Radius() * outcome.dScale;
     const Eigen::MatrixXd J = Eigen::MatrixXd::Identity(4, 4) * outcome.dScale;
-    if (!Carry(J, outcome, sphere.adCov) || !AllFinite(sphere.adCentre) ||
-        !std::isfinite(sphere.dRadius)) {
-      outcome.result.eStatus = ZuAdjustStatus::NotFinite;
-    }
+    SetFinite(Carry(J, outcome, sphere.adCov) && AllFinite(sphere.adCentre) &&
+                  std::isfinite(sphere.dRadius),
+              &outcome);
   }
   sphere.fit = std::move(outcome.result);
   return sphere;
@@ -135,10 +136,9 @@ ZuCylinderFit ZuFitCylinder(const std::vector<ZuFitPoint>& points, const ZuFitOp
     cylinder.axis = LineOf(outcome, points);
     cylinder.dRadius = outcome.shape.Radius() * outcome.dScale;
     Copy(World(outcome, outcome.shape.Point()), cylinder.adPoint);
-    if (!Carry(AxisDerivatives(outcome), outcome, cylinder.adCov) || !AllFinite(cylinder.adPoint) ||
-        !std::isfinite(cylinder.dRadius)) {
-      outcome.result.eStatus = ZuAdjustStatus::NotFinite;
-    }
+    SetFinite(Carry(AxisDerivatives(outcome), outcome, cylinder.adCov) &&
+                  AllFinite(cylinder.adPoint) && std::isfinite(cylinder.dRadius),
+              &outcome);
   }
   cylinder.fit = std::move(outcome.result);
   return cylinder;
