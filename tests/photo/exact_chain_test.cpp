@@ -38,7 +38,9 @@ void FixedPoint(const ZuCamera& camera, double* x, double* y) {
 }
 
 TEST(ExactCamera, CorrectsToTheEndOfTheFixedPointAndAsAdjustWhereThatIsClosed) {
-  for (const auto& [strName, camera] : Cameras()) {
+  for (const test_cameras::NamedCamera& entry : Cameras()) {
+    const std::string& strName = entry.strName;
+    const ZuCamera& camera = entry.camera;
     SCOPED_TRACE(strName);
     for (const double t : {-0.7, -0.3, 0.0, 0.2, 0.6}) {
       double x = t * camera.m_dRMax, y = 0.5 * t * camera.m_dRMax + 0.1, u = x, v = y;
@@ -75,7 +77,9 @@ TEST(ExactCamera, DerivativesAreThoseOfTheModel) {
   double ZuCamera::*const fields[camera_measured::kParameters] = {
       &ZuCamera::m_dC,  &ZuCamera::m_dXh, &ZuCamera::m_dYh, &ZuCamera::m_dA1, &ZuCamera::m_dA2,
       &ZuCamera::m_dA3, &ZuCamera::m_dB1, &ZuCamera::m_dB2, &ZuCamera::m_dC1, &ZuCamera::m_dC2};
-  for (const auto& [strName, camera] : Cameras()) {
+  for (const test_cameras::NamedCamera& entry : Cameras()) {
+    const std::string& strName = entry.strName;
+    const ZuCamera& camera = entry.camera;
     if (camera.m_iMode == eCameraModeViva) continue;
     SCOPED_TRACE(strName);
     const double x = 0.11 * camera.m_dC, y = -0.07 * camera.m_dC;
@@ -125,7 +129,9 @@ ZuTrafo2d Trafo(eZuTrafo2DType eType, std::initializer_list<double> values) {
 
 // What an adjustment projects with and what the chain converts with is one model.
 TEST(ExactChain, ProjectsAsTheAdjustmentAndComesBack) {
-  for (const auto& [strName, camera] : Cameras()) {
+  for (const test_cameras::NamedCamera& entry : Cameras()) {
+    const std::string& strName = entry.strName;
+    const ZuCamera& camera = entry.camera;
     for (const bool bPolynomial : {false, true}) {
       SCOPED_TRACE(strName + (bPolynomial ? ", polynomial" : ""));
       ZuPhoto photo(1, "a.jpg");
