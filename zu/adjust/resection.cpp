@@ -1,7 +1,7 @@
 #include "zu/adjust/resection.h"
 
-#include <Eigen/Dense>
-#include <Eigen/Eigenvalues>
+#include <Eigen/Core>
+#include <Eigen/Geometry>
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
@@ -10,6 +10,7 @@
 #include <tuple>
 
 #include "zu/adjust/internal/counter_random.h"
+#include "zu/adjust/internal/dense_cholesky.h"
 #include "zu/adjust/internal/resection_fit.h"
 #include "zu/adjust/internal/snooping.h"
 #include "zu/adjust/internal/three_point.h"
@@ -31,6 +32,16 @@ constexpr double kReach = 3.0;       // standard deviations that a pose is moved
 constexpr double kNever = std::numeric_limits<double>::infinity();
 
 using Six = Eigen::Matrix<double, 6, 1>;
+
+// Eigenvalues of a symmetric matrix, ascending, and the eigenvectors as columns.
+template <int n>
+struct Spectrum {
+  explicit Spectrum(const Eigen::Matrix<double, n, n>& m) {
+    SymmetricEigen(n, m.data(), values.data(), vectors.data());
+  }
+  Eigen::Matrix<double, n, 1> values;
+  Eigen::Matrix<double, n, n, Eigen::RowMajor> vectors;
+};
 
 // The triples that are tried of n points.
 std::vector<std::array<int, 3>> Triples(int n, unsigned uSeed) {
@@ -90,14 +101,23 @@ Pose TiltedOther(const ResectionFit& fit, const Pose& pose) {
     const Eigen::Vector3d d = Eigen::Map<const Eigen::Vector3d>(p.P) - centre;
     spread += d * d.transpose();
   }
-  const Eigen::SelfAdjointEigenSolver<Eigen::Matrix3d> eigen(spread);
+  const Spectrum<3> spectrum(spread);
   const Eigen::Matrix<double, 3, 3, Eigen::RowMajor> R =
       Eigen::Map<const Eigen::Matrix<double, 3, 3, Eigen::RowMajor>>(pose.R.data());
   const Eigen::Vector3d X0 = Eigen::Map<const Eigen::Vector3d>(pose.X0.data());
   const Eigen::Vector3d t = R.transpose() * (centre - X0), sight = t.normalized();
-  const Eigen::Vector3d normal = R.transpose() * eigen.eigenvectors().col(0);
+  const Eigen::Vector3d normal = R.transpose() * spectrum.vectors.col(0);
   const Eigen::Vector3d tilted = 2.0 * sight.dot(normal) * sight - normal;
-  const Eigen::Matrix3d Q = Eigen::Quaterniond::FromTwoVectors(normal, tilted).toRotationMatrix();
+  // The least turn of one normal into the other; half a turn about the sight where they are
+  // opposed.
+  Eigen::Quaterniond turn;
+  turn.w() = 1.0 + normal.dot(tilted);
+  turn.vec() = normal.cross(tilted);
+  if (turn.norm() < 1e-6) {
+    turn.w() = 0.0;
+    turn.vec() = sight;
+  }
+  const Eigen::Matrix3d Q = turn.normalized().toRotationMatrix();
   const Eigen::Matrix<double, 3, 3, Eigen::RowMajor> other = R * Q.transpose();
   Pose result;
   Eigen::Map<Eigen::Matrix<double, 3, 3, Eigen::RowMajor>>(result.R.data()) = other;
@@ -125,9 +145,9 @@ bool IsBlind(const ResectionFit& fit, const Eigen::Matrix<double, 6, 6>& covaria
   unit.tail<3>().setConstant(fit.Distance(fit.pose));
   const Eigen::Matrix<double, 6, 6> scaled =
       unit.cwiseInverse().asDiagonal() * covariance * unit.cwiseInverse().asDiagonal();
-  const Eigen::SelfAdjointEigenSolver<Eigen::Matrix<double, 6, 6>> eigen(scaled);
-  const Six step = kReach * std::sqrt(std::max(eigen.eigenvalues()[5], 0.0)) *
-                   unit.cwiseProduct(eigen.eigenvectors().col(5));
+  const Spectrum<6> spectrum(scaled);
+  const Six step = kReach * std::sqrt(std::max(spectrum.values[5], 0.0)) *
+                   unit.cwiseProduct(spectrum.vectors.col(5));
   for (const double dSign : {-1.0, 1.0}) {
     const Six signedStep = dSign * step;
     const double dChange = fit.Change(signedStep.data()) / dSigma0;
@@ -137,8 +157,8 @@ bool IsBlind(const ResectionFit& fit, const Eigen::Matrix<double, 6, 6>& covaria
 }
 
 std::string WeakText(const Eigen::Matrix<double, 6, 6>& covariance) {
-  const Eigen::SelfAdjointEigenSolver<Eigen::Matrix3d> eigen(covariance.bottomRightCorner<3, 3>());
-  const Eigen::Vector3d d = eigen.eigenvectors().col(2);
+  const Spectrum<3> spectrum(covariance.bottomRightCorner<3, 3>());
+  const Eigen::Vector3d d = spectrum.vectors.col(2);
   char text[320];
   std::snprintf(text, sizeof text,
                 "the points do not decide the position: it can move along (%.2f, %.2f, %.2f) while "
@@ -273,10 +293,9 @@ class Resection {
   // The covariance tells no position, or the equations are blind to moves of its size.
   bool IsWeak(const EngineResult& result, double dSigma0) {
     const auto covariance = Covariance(result, dSigma0);
-    const Eigen::SelfAdjointEigenSolver<Eigen::Matrix3d> eigen(
-        covariance.bottomRightCorner<3, 3>());
+    const Spectrum<3> spectrum(covariance.bottomRightCorner<3, 3>());
     m_result.dRelativeSd =
-        std::sqrt(std::max(eigen.eigenvalues()[2], 0.0)) / m_fit.Distance(m_fit.pose);
+        std::sqrt(std::max(spectrum.values[2], 0.0)) / m_fit.Distance(m_fit.pose);
     // Errors as small as those of the measurements count, however well the points happen to fit.
     const double dSigma = std::max(dSigma0, 1e-3);
     return !(m_result.dRelativeSd <= kWeak) || IsBlind(m_fit, Covariance(result, dSigma), dSigma);
