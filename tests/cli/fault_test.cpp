@@ -11,6 +11,7 @@
 
 #include "tests/cli/program.h"
 #include "tests/support/system_call_fault.h"
+#include "tests/support/trials.h"
 
 namespace {
 
@@ -174,9 +175,7 @@ std::string NameOf(const ::testing::TestParamInfo<WritingCommand>& info) {
 // points, an appended log, a cloud, a drawing.
 std::vector<WritingCommand> CommandsToFail() {
   std::vector<WritingCommand> commands = WritingCommands();
-#ifdef __SANITIZE_ADDRESS__
-  commands = {commands[0], commands[1], commands[5], commands[10]};
-#endif
+  if (ZU_SANITIZED != 0) commands = {commands[0], commands[1], commands[5], commands[10]};
   return commands;
 }
 
