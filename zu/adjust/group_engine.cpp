@@ -1,11 +1,12 @@
 #include "zu/adjust/internal/group_engine.h"
 
-#include <Eigen/Dense>
 #include <algorithm>
-#include <array>
 #include <cmath>
 #include <cstddef>
 #include <limits>
+#include <numeric>
+
+#include "zu/adjust/internal/dense_cholesky.h"
 
 namespace zu::internal {
 namespace {
@@ -62,54 +63,68 @@ bool IsFinite(const GroupNormals& normals) {
 // result, and for a matrix that is not finite then.
 class ScaledNormals {
  public:
-  ScaledNormals(const GroupModel& model, const GroupNormals& normals, EngineResult* pResult) {
-    const int u = static_cast<int>(normals.h.size());
-    const Eigen::Map<const Eigen::MatrixXd> N(normals.N.data(), u, u);
-    m_unit.resize(u);
-    for (int j = 0; j < u; ++j) {
-      m_unit[j] = model.Unit(j);
-      if (m_unit[j] == 0.0 && N(j, j) > 0.0) m_unit[j] = 1.0 / std::sqrt(N(j, j));
+  ScaledNormals(const GroupModel& model, const GroupNormals& normals, EngineResult* pResult)
+      : m_u(normals.h.size()), m_unit(m_u), m_inverse(m_u * m_u) {
+    std::vector<double> scaled(m_u * m_u), values(m_u), vectors(m_u * m_u);
+    for (std::size_t j = 0; j < m_u; ++j) {
+      const double dN = normals.N[j * m_u + j];
+      m_unit[j] = model.Unit(static_cast<int>(j));
+      if (m_unit[j] == 0.0 && dN > 0.0) m_unit[j] = 1.0 / std::sqrt(dN);
       if (m_unit[j] == 0.0) m_unit[j] = 1.0;
     }
-    const Eigen::MatrixXd scaled = m_unit.asDiagonal() * N * m_unit.asDiagonal();
-    if (!scaled.allFinite()) return;
-    const Eigen::SelfAdjointEigenSolver<Eigen::MatrixXd> eigen(scaled);
-    const Eigen::VectorXd& values = eigen.eigenvalues();
-    const double dLargest = values[u - 1];
+    m_factors.SetZero(static_cast<int>(m_u));
+    for (std::size_t i = 0; i < m_u; ++i) {
+      for (std::size_t j = 0; j < m_u; ++j) {
+        const double d = m_unit[i] * normals.N[i * m_u + j] * m_unit[j];
+        if (!std::isfinite(d)) return;
+        scaled[i * m_u + j] = m_factors.At(static_cast<int>(i), static_cast<int>(j)) = d;
+      }
+    }
+    SymmetricEigen(static_cast<int>(m_u), scaled.data(), values.data(), vectors.data());
+    const double dLargest = values[m_u - 1];
     pResult->dCondition = dLargest > 0.0 ? std::max(values[0], 0.0) / dLargest : 0.0;
     pResult->iDefect = 0;
-    for (int j = 0; j < u; ++j) pResult->iDefect += !(values[j] > model.Singular() * dLargest);
+    for (const double d : values) pResult->iDefect += !(d > model.Singular() * dLargest);
     if (pResult->iDefect > 0) {
       pResult->status = ZuAdjustStatus::RankDefect;
-      pResult->freeDirection.assign(eigen.eigenvectors().data(), eigen.eigenvectors().data() + u);
+      for (std::size_t i = 0; i < m_u; ++i) pResult->freeDirection.push_back(vectors[i * m_u]);
       return;
     }
-    m_inverse = m_unit.asDiagonal() * eigen.eigenvectors() * values.cwiseInverse().asDiagonal() *
-                eigen.eigenvectors().transpose() * m_unit.asDiagonal();
-    // Symmetric to the last bit.
-    m_inverse.triangularView<Eigen::StrictlyUpper>() = m_inverse.transpose();
-    m_factors.compute(scaled);
-    m_bGood = m_inverse.allFinite() && m_factors.info() == Eigen::Success;
+    m_bGood = m_factors.Factorise();
+    for (std::size_t i = 0; i < m_u; ++i) {
+      for (std::size_t j = 0; j <= i; ++j) {
+        double d = 0.0;
+        for (std::size_t k = 0; k < m_u; ++k) {
+          d += vectors[i * m_u + k] * vectors[j * m_u + k] / values[k];
+        }
+        m_inverse[i * m_u + j] = m_inverse[j * m_u + i] = m_unit[i] * d * m_unit[j];
+        m_bGood = m_bGood && std::isfinite(m_inverse[i * m_u + j]);
+      }
+    }
   }
 
   bool IsGood() const { return m_bGood; }
-  const Eigen::MatrixXd& Inverse() const { return m_inverse; }
-  Eigen::VectorXd Correction(const Eigen::VectorXd& h) const {
-    return -(m_unit.asDiagonal() * m_factors.solve(m_unit.asDiagonal() * h));
+  const std::vector<double>& Inverse() const { return m_inverse; }
+  std::vector<double> Correction(const std::vector<double>& h) const {
+    std::vector<double> dx(m_u);
+    for (std::size_t j = 0; j < m_u; ++j) dx[j] = -m_unit[j] * h[j];
+    m_factors.Solve(dx.data());
+    for (std::size_t j = 0; j < m_u; ++j) dx[j] *= m_unit[j];
+    return dx;
   }
 
  private:
-  Eigen::VectorXd m_unit;
-  Eigen::MatrixXd m_inverse;
-  Eigen::LLT<Eigen::MatrixXd> m_factors;
+  std::size_t m_u;
+  std::vector<double> m_unit, m_inverse;
+  DenseCholesky m_factors;
   bool m_bGood = false;
 };
 
 // Largest change over its standard deviation for sigma0 = 1.
-double RelativeChange(const Eigen::VectorXd& dx, const Eigen::MatrixXd& covariance) {
+double RelativeChange(const std::vector<double>& dx, const std::vector<double>& covariance) {
   double dLargest = 0.0;
-  for (int j = 0; j < dx.size(); ++j) {
-    dLargest = std::max(dLargest, std::fabs(dx[j]) / std::sqrt(covariance(j, j)));
+  for (std::size_t j = 0; j < dx.size(); ++j) {
+    dLargest = std::max(dLargest, std::fabs(dx[j]) / std::sqrt(covariance[j * (dx.size() + 1)]));
   }
   return dLargest;
 }
@@ -152,7 +167,6 @@ EngineResult Adjust(GroupModel& model, int iMaxSteps) {
   for (result.iSteps = 0; result.iSteps < iMaxSteps;) {
     GroupNormals normals(u);
     const bool bFormed = model.AddNormals(&normals);
-    const Eigen::Map<const Eigen::VectorXd> h(normals.h.data(), u);
     ++result.iSteps;
     result.iObservations = normals.iObservations;
     result.iRedundancy = normals.iObservations - u;
@@ -164,18 +178,19 @@ EngineResult Adjust(GroupModel& model, int iMaxSteps) {
     }
     const ScaledNormals scaled(model, normals, &result);
     if (!scaled.IsGood()) return result;
-    const Eigen::VectorXd dx = scaled.Correction(h);
-    if (!dx.allFinite()) return result;
+    const std::vector<double> dx = scaled.Correction(normals.h);
+    if (!std::all_of(dx.begin(), dx.end(), [](double d) { return std::isfinite(d); }))
+      return result;
     model.Step(dx.data());
 
-    result.dSquares = std::max(normals.dSquares + h.dot(dx), 0.0);
+    const double dLess = std::inner_product(dx.begin(), dx.end(), normals.h.begin(), 0.0);
+    result.dSquares = std::max(normals.dSquares + dLess, 0.0);
     const double dChange = RelativeChange(dx, scaled.Inverse());
     const double dSigma0 = result.iRedundancy > 0 ? result.SigmaPosteriori() : 1.0;
     const bool bSmall = dChange < kConverged;
     if ((bSmall && dChange < kConverged * dSigma0) || (bSmall && dChange >= kStalled * dPrevious) ||
         dChange == 0.0) {
-      const double* const pCovariance = scaled.Inverse().data();
-      result.covariance.assign(pCovariance, pCovariance + scaled.Inverse().size());
+      result.covariance = scaled.Inverse();
       result.status = ZuAdjustStatus::Good;
       return result;
     }
@@ -219,16 +234,6 @@ double GroupTester::NewLimit(int m) const {
 }
 
 namespace {
-
-using Small =
-    Eigen::Matrix<double, Eigen::Dynamic, Eigen::Dynamic, Eigen::RowMajor, kMaxGroup, kMaxGroup>;
-using SmallVector = Eigen::Matrix<double, Eigen::Dynamic, 1, 0, kMaxGroup, 1>;
-
-Small Matrix(int m, const double* pd) { return Eigen::Map<const Small>(pd, m, m); }
-
-void Store(const SmallVector& v, double* pd) {
-  for (int i = 0; i < v.size(); ++i) pd[i] = v[i];
-}
 
 void Multiply(int m, const double* a, const double* b, double* pdProduct) {
   for (int i = 0; i < m; ++i) {
@@ -342,50 +347,69 @@ bool GroupTester::TestWhole(const GroupEquation& equation, const double* pdQ,
   return true;
 }
 
+// In the directions in which the group has redundancy; M = L L', directions of L^-1 Qee L^-T.
 void GroupTester::TestByDirections(const GroupEquation& equation, const double* pdQ,
                                    ZuPointTest* pTest) const {
   const int m = equation.m;
-  const Small M = Matrix(m, equation.M), Qee = Matrix(m, pdQ);
-  const SmallVector e = Eigen::Map<const SmallVector>(equation.w, m);
-
-  // In the directions in which the group has redundancy; M = L L', directions of L^-1 Qee L^-T.
-  const Eigen::LLT<Small> factor(M);
-  Small share = factor.matrixL().solve(Qee);
-  share = factor.matrixL().solve(share.transpose().eval()).eval();
-  const Eigen::SelfAdjointEigenSolver<Small> eigen(share);
-  const SmallVector unit = factor.matrixL().solve(e);
-  SmallVector predicted(m);
-  predicted.setZero();
+  double L[kMaxGroup * kMaxGroup] = {}, inverse[kMaxGroup * kMaxGroup] = {};
+  for (int i = 0; i < m; ++i) {
+    for (int j = 0; j <= i; ++j) {
+      double d = equation.M[i * m + j];
+      for (int k = 0; k < j; ++k) d -= L[i * m + k] * L[j * m + k];
+      L[i * m + j] = i == j ? std::sqrt(d) : d / L[j * m + j];
+    }
+    for (int j = 0; j <= i; ++j) {
+      double d = i == j ? 1.0 : 0.0;
+      for (int k = j; k < i; ++k) d -= L[i * m + k] * inverse[k * m + j];
+      inverse[i * m + j] = d / L[i * m + i];
+    }
+  }
+  double unit[kMaxGroup] = {}, half[kMaxGroup * kMaxGroup] = {}, share[kMaxGroup * kMaxGroup] = {};
+  Multiply(m, inverse, pdQ, half);
+  for (int i = 0; i < m; ++i) {
+    for (int k = 0; k <= i; ++k) unit[i] += inverse[i * m + k] * equation.w[k];
+    for (int j = 0; j < m; ++j) {
+      for (int k = 0; k < m; ++k) share[i * m + j] += half[i * m + k] * inverse[j * m + k];
+    }
+  }
+  double values[kMaxGroup] = {}, vectors[kMaxGroup * kMaxGroup] = {}, predicted[kMaxGroup] = {};
+  SymmetricEigen(m, share, values, vectors);
   int iRank = 0;
   double dSum = 0.0;
   for (int k = 0; k < m; ++k) {
-    const double dShare = eigen.eigenvalues()[k];
-    if (!(dShare > kTestable)) continue;
-    const double d = eigen.eigenvectors().col(k).dot(unit);
-    dSum += d * d / dShare;
-    predicted += eigen.eigenvectors().col(k) * (d / dShare);
+    if (!(values[k] > kTestable)) continue;
+    double d = 0.0;
+    for (int i = 0; i < m; ++i) d += vectors[i * m + k] * unit[i];
+    dSum += d * d / values[k];
+    for (int i = 0; i < m; ++i) predicted[i] += vectors[i * m + k] * d / values[k];
     ++iRank;
   }
   pTest->dTest = iRank > 0 ? Quotient(dSum, m_dSigma0 * m_dSigma0 * iRank) : 0.0;
   pTest->dLimit = Limit(iRank);
-  Store(iRank == m ? SmallVector(factor.matrixL() * predicted) : SmallVector::Constant(m, kNone),
-        pTest->adLeaveOneOut);
+  for (int i = 0; i < m; ++i) {
+    double d = 0.0;
+    for (int k = 0; k <= i; ++k) d += L[i * m + k] * predicted[k];
+    pTest->adLeaveOneOut[i] = iRank == m ? d : kNone;
+  }
 }
 
 void GroupTester::TestOther(const GroupEquation& equation, const double* pdAQA,
                             ZuPointTest* pTest) const {
   const int m = equation.m;
-  const Small Q = Matrix(m, equation.M) + Matrix(m, pdAQA);
-  const SmallVector e = Eigen::Map<const SmallVector>(equation.w, m);
-  const SmallVector Pe = Q.llt().solve(e);
-  const Small P = Q.inverse();
+  double Q[kMaxGroup * kMaxGroup] = {}, P[kMaxGroup * kMaxGroup] = {}, dSum = 0.0;
+  for (int i = 0; i < m * m; ++i) Q[i] = equation.M[i] + pdAQA[i];
+  if (!InvertSpd(m, Q, P)) std::fill_n(P, m * m, kNone);
   for (int i = 0; i < m; ++i) {
-    pTest->adResidualSd[i] = m_dSigma0 * std::sqrt(Q(i, i));
-    pTest->adW[i] = Quotient(Pe[i], m_dSigma0 * std::sqrt(P(i, i)));
-    pTest->adNabla[i] = m_dLeastError * m_dSigma0 / std::sqrt(P(i, i));
-    pTest->adLeaveOneOut[i] = e[i];
+    double dPe = 0.0;
+    for (int k = 0; k < m; ++k) dPe += P[i * m + k] * equation.w[k];
+    const double dRoot = std::sqrt(P[i * m + i]);
+    pTest->adResidualSd[i] = m_dSigma0 * std::sqrt(Q[i * m + i]);
+    pTest->adW[i] = Quotient(dPe, m_dSigma0 * dRoot);
+    pTest->adNabla[i] = m_dLeastError * m_dSigma0 / dRoot;
+    pTest->adLeaveOneOut[i] = equation.w[i];
+    dSum += equation.w[i] * dPe;
   }
-  pTest->dTest = Quotient(e.dot(Pe), m_dSigma0 * m_dSigma0 * m);
+  pTest->dTest = Quotient(dSum, m_dSigma0 * m_dSigma0 * m);
   pTest->dLimit = NewLimit(m);
 }
 
