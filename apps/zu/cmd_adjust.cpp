@@ -63,16 +63,12 @@ ExitCode Run(const Values& values, Context& context) {
   ZuPointList control, approximations;
   if (!values.strControl.empty()) control = ReadAdjustPoints(values.strControl);
   if (!values.strApprox.empty()) approximations = ReadAdjustPoints(values.strApprox);
-  std::vector<NumberRow> measured;
-  if (!values.strMeasurements.empty()) {
-    ReadMeasurements(values.strMeasurements, &project, &measured);
-  }
+  if (!values.strMeasurements.empty()) ReadMeasurements(values.strMeasurements, &project);
   const ZuProjectOrientation orientation =
       OrientUnoriented(&project, control, approximations, input, context);
   ZuNetworkOfProject made = ZuMakeNetwork(project, control, approximations, input);
   TellUnoriented(orientation, &made);
   CheckPhotos(made);
-  ApplyDeviations(measured, &made);
   if (!values.strBars.empty()) ReadScaleBars(values.strBars, &made.network);
   ZuNetworkOptions options;
   options.eDatum = ParseDatum(values.strDatum, &made.network);
@@ -103,7 +99,7 @@ ExitCode Run(const Values& values, Context& context) {
         {values.strUnit, values.strSigma, values.dAlpha, Inputs(values)}, made, result, project);
   }
   if (!values.strOut.empty()) {
-    ZuStoreNetwork(result, &project);
+    ZuStoreNetwork(made.network, result, &project);
     project.Export(context.NewOutput(values.strOut).Stream());
   }
   return made.warnings.empty() && result.setAside.empty() ? kGood : kNotAcceptable;

@@ -127,12 +127,10 @@ void ReadScaleBars(const std::string& strPath, ZuNetwork* pNetwork) {
   }
 }
 
-void ReadMeasurements(const std::string& strPath, ZuProject* pProject,
-                      std::vector<NumberRow>* pRows) {
+void ReadMeasurements(const std::string& strPath, ZuProject* pProject) {
   constexpr char kRight[] = "a row \"photo id x y dx dy\" in pixels";
-  *pRows = ReadNumberRows(strPath, 2, 6, 6, kRight);
   std::set<std::pair<double, double>> seen;
-  for (const NumberRow& row : *pRows) {
+  for (const NumberRow& row : ReadNumberRows(strPath, 2, 6, 6, kRight)) {
     const std::vector<double>& v = row.values;
     const unsigned uPhoto = static_cast<unsigned>(v[0]), uId = static_cast<unsigned>(v[1]);
     if (!(v[4] > 0.0) || !(v[5] > 0.0)) {
@@ -152,26 +150,8 @@ void ReadMeasurements(const std::string& strPath, ZuProject* pProject,
     if (pPoint == nullptr) pPoint = pixels.Add(ZuPoint(uId, 0.0, 0.0, 0.0, 0));
     pPoint->m_dX = v[2];
     pPoint->m_dY = v[3];
-  }
-}
-
-void ApplyDeviations(const std::vector<NumberRow>& rows, ZuNetworkOfProject* pMade) {
-  std::map<std::pair<unsigned, unsigned>, const NumberRow*> byIds;
-  for (const NumberRow& row : rows) {
-    byIds[{static_cast<unsigned>(row.values[0]), static_cast<unsigned>(row.values[1])}] = &row;
-  }
-  ZuNetwork& network = pMade->network;
-  for (size_t i = 0; i < network.images.size(); ++i) {
-    ZuNetworkImagePoint& image = network.images[i];
-    const auto at = byIds.find({network.photos[static_cast<size_t>(image.iPhoto)].uId,
-                                network.points[static_cast<size_t>(image.iPoint)].uId});
-    if (at == byIds.end()) continue;
-    const auto& j = pMade->pixels[i].adSlope;
-    const double x2 = at->second->values[4] * at->second->values[4];
-    const double y2 = at->second->values[5] * at->second->values[5];
-    image.sxx = j[0] * j[0] * x2 + j[1] * j[1] * y2;
-    image.sxy = j[0] * j[2] * x2 + j[1] * j[3] * y2;
-    image.syy = j[2] * j[2] * x2 + j[3] * j[3] * y2;
+    pPoint->m_dDX = v[4];
+    pPoint->m_dDY = v[5];
   }
 }
 

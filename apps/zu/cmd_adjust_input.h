@@ -31,11 +31,9 @@ ZuPointList ReadAdjustPoints(const std::string& strPath);
 // point that the network has not.
 void ReadScaleBars(const std::string& strPath, ZuNetwork* pNetwork);
 
-// Gives image points the standard deviations of rows "photo id x y dx dy" (pixels), and the pixel
-// measured there in place of the project's. Throws CommandError (bad input).
-void ReadMeasurements(const std::string& strPath, ZuProject* pProject,
-                      std::vector<NumberRow>* pRows);
-void ApplyDeviations(const std::vector<NumberRow>& rows, ZuNetworkOfProject* pMade);
+// Gives measurements the pixel and the standard deviations of rows "photo id x y dx dy" (pixels),
+// and adds those that the project has not. Throws CommandError (bad input).
+void ReadMeasurements(const std::string& strPath, ZuProject* pProject);
 
 // "0.1px" or "0.0005mm". Throws CommandError (usage).
 void ParseSigma(const std::string& strText, ZuNetworkInput* pInput);

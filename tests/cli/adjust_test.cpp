@@ -1,4 +1,7 @@
 // zu adjust: a sample from its measured pixels to calibrated camera and points.
+#include <cmath>
+#include <map>
+
 #include "tests/cli/program.h"
 
 namespace {
@@ -26,6 +29,29 @@ TEST(Adjust, WritesAProjectThatNeedsNoFurtherStep) {
   EXPECT_NEAR(again["cameras"][0]["values"]["c"], first["cameras"][0]["values"]["c"], 1e-9);
 }
 
+// Each photo with its camera, the camera, and each pair of photos.
+TEST(Adjust, KeepsCovariancesInTheProject) {
+  const ScratchFolder folder;
+  const nlohmann::json told = RunLine(kAdjust + kCamera + "-o out.prj --json", folder).Json();
+  EXPECT_EQ(RunLine("zu convert out.prj -o out.json", folder).iExit, 0);
+  const auto items = nlohmann::json::parse(ReadFile(folder.Path("out.json")))["items"];
+  std::map<std::pair<int, int>, nlohmann::json> matrices;
+  for (const nlohmann::json& item : items) {
+    if (item["type"] != "covariance") continue;
+    matrices[{item.value("photo", 0), item.value("with", 0)}] = item["matrix"];
+  }
+  EXPECT_EQ(matrices.size(), 1U + 21U + 21U * 20U / 2U);
+  const nlohmann::json& photo = told["photos"][2];
+  const nlohmann::json &own = matrices[{3, 0}], &camera = matrices[{0, 0}];
+  ASSERT_EQ(own.size(), 6U + 8U);
+  for (size_t k = 0; k < 3; ++k) {
+    EXPECT_NEAR(std::sqrt(double(own[k][k])) / double(photo["sd_position"][k]), 1.0, 1e-9);
+    EXPECT_NEAR(std::sqrt(double(own[3 + k][3 + k])) / double(photo["sd_rotation"][k]), 1.0, 1e-9);
+  }
+  EXPECT_NEAR(std::sqrt(double(camera[0][0])) / double(told["cameras"][0]["sd"]["c"]), 1.0, 1e-9);
+  EXPECT_EQ(own[6 + 2][6 + 5], camera[2][5]);
+}
+
 TEST(Adjust, TakesScaleBarsAndDeviationsOfRows) {
   const ScratchFolder folder;
   folder.Write("bars.txt", "# bar\n1001 1004 1.4142 0.0001\n");
@@ -40,6 +66,20 @@ TEST(Adjust, TakesScaleBarsAndDeviationsOfRows) {
   EXPECT_EQ(result["defect"], 6);
   EXPECT_NEAR(result["scale_bars"][0]["d"], 1.4142, 1e-9);
   EXPECT_EQ(result["redundancy"], 3721);
+}
+
+// Deviations of rows are kept in the project: it gives the same without the rows.
+TEST(Adjust, TakesDeviationsOfTheProject) {
+  const ScratchFolder folder;
+  folder.Write("rows.csv", "1,2,1428.6871,1455.9278,0.02,0.03\n3,2,1400,1500,900,900\n");
+  const std::string strEnd = " --control $S/network/control_fixed.coo --json";
+  const std::string strOut =
+      RunLine(kAdjust + "--measurements rows.csv -o out.prj --json", folder).strOut;
+  const nlohmann::json rows = nlohmann::json::parse(strOut);
+  const nlohmann::json kept = RunLine("zu adjust out.prj" + strEnd, folder).Json();
+  EXPECT_NEAR(kept["sigma0"], rows["sigma0"], 1e-9);
+  EXPECT_NEAR(kept["residuals"][0]["rx"], rows["residuals"][0]["rx"], 1e-6);
+  EXPECT_LT(kept["residuals"][0]["rx"], 0.5);
 }
 
 TEST(Adjust, TellsWhatIsWrong) {

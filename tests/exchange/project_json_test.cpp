@@ -150,14 +150,15 @@ PHOTO { FIRST 1 PHOTOID 4294967295 "H)"
     VALIDREGION { 0 0 1 1 } PARALLELDEF { DEFLINE { 1 1 2 0 0 } CONSTRAINT { 1 2 2 0.1 } } }
   LASTZUSPID 9 SCREENPOS { 1 2.5 } SCREENSIZE 3 SCREENFLAGS 4 REGOI { 1 2 3 4 5 }
   TPS_SETUP_ID "s" }
-MEASURE { PHOTOID 4294967295 POINTS { 1 2 3 4294967295 4 5 } WEIGHT 2 }
+MEASURE { PHOTOID 4294967295 POINTS { 1 2 3 4294967295 4 5 } WEIGHT 2 SIGMA { 1 0.1 2e-3 } }
+COVARIANCE { CAMERAID 3 PARAMETERS "c xh" NEW 1 MATRIX { 2 2 1 0.5 0.5 1 } }
 ORTHOPHOTO { ID 1 "o" COMMENT "x" RECTPIXEL 1 TIME 2 SCALE 3 PLANEANGLE 4 DIGITALROT 1 MIRROR 2
   PIXELSIZE { 0 0 1 1 } OBJECTSIZE { 0 0 2 2 } PLANEINFO { ZUSPID 2 "p" } }
 CAMERA { ID 3 C 4 } PLANE { 1 "w" 0 0 1 0.1 }
 LOKAL { 1 101 102 4 103 101 0.1 0.2 0.3 101 104 5.25 0 0 0 0 0 0 })");
   ZuProject project;
   project.Read(text);
-  ASSERT_EQ(project.GetItems().size(), 8u);
+  ASSERT_EQ(project.GetItems().size(), 9u);
   ExpectSameBack(project);
   std::istringstream commented(Commented(Exported(project)));
   project.Read(commented);

@@ -46,6 +46,9 @@ MEASURE {
         1 0.1 -0.0
         4294967295 1e+300 3
     }
+    SIGMA {
+        4294967295 0.1 0.25
+    }
     AFTER { a { b } ; "kept as it stands
     }
 }
@@ -90,6 +93,16 @@ LOKAL {
     0 0 0
     0 0 0
     0 0 0
+}
+COVARIANCE {
+    CAMERAID 7
+    PARAMETERS "c xh"
+    MATRIX {
+        2 2
+        4e-06 1e-07
+        1e-07 9e-06
+    }
+    NEWER 1
 }
 UNKNOWN {
   PHOTO { 1 }
@@ -248,6 +261,40 @@ TEST(ProjectExport, KeywordsWithoutValueEndTheirBlock) {
   EXPECT_EQ(FieldsOfProject(again), FieldsOfProject(project));
   EXPECT_EQ(Exported(again), strOnce);
   EXPECT_NE(strOnce.find("    ALONE\n}\n"), std::string::npos);
+}
+
+// Three photos of two cameras; 1 and 2 share theirs.
+TEST(ProjectExport, CovariancesFollowTheirPhotos) {
+  const auto block = [](unsigned uPhoto, unsigned uWith, int n, double dStart) {
+    ZuCovariance covariance;
+    covariance.m_uPhoto = uPhoto;
+    covariance.m_uWith = uWith;
+    covariance.m_iRows = covariance.m_iColumns = n;
+    for (int i = 0; i < n * n; ++i) covariance.m_matrix.push_back(dStart + i);
+    if (uWith == 0 && n > 6) covariance.m_parameters = {"c"};
+    return covariance;
+  };
+  ZuProject project, again;
+  for (const unsigned u : {1U, 2U, 3U}) project.PhotoList().Add(ZuPhoto(u, String("x")));
+  for (const ZuCovariance& c : {block(1, 0, 7, 100.0), block(2, 0, 7, 200.0), block(3, 0, 7, 300.0),
+                                block(1, 2, 6, 0.0), block(3, 1, 7, 0.5)}) {
+    project.Covariances().Set(c);
+  }
+  const auto cross = project.Covariances().Cross(1, 2), turned = project.Covariances().Cross(2, 1);
+  // An orientation with the other's; with the camera, each as its own matrix has it.
+  EXPECT_ROW("49 8 113 243 248", cross.size(), cross[7 + 2], cross[7 + 6], cross[42 + 1],
+             cross[48]);
+  EXPECT_EQ(turned[14 + 1], 8);
+  EXPECT_EQ(project.Covariances().Cross(1, 3)[7 * 2 + 5], 0.5 + 7 * 5 + 2);
+  EXPECT_TRUE(project.Covariances().Cross(2, 3).empty());
+  EXPECT_TRUE(ZuRenumberPhotos(&project, {{1, 3}, {3, 1}}));
+  ReadText(Exported(project), &again);
+  EXPECT_EQ(again.Covariances().Cross(2, 3), turned);
+  EXPECT_EQ(again.Covariances().All().size(), 5U);
+  ZuKeepPhotos(&again, {2, 3});
+  EXPECT_EQ(again.Covariances().All().size(), 3U);
+  delete again.PhotoList().Subtract(again.PhotoList().Find(3U));
+  EXPECT_EQ(Exported(again).find("WITH"), std::string::npos);
 }
 
 TEST(ProjectEdit, PhotosChangeTheirIdsInPlace) {

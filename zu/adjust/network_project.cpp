@@ -142,8 +142,11 @@ class Maker {
     image.iPoint = PointOf(measured.GetId());
     image.x = x;
     image.y = y;
-    if (m_input.bSigmaInPixels) {
-      const auto q = zu::internal::ImageCovariance(pixel.adSlope, m_input.dSigma, m_input.dSigma);
+    const bool bOwn = measured.m_dDX > 0.0 && measured.m_dDY > 0.0;
+    if (bOwn || m_input.bSigmaInPixels) {
+      const auto q =
+          zu::internal::ImageCovariance(pixel.adSlope, bOwn ? measured.m_dDX : m_input.dSigma,
+                                        bOwn ? measured.m_dDY : m_input.dSigma);
       image.sxx = q[0];
       image.sxy = q[1];
       image.syy = q[2];
@@ -219,27 +222,4 @@ ZuNetworkOfProject ZuMakeNetwork(const ZuProject& project, const ZuPointList& co
 
 std::array<double, 2> ZuToPixels(const ZuNetworkPixel& pixel, const double* pdMm) {
   return zu::internal::ToPixels(pixel.adSlope, pdMm[0], pdMm[1]);
-}
-
-void ZuStoreNetwork(const ZuNetworkResult& result, ZuProject* pProject) {
-  const auto take = [](const ZuCamera& from, ZuCamera* pTo) {
-    for (int k = 0; k < ZuNetworkParameters; ++k) {
-      zu::internal::ParameterValue(*pTo, k) = ZuNetworkParameterValue(from, k);
-    }
-  };
-  for (size_t i = 0; i < result.photos.size(); ++i) {
-    const ZuNetworkPhoto& adjusted = result.photos[i];
-    ZuPhoto* pPhoto = pProject->PhotoList().Find(adjusted.uId);
-    if (pPhoto == nullptr || !result.photoUsed[i]) continue;
-    pPhoto->SetRotAOR(ZuMatrix(3, 3).Set(adjusted.adRotation.data(), 3, 3));
-    pPhoto->SetPosAOR(adjusted.adPosition[0], adjusted.adPosition[1], adjusted.adPosition[2]);
-    pPhoto->SetHasAOR(true);
-    const ZuCamera& camera = result.cameras[Index(adjusted.iCamera)];
-    ZuCamera own = pPhoto->GetCamera();
-    take(camera, &own);
-    pPhoto->SetCamera(own);
-    ZuCamera* pListed = pProject->CameraList().Find(camera.GetId());
-    if (pListed != nullptr && pListed->m_iMode == camera.m_iMode) take(camera, pListed);
-  }
-  ZuCamera::DeleteInvAdjustTables();  // they belong to the cameras as they were
 }

@@ -12,7 +12,8 @@ class ZuPointList;
 class ZuProject;
 
 struct ZuNetworkInput {
-  // Standard deviation of a measured coordinate, along both axes; in pixels, or in mm.
+  // Standard deviation of a measured coordinate along both axes, where the project tells none of
+  // the point's own; in pixels, or in mm.
   double dSigma = 0.1;
   bool bSigmaInPixels = true;
   // Parameters of the cameras that are estimated, as bits 1 << ZuNetworkC ...; those that a
@@ -47,6 +48,13 @@ ZU_ADJUST_API ZuNetworkOfProject ZuMakeNetwork(const ZuProject& project, const Z
 // A residual of an image point carried to the axes of the pixels: from mm, y up, to px.
 ZU_ADJUST_API std::array<double, 2> ZuToPixels(const ZuNetworkPixel& pixel, const double* pdMm);
 
+// With more photos than these, the covariances of photos with each other are left out of a project:
+// they grow with the square of their number.
+inline constexpr int kZuMostPairedPhotos = 50;
+
 // Puts the adjusted orientations and cameras into the project: into the photos that were used, and
-// into the project's cameras of the same id. Measurements and all else stay.
-ZU_ADJUST_API void ZuStoreNetwork(const ZuNetworkResult& result, ZuProject* pProject);
+// into the project's cameras of the same id. Covariances of photos with their cameras, of cameras,
+// and of photos that have a point in common take the place of those it had (none without
+// statistics). Measurements and all else stay.
+ZU_ADJUST_API void ZuStoreNetwork(const ZuNetwork& network, const ZuNetworkResult& result,
+                                  ZuProject* pProject);

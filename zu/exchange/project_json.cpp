@@ -21,6 +21,7 @@ namespace {
 constexpr eZuPointRWMask kMeasured[] = {eZuPointRWId, eZuPointRWX, eZuPointRWY, eZuPointRWEnd};
 constexpr eZuPointRWMask kObject[] = {eZuPointRWId, eZuPointRWX, eZuPointRWY, eZuPointRWZ,
                                       eZuPointRWEnd};
+constexpr eZuPointRWMask kDeviations[] = {eZuPointRWId, eZuPointRWDX, eZuPointRWDY, eZuPointRWEnd};
 
 // What stands between the braces of an item.
 std::string ContentOf(const ZuProject& project, const ZuProjectItem& item) {
@@ -32,6 +33,10 @@ std::string ContentOf(const ZuProject& project, const ZuProjectItem& item) {
     const ZuPointList* pRows = project.FindMeasurements(uPhoto);
     if (pRows != nullptr) pRows->Export(os, kMeasured);
     os << "\n}";
+    const ZuPointList told = project.ToldDeviations(uPhoto);
+    if (!told.IsEmpty()) told.Export(os << "\nSIGMA {\n", kDeviations) << "\n}";
+  } else if (strKeyword == "COVARIANCE") {
+    if (item.m_covariance) project.Covariances().Find(*item.m_covariance)->Export(os);
   } else if (strKeyword == "POINTS") {
     project.ObjectPoints().Export(os, kObject);
   } else if (strKeyword == "LOKAL") {

@@ -22,6 +22,7 @@ void ZuProject::Clear() {
   m_LocalSystems.clear();
   m_ObjectPoints.Destroy();
   m_Measurements.clear();
+  m_Covariances.Clear();
 }
 
 const ZuFindingList& ZuProject::GetFindings() const { return m_pText->Findings(); }
@@ -35,6 +36,16 @@ const std::vector<ZuFileComment>& ZuProject::GetLastComments() const {
 const ZuPointList* ZuProject::FindMeasurements(unsigned uPhoto) const {
   const auto found = m_Measurements.find(uPhoto);
   return found != m_Measurements.end() ? &found->second : nullptr;
+}
+
+ZuPointList ZuProject::ToldDeviations(unsigned uPhoto) const {
+  ZuPointList told;
+  const ZuPointList* const pRows = FindMeasurements(uPhoto);
+  for (const ZuPoint* p = pRows != nullptr ? pRows->First() : nullptr; p != nullptr;
+       p = p->Next()) {
+    if (p->m_dDX > 0.0 && p->m_dDY > 0.0) told.Add(*p);
+  }
+  return told;
 }
 
 const std::vector<ZuDoubledRow>& ZuProject::GetDoubled(unsigned uPhoto) const {

@@ -16,6 +16,7 @@
 #include <iosfwd>
 #include <map>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -26,6 +27,7 @@
 #include "zu/photo/ortho_photo.h"
 #include "zu/photo/photo_list.h"
 #include "zu/points/point_list.h"
+#include "zu/project/covariance.h"
 #include "zu/project/finding_list.h"
 #include "zu/project/keyword_block.h"
 #include "zu/rectify/plane_list.h"
@@ -62,6 +64,8 @@ struct ZuProjectItem {
   // compare it with the nodes of the list before it is used.
   ZuListnode* m_pRecord = nullptr;
   int m_iLocalSystem = -1;  // of LOKAL: index in LocalSystems; -1: none
+  // Of COVARIANCE: its key in Covariances.
+  std::optional<ZuCovarianceList::Key> m_covariance;
 };
 
 class ZU_API ZuProject : public LinkHdl {
@@ -113,12 +117,19 @@ class ZU_API ZuProject : public LinkHdl {
   ZuPointList& ObjectPoints() { return m_ObjectPoints; }
   const ZuPointList& ObjectPoints() const { return m_ObjectPoints; }
 
-  // Measurements of a photo in pixels, in file order: id, x, y. The first form makes an empty list
-  // where the photo has none; the second gives null there.
+  // Measurements of a photo in pixels, in file order: id, x, y, and their standard deviations
+  // m_dDX, m_dDY, both 0 where they are not told. The first form makes an empty list where the
+  // photo has none; the second gives null there.
   ZuPointList& Measurements(unsigned uPhoto) { return m_Measurements[uPhoto]; }
   const ZuPointList* FindMeasurements(unsigned uPhoto) const;
+  // Those of a photo whose standard deviations are told.
+  ZuPointList ToldDeviations(unsigned uPhoto) const;
   // Of all photos, by their ids; 0: those that name no photo.
   const std::map<unsigned, ZuPointList>& GetMeasurements() const { return m_Measurements; }
+  // What an adjustment told of photos and cameras; it belongs to the orientations and cameras as
+  // they are, and whoever changes them drops it.
+  ZuCovarianceList& Covariances() { return m_Covariances; }
+  const ZuCovarianceList& Covariances() const { return m_Covariances; }
   // The rows of the file whose id is measured more than once in the photo.
   const std::vector<ZuDoubledRow>& GetDoubled(unsigned uPhoto) const;
 
@@ -146,6 +157,9 @@ class ZU_API ZuProject : public LinkHdl {
   int ReadLocalSystem(ZuReaderObject* pObject);
   int ReadMeasure(ZuReaderObject* pObject);
   int ReadMeasuredRows(ZuReaderObject* pObject);
+  int ReadDeviations(ZuReaderObject* pObject);
+  void ApplyDeviations(const ZuProjectItem* pItem);
+  int ReadCovariance(ZuReaderObject* pObject);
   int ReadObjectPoints(ZuReaderObject* pObject);
   ZuProjectItem* ItemAt(ZuReaderObject* pObject);
   struct KeptRecord {
@@ -163,6 +177,7 @@ class ZU_API ZuProject : public LinkHdl {
   void CheckBlocks();
   void CheckPhoto(const ZuKeywordBlock& block);
   void CheckMeasure(const ZuKeywordBlock& block);
+  void CheckCovariance(const ZuProjectItem& item);
   void DropCutRecord();
 
   ZuPhotoList m_Photos;
@@ -172,12 +187,13 @@ class ZU_API ZuProject : public LinkHdl {
   std::vector<ZuLokalSystem> m_LocalSystems;
   ZuPointList m_ObjectPoints;
   std::map<unsigned, ZuPointList> m_Measurements;
+  ZuCovarianceList m_Covariances;
 
   std::unique_ptr<zu::internal::KeywordText> m_pText;
   std::vector<ZuProjectItem> m_aItems;
   std::map<unsigned, const ZuKeywordBlock*> m_photoBlocks, m_measureBlocks;  // by the photo's id
   std::string m_strName;
   bool m_bForeign = false;
-  ZuPointList m_Rows;                            // of the MEASURE being read
+  ZuPointList m_Rows, m_Deviations;              // of the MEASURE being read
   std::map<unsigned, eZuParserStatus> m_Faults;  // of the reader: line to status
 };

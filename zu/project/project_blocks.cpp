@@ -17,6 +17,9 @@ void ZuProject::CheckBlocks() {
   for (const ZuKeywordBlock& block : m_pText->Blocks()) {
     if (block.m_strKeyword == "MEASURE") CheckMeasure(block);
   }
+  for (const ZuProjectItem& item : m_aItems) {
+    if (item.m_covariance) CheckCovariance(item);
+  }
   if (!bPhoto) {
     m_pText->Add(eZuSeverityError, 0, 0, "PHOTO", "no photo in the file", "PHOTO { ... } blocks");
   }
@@ -53,6 +56,16 @@ void ZuProject::CheckMeasure(const ZuKeywordBlock& block) {
   } else if (m_photoBlocks.count(block.m_uId) == 0) {
     Error(block, "measurements of photo " + strPhoto + ", which is not in the file",
           "PHOTOID of a PHOTO block");
+  }
+}
+
+void ZuProject::CheckCovariance(const ZuProjectItem& item) {
+  const ZuKeywordBlock& block = *item.m_pBlock;
+  for (const unsigned uPhoto : {(*item.m_covariance)[0], (*item.m_covariance)[1]}) {
+    if (uPhoto == 0 || m_photoBlocks.count(uPhoto) != 0) continue;
+    m_pText->Add(eZuSeverityWarning, block.m_uLine, block.m_uColumn, block.m_strKeyword,
+                 "covariance of photo " + std::to_string(uPhoto) + ", which is not in the file",
+                 "PHOTOID of a PHOTO block");
   }
 }
 

@@ -46,7 +46,8 @@ std::string TextOf(const ZuPhoto& photo, const ZuProject& project) {
   std::ostringstream os;
   photo.Export(os) << '\n';
   const ZuPointList* pRows = project.FindMeasurements(photo.GetId());
-  constexpr eZuPointRWMask kColumns[] = {eZuPointRWId, eZuPointRWX, eZuPointRWY, eZuPointRWEnd};
+  constexpr eZuPointRWMask kColumns[] = {eZuPointRWId, eZuPointRWX,  eZuPointRWY,
+                                         eZuPointRWDX, eZuPointRWDY, eZuPointRWEnd};
   if (pRows != nullptr) pRows->Export(os, kColumns);
   return os.str();
 }
@@ -115,6 +116,7 @@ bool ZuRenumberPhotos(ZuProject* pProject, const std::map<unsigned, unsigned>& i
     const auto found = ids.find(p->GetId());
     if (found != ids.end()) p->SetId(found->second);
   }
+  pProject->Covariances().RenumberPhotos(ids);
   return true;
 }
 
@@ -127,6 +129,7 @@ void ZuKeepPhotos(ZuProject* pProject, const std::set<unsigned>& ids) {
     ZuPhoto* const pNext = p->Next();
     if (ids.count(p->GetId()) == 0) {
       pProject->Measurements(p->GetId()).Destroy();
+      pProject->Covariances().ErasePhoto(p->GetId());
       delete pProject->PhotoList().Subtract(p);
     }
     p = pNext;
@@ -136,7 +139,10 @@ void ZuKeepPhotos(ZuProject* pProject, const std::set<unsigned>& ids) {
 std::vector<std::string> ZuDropCommonRecords(ZuProject* pProject, const ZuProject& other) {
   std::vector<std::string> different;
   const auto none = [](unsigned) {};
-  const auto measured = [pProject](unsigned uPhoto) { pProject->Measurements(uPhoto).Destroy(); };
+  const auto measured = [pProject](unsigned uPhoto) {
+    pProject->Measurements(uPhoto).Destroy();
+    pProject->Covariances().ErasePhoto(uPhoto);
+  };
   const ZuProject& project = *pProject;
   DropCommon(&pProject->PhotoList(), project, other.PhotoList(), other, "photo ", &different,
              measured);
@@ -147,6 +153,9 @@ std::vector<std::string> ZuDropCommonRecords(ZuProject* pProject, const ZuProjec
   DropCommon(&pProject->PlaneList(), project, other.PlaneList(), other, "plane ", &different, none);
   DropCommon(&pProject->ObjectPoints(), project, other.ObjectPoints(), other, "object point ",
              &different, none);
+  for (const auto& [key, covariance] : other.Covariances().All()) {
+    pProject->Covariances().Erase(key);
+  }
   return different;
 }
 
@@ -166,8 +175,7 @@ bool ZuRescalePhoto(ZuProject* pProject, unsigned uPhoto, double dFactor) {
     pPhoto->SetReseauPreTrafo(affine);
   }
   for (ZuPoint* p = pProject->Measurements(uPhoto).First(); p != nullptr; p = p->Next()) {
-    p->m_dX *= dFactor;
-    p->m_dY *= dFactor;
+    for (double* pd : {&p->m_dX, &p->m_dY, &p->m_dDX, &p->m_dDY}) *pd *= dFactor;
   }
   return true;
 }

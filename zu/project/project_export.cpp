@@ -15,6 +15,8 @@ constexpr eZuPointRWMask kMeasured[] = {eZuPointRWId, eZuPointRWX, eZuPointRWY, 
 constexpr eZuPointRWMask kObject[] = {eZuPointRWId, eZuPointRWX, eZuPointRWY, eZuPointRWZ,
                                       eZuPointRWEnd};
 
+constexpr eZuPointRWMask kDeviations[] = {eZuPointRWId, eZuPointRWDX, eZuPointRWDY, eZuPointRWEnd};
+
 // The nodes of the lists of a project: what an item of the file refers to may be gone.
 template <class... Lists>
 std::set<const ZuListnode*> NodesOf(const Lists&... lists) {
@@ -59,6 +61,8 @@ class ProjectWriter {
     }
     for (const auto& [uPhoto, rows] : m_project.GetMeasurements()) WriteMeasure(uPhoto, nullptr);
     WriteObjectPoints(nullptr);
+    for (const auto& [key, covariance] : m_project.Covariances().All())
+      WriteCovariance(key, nullptr);
     for (const ZuProjectItem& item : m_project.GetItems()) {
       if (IsLast(item)) WriteItem(item);
     }
@@ -78,6 +82,7 @@ class ProjectWriter {
     const std::string& strKeyword = pBlock->m_strKeyword;
     if (strKeyword == "MEASURE") return WriteMeasure(*pBlock);
     if (strKeyword == "POINTS") return WriteObjectPoints(pBlock);
+    if (strKeyword == "COVARIANCE") return WriteCovariance(item);
     if (strKeyword == "LOKAL") {
       if (item.m_iLocalSystem < 0) return;
       return WriteLocalSystem(static_cast<std::size_t>(item.m_iLocalSystem), pBlock);
@@ -133,10 +138,13 @@ class ProjectWriter {
     const ZuPointList& rows = pRows != nullptr ? *pRows : none;
     if (rows.IsEmpty() && !zu::internal::HasKept(pBlock)) return;
     if (!m_measured.insert(uPhoto).second) return WriteComments(pBlock);
-    WriteBlock("MEASURE", pBlock, [&rows, uPhoto](std::ostream& os) {
+    const ZuPointList told = m_project.ToldDeviations(uPhoto);
+    WriteBlock("MEASURE", pBlock, [&rows, &told, uPhoto](std::ostream& os) {
       zu::internal::ItemWriter items(os);
       items.Item("PHOTOID", uPhoto);
       items.Lines("POINTS", [&rows](std::ostream& stream) { rows.Export(stream, kMeasured); });
+      if (told.IsEmpty()) return;
+      items.Lines("SIGMA", [&told](std::ostream& stream) { told.Export(stream, kDeviations); });
     });
   }
 
@@ -150,6 +158,28 @@ class ProjectWriter {
   // Of a block whose rows are written with those of another.
   void WriteComments(const ZuKeywordBlock* pBlock) {
     if (pBlock != nullptr) zu::internal::WriteComments(*pBlock, m_stream);
+  }
+
+  // At its place in the file, unless one of its photos is gone.
+  void WriteCovariance(const ZuProjectItem& item) {
+    if (!item.m_covariance) return;
+    ZuCovarianceList::Key key = *item.m_covariance;
+    for (unsigned* puPhoto : {&key[0], &key[1]}) {
+      const auto found = m_photos.find(*puPhoto);
+      if (found == m_photos.end()) continue;
+      if (found->second == 0) {
+        m_covariances.insert(key);
+        return;
+      }
+      *puPhoto = found->second;
+    }
+    WriteCovariance(key, item.m_pBlock);
+  }
+
+  void WriteCovariance(const ZuCovarianceList::Key& key, const ZuKeywordBlock* pBlock) {
+    const ZuCovariance* const pCovariance = m_project.Covariances().Find(key);
+    if (pCovariance == nullptr || !m_covariances.insert(key).second) return;
+    WriteBlock("COVARIANCE", pBlock, [pCovariance](std::ostream& os) { pCovariance->Export(os); });
   }
 
   template <class Content>
@@ -169,7 +199,8 @@ class ProjectWriter {
   std::set<const ZuListnode*> m_left;     // records that are still to be written
   std::map<unsigned, unsigned> m_photos;  // ids in the file to those of now; 0: gone
   std::set<std::size_t> m_unlocal;
-  std::set<unsigned> m_measured;  // photos whose measurements are written
+  std::set<unsigned> m_measured;                  // photos whose measurements are written
+  std::set<ZuCovarianceList::Key> m_covariances;  // that are written
   bool m_bObjectPoints = false;
 };
 

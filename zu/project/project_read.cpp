@@ -1,5 +1,6 @@
 // The records of a project file. A look at its text comes first: it knows best what is wrong where.
 #include <algorithm>
+#include <cmath>
 #include <fstream>
 #include <iterator>
 #include <utility>
@@ -78,6 +79,7 @@ void ZuProject::ReadRecords(const std::string& strText) {
       {"LOKAL", Link(this, &ZuProject::ReadLocalSystem)},
       {"MEASURE", Link(this, &ZuProject::ReadMeasure)},
       {"POINTS", Link(this, &ZuProject::ReadObjectPoints)},
+      {"COVARIANCE", Link(this, &ZuProject::ReadCovariance)},
   };
   for (ZuReaderObject& keyword : keywords) reader->RegisterObject(keyword);
   reader->SkipUnknownToken(false);
@@ -134,15 +136,20 @@ int ZuProject::ReadLocalSystem(ZuReaderObject* pObject) {
   return m_LocalSystems.back().Read(pObject);
 }
 
-// { PHOTOID 1 POINTS { 1 244.4274 94.1646 ... } }
+// { PHOTOID 1 POINTS { 1 244.4274 94.1646 ... } SIGMA { 1 0.08 0.1 ... } }
 int ZuProject::ReadMeasure(ZuReaderObject* pObject) {
+  const ZuProjectItem* const pItem = ItemAt(pObject);
   unsigned int uPhoto = 0;
   m_Rows.Destroy();
+  m_Deviations.Destroy();
   ZuReaderObject photo("PHOTOID", &uPhoto);
   ZuReaderObject points("POINTS", Link(this, &ZuProject::ReadMeasuredRows));
+  ZuReaderObject deviations("SIGMA", Link(this, &ZuProject::ReadDeviations));
   pObject->RegisterObject(photo);
   pObject->RegisterObject(points);
+  pObject->RegisterObject(deviations);
   pObject->DoProcess();
+  ApplyDeviations(pItem);
   m_Rows.MoveTo(&m_Measurements[uPhoto]);
   return 1;
 }
@@ -153,6 +160,61 @@ int ZuProject::ReadMeasuredRows(ZuReaderObject* pObject) {
   ZuReaderObject rows(Link(&m_Rows, &ZuPointList::Read));
   pObject->RegisterObject(rows);
   return pObject->DoProcess();
+}
+
+int ZuProject::ReadDeviations(ZuReaderObject* pObject) {
+  constexpr eZuPointRWMask kColumns[] = {eZuPointRWId, eZuPointRWDX, eZuPointRWDY, eZuPointRWEnd};
+  m_Deviations.SetMask(kColumns);
+  ZuReaderObject rows(Link(&m_Deviations, &ZuPointList::Read));
+  pObject->RegisterObject(rows);
+  return pObject->DoProcess();
+}
+
+// Gives each measurement its row of SIGMA; of an id that is measured twice, the rows in their
+// order.
+void ZuProject::ApplyDeviations(const ZuProjectItem* pItem) {
+  if (m_Deviations.IsEmpty()) return;
+  const ZuKeywordBlock* const pBlock = pItem != nullptr ? pItem->m_pBlock : nullptr;
+  // A number at the end of a cut file may lack its last digits.
+  if (pBlock != nullptr && pBlock->m_bCut && pBlock->LineOf("SIGMA") >= pBlock->LineOf("POINTS")) {
+    return;
+  }
+  std::multimap<unsigned, ZuPoint*> points;
+  for (ZuPoint* p = m_Rows.First(); p != nullptr; p = p->Next()) points.emplace(p->GetId(), p);
+  for (const ZuPoint* p = m_Deviations.First(); p != nullptr; p = p->Next()) {
+    const bool bGood = p->m_dDX > 0.0 && p->m_dDY > 0.0 && std::isfinite(p->m_dDX + p->m_dDY);
+    const auto found = points.find(p->GetId());
+    if (bGood && found != points.end()) {
+      found->second->m_dDX = p->m_dDX;
+      found->second->m_dDY = p->m_dDY;
+      points.erase(found);
+    } else if (pBlock != nullptr && GetFindings().GetErrorCount() == 0) {
+      const ZuKeywordPlace place = pBlock->PlaceOf("SIGMA");
+      m_pText->Add(eZuSeverityError, place.m_uLine, place.m_uColumn, "SIGMA",
+                   "SIGMA of point " + std::to_string(p->GetId()) +
+                       (bGood ? ", which is not among the POINTS" : " is not above 0"),
+                   bGood ? "a row of a measured point" : "standard deviations in pixels");
+    }
+  }
+}
+
+// { PHOTOID 1 PARAMETERS "c" MATRIX { 7 7 ... } }
+int ZuProject::ReadCovariance(ZuReaderObject* pObject) {
+  ZuProjectItem* const pItem = ItemAt(pObject);
+  ZuCovariance covariance;
+  covariance.Read(pObject);
+  if (pItem == nullptr || pItem->m_pBlock->m_bCut) return 1;
+  const auto [strFault, strRight] = covariance.Fault();
+  if (!strFault.empty()) {
+    Error(*pItem->m_pBlock, "COVARIANCE with " + strFault, strRight);
+    return 1;
+  }
+  pItem->m_covariance = ZuCovarianceList::KeyOf(covariance);
+  if (m_Covariances.Find(*pItem->m_covariance) != nullptr) {
+    Error(*pItem->m_pBlock, "this COVARIANCE stands twice", "one block of a photo, or camera");
+  }
+  m_Covariances.Set(covariance);
+  return 1;
 }
 
 // { 1 182.9437 83.8612 374.3365 ... }

@@ -104,7 +104,15 @@ constexpr JsonShape kLocalSystem[] = {
 
 constexpr JsonShape kMeasure[] = {{"PHOTOID", F::Values, nullptr, "photo:u"},
                                   {"POINTS", F::Rows, "points", "id:u x:n y:n"},
+                                  {"SIGMA", F::Rows, "sigma", "id:u sx:n sy:n"},
                                   kEnd};
+
+constexpr JsonShape kCovariance[] = {{"PHOTOID", F::Values, nullptr, "photo:u"},
+                                     {"WITH", F::Values, nullptr, "with:u"},
+                                     {"CAMERAID", F::Values, nullptr, "camera:u"},
+                                     {"PARAMETERS", F::Values, nullptr, "parameters:t"},
+                                     {"MATRIX", F::Matrix, "matrix", nullptr},
+                                     kEnd};
 
 constexpr JsonShape kPoints[] = {{"", F::Rows, "points", "id:u x:n y:n z:n"}, kEnd};
 
@@ -126,7 +134,8 @@ const std::vector<JsonItemShape>& JsonItems() {
                                                    {"PLANE", "plane", kPlane},
                                                    {"LOKAL", "local_system", kLocalSystem},
                                                    {"MEASURE", "measurements", kMeasure},
-                                                   {"POINTS", "object_points", kPoints}};
+                                                   {"POINTS", "object_points", kPoints},
+                                                   {"COVARIANCE", "covariance", kCovariance}};
   return items;
 }
 

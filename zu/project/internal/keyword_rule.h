@@ -14,7 +14,8 @@ namespace zu::internal {
 //   ?  the value behind it may be missing
 //   M33  a matrix: its rows and columns, then its elements        V3  a vector alike
 //   F  plane transformation: type and coefficients                G  its older form
-//   (unn)  any number of rows, each on a line of its own
+//   (unn)  any number of rows, each on a line of its own     [unn]  the same, of points told
+//   elsewhere
 //   *  anything; what begins as a number must be one
 // A keyword's values may stand in braces or not. The keyword "" is a block without keyword; of
 // several such rules the first is that of the first block, the last that of all further ones. The

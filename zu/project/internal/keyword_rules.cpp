@@ -79,7 +79,11 @@ constexpr KeywordRule kOrthoPhoto[] = {{"ID", "ut"},
                                        {"PLANEINFO", nullptr, kRectification},
                                        kEnd};
 
-constexpr KeywordRule kMeasure[] = {{"PHOTOID", "u"}, {"POINTS", "(unn)", nullptr, true}, kEnd};
+constexpr KeywordRule kMeasure[] = {
+    {"PHOTOID", "u"}, {"POINTS", "(unn)", nullptr, true}, {"SIGMA", "[unn]"}, kEnd};
+
+constexpr KeywordRule kCovariance[] = {{"PHOTOID", "u"},    {"WITH", "u"},   {"CAMERAID", "k"},
+                                       {"PARAMETERS", "t"}, {"MATRIX", "*"}, kEnd};
 
 constexpr KeywordRule kProject[] = {{"PHOTO", nullptr, kPhoto, true},
                                     {"ORTHOPHOTO", nullptr, kOrthoPhoto},
@@ -87,6 +91,7 @@ constexpr KeywordRule kProject[] = {{"PHOTO", nullptr, kPhoto, true},
                                     {"PLANE", "*"},
                                     {"LOKAL", "*"},
                                     {"MEASURE", nullptr, kMeasure, true},
+                                    {"COVARIANCE", nullptr, kCovariance},
                                     {"POINTS", "(unnn)", nullptr, true},
                                     kEnd};
 

@@ -57,7 +57,7 @@ std::string RightNumber(char cKind, std::string_view text) {
 bool KeywordWalk::Values(const KeywordRule& rule, ZuKeywordBlock* pItem, ZuKeywordBlock* pBlock) {
   const Place place = {pItem->m_uLine, pItem->m_uColumn};
   const bool bBraces = m_eType == eZuTokenBlockOpen;
-  const bool bRows = rule.szValues != nullptr && rule.szValues[0] == '(';
+  const bool bRows = rule.szValues != nullptr && std::strchr("([", rule.szValues[0]) != nullptr;
   if (m_eType == eZuTokenEof) {
     m_bCut = true;
     return false;
@@ -231,6 +231,7 @@ void KeywordWalk::Rows(const KeywordRule& rule, ZuKeywordBlock* pBlock) {
   whose.m_strKeyword = rule.szKeyword;
   whose.m_uNumber = m_uNumber;
   GiveOpen(whose, &pBlock->m_comments);
+  const bool bPoints = rule.szValues[0] == '(';
   bool bWhole = false;
   while (!IsEnd()) {
     if (m_eType == eZuTokenBlockOpen) {
@@ -247,13 +248,14 @@ void KeywordWalk::Rows(const KeywordRule& rule, ZuKeywordBlock* pBlock) {
     for (size_t u = uComments; u < pBlock->m_comments.size(); ++u) {
       pBlock->m_comments[u].m_uId = uId;
     }
-    if (!bWhole) continue;
+    if (!bWhole || !bPoints) continue;
     pBlock->m_rows.push_back({row.uLine, row.uColumn});
     const auto [place, bFirst] = lines.emplace(uId, row.uLine);
     if (!bFirst) pBlock->m_doubled.push_back({uId, row.uLine, place->second, row.uColumn});
   }
   whose.m_uRow = 0;
   GiveEnd(whose, &pBlock->m_comments);
+  if (!bPoints) return;
   pBlock->m_bLastRowCut = m_eType == eZuTokenEof && bWhole && m_bEndsOpen;
 }
 
