@@ -66,4 +66,36 @@ TEST(ProjectItems, KeepTheirRecordsBesideDamage) {
   EXPECT_EQ(project.PhotoList().Find(3u), nullptr);  // cut
 }
 
+TEST(ProjectItems, DeviationsAndCovariancesAreHeldAgainstTheirRecords) {
+  const std::string strPhoto = "PHOTO { PHOTOID 1 \"a\" }\nMEASURE { PHOTOID 1 POINTS { 4 10 20 } ";
+  const struct {
+    std::string strText;
+    const char* szFinding;
+    double dSigma;
+  } cases[] = {
+      {strPhoto + "SIGMA { 4 0.1 0.2 } }", "", 0.2},
+      {strPhoto + "SIGMA { 4 0.1 0.2", "the file ends inside", 0.0},
+      {strPhoto + "SIGMA { 9 0.1 0.2 } }", ":2:40: error: SIGMA of point 9, which is not", 0.0},
+      {strPhoto + "SIGMA { 4 0.1 -1 } }", "SIGMA of point 4 is not above 0", 0.0},
+      {strPhoto + "} COVARIANCE { PHOTOID 1 PARAMETERS \"c\" MATRIX { 2 2 1 0 0 1 } }",
+       "COVARIANCE with 2 x 2 elements; 7 x 7 would be right", 0.0},
+      {strPhoto + "} COVARIANCE { CAMERAID 1 PARAMETERS \"c\" MATRIX { 1 1 -1 } }",
+       "COVARIANCE with a negative variance", 0.0},
+      {strPhoto + "} COVARIANCE { CAMERAID 1 PARAMETERS \"c\" MATRIX { 1 1 nan } }", "error", 0.0},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.strText);
+    std::istringstream stream(c.strText);
+    ZuProject project;
+    EXPECT_EQ(project.Read(stream, "a.prj"), c.szFinding[0] == 0);
+    std::string strFindings;
+    for (const ZuFinding& finding : project.GetFindings()) {
+      strFindings += GetZuFindingLine(finding);
+    }
+    EXPECT_NE(strFindings.find(c.szFinding), std::string::npos) << strFindings;
+    EXPECT_EQ(project.Measurements(1).First()->m_dDY, c.dSigma);
+    EXPECT_TRUE(project.Covariances().IsEmpty());
+  }
+}
+
 }  // namespace

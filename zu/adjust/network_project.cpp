@@ -4,7 +4,6 @@
 #include <map>
 #include <optional>
 
-#include "zu/adjust/internal/camera_parameter.h"
 #include "zu/adjust/internal/image_pixel.h"
 #include "zu/adjust/internal/small_matrix.h"
 #include "zu/project/project.h"

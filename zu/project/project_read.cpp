@@ -63,8 +63,8 @@ bool ZuProject::ReadText(const std::string& strText, const std::string& strName,
 
 void ZuProject::MakeItems() {
   const ZuKeywordBlock& top = m_pText->Top();
-  for (const ZuKeywordBlock& block : top.m_blocks) m_aItems.push_back({&block});
-  for (const ZuUnknownKeyword& word : top.m_unknown) m_aItems.push_back({nullptr, &word});
+  for (const ZuKeywordBlock& block : top.m_blocks) m_aItems.emplace_back().m_pBlock = &block;
+  for (const ZuUnknownKeyword& word : top.m_unknown) m_aItems.emplace_back().m_pUnknown = &word;
   std::sort(m_aItems.begin(), m_aItems.end(),
             [](const ZuProjectItem& a, const ZuProjectItem& b) { return PlaceOf(a) < PlaceOf(b); });
 }
