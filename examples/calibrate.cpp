@@ -33,6 +33,7 @@ int main() {
                 ZuNetworkParameterValue(result.cameras[0], k),
                 result.cameraSd[0][static_cast<size_t>(k)]);
   }
-  ZuStoreNetwork(result, &project);  // camera and orientations; Export writes the file
+  ZuStoreNetwork(made.network, result,
+                 &project);  // camera and orientations; Export writes the file
   return 0;
 }

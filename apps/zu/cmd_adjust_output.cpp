@@ -5,6 +5,7 @@
 #include <numeric>
 
 #include "text_table.h"
+#include "zu/adjust/error_ellipsoid.h"
 
 namespace cli {
 
@@ -98,6 +99,16 @@ Json PhotoJson(const ZuNetworkOfProject& made, const ZuNetworkResult& result, si
       {"rms", Number(rms.Value())}};
 }
 
+// Half axes and directions of the 95 % ellipsoid.
+Json EllipsoidJson(const ZuNetworkResult& result, size_t i) {
+  const bool bAPriori = result.sigmaKind == ZuSigmaKind::APriori;
+  const ZuErrorEllipsoid ellipsoid =
+      ZuMakeErrorEllipsoid(result.pointCovariance[i], bAPriori ? 0 : result.iRedundancy);
+  Json axes = Json::array();
+  for (const double d : ellipsoid.adAxes) axes.push_back(Number(d));
+  return Json{{"axes", axes}, {"directions", ellipsoid.adDirections}};
+}
+
 Json PointJson(const ZuNetworkOfProject& made, const ZuNetworkResult& result, size_t i) {
   const auto& p = result.points[i];
   const auto& q = result.pointCovariance[i];
@@ -109,6 +120,7 @@ Json PointJson(const ZuNetworkOfProject& made, const ZuNetworkResult& result, si
               {"sy", Number(std::sqrt(q[1]))},
               {"sz", Number(std::sqrt(q[2]))},
               {"cov", {Number(q[3]), Number(q[4]), Number(q[5])}},
+              {"ellipsoid", EllipsoidJson(result, i)},
               {"rays", result.pointRays[i]}};
 }
 

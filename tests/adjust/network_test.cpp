@@ -2,6 +2,7 @@
 #include "zu/adjust/network.h"
 
 #include "tests/adjust/made_network.h"
+#include "zu/adjust/error_ellipsoid.h"
 
 namespace {
 
@@ -173,6 +174,59 @@ TEST(Network, KeepsEveryKindOfObservation) {
     EXPECT_LT(dRedundancy, result.iRedundancy + 1e-6);
     EXPECT_GT(dRedundancy, result.iRedundancy - 1.0);
   }
+}
+
+// Control of different accuracy along its axes is, in a frame turned by 45 degrees, control with
+// covariances.
+TEST(Network, KeepsTheCovarianceOfControl) {
+  MadeNetwork made(MadeNetwork::Convergent, 8, 11);
+  made.Estimate({ZuNetworkC});
+  made.Control(0.0002);
+  ZuNetwork turned = made.network;
+  const double s = std::sqrt(0.5), a2 = 0.0001 * 0.0001, b2 = 0.0006 * 0.0006;
+  const auto turn = [s](double* x, double* y) {
+    const double dX = s * (*x - *y), dY = s * (*x + *y);
+    *x = dX;
+    *y = dY;
+  };
+  for (size_t i = 0; i < turned.points.size(); ++i) {
+    ZuNetworkPoint& point = turned.points[i];
+    turn(&point.adPosition[0], &point.adPosition[1]);
+    turn(&point.adGiven[0], &point.adGiven[1]);
+    made.network.points[i].adGivenSd = {0.0001, 0.0006, 0.0002};
+    point.adGivenSd = {std::sqrt((a2 + b2) / 2.0), std::sqrt((a2 + b2) / 2.0), 0.0002};
+    point.adGivenCovariance = {(a2 - b2) / 2.0, 0.0, 0.0};
+  }
+  for (ZuNetworkPhoto& photo : turned.photos) {
+    turn(&photo.adPosition[0], &photo.adPosition[1]);
+    for (size_t k = 0; k < 3; ++k) turn(&photo.adRotation[k], &photo.adRotation[3 + k]);
+  }
+  const ZuNetworkResult one = made.network.Adjust({}), other = turned.Adjust({});
+  ASSERT_EQ(other.status, ZuAdjustStatus::Good) << other.strText;
+  EXPECT_NEAR(other.dSigma0, one.dSigma0, 1e-9);
+  for (size_t i = 0; i < one.points.size(); ++i) {
+    std::array<double, 3> expected = one.points[i];
+    turn(&expected[0], &expected[1]);
+    for (size_t k = 0; k < 3; ++k) EXPECT_NEAR(other.points[i][k], expected[k], 1e-8);
+    // The ellipsoid turns with the frame.
+    const auto e = ZuMakeErrorEllipsoid(one.pointCovariance[i], one.iRedundancy);
+    const auto f = ZuMakeErrorEllipsoid(other.pointCovariance[i], other.iRedundancy);
+    for (size_t k = 0; k < 3; ++k) EXPECT_NEAR(f.adAxes[k] / e.adAxes[k], 1.0, 1e-5);
+    EXPECT_GE(e.adAxes[0], e.adAxes[1]);
+  }
+  turned.points[0].adGivenCovariance[1] = 1.0;
+  EXPECT_TRUE(Contains(turned.Adjust({}).strText, "point 101: the covariance"));
+}
+
+// 2.80 standard deviations hold 95 % of a ball.
+TEST(Network, EllipsoidsLieAlongTheirAxes) {
+  const double c = std::cos(0.3), s = std::sin(0.3), x2 = 4.0, y2 = 1.0, z2 = 0.25;
+  const auto e = ZuMakeErrorEllipsoid(
+      {c * c * x2 + s * s * y2, s * s * x2 + c * c * y2, z2, c * s * (x2 - y2), 0.0, 0.0}, 0);
+  const double expected[] = {5.590967, 2.795483, 1.397742};
+  for (size_t k = 0; k < 3; ++k) EXPECT_NEAR(e.adAxes[k], expected[k], 1e-6);
+  EXPECT_NEAR(e.adDirections[0][1] / e.adDirections[0][0], s / c, 1e-12);
+  EXPECT_EQ(std::fabs(e.adDirections[2][2]), 1.0);
 }
 
 TEST(Network, TellsWhatStaysFree) {

@@ -75,7 +75,8 @@ struct ZuNetworkPoint {
   int iControl = 0;
   std::array<double, 3> adGiven{};
   std::array<double, 3> adGivenSd{};
-  bool bDatum = true;  // takes part in the inner conditions
+  std::array<double, 3> adGivenCovariance{};  // xy xz yz, of coordinates that are given, not fixed
+  bool bDatum = true;                         // takes part in the inner conditions
 };
 
 struct ZuNetworkImagePoint {

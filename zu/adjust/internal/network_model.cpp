@@ -57,6 +57,20 @@ void Whiten(NetworkGroup* g) {
   for (int c = 0; c < 3; ++c) rows([&](int i) -> double& { return g->p[i][c]; });
 }
 
+// L of a covariance that is positive definite; false where it is none.
+bool SetCovariance(NetworkGroup* g, const double (*pQ)[3]) {
+  for (int i = 0; i < g->m; ++i) {
+    for (int k = 0; k <= i; ++k) {
+      double s = pQ[i][k];
+      for (int n = 0; n < k; ++n) s -= g->l[i][n] * g->l[k][n];
+      if (i == k && !(s > 1e-14 * pQ[i][i])) return false;
+      g->l[i][k] = i == k ? std::sqrt(s) : s / g->l[k][k];
+    }
+    for (int k = i + 1; k < 3; ++k) g->l[i][k] = 0.0;
+  }
+  return true;
+}
+
 void SetDeviations(NetworkGroup* g, const double* pSd) {
   for (int i = 0; i < 3; ++i) {
     for (int k = 0; k < 3; ++k) g->l[i][k] = 0.0;
@@ -213,16 +227,19 @@ bool NetworkModel::Linearise(const NetworkObservation& observation, const Networ
       break;
     case ZuNetworkKind::Control: {
       const ZuNetworkPoint& point = m_network.points[Index(i)];
-      double j[3][3] = {}, sd[3];
+      double j[3][3] = {}, q[3][3] = {};
+      int axes[3];
       g->m = 0;
       for (int k = 0; k < 3; ++k) {
         if (!(point.iControl >> k & 1) || !IsFree(i, k)) continue;
         const size_t u = Index(k);
         g->e[g->m] = state.points[Index(i)][u] - (point.adGiven[u] - m_centre[u]);
-        sd[g->m] = point.adGivenSd[u];
+        for (int n = 0; n < g->m; ++n) q[g->m][n] = point.adGivenCovariance[Index(axes[n] + k - 1)];
+        q[g->m][g->m] = point.adGivenSd[u] * point.adGivenSd[u];
+        axes[g->m] = k;
         j[g->m++][k] = 1.0;
       }
-      SetDeviations(g, sd);
+      if (!SetCovariance(g, q)) return false;
       AddPoint(i, g->m, j, g);
       break;
     }

@@ -8,6 +8,7 @@
 #include "zu/adjust/internal/camera_parameter.h"
 #include "zu/adjust/internal/dense_cholesky.h"
 #include "zu/adjust/internal/network_model.h"
+#include "zu/adjust/internal/small_matrix.h"
 
 namespace zu::internal {
 
@@ -24,6 +25,22 @@ bool AllFinite(const std::array<double, N>& values) {
 bool IsIndex(int i, size_t uSize) { return i >= 0 && static_cast<size_t>(i) < uSize; }
 
 std::string IdOf(unsigned uId) { return std::to_string(uId); }
+
+// Of the coordinates that are given and not fixed, with those covariances.
+bool IsCovariance(const ZuNetworkPoint& point) {
+  double q[9] = {1.0, 0.0, 0.0, 0.0, 1.0, 0.0, 0.0, 0.0, 1.0}, inverse[9];
+  const auto weighted = [&](size_t k) {
+    return (point.iControl >> k & 1) != 0 && point.adGivenSd[k] > 0.0;
+  };
+  for (size_t i = 0; i < 3; ++i) {
+    for (size_t k = 0; k < i; ++k) {
+      if (!weighted(i) || !weighted(k)) continue;
+      q[3 * i + k] = q[3 * k + i] =
+          point.adGivenCovariance[i + k - 1] / point.adGivenSd[i] / point.adGivenSd[k];
+    }
+  }
+  return AllFinite(point.adGivenCovariance) && InvertSpd(3, q, inverse);
+}
 
 }  // namespace
 
@@ -108,6 +125,9 @@ bool NetworkModel::CheckPoints() {
           !std::isfinite(point.adGivenSd[k])) {
         return Fail(strName + ": its control coordinate or its standard deviation is no number");
       }
+    }
+    if (!IsCovariance(point)) {
+      return Fail(strName + ": the covariance of its coordinates is not positive definite");
     }
   }
   return true;
