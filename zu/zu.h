@@ -95,6 +95,7 @@
 #include "zu/points/units.h"
 #include "zu/project/camera_file.h"
 #include "zu/project/check.h"
+#include "zu/project/covariance.h"
 #include "zu/project/finding_list.h"
 #include "zu/project/keyword_block.h"
 #include "zu/project/plane_measurement.h"

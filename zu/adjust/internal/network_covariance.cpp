@@ -154,6 +154,7 @@ bool ZuNetworkCovariance::Find(const ZuNetworkUnknown& unknown, Row* pRow, bool*
           unknown.iAxis > 5) {
         return false;
       }
+      *pbMissing = false;
       *pRow = {-1, m_pModel->PhotoOffset(i) + unknown.iAxis};
       return true;
     case ZuNetworkUnknown::Point: {
