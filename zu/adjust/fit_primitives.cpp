@@ -20,10 +20,14 @@ bool IsGood(const FitOutcome& outcome) { return outcome.result.eStatus == ZuAdju
 // not finite.
 bool Carry(const Eigen::MatrixXd& J, const FitOutcome& outcome, double* pd) {
   const Eigen::MatrixXd cov = J * outcome.cov * J.transpose();
+  bool bFinite = true;
   for (Eigen::Index i = 0; i < cov.rows(); ++i) {
-    for (Eigen::Index j = 0; j < cov.cols(); ++j) *pd++ = 0.5 * (cov(i, j) + cov(j, i));
+    for (Eigen::Index j = 0; j < cov.cols(); ++j) {
+      *pd = 0.5 * cov(i, j) + 0.5 * cov(j, i);
+      bFinite = bFinite && std::isfinite(*pd++);
+    }
   }
-  return cov.allFinite();
+  return bFinite;
 }
 
 void Copy(const Vector3& v, double* pd) { std::copy(v.data(), v.data() + 3, pd); }

@@ -116,7 +116,8 @@ class Adjustment {
   }
 
   // Centre and scale of the coordinates; false where the points stand in one place. The points are
-  // taken in the order of their coordinates, so that the order given changes no bit.
+  // taken in the order of their coordinates and covariances, so that the order given changes no
+  // bit.
   bool Reduce() {
     double dHalf = 0.0, dLargest = 0.0;
     for (int a = 0; a < 3; ++a) {
@@ -138,6 +139,9 @@ class Adjustment {
       const ZuFitPoint &p = m_points[a], &q = m_points[b];
       if (!std::equal(p.adX, p.adX + 3, q.adX)) {
         return std::lexicographical_compare(p.adX, p.adX + 3, q.adX, q.adX + 3);
+      }
+      if (!std::equal(p.adCov, p.adCov + 9, q.adCov)) {
+        return std::lexicographical_compare(p.adCov, p.adCov + 9, q.adCov, q.adCov + 9);
       }
       return p.uId != q.uId ? p.uId < q.uId : a < b;
     });
