@@ -7,6 +7,7 @@
 #include <string>
 
 #include "tests/cli/program.h"
+#include "tests/support/full_sizes.h"
 
 namespace {
 
@@ -74,6 +75,7 @@ TEST(Photo, InfoAndUnknownKeywords) {
 
 // One pixel there and one adjusted point back, along the whole chain and in two steps.
 TEST(Photo, ConvertsAlongTheChain) {
+  ZU_NEEDS_FULL_SIZES();
   constexpr double kX = -0.9329419598855669, kY = 1.3192391629487512;
   const auto convert = [](const char* szProject, const char* szMode, const std::string& strInput) {
     RunOptions input;
@@ -119,6 +121,7 @@ TEST(Rectify, ThereAndBack) {
 
 // Exact where the distortion is taken off, unless the library's table is asked for.
 TEST(Rectify, InvertsDistortionExactly) {
+  ZU_NEEDS_FULL_SIZES();
   ScratchFolder folder;
   std::string strText = ReadFile(Source("samples/older/facade.prj"));
   strText.insert(

@@ -1,6 +1,7 @@
 #include "zu/photo/camera.h"
 
 #include "tests/support/cameras.h"
+#include "tests/support/full_sizes.h"
 #include "tests/support/plain_camera.h"
 #include "tests/support/test.h"
 #include "zu/points/point_list.h"
@@ -76,6 +77,7 @@ TEST_F(Camera, TermsAtTheCentreAndAtR0) {
 // Table and look-up against the plain bisection, bit for bit: gentle, bent and folded grids, whose
 // corners lie beyond the point where the forward map turns back.
 TEST_F(Camera, LookUpEqualsThePlainBisectionToTheBit) {
+  ZU_NEEDS_FULL_SIZES();
   std::vector<test_cameras::NamedCamera> cameras = {
       {"radial", test_cameras::ChessboardRadial()},
       {"cap", test_cameras::ChessboardCap()},

@@ -1,6 +1,7 @@
 #include "zu/rectify/zusp_trafo.h"
 
 #include "tests/support/cameras.h"
+#include "tests/support/full_sizes.h"
 #include "tests/support/temp_file.h"
 #include "tests/support/test.h"
 #include "zu/foundation/reader.h"
@@ -24,6 +25,7 @@ struct Handler : public LinkHdl {
 };
 
 TEST(ZuspTrafo, StagesInTheirOrder) {
+  ZU_NEEDS_FULL_SIZES();
   ZuPoint p(7, 3.0, -2.0), q;
   const ZuZuspTrafo identity;
   identity.Transform(&p, &q);

@@ -18,8 +18,8 @@
 template <class Input>  // std::size_t Read(char*, std::size_t): fewer than asked at the end only
 class ZuLineSource {
  public:
-  // Bytes; stays in the second-level cache.
-  static constexpr std::size_t BlockSize = ZuBuildSize(256 * 1024, 256);
+  // Bytes; stays in the second-level cache, and is above the length at which readers cut a line.
+  static constexpr std::size_t BlockSize = ZuBuildSize(256 * 1024, 2048);
   static constexpr std::size_t Slack = 16;  // readable bytes behind End()
 
   // uSize: how many bytes the input has, 0 if nobody knows.
