@@ -84,6 +84,20 @@ const std::vector<Command>& Commands() {
        "  echo \"1 -1.0 0.5\" | zu rectify samples/older/facade.prj --photo 1 --zusp 1\n"
        "prints the point of the facade in object coordinates.",
        DefineRectify},
+      {"orient", "find where the photos of a project stood",
+       "  zu orient samples/network/camcal_unoriented.prj \\\n"
+       "     --control samples/network/control_fixed.coo -o oriented.prj\n"
+       "orients 21 photos from four control points and what they share, without approximations.",
+       DefineOrient},
+      {"intersect", "find the points that oriented photos share",
+       "  zu intersect samples/network/camcal.prj -o points.coo\n"
+       "intersects 100 points measured in 21 photos and writes them with standard deviations.",
+       DefineIntersect},
+      {"calibrate", "find a camera from photos of a flat board",
+       "  zu calibrate samples/chessboard/left.prj --board samples/chessboard/board.coo \\\n"
+       "     -o calibrated.prj\n"
+       "orients thirteen photos from the board and adjusts camera and orientations to it.",
+       DefineCalibrate},
       {"adjust", "adjust the photos of a project with their cameras and points",
        "  zu adjust samples/network/camcal.prj --control samples/network/control_fixed.coo \\\n"
        "     --estimate c,xh,yh,a1,a2,a3,c1,c2 --points-out points.coo\n"

@@ -42,6 +42,7 @@ struct Command {
 };
 
 Runner DefineAdjust(Options& options);
+Runner DefineCalibrate(Options& options);
 Runner DefineCameraAdjust(Options& options);
 Runner DefineCameraGentri(Options& options);
 Runner DefineCameraInfo(Options& options);
@@ -53,9 +54,11 @@ Runner DefineCloudNormals(Options& options);
 Runner DefineCloudTransform(Options& options);
 Runner DefineCompare(Options& options);
 Runner DefineConvert(Options& options);
+Runner DefineIntersect(Options& options);
 Runner DefineLocal(Options& options);
 Runner DefineMeasure(Options& options);
 Runner DefineMerge(Options& options);
+Runner DefineOrient(Options& options);
 Runner DefinePhotoConvert(Options& options);
 Runner DefinePhotoInfo(Options& options);
 Runner DefinePhotoRescale(Options& options);

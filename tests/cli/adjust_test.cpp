@@ -94,7 +94,7 @@ TEST(Adjust, TellsWhatIsWrong) {
   } cases[] = {
       {"zu adjust $S/network/camcal.prj --control two.coo", 4, "rotation about the line through"},
       {"zu adjust $S/network/camcal.prj", 4, "shift, rotation and scale"},
-      {"zu adjust $S/network/camcal_unoriented.prj", 4, "no oriented photo"},
+      {"zu adjust $S/network/camcal_unoriented.prj", 4, "shift, rotation and scale"},
       {"zu adjust $S/network/camcal.prj --control short.coo", 3, "short.coo:1: 3 fields"},
       {"zu adjust $S/network/approx.coo", 3, "project file"},
       {kAdjust + "--scale-bars bars.txt", 3, "bars.txt:1: point 7777"},

@@ -1,5 +1,8 @@
 #include "zu/adjust/internal/image_pixel.h"
 
+#include <algorithm>
+#include <cmath>
+
 namespace zu::internal {
 
 namespace {
@@ -53,6 +56,48 @@ std::array<double, 3> ImageCovariance(const PixelSlope& slope, double dSdX, doub
 std::array<double, 2> ToPixels(const PixelSlope& slope, double dx, double dy) {
   const double d = slope[0] * slope[3] - slope[1] * slope[2];
   return {(slope[3] * dx - slope[1] * dy) / d, (slope[0] * dy - slope[2] * dx) / d};
+}
+
+std::vector<ImagePoint> ImagePointsOf(const ZuPhoto& photo, const ZuPointList& pixels,
+                                      double dSigma, bool bSigmaInPixels) {
+  std::vector<ImagePoint> points;
+  for (const ZuPoint* p = pixels.First(); p != nullptr; p = p->Next()) {
+    ImagePoint point;
+    ZuImageObservation& image = point.image;
+    image.uId = p->GetId();
+    image.x = p->m_dX;
+    image.y = p->m_dY;
+    point.slope = PixelToImage(photo, &image.x, &image.y);
+    const bool bOwn = p->m_dDX > 0.0 && p->m_dDY > 0.0;
+    std::array<double, 3> q{dSigma * dSigma, 0.0, dSigma * dSigma};
+    if (bOwn || bSigmaInPixels) {
+      q = ImageCovariance(point.slope, bOwn ? p->m_dDX : dSigma, bOwn ? p->m_dDY : dSigma);
+    }
+    image.dVarianceX = q[0];
+    image.dCovariance = q[1];
+    image.dVarianceY = q[2];
+    points.push_back(point);
+  }
+  const auto id = [](const ImagePoint& point) { return point.image.uId; };
+  std::stable_sort(points.begin(), points.end(),
+                   [&](const ImagePoint& a, const ImagePoint& b) { return id(a) < id(b); });
+  std::vector<ImagePoint> once;
+  for (size_t i = 0; i < points.size(); ++i) {
+    const bool bTwice = (i > 0 && id(points[i - 1]) == id(points[i])) ||
+                        (i + 1 < points.size() && id(points[i + 1]) == id(points[i]));
+    const ZuImageObservation& image = points[i].image;
+    if (!bTwice && std::isfinite(image.x + image.y + image.dVarianceX + image.dVarianceY)) {
+      once.push_back(points[i]);
+    }
+  }
+  return once;
+}
+
+const ImagePoint* FindImagePoint(const std::vector<ImagePoint>& points, unsigned uId) {
+  const auto at =
+      std::lower_bound(points.begin(), points.end(), uId,
+                       [](const ImagePoint& point, unsigned u) { return point.image.uId < u; });
+  return at != points.end() && at->image.uId == uId ? &*at : nullptr;
 }
 
 }  // namespace zu::internal

@@ -8,6 +8,7 @@
 #include "zu/adjust/internal/network_covariance.h"
 #include "zu/adjust/internal/network_solver.h"
 #include "zu/adjust/internal/network_statistics.h"
+#include "zu/adjust/internal/rotation_angles.h"
 #include "zu/adjust/internal/snooping.h"
 
 using zu::internal::NetworkFreedom;
@@ -275,9 +276,7 @@ class Adjustment {
 
   void Angles() {
     for (const NetworkState::Photo& photo : m_pCovariance->m_state.photos) {
-      const auto& r = photo.r;
-      m_result.photoAngles.push_back({std::asin(std::clamp(-r[5], -1.0, 1.0)),
-                                      std::atan2(r[2], r[8]), std::atan2(r[3], r[4])});
+      m_result.photoAngles.push_back(zu::internal::AnglesOf(photo.r));
     }
   }
 
@@ -310,30 +309,20 @@ class Adjustment {
   // By the derivatives of a, b, c with respect to the small rotation.
   std::array<double, 3> AnglesSd(int iPhoto) const {
     if (!m_pCovariance->m_pModel->IsPhotoUsed(iPhoto)) return {kNaN, kNaN, kNaN};
-    const auto& r = m_pCovariance->m_state.photos[Index(iPhoto)].r;
-    const auto column = [&](size_t i, size_t k) { return r[3 * i + k]; };
-    // The columns of R [w] for w along each axis: dR by w_x, w_y, w_z.
-    const auto d = [&](size_t i, size_t k, size_t w) {
-      const size_t u = (k + 1) % 3, v = (k + 2) % 3;  // w x e_k = w_v e_u - w_u e_v
-      return (w == v ? column(i, u) : 0.0) - (w == u ? column(i, v) : 0.0);
-    };
-    const double ca2 = r[2] * r[2] + r[8] * r[8];
-    double j[3][3];
-    for (size_t w = 0; w < 3; ++w) {
-      j[0][w] = -d(1, 2, w) / std::sqrt(ca2);
-      j[1][w] = (r[8] * d(0, 2, w) - r[2] * d(2, 2, w)) / ca2;
-      j[2][w] = (r[4] * d(1, 0, w) - r[3] * d(1, 1, w)) / ca2;
-    }
+    std::array<double, 9> j{};
+    const bool bSloped =
+        zu::internal::AngleSlope(m_pCovariance->m_state.photos[Index(iPhoto)].r, &j);
     const int iOffset = m_pCovariance->m_pModel->PhotoOffset(iPhoto) + 3;
     std::array<double, 3> sd{};
     for (size_t k = 0; k < 3; ++k) {
       double q = 0.0;
       for (int a = 0; a < 3; ++a) {
         for (int b = 0; b < 3; ++b) {
-          q += j[k][a] * j[k][b] * m_pCovariance->Cofactor({-1, iOffset + a}, {-1, iOffset + b});
+          q += j[3 * k + Index(a)] * j[3 * k + Index(b)] *
+               m_pCovariance->Cofactor({-1, iOffset + a}, {-1, iOffset + b});
         }
       }
-      sd[k] = ca2 > 1e-20 ? Sigma() * std::sqrt(q) : kNaN;
+      sd[k] = bSloped ? Sigma() * std::sqrt(q) : kNaN;
     }
     return sd;
   }

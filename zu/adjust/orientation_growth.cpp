@@ -16,15 +16,6 @@ constexpr double kLeastAngle = 0.02;  // between the rays of a point that orient
 constexpr size_t kPairs = 12;         // photos whose pairs are looked at for the poses that agree
 constexpr size_t kPairPoints = 40;    // and points of each pair
 
-ZuIntersectionRay RayOf(const Shot& shot, const ZuPose& pose, const ShotPoint& point) {
-  ZuIntersectionRay ray;
-  ray.pCamera = &shot.camera;
-  ray.pose = pose;
-  ray.image = point.image;
-  ray.image.uId = shot.uId;
-  return ray;
-}
-
 // Mean square of the residuals of points intersected from two poses [mm^2]; infinite where a point
 // lies behind a photo, negative without a common point.
 double PairSquare(const Shot& a, const ZuPose& poseA, const Shot& b, const ZuPose& poseB,
@@ -57,17 +48,31 @@ std::vector<ZuPose> PosesOf(const ZuResectionResult& result) {
 
 }  // namespace
 
+ZuIntersectionRay RayOf(const Shot& shot, const ZuPose& pose, const ImagePoint& point) {
+  ZuIntersectionRay ray;
+  ray.pCamera = &shot.camera;
+  ray.pose = pose;
+  ray.image = point.image;
+  ray.image.uId = shot.uId;
+  return ray;
+}
+
 void OrientationGrowth::Run() {
-  ResectByControl();
+  if (!m_bFree) ResectByControl();
   for (;;) {
     IntersectPoints();
-    if (!GrowOnce() && !ChoosePair() && !TakeAmbiguous()) break;
+    if (m_bFree) AdjustFree();
+    if (!GrowOnce() && !ChoosePair() && !TakeAmbiguous() && !GrowByPair()) break;
+  }
+  for (Shot& shot : shots) {  // their figures
+    const bool bRelative = shot.IsFound() && (m_bFree || shot.eWay == ZuOrientationWay::Relative);
+    if (bRelative && TryShot(&shot, true)) shot.eWay = ZuOrientationWay::Relative;
   }
 }
 
 ZuResectionResult OrientationGrowth::Resect(Shot* pShot, bool bControlAlone) {
   std::vector<ZuResectionPoint> points;
-  for (const ShotPoint& measured : pShot->points) {
+  for (const ImagePoint& measured : pShot->points) {
     const auto at = known.find(measured.image.uId);
     if (at == known.end()) continue;
     if (bControlAlone && at->second.eFrom != ZuOrientationWay::Control) continue;
@@ -105,7 +110,7 @@ void OrientationGrowth::IntersectPoints() {
   std::map<unsigned, std::vector<ZuIntersectionRay>> rays;
   for (const Shot& shot : shots) {
     if (!shot.IsFound()) continue;
-    for (const ShotPoint& point : shot.points) {
+    for (const ImagePoint& point : shot.points) {
       const auto at = known.find(point.image.uId);
       if (at != known.end() && at->second.eFrom == ZuOrientationWay::Control) continue;
       rays[point.image.uId].push_back(RayOf(shot, shot.pose, point));
@@ -136,7 +141,7 @@ bool OrientationGrowth::TryShot(Shot* pShot, bool bAmbiguousToo) {
   }
   pShot->pose = result.pose;
   pShot->eWay = ZuOrientationWay::Control;
-  for (const ShotPoint& point : pShot->points) {
+  for (const ImagePoint& point : pShot->points) {
     const auto at = known.find(point.image.uId);
     if (at == known.end() || at->second.eFrom == ZuOrientationWay::Control) continue;
     pShot->eWay = std::max(pShot->eWay, at->second.eFrom);
@@ -150,7 +155,7 @@ bool OrientationGrowth::GrowOnce() {
   for (Shot& shot : shots) {
     if (shot.IsFound()) continue;
     int iCount = 0;
-    for (const ShotPoint& point : shot.points) iCount += known.count(point.image.uId) != 0;
+    for (const ImagePoint& point : shot.points) iCount += known.count(point.image.uId) != 0;
     if (iCount >= kLeast && iCount > shot.iKnown) next.emplace_back(iCount, &shot);
   }
   std::stable_sort(next.begin(), next.end(),

@@ -2,53 +2,22 @@
 
 #include <algorithm>
 #include <cmath>
+#include <set>
 
 #include "zu/adjust/internal/camera_parameter.h"
 #include "zu/adjust/internal/image_pixel.h"
 #include "zu/adjust/internal/orientation_growth.h"
+#include "zu/adjust/internal/rotation_angles.h"
 #include "zu/project/project.h"
 
+using zu::internal::ImagePoint;
 using zu::internal::KnownPoint;
 using zu::internal::OrientationGrowth;
 using zu::internal::Shot;
-using zu::internal::ShotPoint;
 
 namespace {
 
 size_t Index(int i) { return static_cast<size_t>(i); }
-
-// The points that can be used, by id; those measured twice are left out.
-std::vector<ShotPoint> PointsOf(const ZuPhoto& photo, const ZuPointList& measured,
-                                const ZuOrientationOptions& options) {
-  std::vector<ShotPoint> points;
-  for (const ZuPoint* p = measured.First(); p != nullptr; p = p->Next()) {
-    ShotPoint point;
-    point.image.uId = p->GetId();
-    point.image.x = p->m_dX;
-    point.image.y = p->m_dY;
-    point.adSlope = zu::internal::PixelToImage(photo, &point.image.x, &point.image.y);
-    const double s = options.dSigma;
-    const auto q = options.bSigmaInPixels ? zu::internal::ImageCovariance(point.adSlope, s, s)
-                                          : std::array<double, 3>{s * s, 0.0, s * s};
-    point.image.dVarianceX = q[0];
-    point.image.dCovariance = q[1];
-    point.image.dVarianceY = q[2];
-    points.push_back(point);
-  }
-  const auto id = [](const ShotPoint& point) { return point.image.uId; };
-  std::stable_sort(points.begin(), points.end(),
-                   [&](const ShotPoint& a, const ShotPoint& b) { return id(a) < id(b); });
-  std::vector<ShotPoint> once;
-  for (size_t i = 0; i < points.size(); ++i) {
-    const bool bTwice = (i > 0 && id(points[i - 1]) == id(points[i])) ||
-                        (i + 1 < points.size() && id(points[i + 1]) == id(points[i]));
-    const ZuImageObservation& image = points[i].image;
-    if (!bTwice && std::isfinite(image.x + image.y + image.dVarianceX + image.dVarianceY)) {
-      once.push_back(points[i]);
-    }
-  }
-  return once;
-}
 
 ZuPose PoseOf(const ZuPhoto& photo) {
   ZuPose pose;
@@ -75,6 +44,7 @@ class Orientation {
       AddApproximations(m_project.ObjectPoints());
       m_growth.Run();
     }
+    if (NoneFound() && m_growth.StartFree()) RunFree(control, approximations);
     for (ZuPhotoOrientation& photo : m_result.photos) Store(&photo);
     return std::move(m_result);
   }
@@ -96,7 +66,8 @@ class Orientation {
     Shot shot;
     shot.uId = photo.GetId();
     shot.camera = photo.GetCamera();
-    shot.points = PointsOf(photo, *pMeasured, m_options);
+    shot.points =
+        zu::internal::ImagePointsOf(photo, *pMeasured, m_options.dSigma, m_options.bSigmaInPixels);
     if (!m_options.bAll && m_project.Lacks(photo, eZuNeedOrientation).empty()) {
       shot.pose = PoseOf(photo);
       shot.eWay = ZuOrientationWay::Kept;
@@ -114,6 +85,36 @@ class Orientation {
   bool AllFound() const {
     const auto& shots = m_growth.shots;
     return std::all_of(shots.begin(), shots.end(), [](const Shot& s) { return s.IsFound(); });
+  }
+
+  // In a frame of its own, which is carried to that of the points given, where there are any.
+  void RunFree(const ZuPointList& control, const ZuPointList& approximations) {
+    m_growth.Run();
+    ZuPointList given;
+    std::set<unsigned> ids;
+    const ZuPointList* const lists[] = {&control, &approximations, &m_project.ObjectPoints()};
+    for (const ZuPointList* pList : lists) {
+      for (const ZuPoint* p = pList->First(); p != nullptr; p = p->Next()) {
+        if (std::isfinite(p->m_dX + p->m_dY + p->m_dZ) && ids.insert(p->GetId()).second) {
+          given.Add(*p);
+        }
+      }
+    }
+    if (given.IsEmpty()) {
+      m_growth.SetFreeFrame();
+      m_result.bFree = true;
+    } else if (!m_growth.TieTo(given)) {
+      for (Shot& shot : m_growth.shots) shot.eWay = ZuOrientationWay::None;
+      m_growth.known.clear();
+      m_growth.strFreeWhy =
+          "the photos see fewer than three of the points given, which decide no "
+          "frame: three that do not lie on one line would be right";
+    }
+  }
+
+  bool NoneFound() const {
+    const auto& shots = m_growth.shots;
+    return std::none_of(shots.begin(), shots.end(), [](const Shot& s) { return s.IsFound(); });
   }
 
   void AddControl(const ZuPointList& control) {
@@ -146,6 +147,7 @@ class Orientation {
     if (!pShot->IsFound()) return Refuse(*pShot, pResult);
     pResult->status = ZuAdjustStatus::Good;
     pResult->pose = pShot->pose;
+    StoreAngles(pResult);
     if (pShot->eWay == ZuOrientationWay::Kept) return;
     pResult->iKnown = pShot->iKnown;
     pResult->dSigma0 = pShot->last.dSigma0;
@@ -157,14 +159,27 @@ class Orientation {
     pPhoto->SetHasAOR(true);
   }
 
+  static void StoreAngles(ZuPhotoOrientation* pResult) {
+    std::array<double, 9> r{}, slope{};
+    for (int k = 0; k < 9; ++k) r[Index(k)] = pResult->pose.rotation[k / 3 + 1][k % 3 + 1];
+    pResult->angles = zu::internal::AnglesOf(r);
+    const bool bSloped = zu::internal::AngleSlope(r, &slope);
+    for (size_t k = 0; k < 3; ++k) {
+      double q = 0.0;
+      for (size_t n = 0; n < 9; ++n) {
+        q += slope[3 * k + n / 3] * slope[3 * k + n % 3] *
+             pResult->pose.covariance[6 * (n / 3) + n % 3];
+      }
+      pResult->anglesSd[k] = bSloped ? std::sqrt(q) : std::nan("");
+    }
+  }
+
   static void StoreRms(const Shot& shot, ZuPhotoOrientation* pResult) {
     double dSum = 0.0;
     for (const ZuPointTest& test : shot.last.tests) {
       if (!test.bUsed) continue;
-      const auto at = std::lower_bound(
-          shot.points.begin(), shot.points.end(), test.uId,
-          [](const ShotPoint& point, unsigned uId) { return point.image.uId < uId; });
-      const auto v = zu::internal::ToPixels(at->adSlope, test.adResidual[0], test.adResidual[1]);
+      const ImagePoint* at = zu::internal::FindImagePoint(shot.points, test.uId);
+      const auto v = zu::internal::ToPixels(at->slope, test.adResidual[0], test.adResidual[1]);
       dSum += v[0] * v[0] + v[1] * v[1];
       ++pResult->iPoints;
     }
@@ -173,8 +188,13 @@ class Orientation {
 
   void Refuse(const Shot& shot, ZuPhotoOrientation* pResult) const {
     int iKnown = 0;
-    for (const ShotPoint& point : shot.points) iKnown += m_growth.known.count(point.image.uId) != 0;
+    for (const ImagePoint& point : shot.points)
+      iKnown += m_growth.known.count(point.image.uId) != 0;
     pResult->iKnown = iKnown;
+    if (m_growth.known.empty() && !m_growth.strFreeWhy.empty()) {
+      pResult->strWhy = m_growth.strFreeWhy;
+      return;
+    }
     if (iKnown < 3 || shot.last.status == ZuAdjustStatus::Good) {
       pResult->status = ZuAdjustStatus::TooFew;
       pResult->strWhy = std::to_string(iKnown) + " of its " + std::to_string(shot.points.size()) +
@@ -206,6 +226,8 @@ const char* ZuOrientationWayText(ZuOrientationWay eWay) {
       return "points";
     case ZuOrientationWay::Approximations:
       return "approximations";
+    case ZuOrientationWay::Relative:
+      return "relative";
   }
   return "unknown";
 }

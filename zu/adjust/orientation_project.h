@@ -8,9 +8,12 @@
 //
 // Photos that see three or more control points stand first. The points that two oriented photos
 // share are intersected and orient the next photos, until no photo is left that sees four of them.
-// Where control leaves photos out, approximate coordinates take its place.
+// Where control leaves photos out, approximate coordinates take its place. Without either, two
+// photos are oriented relative to each other and the rest to the points of these, in a frame of
+// their own.
 #pragma once
 
+#include <array>
 #include <string>
 #include <vector>
 
@@ -24,11 +27,12 @@ class ZuProject;
 
 // By what a photo was oriented.
 enum class ZuOrientationWay {
-  None,           // it could not be found
-  Kept,           // it was oriented already
-  Control,        // resection from control points alone
-  Points,         // resection from control and intersected points
-  Approximations  // resection with approximate coordinates
+  None,            // it could not be found
+  Kept,            // it was oriented already
+  Control,         // resection from control points alone
+  Points,          // resection from control and intersected points
+  Approximations,  // resection with approximate coordinates
+  Relative         // to the other photos alone: a free frame
 };
 
 // "control", "points", ...; static text.
@@ -39,13 +43,15 @@ struct ZuPhotoOrientation {
   std::string strName;
   ZuOrientationWay eWay = ZuOrientationWay::None;
   ZuAdjustStatus status = ZuAdjustStatus::TooFew;
-  std::string strWhy;       // a sentence where the status is not good
-  int iMeasured = 0;        // image points that can be used
-  int iKnown = 0;           // of points whose position was known
-  int iPoints = 0;          // of them in the orientation
-  double dRmsPixels = 0.0;  // of the lengths of their residuals
-  double dSigma0 = 1.0;     // of the covariance
-  ZuPose pose;              // its covariance holds that of the points; zeros for a kept one
+  std::string strWhy;              // a sentence where the status is not good
+  int iMeasured = 0;               // image points that can be used
+  int iKnown = 0;                  // of points whose position was known
+  int iPoints = 0;                 // of them in the orientation
+  double dRmsPixels = 0.0;         // of the lengths of their residuals
+  double dSigma0 = 1.0;            // of the covariance
+  ZuPose pose;                     // its covariance holds that of the points; zeros for a kept one
+  std::array<double, 3> angles{};  // a, b, c of R = Ry(b) Rx(a) Rz(c)
+  std::array<double, 3> anglesSd{};  // NaN at a = +-pi/2
   // Poses that fit as well as this one, as the second solution of a plane.
   std::vector<ZuPose> alternatives;
 
@@ -62,6 +68,9 @@ struct ZuOrientationOptions {
 };
 
 struct ZU_ADJUST_API ZuProjectOrientation {
+  // No known point took part: the centre of the points is the origin, their mean distance from it
+  // 1, and z the direction of their least extent, towards the photos.
+  bool bFree = false;
   std::vector<ZuPhotoOrientation> photos;  // those with measurements, in the order of the project
 
   int CountGood() const;

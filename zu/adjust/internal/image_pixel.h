@@ -3,7 +3,9 @@
 #pragma once
 
 #include <array>
+#include <vector>
 
+#include "zu/adjust/image_observation.h"
 #include "zu/photo/photo.h"
 
 namespace zu::internal {
@@ -18,5 +20,19 @@ std::array<double, 3> ImageCovariance(const PixelSlope& slope, double dSdX, doub
 
 // A difference of image points [mm] in the axes of the pixels [px].
 std::array<double, 2> ToPixels(const PixelSlope& slope, double dx, double dy);
+
+// A measured point of a photo as an image point.
+struct ImagePoint {
+  ZuImageObservation image;  // with its variances
+  PixelSlope slope{};
+};
+
+// The points of a list of pixels by id. Those that are measured twice or are not finite are left
+// out. Their standard deviations are m_dDX and m_dDY [px], else dSigma, in pixels or in mm.
+std::vector<ImagePoint> ImagePointsOf(const ZuPhoto& photo, const ZuPointList& pixels,
+                                      double dSigma, bool bSigmaInPixels);
+
+// The point of that id; null without.
+const ImagePoint* FindImagePoint(const std::vector<ImagePoint>& points, unsigned uId);
 
 }  // namespace zu::internal
