@@ -24,7 +24,7 @@ bool Carry(const Eigen::MatrixXd& J, const FitOutcome& outcome, double* pd) {
   for (Eigen::Index i = 0; i < cov.rows(); ++i) {
     for (Eigen::Index j = 0; j < cov.cols(); ++j) {
       *pd = 0.5 * cov(i, j) + 0.5 * cov(j, i);
-      bFinite = bFinite && std::isfinite(*pd++);
+      bFinite = std::isfinite(*pd++) && bFinite;
     }
   }
   return bFinite;
