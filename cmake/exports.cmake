@@ -29,6 +29,9 @@ foreach(_line IN LISTS _symbols)
     continue()
   endif()
   set(_symbol "${CMAKE_MATCH_1}")
+  if(_symbol MATCHES "^(__bss_start|_edata|_end)$")
+    continue()  # a linker's own, where another library asks for them
+  endif()
   math(EXPR _count "${_count} + 1")
   string(REGEX REPLACE "^(vtable|typeinfo name|typeinfo|guard variable|VTT) for |^(non-)?virtual thunk to "
          "" _name "${_symbol}")

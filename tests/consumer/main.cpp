@@ -11,6 +11,10 @@
 #include <sstream>
 #endif
 
+#ifdef WITH_IMAGE
+#include <zu/image/image_file.h>
+#endif
+
 #include <cstdio>
 #include <cstring>
 
@@ -30,6 +34,11 @@ bool HasComponents() {
   std::ostringstream json;
   ZuExportProjectJson(json, ZuProject());
   if (json.str().empty()) return false;
+#endif
+#ifdef WITH_IMAGE
+  ZuFindingList findings;
+  ZuImage image;
+  if (ZuReadImageBytes("no picture", "", &image, nullptr, &findings)) return false;
 #endif
   return true;
 }
