@@ -99,6 +99,16 @@ TEST(Network, SetsPlantedErrorsAside) {
   EXPECT_LT(Worst(result, made), 0.002);
 }
 
+// Control a hundred times weaker than the images: the whole network turns, and does not bend.
+TEST(Network, ConvergesInFewStepsUnderWeakControl) {
+  MadeNetwork made(MadeNetwork::Convergent, 24, 3, 0.00005);
+  made.Estimate(kCalibration);
+  made.Control(0.01);
+  const ZuNetworkResult result = made.network.Adjust({});
+  ASSERT_EQ(result.status, ZuAdjustStatus::Good) << result.strText;
+  EXPECT_LE(result.iSteps, 8);
+}
+
 TEST(Network, ConvergesFromFarOrTellsWhyNot) {
   int iGood = 0;
   for (unsigned uSeed = 1; uSeed <= 10; ++uSeed) {

@@ -411,26 +411,36 @@ std::vector<std::array<double, NetworkModel::kGenerators>> NetworkModel::Reduced
   return rows;
 }
 
-std::array<double, NetworkModel::kGenerators * NetworkModel::kGenerators> NetworkModel::Resistance(
-    const NetworkState& state) const {
-  std::array<double, kGenerators * kGenerators> sum{};
-  const auto add = [&](const double* row) {
-    for (int i = 0; i < kGenerators; ++i) {
-      for (int k = 0; k < kGenerators; ++k) {
-        sum[Index(kGenerators * i + k)] += row[i] * row[k] / (m_dSize * m_dSize);
-      }
-    }
-  };
-  for (size_t i = 0; i < state.points.size(); ++i) {  // fixed coordinates
+namespace {
+
+using Resisting = std::array<double, NetworkModel::kGenerators * NetworkModel::kGenerators>;
+
+void AddResistance(const double* pRow, double dSize, Resisting* pSum) {
+  constexpr size_t n = NetworkModel::kGenerators;
+  for (size_t i = 0; i < n; ++i) {
+    for (size_t k = 0; k < n; ++k) (*pSum)[n * i + k] += pRow[i] * pRow[k] / (dSize * dSize);
+  }
+}
+
+}  // namespace
+
+Resisting NetworkModel::FixedResistance(const NetworkState& state) const {
+  Resisting sum{};
+  for (size_t i = 0; i < state.points.size(); ++i) {
     if (!m_bPointUsed[i]) continue;
     const Vec3& p = state.points[i];
     const double rows[3][kGenerators] = {{m_dSize, 0.0, 0.0, 0.0, p[2], -p[1], p[0]},
                                          {0.0, m_dSize, 0.0, -p[2], 0.0, p[0], p[1]},
                                          {0.0, 0.0, m_dSize, p[1], -p[0], 0.0, p[2]}};
     for (int k = 0; k < 3; ++k) {
-      if (!IsFree(static_cast<int>(i), k)) add(rows[k]);
+      if (!IsFree(static_cast<int>(i), k)) AddResistance(rows[k], m_dSize, &sum);
     }
   }
+  return sum;
+}
+
+Resisting NetworkModel::Resistance(const NetworkState& state) const {
+  Resisting sum = FixedResistance(state);
   const auto motion = ReducedMotion(state);
   NetworkGroup g;
   for (const NetworkObservation& observation : m_observations) {
@@ -456,7 +466,7 @@ std::array<double, NetworkModel::kGenerators * NetworkModel::kGenerators> Networ
         }
       }
       for (double& d : row) d *= g.l[i][i];  // in lengths again
-      add(row);
+      AddResistance(row, m_dSize, &sum);
     }
   }
   return sum;

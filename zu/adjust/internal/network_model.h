@@ -112,6 +112,8 @@ class NetworkModel {
   // 7 x 7, row by row: how far the given lengths and places resist each motion; 0 where the
   // motion is free. Image points and planes resist none.
   std::array<double, kGenerators * kGenerators> Resistance(const NetworkState& state) const;
+  // That of fixed coordinates alone.
+  std::array<double, kGenerators * kGenerators> FixedResistance(const NetworkState& state) const;
 
   // Moves the whole network by a motion.
   void Move(const double* pMotion, NetworkState* pState) const;

@@ -3,18 +3,20 @@
 #include <algorithm>
 #include <cmath>
 
+#include "zu/adjust/internal/network_step.h"
+
 namespace zu::internal {
 
 namespace {
 
-constexpr double kConverged = 1e-6;      // a step against the standard deviations [-]
-constexpr double kExact = 1e-7;          // the same of observations that fit exactly, against
-                                         // their own standard deviations [-]
-constexpr double kFree = 1e-12;          // resistance of a motion that counts as none [-]
-constexpr double kSingular = 1e-13;      // least scaled eigenvalue [-]
-constexpr double kUnknown = 0.01;        // sd of c, xh, yh against c, sigma0 a priori [-]
-constexpr double kDampingStart = 1e-4;   // of the normal matrix's diagonal [-]
-constexpr double kDampingLeast = 1e-10;  // below it there is none
+constexpr double kConverged = 1e-6;     // a step against the standard deviations [-]
+constexpr double kExact = 1e-7;         // the same of observations that fit exactly, against
+                                        // their own standard deviations [-]
+constexpr double kFree = 1e-12;         // resistance of a motion that counts as none [-]
+constexpr double kSingular = 1e-13;     // least scaled eigenvalue [-]
+constexpr double kUnknown = 0.01;       // sd of c, xh, yh against c, sigma0 a priori [-]
+constexpr double kDampingStart = 1e-4;  // of the normal matrix's diagonal [-]
+constexpr double kDampingLeast = 1e-9;  // below it there is none
 constexpr double kDampingMost = 1e16;
 constexpr double kRounding = 1e-13;  // of a sum of squares, relative
 constexpr double kMoved = 1e-12;     // of the object's size: at the datum
@@ -107,7 +109,7 @@ bool NetworkSolver::Descend(NetworkState* pState) {
       ++m_iSteps;
       m_normals.Solve(&reduced, &points, &dDecrement, &dPredicted);
       NetworkState trial = *pState;
-      m_model.Add(reduced, points, &trial);
+      TakeStep(m_model, reduced, points, &trial);
       const double dNext = m_model.Cost(trial);
       const double dGain = (dCost - dNext) / dPredicted;
       const bool bSmall =
@@ -127,7 +129,7 @@ bool NetworkSolver::Descend(NetworkState* pState) {
         if (bSmall || !std::isfinite(dGain)) {
           dDamping = 0.0;
         } else {
-          dDamping *= std::clamp(1.0 - std::pow(2.0 * dGain - 1.0, 3.0), 0.05, 2.0);
+          dDamping *= std::clamp(1.0 - std::pow(2.0 * dGain - 1.0, 3.0), 0.01, 2.0);
           if (dDamping < kDampingLeast) dDamping = 0.0;
         }
         dRaise = 2.0;
