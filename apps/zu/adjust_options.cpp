@@ -98,6 +98,17 @@ void AccuracyOf(const ZuPoint& point, const std::string& strColumns, int iDimens
   }
 }
 
+std::vector<ZuFitPoint> FitPointsOf(const ZuPointList& points, const std::string& strColumns) {
+  std::vector<ZuFitPoint> observed;
+  observed.reserve(static_cast<size_t>(points.Count()));
+  for (const ZuPoint* p = points.First(); p != nullptr; p = p->Next()) {
+    ZuFitPoint point{p->GetId(), {p->m_dX, p->m_dY, p->m_dZ}, {}};
+    AccuracyOf(*p, strColumns, 3, point.adCov);
+    observed.push_back(point);
+  }
+  return observed;
+}
+
 std::string SigmaText(double dSigma0, ZuSigmaKind kind, int iRedundancy) {
   return Fixed(dSigma0, DecimalsFor(dSigma0)) + "  " + ZuSigmaKindText(kind) + ", " +
          std::to_string(iRedundancy) + " redundant" +

@@ -10,6 +10,7 @@
 #include "context.h"
 #include "options.h"
 #include "zu/adjust/adjust_test.h"
+#include "zu/adjust/fit_result.h"
 #include "zu/adjust/point_test.h"
 #include "zu/points/point_list.h"
 
@@ -51,6 +52,9 @@ void CheckAccuracies(const std::string& strFile, const ZuPointList& points,
 // What the columns dx, dy, dz tell, as a covariance of iDimension (2 or 3) rows; 0 where the file
 // has no such column.
 void AccuracyOf(const ZuPoint& point, const std::string& strColumns, int iDimension, double* pdCov);
+
+// The points with the accuracies that the columns bring, for a fit.
+std::vector<ZuFitPoint> FitPointsOf(const ZuPointList& points, const std::string& strColumns);
 
 // "0.00123  a posteriori, 12 redundant"
 std::string SigmaText(double dSigma0, ZuSigmaKind kind, int iRedundancy);

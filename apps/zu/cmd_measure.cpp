@@ -1,8 +1,10 @@
 // zu measure: measured pixels of a project's photos become object points on a plane.
+#include <cmath>
 #include <memory>
 #include <optional>
 
 #include "commands.h"
+#include "measure_accuracy.h"
 #include "measure_report.h"
 #include "measure_run.h"
 #include "point_input.h"
@@ -15,14 +17,17 @@ namespace cli {
 namespace {
 
 struct Values {
-  std::string strProject, strPlane, strCheck, strOut, strReport;
+  std::string strProject, strCheck, strOut, strReport;
   std::string strUnit = "object units";
+  MeasurePlane plane;
+  AccuracyValues accuracy;
   bool bFlip = false, bLibrary = false, bPartial = false;
 };
 
 Json Or(bool bThere, double dValue) { return bThere ? Json(dValue) : Json(); }
+Json Finite(double d) { return Or(std::isfinite(d), d); }
 
-Json PhotoJson(const ZuMeasuredPhoto& photo) {
+Json PhotoJson(const ZuMeasuredPhoto& photo, const MeasureAccuracy::Photo& accuracy) {
   const bool bChecked = photo.m_iChecked > 0;
   Json json;
   json["id"] = photo.m_pPhoto->GetId();
@@ -37,20 +42,28 @@ Json PhotoJson(const ZuMeasuredPhoto& photo) {
   json["worst"] = photo.Worst() != nullptr
                       ? Json{{"id", photo.Worst()->m_uId}, {"length", photo.Worst()->Length()}}
                       : Json();
+  json["sd"] = Finite(accuracy.dSd);
+  json["least_incidence"] = Finite(accuracy.LeastIncidence());
   return json;
 }
 
-Json PointJson(unsigned uPhoto, const ZuMeasuredPoint& p) {
+Json PointJson(unsigned uPhoto, const ZuMeasuredPoint& p, const MeasureAccuracy::Point& accuracy) {
   Json json{{"photo", uPhoto}, {"id", p.m_uId}, {"x", p.m_dX}, {"y", p.m_dY}, {"z", p.m_dZ}};
   json["dx"] = Or(p.m_bChecked, p.m_dDX);
   json["dy"] = Or(p.m_bChecked, p.m_dDY);
   json["dz"] = Or(p.m_bChecked, p.m_dDZ);
   json["pixel_dx"] = Or(p.m_bChecked, p.m_dResPixelX);
   json["pixel_dy"] = Or(p.m_bChecked, p.m_dResPixelY);
+  const auto& cov = accuracy.cov;
+  json["sx"] = Finite(std::sqrt(cov[0]));
+  json["sy"] = Finite(std::sqrt(cov[1]));
+  json["sz"] = Finite(std::sqrt(cov[2]));
+  json["cov"] = {Finite(cov[3]), Finite(cov[4]), Finite(cov[5])};
+  json["incidence"] = Finite(accuracy.dIncidence);
   return json;
 }
 
-void AddJson(const ZuPlaneMeasurement& result, Context& context) {
+void AddJson(const ZuPlaneMeasurement& result, const MeasureAccuracy& accuracy, Context& context) {
   Json& root = context.Root();
   const ZuPlane& plane = result.m_plane;
   root["plane"] = Json{{"normal", {plane.A(), plane.B(), plane.C()}},
@@ -75,26 +88,31 @@ void AddJson(const ZuPlaneMeasurement& result, Context& context) {
     root["refused"].push_back(
         Json{{"photo", point.m_uPhoto}, {"id", point.m_uId}, {"reason", point.m_strWhy}});
   }
-  for (const ZuMeasuredPhoto& photo : result.m_photos) {
-    root["photos"].push_back(PhotoJson(photo));
-    for (const ZuMeasuredPoint& p : photo.m_points) {
-      root["points"].push_back(PointJson(photo.m_pPhoto->GetId(), p));
+  accuracy.AddJson(&root);
+  for (size_t i = 0; i < result.m_photos.size(); ++i) {
+    const ZuMeasuredPhoto& photo = result.m_photos[i];
+    root["photos"].push_back(PhotoJson(photo, accuracy.Photos()[i]));
+    for (size_t k = 0; k < photo.m_points.size(); ++k) {
+      root["points"].push_back(
+          PointJson(photo.m_pPhoto->GetId(), photo.m_points[k], accuracy.Photos()[i].points[k]));
     }
   }
 }
 
-void Print(const ZuPlaneMeasurement& result, const Values& values, std::ostream& stream) {
+void Print(const ZuPlaneMeasurement& result, const MeasureAccuracy& accuracy, const Values& values,
+           std::ostream& stream) {
   stream << VerdictOf(result, values.strUnit) << "\n\n";
   TextTable table;
   table.AddColumn("photo");
   table.AddColumn("file", TextTable::eLeft);
-  for (const char* szTitle : {"points", "RMS", "X", "Y", "Z", "pixels", "worst", "point"}) {
+  for (const char* szTitle : {"points", "sd", "RMS", "X", "Y", "Z", "pixels", "worst", "point"}) {
     table.AddColumn(szTitle);
   }
-  for (const ZuMeasuredPhoto& photo : result.m_photos) {
-    std::vector<std::string> cells = {std::to_string(photo.m_pPhoto->GetId()),
-                                      photo.m_pPhoto->GetName().chars(),
-                                      std::to_string(photo.m_points.size())};
+  for (size_t i = 0; i < result.m_photos.size(); ++i) {
+    const ZuMeasuredPhoto& photo = result.m_photos[i];
+    std::vector<std::string> cells = {
+        std::to_string(photo.m_pPhoto->GetId()), photo.m_pPhoto->GetName().chars(),
+        std::to_string(photo.m_points.size()), Fixed(accuracy.Photos()[i].dSd, 4)};
     if (photo.Worst() != nullptr) {
       for (const double d : {photo.m_dRms, photo.m_dRmsX, photo.m_dRmsY, photo.m_dRmsZ,
                              photo.m_dRmsPixels, photo.Worst()->Length()}) {
@@ -109,14 +127,24 @@ void Print(const ZuPlaneMeasurement& result, const Values& values, std::ostream&
   stream << "\nplane of " << result.m_iPlanePoints << " points: normal (" << Fixed(plane.A(), 9)
          << ", " << Fixed(plane.B(), 9) << ", " << Fixed(plane.C(), 9) << "), D "
          << Fixed(plane.D() + 0.0, 6) << ", longest deviation "
-         << Fixed(result.m_dPlaneDeviation, 6) << '\n';
+         << Fixed(result.m_dPlaneDeviation, 6) << '\n'
+         << accuracy.Note() << '\n';
+  accuracy.PrintChain(values.strUnit, stream);
 }
 
-void WriteObjectPoints(const ZuPlaneMeasurement& result, std::ostream& stream) {
-  for (const ZuMeasuredPhoto& photo : result.m_photos) {
-    for (const ZuMeasuredPoint& p : photo.m_points) {
+// Rows photo, id, x, y, z; where anything is told of the accuracy with sx, sy, sz behind.
+void WriteObjectPoints(const ZuPlaneMeasurement& result, const MeasureAccuracy& accuracy,
+                       bool bWithSd, std::ostream& stream) {
+  for (size_t i = 0; i < result.m_photos.size(); ++i) {
+    const ZuMeasuredPhoto& photo = result.m_photos[i];
+    for (size_t k = 0; k < photo.m_points.size(); ++k) {
+      const ZuMeasuredPoint& p = photo.m_points[k];
       stream << photo.m_pPhoto->GetId() << ' ' << p.m_uId << ' ' << Shortest(p.m_dX) << ' '
-             << Shortest(p.m_dY) << ' ' << Shortest(p.m_dZ) << '\n';
+             << Shortest(p.m_dY) << ' ' << Shortest(p.m_dZ);
+      for (size_t a = 0; bWithSd && a < 3; ++a) {
+        stream << ' ' << Shortest(std::sqrt(accuracy.Photos()[i].points[k].cov[a]));
+      }
+      stream << '\n';
     }
   }
 }
@@ -126,26 +154,30 @@ ReportInput::File ReportFile(const char* szWhat, const InputFile& file) {
   return {szWhat, file.Name(), strText.size(), ZuCalcCRC32(strText.data(), strText.size())};
 }
 
-ExitCode Run(const Values& values, Context& context) {
+ExitCode Run(const Values& values, bool bSigma, Context& context) {
   const InputFile projectFile(values.strProject, kProjectFile);
   const auto pProject = OpenProject(projectFile, values.bPartial);
-  const InputFile planeFile(values.strPlane, "a coordinate file");
+  const InputFile planeFile(values.plane.strPoints, "a coordinate file");
   std::optional<InputFile> checkFile;
   ZuPointList planePoints, check;
-  ReadPoints(planeFile, "id,x,y,z", context, &planePoints);
+  ReadPoints(planeFile, values.plane.strColumns, context, &planePoints);
   if (!values.strCheck.empty()) {
     checkFile.emplace(values.strCheck, "a coordinate file");
     ReadPoints(*checkFile, "id,x,y,z", context, &check);
   }
-  const ZuPlaneMeasurement result = MeasureProject(*pProject, planePoints, check, values.bFlip,
-                                                   values.bLibrary, context.IsQuiet());
+  ZuPlaneMeasurement result;
+  const auto plane = FitPlane(values.plane, planePoints, &result);
+  MeasureProject(*pProject, check, values.bFlip, values.bLibrary, context.IsQuiet(), &result);
+  const MeasureAccuracy accuracy(*pProject, result, plane, values.bFlip, values.accuracy);
 
   WarnOf(*pProject, projectFile, context);
   WarnOf(result, context);
-  Print(result, values, context.Text());
-  AddJson(result, context);
+  accuracy.Warn(result, context);
+  Print(result, accuracy, values, context.Text());
+  AddJson(result, accuracy, context);
   if (!values.strOut.empty()) {
-    WriteObjectPoints(result, context.NewOutput(values.strOut).Stream());
+    WriteObjectPoints(result, accuracy, bSigma || accuracy.IsTold(),
+                      context.NewOutput(values.strOut).Stream());
   }
   if (!values.strReport.empty()) {
     ReportInput input;
@@ -153,6 +185,7 @@ ExitCode Run(const Values& values, Context& context) {
     if (checkFile) input.files.push_back(ReportFile("check points", *checkFile));
     input.strUnit = values.strUnit;
     input.pCheck = &check;
+    input.pAccuracy = &accuracy;
     context.NewOutput(values.strReport).Stream() << MeasureReport(result, input);
   }
   return result.m_leftOut.empty() && result.m_refused.empty() ? kGood : kNotAcceptable;
@@ -163,9 +196,7 @@ ExitCode Run(const Values& values, Context& context) {
 Runner DefineMeasure(Options& options) {
   auto pValues = std::make_shared<Values>();
   options.Positional("PROJECT", &pValues->strProject, "project file");
-  options.Option("--plane", "POINTS", &pValues->strPlane,
-                 "coordinate file of the points that the plane is fitted to");
-  options.Required();
+  AddPlaneOptions(options, &pValues->plane);
   options.Option("--check", "POINTS", &pValues->strCheck,
                  "coordinate file of points to compare with, by id");
   options.Flag("--flip", &pValues->bFlip,
@@ -174,9 +205,16 @@ Runner DefineMeasure(Options& options) {
   AddPartialOption(options, &pValues->bPartial);
   options.Option("--unit", "TEXT", &pValues->strUnit,
                  "unit of the object coordinates, for headings (\"mm\")");
-  options.Output("-o,--output", "FILE", &pValues->strOut, "object points: photo, id, x, y, z");
+  options.Output(
+      "-o,--output", "FILE", &pValues->strOut,
+      "object points: photo, id, x, y, z; with --sigma, or where the project tells of accuracy, "
+      "sx, sy, sz behind");
   options.Output("--report", "FILE", &pValues->strReport, "report, one HTML file");
-  return [pValues](Context& context) { return Run(*pValues, context); };
+  AddAccuracyOptions(options, &pValues->accuracy);
+  return [pValues, options](Context& context) {
+    pValues->plane.bAxis |= pValues->bLibrary;
+    return Run(*pValues, options.Given("--sigma"), context);
+  };
 }
 
 }  // namespace cli

@@ -30,11 +30,12 @@ std::vector<std::string> QualityCells(const ZuMeasureQuality& quality,
           std::to_string(pWorst->m_uId)};
 }
 
-std::string PhotoTable(const ZuPlaneMeasurement& result, const std::string& strUnit) {
-  const std::string strIn = " [" + strUnit + "]";
+std::string PhotoTable(const ZuPlaneMeasurement& result, const ReportInput& input) {
+  const std::string strIn = " [" + input.strUnit + "]";
   HtmlTable table("photos", {{"photo"},
                              {"file", true},
                              {"points"},
+                             {"sd" + strIn},
                              {"RMS [px]"},
                              {"RMS" + strIn},
                              {"RMS X" + strIn},
@@ -51,15 +52,16 @@ std::string PhotoTable(const ZuPlaneMeasurement& result, const std::string& strU
   for (size_t i = 0; i < std::min(kMostPhotos, result.m_photos.size()); ++i) {
     const ZuMeasuredPhoto& photo = result.m_photos[i];
     add({std::to_string(photo.m_pPhoto->GetId()), photo.m_pPhoto->GetName().chars(),
-         std::to_string(photo.m_points.size())},
+         std::to_string(photo.m_points.size()), Fixed(input.pAccuracy->Photos()[i].dSd, 4)},
         photo, photo.Worst(), false);
   }
   const ZuMeasuredPhoto* pWorst = result.WorstPhoto();
-  add({"all", "", std::to_string(result.m_iPoints)}, result,
+  add({"all", "", std::to_string(result.m_iPoints), "-"}, result,
       pWorst != nullptr ? pWorst->Worst() : nullptr, true);
   std::string strNote =
       "Differences are the point met with the plane less the check point, by id; RMS is the root "
-      "mean square of their lengths, in the image [px] and in the object.";
+      "mean square of their lengths, in the image [px] and in the object. " +
+      input.pAccuracy->Note() + ".";
   if (result.m_photos.size() > kMostPhotos) {
     strNote += " The first " + std::to_string(kMostPhotos) + " of " +
                std::to_string(result.m_photos.size()) + " photos.";
@@ -287,7 +289,7 @@ std::string MeasureReport(const ZuPlaneMeasurement& result, const ReportInput& i
   if (result.m_iChecked > 0) {
     strVerdict += " In the images the RMS is " + Fixed(result.m_dRmsPixels, 3) + " pixels.";
   }
-  std::string strBody = LeftOut(result) + PhotoTable(result, input.strUnit);
+  std::string strBody = LeftOut(result) + PhotoTable(result, input);
   if (result.m_iChecked > 0)
     strBody += Residuals(result, input) + WorstTable(result, input.strUnit);
   strBody += CoordinateTable(result, input) + PlaneText(result, input.strUnit);

@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "measure_accuracy.h"
 #include "measure_run.h"
 
 namespace cli {
@@ -19,6 +20,7 @@ struct ReportInput {
   std::vector<File> files;
   std::string strUnit;  // of the object coordinates
   const ZuPointList* pCheck = nullptr;
+  const MeasureAccuracy* pAccuracy = nullptr;
 };
 
 // The result in one or two sentences.

@@ -2,7 +2,9 @@
 
 #include <algorithm>
 
+#include "adjust_options.h"
 #include "exit_code.h"
+#include "point_input.h"
 #include "progress_line.h"
 #include "text_table.h"
 
@@ -42,6 +44,12 @@ std::string Text(const ZuRefusedMeasurement& point) {
   throw CommandError(kUndetermined, strText);
 }
 
+[[noreturn]] void FailWithoutPlane() {
+  throw CommandError(kUndetermined,
+                     "no plane fits the points given with --plane; three or more that are not on "
+                     "one line would do");
+}
+
 }  // namespace
 
 void WarnOf(const ZuPlaneMeasurement& result, const Context& context) {
@@ -63,18 +71,44 @@ void WarnOf(const ZuPlaneMeasurement& result, const Context& context) {
   }
 }
 
-ZuPlaneMeasurement MeasureProject(ZuProject& project, ZuPointList& planePoints,
-                                  const ZuPointList& check, bool bFlip, bool bLibrary,
-                                  bool bQuiet) {
-  ZuPlaneMeasurement result;
-  if (!result.FitPlane(planePoints)) {
-    throw CommandError(kUndetermined,
-                       "no plane fits the points given with --plane; three or more that are not on "
-                       "one line would do");
+void AddPlaneOptions(Options& options, MeasurePlane* pPlane) {
+  options.Option("--plane", "POINTS", &pPlane->strPoints,
+                 "coordinate file of the points that the plane is fitted to");
+  options.Required();
+  options.Option("--plane-columns", "COLUMNS", &pPlane->strColumns,
+                 "columns of the file of --plane; dx, dy, dz bring standard deviations");
+  options.Option("--plane-sigma", "S", &pPlane->dSigma,
+                 "standard deviation of the coordinates of --plane without columns that tell it; "
+                 "else their distances from the plane tell it");
+  options.Above(0.0);
+  options.Flag("--axis", &pPlane->bAxis,
+               "fit the plane along the axis closest to its normal, as the library's fit does; it "
+               "counts as exact");
+}
+
+std::optional<ZuPlaneFit> FitPlane(const MeasurePlane& values, ZuPointList& points,
+                                   ZuPlaneMeasurement* pResult) {
+  CheckAccuracies(NameInMessages(values.strPoints), points, values.strColumns);
+  if (values.bAxis) {
+    if (!pResult->FitPlane(points)) FailWithoutPlane();
+    return std::nullopt;
   }
+  ZuFitOptions options;
+  options.dSigma = values.dSigma;
+  options.tests.bSnoop = false;
+  const ZuPlaneFit plane = ZuFitPlane(FitPointsOf(points, values.strColumns), options);
+  if (plane.fit.eStatus != ZuAdjustStatus::Good) FailWithoutPlane();
+  pResult->SetPlane(plane.plane, points);
+  pResult->m_dPlaneSigma0 = plane.fit.dSigma0;
+  // Three points of which nothing is told tell nothing of the plane either.
+  if (!plane.fit.bSigmaTold && plane.fit.iRedundancy == 0) return std::nullopt;
+  return plane;
+}
+
+void MeasureProject(ZuProject& project, const ZuPointList& check, bool bFlip, bool bLibrary,
+                    bool bQuiet, ZuPlaneMeasurement* pResult) {
   const LibraryProgress progress(bQuiet);
-  if (!result.Measure(project, check, bFlip, !bLibrary)) FailWithout(result);
-  return result;
+  if (!pResult->Measure(project, check, bFlip, !bLibrary)) FailWithout(*pResult);
 }
 
 }  // namespace cli

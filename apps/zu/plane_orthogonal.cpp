@@ -47,17 +47,7 @@ OrthogonalPlane::OrthogonalPlane(const PlaneValues& values, const ZuPointList& p
 }
 
 void OrthogonalPlane::Fit() {
-  std::vector<ZuFitPoint> points;
-  points.reserve(static_cast<size_t>(m_points.Count()));
-  for (const ZuPoint* p = m_points.First(); p != nullptr; p = p->Next()) {
-    ZuFitPoint point;
-    point.uId = p->GetId();
-    point.adX[0] = p->m_dX;
-    point.adX[1] = p->m_dY;
-    point.adX[2] = p->m_dZ;
-    AccuracyOf(*p, m_values.format.strColumns, 3, point.adCov);
-    points.push_back(point);
-  }
+  const auto points = FitPointsOf(m_points, m_values.format.strColumns);
   ZuFitOptions options;
   options.dSigma = m_values.adjust.dSigma;
   options.tests = TestsOf(m_values.adjust, !m_values.bAll);

@@ -2,6 +2,7 @@
 // form.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <cstdio>
 #include <string>
@@ -56,6 +57,63 @@ TEST(Measure, GivesTheFiguresOfAnIndependentCalculation) {
     }
     EXPECT_NEAR(result["plane"]["normal"][2].get<double>(), 1.0, 1e-12);
   }
+}
+
+// What an adjustment knew of camera and orientations goes on into the points of a measurement.
+TEST(Measure, TellsStandardDeviationsAndTheirParts) {
+  ScratchFolder folder;
+  const std::string strBoard = Chessboard("board.coo"), strOut = folder.Path("adjusted.prj");
+  const Outcome adjusted = RunZu({"adjust", Chessboard("pixels.prj"), "--control", strBoard,
+                                  "--estimate", "c,xh,yh,a1,a2", "-o", strOut});
+  ASSERT_EQ(adjusted.iExit, 0) << adjusted.strErr;
+  const Outcome measured =
+      RunZu({"measure", strOut, "--plane", strBoard, "--check", strBoard, "--sigma", "0.15px",
+             "--incidence", "50", "--explain", "7,46", "-o", folder.Path("p.coo"), "--json"});
+  ASSERT_EQ(measured.iExit, 0) << measured.strErr;
+  EXPECT_NE(measured.strErr.find("the plane at less than 50.0 degrees"), std::string::npos);
+  const auto json = measured.Json();
+  EXPECT_NEAR(json["rms"].get<double>(), 0.1377, 5e-5);  // as with the orientations given
+  double dSum = 0.0;
+  for (const auto& p : json["points"]) {
+    const double sx = p["sx"], sy = p["sy"];
+    dSum += sx * sx + sy * sy;
+    EXPECT_NEAR(p["sz"].get<double>(), 0.0, 1e-12);  // of an exact board
+  }
+  // Predicted and met: the pixels' noise is the greater part of both.
+  EXPECT_NEAR(std::sqrt(dSum / 702), 0.1377, 0.02);
+  const auto &explain = json["explain"], &parts = explain["parts"];
+  EXPECT_NEAR(explain["image"][0].get<double>(),
+              explain["pixel"][0].get<double>() * 0.0099 - 3.1631, 1e-3);
+  const double dBoth = parts["camera_and_orientation"], dPixel = parts["pixel"];
+  const double sx = explain["sd_point"][0], sy = explain["sd_point"][1];
+  EXPECT_NEAR(std::hypot(sx, sy), std::hypot(dBoth, dPixel), 1e-12);
+  EXPECT_LT(dBoth, parts["orientation"]);  // they are correlated
+  const std::string strRow = ReadFile(folder.Path("p.coo"));
+  EXPECT_EQ(std::count(strRow.begin(), strRow.begin() + strRow.find('\n'), ' '), 7);
+}
+
+// The plane is that of zu plane, the library's own on request.
+TEST(Measure, FitsThePlaneByAllItsPoints) {
+  const ScratchFolder folder;
+  std::string strText;
+  for (int i = 0; i < 12; ++i) {
+    strText += std::to_string(i + 1) + ' ' + std::to_string(20 * (i % 4)) + ' ' +
+               std::to_string(20 * (i / 4)) + " 0." + std::to_string(7 * i % 5) + '\n';
+  }
+  const std::string strPoints = folder.Write("wall.coo", strText);
+  const auto normal = [](const nlohmann::json& json) {
+    return json["normal"].get<std::vector<double>>();
+  };
+  const auto measured = [&](std::vector<std::string> more) {
+    more.insert(more.begin(), {"measure", Chessboard("left.prj"), "--plane", strPoints, "--json"});
+    return normal(RunZu(more).Json()["plane"]);
+  };
+  const auto plane = normal(RunZu({"plane", strPoints, "--all", "--json"}).Json());
+  const auto axis = normal(RunZu({"plane", strPoints, "--axis", "--json"}).Json());
+  EXPECT_EQ(measured({}), plane);
+  EXPECT_EQ(measured({"--axis"}), axis);
+  EXPECT_EQ(measured({"--library"}), axis);
+  EXPECT_NE(plane, axis);
 }
 
 TEST(Photo, InfoAndUnknownKeywords) {

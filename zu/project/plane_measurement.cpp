@@ -95,13 +95,18 @@ bool ZuPlaneMeasurement::FitPlane(ZuPointList& points) {
       !std::isfinite(m_plane.A() + m_plane.B() + m_plane.C() + m_plane.D())) {
     return false;
   }
-  m_iPlanePoints = points.Count();
+  SetPlane(m_plane, points);
   m_dPlaneSigma0 = calc.GetZuPlaneSigma0();
-  m_dPlaneDeviation = 0.0;
+  return true;
+}
+
+void ZuPlaneMeasurement::SetPlane(const ZuPlane& plane, const ZuPointList& points) {
+  m_plane = plane;
+  m_iPlanePoints = points.Count();
+  m_dPlaneSigma0 = m_dPlaneDeviation = 0.0;
   for (const ZuPoint* p = points.First(); p != nullptr; p = p->Next()) {
     m_dPlaneDeviation = std::max(m_dPlaneDeviation, std::fabs(m_plane.Dist(*p)));
   }
-  return true;
 }
 
 bool ZuPlaneMeasurement::Measure(ZuProject& project, const ZuPointList& known, bool bFlip,

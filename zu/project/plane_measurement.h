@@ -26,6 +26,7 @@ class ZuSortHelper;
 struct ZU_API ZuMeasuredPoint {
   unsigned m_uId = 0;
   double m_dPixelX = 0.0, m_dPixelY = 0.0;       // measured [pixels]
+  double m_dPixelSdX = 0.0, m_dPixelSdY = 0.0;   // their standard deviations; 0: not told
   double m_dX = 0.0, m_dY = 0.0, m_dZ = 0.0;     // met with the plane, object space
   bool m_bChecked = false;                       // there is a known point of the id
   double m_dDX = 0.0, m_dDY = 0.0, m_dDZ = 0.0;  // met less known point
@@ -83,9 +84,12 @@ struct ZuMeanMeasuredPoint {
 
 class ZU_API ZuPlaneMeasurement : public ZuMeasureQuality {
  public:
-  // Fits the plane to points. False where none fits: fewer than three, or all on one line.
+  // Fits the plane to points by ZuCalcPlane. False where none fits: fewer than three, or all on one
+  // line.
   bool FitPlane(ZuPointList& points);
   void SetPlane(const ZuPlane& plane) { m_plane = plane; }
+  // A plane fitted to these points elsewhere: with their number and longest deviation.
+  void SetPlane(const ZuPlane& plane, const ZuPointList& points);
 
   // Meets every measurement of every photo with the plane and compares it with the known point of
   // its id. With bFlip y is counted the other way. With bExact distortion is taken off by

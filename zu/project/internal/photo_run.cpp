@@ -50,6 +50,8 @@ bool PhotoRun::Meet(const ZuPoint& pixel, const ZuPoint* pKnown, ZuMeasuredPoint
   pPoint->m_uId = pixel.GetId();
   pPoint->m_dPixelX = pixel.m_dX;
   pPoint->m_dPixelY = pixel.m_dY;
+  pPoint->m_dPixelSdX = pixel.m_dDX;
+  pPoint->m_dPixelSdY = pixel.m_dDY;
   pPoint->m_dX = object.m_dX;
   pPoint->m_dY = object.m_dY;
   pPoint->m_dZ = object.m_dZ;
