@@ -78,6 +78,11 @@ void Print(const ZuProjectIntersection& result, std::ostream& stream) {
     table.AddRow(cells);
   }
   table.Write(stream);
+  stream << "\nstandard deviations from the pixels"
+         << (result.iUnsurePhotos > 0
+                 ? " and the covariances of " + Counted(result.iUnsurePhotos, "photo")
+                 : "; orientations and cameras count as exact")
+         << '\n';
 }
 
 // What is set aside or could not be intersected; true where there is any.
@@ -116,6 +121,7 @@ void AddJson(const ZuProjectIntersection& result, Json* pRoot) {
   root["sigma_kind"] = ZuSigmaKindText(result.sigmaKind);
   root["redundancy"] = result.iRedundancy;
   root["rms_px"] = result.dRmsPixels;
+  root["unsure_photos"] = result.iUnsurePhotos;
   root["points"] = root["residuals"] = Json::array();
   for (const ZuIntersectedPoint& point : result.points) {
     if (!point.IsGood()) continue;

@@ -1,10 +1,13 @@
 #include "zu/adjust/intersection_project.h"
 
 #include <algorithm>
+#include <deque>
 #include <map>
 
 #include "zu/adjust/internal/camera_parameter.h"
 #include "zu/adjust/internal/image_pixel.h"
+#include "zu/adjust/internal/pose_errors.h"
+#include "zu/adjust/internal/small_matrix.h"
 #include "zu/adjust/intersection.h"
 #include "zu/project/project.h"
 
@@ -12,6 +15,7 @@ namespace {
 
 struct MeasuredRay {
   ZuIntersectionRay ray;
+  const zu::internal::UnsurePhoto* pPhoto = nullptr;
   zu::internal::PixelSlope slope{};
 };
 
@@ -42,7 +46,10 @@ class Intersector {
                                   "; left out");
       return;
     }
+    m_photos.emplace_back(photo, m_project.Covariances());
+    m_result.iUnsurePhotos += m_photos.back().bOrientation;
     MeasuredRay measured;
+    measured.pPhoto = &m_photos.back();
     measured.ray.pCamera = &photo.GetCamera();
     measured.ray.pose.rotation = photo.GetRotAOR();
     measured.ray.pose.position = photo.GetPosAOR();
@@ -69,6 +76,25 @@ class Intersector {
     options.tests = m_options.tests;
     options.tests.sigmaKind = ZuSigmaKind::APriori;
     return ZuIntersectRays(rays, options);
+  }
+
+  // What orientations and cameras add to the covariance of a point that its image points gave.
+  void AddErrorsOfPhotos(const std::vector<MeasuredRay>& measured, ZuIntersectedPoint* p) const {
+    const double s2 = m_result.dSigma0 * m_result.dSigma0;
+    std::vector<zu::internal::UnsureRay> rays;
+    for (size_t i = 0; i < measured.size(); ++i) {
+      if (!p->rays[i].test.bUsed) continue;
+      const ZuImageObservation& image = measured[i].ray.image;
+      const double q[4] = {s2 * image.dVarianceX, s2 * image.dCovariance, s2 * image.dCovariance,
+                           s2 * image.dVarianceY};
+      rays.push_back({measured[i].pPhoto, {}});
+      zu::internal::InvertSpd(2, q, rays.back().adWeight);
+    }
+    if (AddPoseErrors(m_project.Covariances(), rays, p->position, &p->covariance)) return;
+    p->status = ZuAdjustStatus::NotFinite;
+    p->strWhy =
+        "the covariances of its photos give no standard deviation: COVARIANCE blocks of one "
+        "adjustment would be right";
   }
 
   // One sigma0 of the rays of all points. Snooping waits for it.
@@ -121,6 +147,7 @@ class Intersector {
         }
         point.rays.push_back(ray);
       }
+      if (point.IsGood()) AddErrorsOfPhotos(measured, &point);
       std::stable_sort(point.rays.begin(), point.rays.end(),
                        [](const auto& a, const auto& b) { return a.uPhoto < b.uPhoto; });
       m_result.points.push_back(std::move(point));
@@ -130,6 +157,7 @@ class Intersector {
 
   const ZuProject& m_project;
   const ZuProjectIntersectionOptions& m_options;
+  std::deque<zu::internal::UnsurePhoto> m_photos;
   std::map<unsigned, std::vector<MeasuredRay>> m_rays;  // by point
   ZuProjectIntersection m_result;
 };

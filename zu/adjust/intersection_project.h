@@ -49,6 +49,7 @@ struct ZU_ADJUST_API ZuProjectIntersection {
   ZuSigmaKind sigmaKind = ZuSigmaKind::APriori;
   int iRedundancy = 0;                     // of all points together
   double dRmsPixels = 0.0;                 // of the lengths of the residuals of the rays used
+  int iUnsurePhotos = 0;                   // with a COVARIANCE block of theirs
   std::vector<ZuIntersectedPoint> points;  // by id
   std::vector<std::string> warnings;       // photos that are left out, and why
 
@@ -57,6 +58,12 @@ struct ZU_ADJUST_API ZuProjectIntersection {
 
 // The order of photos and points in the project changes nothing. Photos that lack an orientation,
 // a camera of mode 0, 2 or 3, or the way from pixels to mm are left out, image points that are
-// measured twice in a photo, too. Cost: linear in the rays.
+// measured twice in a photo, too.
+//
+// The position and its tests follow from the image points alone. The covariance holds what the
+// project's COVARIANCE blocks tell of orientations and cameras, the correlations of photos with
+// each other included; what they do not tell counts as exact. It is that of a point that took no
+// part in the adjustment behind these blocks; of one that did, a little too large. Cost: linear in
+// the rays, with covariances quadratic in those of each point.
 ZU_ADJUST_API ZuProjectIntersection
 ZuIntersectProject(const ZuProject& project, const ZuProjectIntersectionOptions& options = {});

@@ -117,7 +117,10 @@ void ZuPlanePointChain::TakeCovariance(const ZuProject& project) {
   const ZuCovariance* p = project.Covariances().OfPhoto(m_photo.GetId());
   m_bOrientation = p != nullptr;
   if (p == nullptr) p = project.Covariances().OfCamera(m_photo.GetCamera().GetId());
-  if (p == nullptr) return;
+  if (p == nullptr || !p->Fault()[0].empty()) {
+    m_bOrientation = false;
+    return;
+  }
   const int iPose = m_bOrientation ? ZuCovariance::kOrientation : 0;
   std::vector<int> rows;  // of the block, 1 based; 0: known exactly
   for (int i = 1; i <= ZuCovariance::kOrientation; ++i) rows.push_back(m_bOrientation ? i : 0);
