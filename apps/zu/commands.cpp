@@ -80,6 +80,12 @@ const std::vector<Command>& Commands() {
        "  zu photo rescale samples/chessboard/left.prj --factor 0.5 -o half.prj\n"
        "writes the project for images of half the width, its measurements carried along.",
        DefinePhotoRescale},
+      {"photo undistort", "make the picture of a photo without distortion",
+       "  zu photo undistort samples/chessboard/left.prj --photo 1 \\\n"
+       "     --image samples/chessboard/left01.jpg -o plain.png\n"
+       "writes the picture as a camera without distortion would have taken it, transparent where\n"
+       "the photo shows nothing; --project-out gives the project that fits it.",
+       DefinePhotoUndistort},
       {"rectify", "carry image points through a stored rectification, or back",
        "  echo \"1 -1.0 0.5\" | zu rectify samples/older/facade.prj --photo 1 --zusp 1\n"
        "prints the point of the facade in object coordinates.",

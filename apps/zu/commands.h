@@ -62,6 +62,7 @@ Runner DefineOrient(Options& options);
 Runner DefinePhotoConvert(Options& options);
 Runner DefinePhotoInfo(Options& options);
 Runner DefinePhotoRescale(Options& options);
+Runner DefinePhotoUndistort(Options& options);
 Runner DefinePlane(Options& options);
 Runner DefineProjectInfo(Options& options);
 Runner DefineProjectMerge(Options& options);

@@ -1,0 +1,70 @@
+#include "picture_files.h"
+
+#include <cmath>
+
+#include "exit_code.h"
+#include "input_file.h"
+#include "progress_line.h"
+#include "project_input.h"
+#include "zu/image/image_file.h"
+
+namespace cli {
+
+eZuInterpolation PictureOptions::Kernel() const {
+  return strKernel == "bilinear"  ? eZuInterpolationBilinear
+         : strKernel == "lanczos" ? eZuInterpolationLanczos
+                                  : eZuInterpolationCubic;
+}
+
+void AddPictureOptions(Options& options, PictureOptions* pOptions) {
+  options.Choice("--interpolation", {"bilinear", "cubic", "lanczos"}, &pOptions->strKernel,
+                 "grey values between pixels, of 2 x 2, 4 x 4 or 8 x 8 of them");
+  options.Option("--quality", "N", &pOptions->uQuality, "of a JPEG file, 1 to 100");
+  options.AtLeast(1);
+  options.AtMost(100);
+}
+
+void CheckPictureEnding(const std::string& strPath) {
+  if (ZuImageFormatOf(strPath) != eZuImageNone) return;
+  throw CommandError(kUsage, strPath + ": a picture is written as .png, .jpg or .tif");
+}
+
+ZuImage ReadPicture(const std::string& strPath, const ZuPhoto& photo, Context& context) {
+  const InputFile file(strPath, "a JPEG, PNG or TIFF picture");
+  ZuImage image;
+  ZuFindingList findings;
+  if (!ZuReadImage(file.Path(), &image, nullptr, &findings)) FailOf(findings, file);
+  WarnOf(findings, file, context);
+  const ZuRegion& region = photo.GetDigiRegion();
+  const double dWidth = std::fabs(region.Width()) + 1.0, dHeight = std::fabs(region.Height()) + 1.0;
+  // Some programs count the pixels instead of naming the last one.
+  if (std::fabs(dWidth - image.GetWidth()) <= 1.0 &&
+      std::fabs(dHeight - image.GetHeight()) <= 1.0) {
+    return image;
+  }
+  throw CommandError(
+      kBadInput, file.Name() + ": " + std::to_string(image.GetWidth()) + " x " +
+                     std::to_string(image.GetHeight()) + " pixels, and photo " +
+                     std::to_string(photo.GetId()) + " has " + std::to_string(std::lround(dWidth)) +
+                     " x " + std::to_string(std::lround(dHeight)) +
+                     "; its own picture would be right, or a photo adapted by zu photo rescale");
+}
+
+void WritePicture(ZuResampler* pResampler, const std::string& strPath, ZuImageWriteOptions options,
+                  const PictureOptions& picture, Context& context) {
+  OutputFile& output = context.NewOutput(strPath);
+  options.m_iWidth = pResampler->GetWidth();
+  options.m_iHeight = pResampler->GetHeight();
+  options.m_iChannels = pResampler->GetChannels();
+  options.m_iBits = pResampler->GetBits();
+  options.m_iQuality = static_cast<int>(picture.uQuality);
+  const LibraryProgress progress(context.IsQuiet());
+  ZuImageWriter writer;
+  if (writer.Open(output.TempPath(), options) &&
+      pResampler->Write(&writer, ("writing " + strPath).c_str()) && writer.Close()) {
+    return;
+  }
+  throw CommandError(kCannotWrite, strPath + ": " + writer.GetError());
+}
+
+}  // namespace cli

@@ -1,0 +1,3 @@
+#include "zu/image/pixel_map.h"
+
+ZuPixelMap::~ZuPixelMap() = default;
