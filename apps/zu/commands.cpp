@@ -99,6 +99,14 @@ const std::vector<Command>& Commands() {
        "  zu intersect samples/network/camcal.prj -o points.coo\n"
        "intersects 100 points measured in 21 photos and writes them with standard deviations.",
        DefineIntersect},
+      {"detect board", "find the corners of a chessboard in pictures",
+       "  zu detect board --size 9x6 --square 25 samples/chessboard/left*.jpg -o detected.prj \\\n"
+       "     --points board.coo --overlay found\n"
+       "measures the 54 inner corners in thirteen pictures, numbered as the board numbers them, "
+       "and\n"
+       "writes a project that zu calibrate takes, the points of the board, and pictures to look "
+       "at.",
+       DefineDetectBoard},
       {"calibrate", "find a camera from photos of a flat board",
        "  zu calibrate samples/chessboard/left.prj --board samples/chessboard/board.coo \\\n"
        "     -o calibrated.prj\n"

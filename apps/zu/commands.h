@@ -54,6 +54,7 @@ Runner DefineCloudNormals(Options& options);
 Runner DefineCloudTransform(Options& options);
 Runner DefineCompare(Options& options);
 Runner DefineConvert(Options& options);
+Runner DefineDetectBoard(Options& options);
 Runner DefineIntersect(Options& options);
 Runner DefineLocal(Options& options);
 Runner DefineMeasure(Options& options);

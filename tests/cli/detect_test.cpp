@@ -1,0 +1,36 @@
+// zu detect: from pictures to projects that the other commands take.
+#include "tests/cli/program.h"
+
+TEST(Detect, CalibratesFromThePicturesOfABoard) {
+  const ScratchFolder folder;
+  const Outcome found = RunLine(
+      "zu detect board --size 9x6 --square 25 $S/chessboard/left*.jpg -o out.prj --points "
+      "board.coo "
+      "--overlay seen --json",
+      folder);
+  ASSERT_EQ(found.iExit, 0) << found.strErr;
+  EXPECT_EQ(found.Json()["photos"].size(), 13U);
+  EXPECT_EQ(ReadFile(folder.Path("seen/1_left01.png")).substr(1, 3), "PNG");
+  // As well as OpenCV's own adjustment of these corners with five parameters of distortion.
+  const nlohmann::json result =
+      RunLine("zu calibrate out.prj --board board.coo --json", folder).Json();
+  EXPECT_NEAR(result["rms_px"], 0.1954, 0.001);
+  EXPECT_NEAR(result["sigma0"], 1.0, 0.15);  // the corners tell their own standard deviations
+}
+
+TEST(Detect, TellsWhatIsWrong) {
+  const ScratchFolder folder;
+  folder.Write("cut.jpg", ReadFile(Source("samples/chessboard/left01.jpg")).substr(0, 9000));
+  ExpectLines(
+      {
+          {"zu detect board --size 9x6 cut.jpg -o out.prj", 3, "",
+           "cut.jpg: cut: the file ends in row"},
+          {"zu detect board --size 9x6 $S/chessboard/board.coo -o out.prj", 3, "",
+           "JPEG, PNG or TIFF"},
+          {"zu detect board --size 9 $S/chessboard/left01.jpg -o out.prj", 2, "", "such as 9x6"},
+          {"zu detect board --size 4x30 $S/chessboard/left01.jpg -o out.prj", 4, "",
+           "left01.jpg: no board"},
+      },
+      folder);
+  EXPECT_EQ(folder.Names(), std::vector<std::string>{"cut.jpg"});
+}
