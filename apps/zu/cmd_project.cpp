@@ -81,14 +81,6 @@ ExitCode RunInfo(const Values& values, Context& context) {
   return kGood;
 }
 
-// Both as text, one behind the other, so that what no record holds comes along.
-void Join(const ZuProject& first, const ZuProject& second, ZuProject* pJoined) {
-  std::stringstream text;
-  first.Export(text);
-  second.Export(text);
-  pJoined->Read(text);
-}
-
 ExitCode RunMerge(const Values& values, Context& context) {
   CheckProjectEnding(values.strOut);
   ZuProject first, second, joined;
@@ -104,7 +96,7 @@ ExitCode RunMerge(const Values& values, Context& context) {
                                       "\n--offset N, which is added to the ids of the second one's "
                                       "photos, would do for photos");
   }
-  Join(first, second, &joined);
+  ZuJoinProjects(first, second, &joined);
   Tell(joined, context);
   WriteProjectFile(values.strOut, context, joined);
   return kGood;

@@ -18,6 +18,10 @@ TEST(ProjectFiles, ConvertMergeSplitRenumberRescale) {
           {"zu project merge a.prj $S/older/facade.prj -o m.prj", 3, "", "photo 1 is not the same"},
           {"zu project merge a.prj old.prj --offset 100 -o m.prj", 0, "14 photos", ""},
           {"zu project merge a.prj b.prj -o m2.prj && cmp m2.prj a.prj", 0, "702 measurements", ""},
+          {"(cat old.prj; echo WORD) > word.prj && zu project merge word.prj b.prj --offset 100 -o "
+           "w.prj",
+           0, "14 photos", ""},
+          {"tail -n 1 w.prj", 0, "WORD", ""},
           {"zu project split m.prj --photos 101 -o one.prj --rest rest.prj", 0, "1 photo", ""},
           {"zu convert rest.prj -o rest2.prj && cmp rest2.prj a.prj", 0, "26 items", ""},
           {"zu project split a.prj --photos 99 -o one.prj", 3, "", "no photo 99"},

@@ -4,6 +4,7 @@
 #include <limits>
 #include <sstream>
 
+#include "zu/project/internal/merge_kept.h"
 #include "zu/project/project.h"
 
 namespace {
@@ -157,6 +158,20 @@ std::vector<std::string> ZuDropCommonRecords(ZuProject* pProject, const ZuProjec
     pProject->Covariances().Erase(key);
   }
   return different;
+}
+
+bool ZuJoinProjects(const ZuProject& first, const ZuProject& second, ZuProject* pJoined) {
+  std::ostringstream text, last;
+  first.Export(text);
+  for (const ZuProjectItem& item : first.GetItems()) {
+    if (item.m_pUnknown == nullptr || zu::internal::HasValue(*item.m_pUnknown)) continue;
+    zu::internal::WriteUnknown(*item.m_pUnknown, last);
+  }
+  for (const ZuFileComment& comment : first.GetLastComments()) last << comment.m_strText << '\n';
+  std::stringstream joined;
+  joined << text.str().substr(0, text.str().size() - last.str().size());
+  second.Export(joined) << last.str();
+  return pJoined->Read(joined);
 }
 
 bool ZuRescalePhoto(ZuProject* pProject, unsigned uPhoto, double dFactor) {

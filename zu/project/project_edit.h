@@ -27,6 +27,11 @@ ZU_API void ZuKeepPhotos(ZuProject* pProject, const std::set<unsigned>& ids);
 // which stays: "photo 3", "camera 1", "object point 17".
 ZU_API std::vector<std::string> ZuDropCommonRecords(ZuProject* pProject, const ZuProject& other);
 
+// Both as one, the second behind the first, read as a whole: what no record holds comes along, too.
+// An unknown keyword without a value that ends the first stands at the end of all, where it cannot
+// take the second's first keyword for its value. The result of ZuProject::Read.
+ZU_API bool ZuJoinProjects(const ZuProject& first, const ZuProject& second, ZuProject* pJoined);
+
 // For an image resampled by a factor: the photo is rescaled (ZuPhoto::RescaleTo), its measurements
 // are carried along, so that every measurement keeps its place in mm: pixel (x, y) becomes (f x, f
 // y). An affine pre-transformation, which may mirror, stays one. False, nothing changed: no such
