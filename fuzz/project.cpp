@@ -81,12 +81,6 @@ class Project : public LinkHdl {
   unsigned int m_uPhoto = 0;
 };
 
-std::string Exported(const ZuProject& project) {
-  std::ostringstream os;
-  project.Export(os);
-  return os.str();
-}
-
 // What stands in a file that ends within a block, or that has no photo, need not come back.
 void CheckProject(const Input& input) {
   std::istringstream stream{std::string(input.Text())};

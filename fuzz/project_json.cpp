@@ -5,21 +5,9 @@
 #include <nlohmann/json.hpp>
 
 #include "fuzz/there_and_back.h"
-#include "zu/project/project.h"
+#include "tests/support/project_json.h"
 
 namespace {
-
-std::string Exported(const ZuProject& project) {
-  std::ostringstream os;
-  project.Export(os);
-  return os.str();
-}
-
-std::string JsonOf(const ZuProject& project) {
-  std::ostringstream os;
-  ZuExportProjectJson(os, project);
-  return os.str();
-}
 
 bool ReadJson(const std::string& strJson, ZuProject* pProject) {
   std::istringstream stream(strJson);

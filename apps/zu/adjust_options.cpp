@@ -22,6 +22,13 @@ void AddTestLimits(Options& options, double* pdAlpha, double* pdAlphaTotal) {
   options.AtMost(0.5);
 }
 
+void AddSourceOptions(Options& options, std::string* pSource, std::string* pControl) {
+  options.Positional("SOURCE", pSource, "coordinate file to be carried over");
+  options.Option("--control", "CONTROL", pControl,
+                 "coordinate file with points of the target system");
+  options.Required();
+}
+
 void AddTestFlag(Options& options, AdjustValues* pValues) {
   options.Flag("--test", &pValues->bTest,
                "set aside the points that the tests reject; exit code 1 where there are any");

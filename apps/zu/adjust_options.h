@@ -31,6 +31,8 @@ constexpr char kSigmaOfControl[] =
 
 // Declares --sigma, --alpha, --alpha-total, --report and --unit.
 void AddAdjustOptions(Options& options, AdjustValues* pValues, const char* szSigma = kSigmaOfAll);
+// Declares SOURCE and --control.
+void AddSourceOptions(Options& options, std::string* pSource, std::string* pControl);
 // Declares --test.
 void AddTestFlag(Options& options, AdjustValues* pValues);
 // Declares --alpha and --alpha-total.

@@ -1,6 +1,7 @@
 // zu calibrate: a camera from photos of a flat board.
 #include <memory>
 
+#include "adjust_options.h"
 #include "cmd_adjust_input.h"
 #include "cmd_adjust_output.h"
 #include "cmd_orient.h"
@@ -16,7 +17,7 @@ namespace {
 
 struct Values {
   std::string strProject, strBoard, strOut, strSigma = "0.1px", strEstimate, strMode;
-  double dAlpha = 0.001;
+  double dAlpha = 0.001, dAlphaTotal = 0.0;
   bool bTest = false, bPartial = false;
 };
 
@@ -30,6 +31,7 @@ ExitCode Run(const Values& values, Context& context) {
   if (!values.strMode.empty()) options.iMode = values.strMode[0] - '0';
   options.test.bSnoop = values.bTest;
   options.test.dAlpha = values.dAlpha;
+  options.test.dAlphaTotal = values.dAlphaTotal;
   const InputFile file(values.strProject, kProjectFile);
   const auto pProject = OpenProject(file, values.bPartial);
   const ZuPointList board = ReadAdjustPoints(values.strBoard);
@@ -79,9 +81,7 @@ Runner DefineCalibrate(Options& options) {
                  "parameters that are estimated: c,xh,yh,a1,a2,a3,b1,b2,c1,c2; else as many as the "
                  "photos decide");
   options.Flag("--test", &pValues->bTest, "set aside image points that do not fit");
-  options.Option("--alpha", "P", &pValues->dAlpha, "chance of a false alarm of one test");
-  options.Above(0.0);
-  options.AtMost(0.5);
+  AddTestLimits(options, &pValues->dAlpha, &pValues->dAlphaTotal);
   AddPartialOption(options, &pValues->bPartial);
   options.Output("-o,--output", "PROJECT2", &pValues->strOut,
                  "the project with calibrated cameras and orientations");

@@ -18,7 +18,7 @@ constexpr double kDegree = 0.017453292519943295;
 
 struct Values {
   std::string strProject, strOut, strSigma = "0.1px";
-  double dAlpha = 0.001, dLeastAngle = 5.0;
+  double dAlpha = 0.001, dAlphaTotal = 0.0, dLeastAngle = 5.0;
   bool bTest = false, bPartial = false;
 };
 
@@ -153,6 +153,7 @@ ExitCode Run(const Values& values, bool bSigmaGiven, Context& context) {
   options.bSigmaGiven = bSigmaGiven;
   options.tests.bSnoop = values.bTest;
   options.tests.dAlpha = values.dAlpha;
+  options.tests.dAlphaTotal = values.dAlphaTotal;
   const ZuProjectIntersection result = ZuIntersectProject(*pProject, options);
   if (result.CountGood() == 0) {
     throw CommandError(
@@ -187,9 +188,7 @@ Runner DefineIntersect(Options& options) {
                  "standard deviation of a measured coordinate, 0.1px or 0.0005mm; without it, it "
                  "is estimated from the residuals of all rays");
   options.Flag("--test", &pValues->bTest, "set aside rays that do not fit, of three and more");
-  options.Option("--alpha", "P", &pValues->dAlpha, "chance of a false alarm of one test");
-  options.Above(0.0);
-  options.AtMost(0.5);
+  AddTestLimits(options, &pValues->dAlpha, &pValues->dAlphaTotal);
   options.Option("--least-angle", "DEG", &pValues->dLeastAngle,
                  "warn of points whose rays meet at less");
   options.AtLeast(0.0);

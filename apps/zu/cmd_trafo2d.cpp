@@ -437,10 +437,7 @@ ExitCode Run(const Values& values, Context& context) {
 
 Runner DefineTrafo2d(Options& options) {
   auto pValues = std::make_shared<Values>();
-  options.Positional("SOURCE", &pValues->strSource, "coordinate file to be carried over");
-  options.Option("--control", "CONTROL", &pValues->strControl,
-                 "coordinate file with points of the target system");
-  options.Required();
+  AddSourceOptions(options, &pValues->strSource, &pValues->strControl);
   options.Choice("--type", {"congruence", "helmert", "affin", "projektiv", "polynom", "auto"},
                  &pValues->strType,
                  "kind of transformation; auto takes what number and spread of the points allow");

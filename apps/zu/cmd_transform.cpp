@@ -211,10 +211,7 @@ ExitCode Run(const Values& values, Context& context) {
 
 Runner DefineTransform(Options& options) {
   auto pValues = std::make_shared<Values>();
-  options.Positional("SOURCE", &pValues->strSource, "coordinate file to be carried over");
-  options.Option("--control", "CONTROL", &pValues->strControl,
-                 "coordinate file with points of the target system");
-  options.Required();
+  AddSourceOptions(options, &pValues->strSource, &pValues->strControl);
   options.Flag("--unit-scale", &pValues->bUnitScale, "rotate and shift only, scale 1");
   options.Choice("--fixed", {"scale", "levelled", "shift"}, &pValues->adjust.strFixed,
                  "scale 1; turned about the z axis only, scale 1; not turned, scale 1");

@@ -6,24 +6,12 @@
 #include <nlohmann/json.hpp>
 #include <sstream>
 
+#include "tests/support/project_json.h"
 #include "tests/support/test.h"
-#include "zu/project/project.h"
 
 namespace {
 
 using nlohmann::json;
-
-std::string Exported(const ZuProject& project) {
-  std::ostringstream os;
-  project.Export(os);
-  return os.str();
-}
-
-std::string JsonOf(const ZuProject& project) {
-  std::ostringstream os;
-  ZuExportProjectJson(os, project);
-  return os.str();
-}
 
 // The first finding of a JSON text; empty without one.
 std::string FindingOf(const std::string& strJson) {

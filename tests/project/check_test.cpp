@@ -5,6 +5,7 @@
 #include <fstream>
 #include <sstream>
 
+#include "tests/support/project_fields.h"
 #include "tests/support/temp_file.h"
 #include "tests/support/test.h"
 #include "zu/project/project.h"
@@ -186,9 +187,7 @@ TEST(Check, TellsRotationsOfAnglesInTheWrongUnit) {
   }
   const auto findings = [&](double dFactor) {
     turn(dFactor);
-    std::ostringstream os;
-    project.Export(os);
-    return Lines(TempFile(os.str(), ".prj").Path());
+    return Lines(TempFile(Exported(project), ".prj").Path());
   };
   EXPECT_TRUE(findings(1.0).empty());
   EXPECT_TRUE(findings(0.5).empty());

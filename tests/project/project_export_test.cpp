@@ -8,12 +8,6 @@
 
 namespace {
 
-std::string Exported(const ZuProject& project) {
-  std::ostringstream os;
-  project.Export(os);
-  return os.str();
-}
-
 void ReadText(const std::string& strText, ZuProject* pProject) {
   std::istringstream stream(strText);
   pProject->Read(stream);

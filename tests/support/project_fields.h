@@ -1,7 +1,13 @@
-// All records of a project, as text (see record_fields.h).
+// A project as text: all its records (see record_fields.h), its file.
 #pragma once
 
+#include <sstream>
+
+#include <sstream>
+#include <string>
+
 #include "tests/support/record_fields.h"
+#include "zu/exchange/project_json.h"
 #include "zu/project/project.h"
 
 inline std::string FieldsOfProject(const ZuProject& project) {
@@ -13,4 +19,10 @@ inline std::string FieldsOfProject(const ZuProject& project) {
   return FieldsOfList(project.PhotoList()) + FieldsOfList(project.OrthoPhotoList()) +
          FieldsOfList(project.CameraList()) + FieldsOfList(project.PlaneList()) +
          FieldsOf(project.ObjectPoints()) + text.Text();
+}
+
+inline std::string Exported(const ZuProject& project) {
+  std::ostringstream os;
+  project.Export(os);
+  return os.str();
 }
