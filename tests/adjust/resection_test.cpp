@@ -10,6 +10,7 @@
 
 #include "tests/support/cameras.h"
 #include "tests/support/trials.h"
+#include "zu/adjust/internal/five_point.h"
 #include "zu/adjust/internal/image_ray.h"
 #include "zu/adjust/internal/three_point.h"
 #include "zu/photo/biko_transform.h"
@@ -93,6 +94,46 @@ TEST(ThreePoints, GiveEverySolutionAndOnlySolutions) {
 
 // Every photo of the board from its own points: at least as close as the orientation that comes
 // with it, and at the same place.
+// Of a relief and of a plane: the planted pose is among those found, and each of these has the rays
+// in one plane with the base.
+TEST(FivePoints, GiveThePlantedPoseAndOnlySolutions) {
+  std::mt19937 random(11);
+  std::uniform_real_distribution<double> place(-1.0, 1.0);
+  for (int n = 0; n < 400; ++n) {
+    Pose planted;
+    const double step[6] = {place(random), place(random), place(random),
+                            place(random), place(random), place(random)};
+    zu::internal::MovePose(step, &planted);
+    const double dBase = std::hypot(planted.X0[0], planted.X0[1], planted.X0[2]);
+    for (double& d : planted.X0) d /= dBase;
+    double first[5][3], second[5][3];
+    for (size_t k = 0; k < 5; ++k) {
+      const double P[3] = {3.0 * place(random), 3.0 * place(random),
+                           n % 2 == 0 ? -6.0 : -6.0 + place(random)};
+      const auto v = zu::internal::ToImage(planted, P);
+      for (size_t i = 0; i < 3; ++i) {
+        first[k][i] = P[i] / std::hypot(P[0], P[1], P[2]);
+        second[k][i] = v[i] / std::hypot(v[0], v[1], v[2]);
+      }
+    }
+    double dNearest = 1.0;
+    for (const Pose& pose : zu::internal::SolveFivePoints(first, second)) {
+      double dOff = 0.0;
+      for (size_t i = 0; i < 9; ++i) dOff = std::max(dOff, std::fabs(pose.R[i] - planted.R[i]));
+      dNearest = std::min(dNearest, dOff);
+      for (size_t k = 0; k < 5; ++k) {
+        const auto d = zu::internal::Direction(pose, second[k]);
+        const auto& t = pose.X0;
+        const double* const a = first[k];
+        EXPECT_NEAR(a[0] * (t[1] * d[2] - t[2] * d[1]) + a[1] * (t[2] * d[0] - t[0] * d[2]) +
+                        a[2] * (t[0] * d[1] - t[1] * d[0]),
+                    0.0, 1e-7);
+      }
+    }
+    EXPECT_LT(dNearest, 1e-5) << n;
+  }
+}
+
 TEST(Resection, OrientsThePhotosOfTheBoard) {
   for (const char* szFile : {"left.prj", "left_cap.prj"}) {
     ZuProject project;

@@ -42,7 +42,8 @@ struct ZuRelativeResult {
 
 // Image points are matched by id; an id that stands twice in a list, and what is not finite, takes
 // no part. Refused: fewer than five common points (too few), and rays so nearly parallel that the
-// photos stand at one place (rank defect). Five points alone may leave several poses.
+// photos stand at one place (rank defect). Five points alone may leave several poses. Cost: linear
+// in the common points; 150 samples of five, up to ten poses each, are held against all of them.
 ZU_ADJUST_API ZuRelativeResult ZuOrientRelative(const ZuCamera& first,
                                                 const std::vector<ZuImageObservation>& firstPoints,
                                                 const ZuCamera& second,
