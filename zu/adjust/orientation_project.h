@@ -81,6 +81,11 @@ struct ZU_ADJUST_API ZuProjectOrientation {
 // deviations m_dDX, m_dDY, m_dDZ. Approximations, and behind them the project's object points, are
 // used for the photos that control leaves out. Image points measured twice in a photo take no part.
 // The order of points and photos changes nothing but the order of the result.
+//
+// Cost with control that all photos see: that of ZuResect for each. Else rounds of resections and
+// intersections, as many as photos in a chain at most; without any known point also a relative
+// orientation of the pairs with the most points in common, and an adjustment after each round,
+// whose time grows with the cube of the photos so far.
 ZU_ADJUST_API ZuProjectOrientation ZuOrientProject(ZuProject* pProject, const ZuPointList& control,
                                                    const ZuPointList& approximations,
                                                    const ZuOrientationOptions& options = {});

@@ -8,6 +8,7 @@
 #include <limits>
 #include <numeric>
 #include <tuple>
+#include <utility>
 
 #include "zu/adjust/internal/counter_random.h"
 #include "zu/adjust/internal/dense_cholesky.h"
@@ -23,6 +24,9 @@ constexpr double kNearPose = 1e-2;   // tolerance of what is nearly a solution o
 constexpr int kRounds = 10;          // of taking points in that agree
 constexpr int kAllTriples = 13;      // most points of which all triples are tried
 constexpr int kSamples = 200;        // of more
+constexpr int kJudges = 200;         // points of more that judge all poses at first
+constexpr int kJudgesPlace = 80;     // of their squared residuals, by size
+constexpr size_t kJudgedByAll = 20;  // poses
 constexpr double kTuning = 2.5;      // standard deviations that agree with the consensus
 constexpr double kRobust = 1.4826;   // standard deviation over the median of normal residuals
 constexpr double kAmbiguous = 0.05;  // alpha of the test of a second solution
@@ -71,22 +75,59 @@ std::vector<Pose> PosesOf(const ResectionFit& fit, const std::array<int, 3>& tri
   return SolveThreePoints(directions, points, dTolerance);
 }
 
+// The (iPlace + 1)-th of the squared residuals of the points listed, by size.
+double SquareAt(const ResectionFit& fit, const Pose& pose, const std::vector<int>& points,
+                int iPlace, std::vector<double>* pSquares) {
+  pSquares->clear();
+  for (const int i : points) pSquares->push_back(fit.Square(pose, static_cast<size_t>(i)));
+  std::nth_element(pSquares->begin(), pSquares->begin() + iPlace, pSquares->end());
+  return (*pSquares)[static_cast<size_t>(iPlace)];
+}
+
+// Of many points some judge the poses of all triples, and the best of these are judged by all. The
+// judges look at a place before their middle: by chance more of them than of all may be wrong.
+std::vector<Pose> Candidates(const ResectionFit& fit, unsigned uSeed) {
+  const int n = static_cast<int>(fit.points.size());
+  std::vector<int> judges(kJudges);
+  CounterRandom(uSeed, 1).Sample(0, n, kJudges, judges.data());
+  std::vector<std::pair<double, Pose>> best;
+  std::vector<double> squares;
+  for (const auto& triple : Triples(n, uSeed)) {
+    for (const Pose& pose : PosesOf(fit, triple)) {
+      const double d = SquareAt(fit, pose, judges, kJudgesPlace, &squares);
+      const auto worse = [d](const auto& other) { return d < other.first; };
+      const auto at = std::find_if(best.begin(), best.end(), worse);
+      if (!std::isfinite(d) || (at == best.end() && best.size() == kJudgedByAll)) continue;
+      best.insert(at, {d, pose});
+      if (best.size() > kJudgedByAll) best.pop_back();
+    }
+  }
+  std::vector<Pose> poses;
+  for (const auto& [d, pose] : best) poses.push_back(pose);
+  return poses;
+}
+
 // The pose of least h-th squared residual, h = [n / 2] + 2; kNever without one.
 double Consensus(const ResectionFit& fit, unsigned uSeed, Pose* pBest) {
   const int n = static_cast<int>(fit.points.size());
-  const auto h = static_cast<std::ptrdiff_t>(std::min(n, n / 2 + 2)) - 1;
+  const int iPlace = std::min(n, n / 2 + 2) - 1;
   double dBest = kNever;
-  std::vector<double> squares(fit.points.size());
-  for (const auto& triple : Triples(n, uSeed)) {
-    for (const Pose& pose : PosesOf(fit, triple)) {
-      for (size_t i = 0; i < squares.size(); ++i) squares[i] = fit.Square(pose, i);
-      std::nth_element(squares.begin(), squares.begin() + h, squares.end());
-      const double dSquare = squares[static_cast<size_t>(h)];
+  std::vector<double> squares;
+  std::vector<int> all(fit.points.size());
+  std::iota(all.begin(), all.end(), 0);
+  const auto judge = [&](const std::vector<Pose>& poses) {
+    for (const Pose& pose : poses) {
+      const double dSquare = SquareAt(fit, pose, all, iPlace, &squares);
       if (dSquare < dBest) {
         dBest = dSquare;
         *pBest = pose;
       }
     }
+  };
+  if (n > kJudges) {
+    judge(Candidates(fit, uSeed));
+  } else {
+    for (const auto& triple : Triples(n, uSeed)) judge(PosesOf(fit, triple));
   }
   return dBest;
 }
