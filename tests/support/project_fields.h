@@ -2,8 +2,6 @@
 #pragma once
 
 #include <sstream>
-
-#include <sstream>
 #include <string>
 
 #include "tests/support/record_fields.h"
