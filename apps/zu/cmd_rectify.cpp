@@ -1,8 +1,11 @@
-// zu rectify: image points through a stored rectification of a photo, and back.
+// zu rectify: image points through a stored rectification of a photo, and back; with --image the
+// picture of a plane.
 #include <cmath>
 #include <memory>
 
+#include "cmd_rectify_image.h"
 #include "commands.h"
+#include "id_list.h"
 #include "point_input.h"
 #include "project_input.h"
 #include "text_table.h"
@@ -11,10 +14,9 @@ namespace cli {
 
 namespace {
 
-struct Values {
-  std::string strPath, strOut;
-  unsigned uPhoto = 0, uZusp = 0;
-  bool bInverse = false, bLibrary = false, bPartial = false;
+struct Values : RectifyImageValues {
+  unsigned uPhoto = 0;
+  bool bImage = false, bInverse = false, bLibrary = false, bPartial = false;
 };
 
 const ZuZuspTrafo& FindRectification(const ZuPhoto& photo, const Values& values) {
@@ -24,7 +26,7 @@ const ZuZuspTrafo& FindRectification(const ZuPhoto& photo, const Values& values)
   for (const ZuZuspTrafo* p = photo.FirstZuspTrafo(); p != nullptr; p = p->Next()) {
     strIds += (strIds.empty() ? "" : ", ") + std::to_string(p->GetId());
   }
-  throw CommandError(kBadInput, values.strPath + ": photo " + std::to_string(values.uPhoto) +
+  throw CommandError(kBadInput, values.strProject + ": photo " + std::to_string(values.uPhoto) +
                                     " has no rectification " + std::to_string(values.uZusp) +
                                     (strIds.empty() ? ", nor any other" : "; it has " + strIds));
 }
@@ -34,7 +36,7 @@ void CheckInvertible(const ZuZuspTrafo& trafo, const Values& values) {
   ZuMatrix(trafo.GetZuspMat()).Invert(&iPlane);
   ZuMatrix(trafo.GetTransMat()).Invert(&iSpace);
   if (iPlane == 0 && iSpace == 0) return;
-  throw CommandError(kUndetermined, values.strPath + ": rectification " +
+  throw CommandError(kUndetermined, values.strProject + ": rectification " +
                                         std::to_string(values.uZusp) +
                                         " has a singular matrix and no inverse; one of full rank "
                                         "would be right");
@@ -74,13 +76,13 @@ class Rectifier {
 };
 
 ExitCode Run(const Values& values, Context& context) {
-  const InputFile file(values.strPath, kProjectFile);
+  const InputFile file(values.strProject, kProjectFile);
   const auto pProject = OpenProject(file, values.bPartial);
   const ZuPhoto& photo = FindPhoto(*pProject, values.uPhoto, file);
   const ZuZuspTrafo& trafo = FindRectification(photo, values);
   const std::string strLacks = pProject->LacksRectification(values.uPhoto, values.uZusp);
   if (!strLacks.empty()) {
-    throw CommandError(kUndetermined, values.strPath + ": rectification " +
+    throw CommandError(kUndetermined, values.strProject + ": rectification " +
                                           std::to_string(values.uZusp) + " of photo " +
                                           std::to_string(values.uPhoto) + " " + strLacks);
   }
@@ -127,20 +129,39 @@ ExitCode Run(const Values& values, Context& context) {
   return iRefused > 0 ? kNotAcceptable : kGood;
 }
 
+// What points need, and what they have no use for.
+void CheckPoints(Values* pValues) {
+  if (pValues->uZusp == 0) throw CommandError(kUsage, "--zusp N is needed, or --image");
+  const std::set<unsigned> photos = ParseIds(pValues->strPhotos, "--photo");
+  if (photos.size() != 1) throw CommandError(kUsage, "--photo: one photo is needed for points");
+  pValues->uPhoto = *photos.begin();
+  for (const std::string* p : {&pValues->strPlane, &pValues->strControl, &pValues->strRegion,
+                               &pValues->strPictures, &pValues->strProjectOut}) {
+    if (!p->empty()) throw CommandError(kUsage, *p + " belongs to --image, which is missing");
+  }
+}
+
 }  // namespace
 
 Runner DefineRectify(Options& options) {
   auto pValues = std::make_shared<Values>();
-  options.Positional("PROJECT", &pValues->strPath, "project file; points come on standard input");
-  options.Option("--photo", "N", &pValues->uPhoto, "the photo");
+  options.Positional("PROJECT", &pValues->strProject,
+                     "project file; points come on standard input");
+  options.Option("--photo", "N", &pValues->strPhotos, "the photo; --image: photos, as 1,4,7-9");
   options.Required();
   options.Option("--zusp", "N", &pValues->uZusp, "its rectification");
-  options.Required();
   options.Flag("--inverse", &pValues->bInverse, "from object to image coordinates");
   AddLibraryOption(options, &pValues->bLibrary);
   AddPartialOption(options, &pValues->bPartial);
-  options.Output("-o,--output", "FILE", &pValues->strOut, "write the points to a file, too");
-  return [pValues](Context& context) { return Run(*pValues, context); };
+  options.Output("-o,--output", "FILE", &pValues->strOut,
+                 "write the points to a file, too; --image: the picture, as .png, .jpg or .tif");
+  options.Flag("--image", &pValues->bImage, "make a picture of the plane instead");
+  AddRectifyImageOptions(options, pValues.get());
+  return [pValues](Context& context) {
+    if (pValues->bImage) return RunRectifyImage(*pValues, context);
+    CheckPoints(pValues.get());
+    return Run(*pValues, context);
+  };
 }
 
 }  // namespace cli

@@ -86,9 +86,12 @@ const std::vector<Command>& Commands() {
        "writes the picture as a camera without distortion would have taken it, transparent where\n"
        "the photo shows nothing; --project-out gives the project that fits it.",
        DefinePhotoUndistort},
-      {"rectify", "carry image points through a stored rectification, or back",
+      {"rectify", "carry image points through a rectification, or make a picture of a plane",
        "  echo \"1 -1.0 0.5\" | zu rectify samples/older/facade.prj --photo 1 --zusp 1\n"
-       "prints the point of the facade in object coordinates.",
+       "prints the point of the facade in object coordinates.\n"
+       "  zu rectify --image samples/chessboard/left.prj --photo 1,2 \\\n"
+       "     --plane samples/chessboard/board.coo --pixel 0.5 -o board.tif\n"
+       "makes a picture of the board to scale, each pixel from the photo that shows it best.",
        DefineRectify},
       {"orient", "find where the photos of a project stood",
        "  zu orient samples/network/camcal_unoriented.prj \\\n"

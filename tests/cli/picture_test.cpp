@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <filesystem>
 
 #include "tests/cli/program.h"
 #include "zu/image/image_file.h"
@@ -131,6 +132,158 @@ TEST(Undistort, Refuses) {
                {aLine[3].c_str(), 3, "", "none.png"}},
               folder);
   EXPECT_EQ(folder.Names(), (std::vector<std::string>{"cut.png", "small.png"}));
+}
+
+// Distances of the spots in a rectified picture from where the points lie on the plane [pixels];
+// the largest.
+double WorstMiss(const nlohmann::json& result, const ZuImage& image, const nlohmann::json& points) {
+  const double dPixel = result["pixel"], dLeft = result["region"][0], dTop = result["region"][3];
+  double dWorst = 0.0;
+  for (const auto& p : points) {
+    dWorst = std::max(dWorst, Miss(image, (p["x"].get<double>() - dLeft) / dPixel - 0.5,
+                                   (dTop - p["y"].get<double>()) / dPixel - 0.5));
+  }
+  EXPECT_EQ(points.size(), 54U);
+  return dWorst;
+}
+
+// PHOTO 1 with a rectification that has points and no matrices.
+std::string WithDefinition(ZuProject* pProject) {
+  const ZuPhoto& photo = *pProject->PhotoList().Find(1);
+  std::string strMeasured, strDefined;
+  for (const ZuPoint* p = pProject->Measurements(1).First(); p != nullptr; p = p->Next()) {
+    ZuPoint biko(*p);
+    photo.ConvertBiko(&biko, eDigiToBiko);
+    const unsigned k = p->GetId() - 1;
+    const std::string strId = std::to_string(k + 1) + ' ';
+    strMeasured += strId + std::to_string(biko.m_dX) + ' ' + std::to_string(biko.m_dY) + '\n';
+    strDefined += strId + std::to_string(25 * (k % 9)) + ' ' +
+                  std::to_string(25 * (5 - static_cast<int>(k / 9))) + " 0\n";
+  }
+  std::string strText = ReadFile(Chessboard("left.prj"));
+  return strText.insert(
+      strText.find("    AORM"),
+      "ZUSPPLANE { ZUSPID 3 \"board\" ACTIV 1 KAMERA 1\n DISTORTION { 1 4.915686 0.227808 "
+      "0.065727 -0.00966481955 -0.000198009113 2.5 \"left radial\" }\n MEASPOINTS {\n" +
+          strMeasured + "}\n DEFPOINTS {\n" + strDefined + "}\n}\n");
+}
+
+TEST(RectifyImage, ShowsEveryPointWhereItLies) {
+  const ScratchFolder folder;
+  ZuProject project;
+  ASSERT_TRUE(project.Read(Chessboard("left.prj").c_str()));
+  for (const unsigned uPhoto : {1U, 2U}) {
+    Write(folder.Path("left0" + std::to_string(uPhoto) + ".jpg.png"),
+          Spots(project.Measurements(uPhoto), 640, 480));
+    std::filesystem::rename(folder.Path("left0" + std::to_string(uPhoto) + ".jpg.png"),
+                            folder.Path("left0" + std::to_string(uPhoto) + ".jpg"));
+  }
+  const std::string strStored = folder.Write("stored.prj", WithDefinition(&project));
+  const auto measured =
+      RunZu({"measure", Chessboard("left.prj"), "--plane", Chessboard("board.coo"), "--json"})
+          .Json();
+  const auto pointsOf = [&](unsigned uPhoto) {
+    nlohmann::json points = nlohmann::json::array();
+    for (const auto& p : measured["points"]) {
+      if (p["photo"] == uPhoto) points.push_back(p);
+    }
+    return points;
+  };
+  const auto run = [&](const std::string& strProject, const std::vector<std::string>& more) {
+    std::vector<std::string> arguments = {"rectify",
+                                          "--image",
+                                          strProject,
+                                          "--pixel",
+                                          "0.5",
+                                          "--region",
+                                          "-20,-20,220,145",
+                                          "-o",
+                                          folder.Path("r.tif"),
+                                          "--pictures",
+                                          folder.Path(""),
+                                          "--json"};
+    arguments.insert(arguments.end(), more.begin(), more.end());
+    const Outcome outcome = RunZu(arguments);
+    EXPECT_EQ(outcome.iExit, 0) << outcome.strErr;
+    return outcome.Json();
+  };
+  // By an oriented photo, and by a photo whose transformations count y upwards.
+  const std::string strBoard = Chessboard("board.coo");
+  auto result = run(Chessboard("left.prj"), {"--photo", "1", "--plane", strBoard, "--project-out",
+                                             folder.Path("ortho.prj"), "--epsg", "25832"});
+  EXPECT_LT(WorstMiss(result, Read(folder.Path("r.tif")), pointsOf(1)), 0.05);
+  EXPECT_EQ(ReadFile(folder.Path("r.tfw")), "0.5\n0\n0\n-0.5\n-19.75\n144.75\n");
+  result = run(Chessboard("left_flip.prj"), {"--photo", "1", "--plane", strBoard, "--flip"});
+  EXPECT_LT(WorstMiss(result, Read(folder.Path("r.tif")), pointsOf(1)), 0.05);
+
+  // By control points, and by a stored rectification of the same points: they differ from the board
+  // by what the program tells.
+  const auto control = run(Chessboard("left.prj"), {"--photo", "1", "--control", strBoard});
+  nlohmann::json places = control["control"]["points"];
+  for (auto& p : places) {
+    p["x"] = p["x"].get<double>() + p["dx"].get<double>();
+    p["y"] = p["y"].get<double>() + p["dy"].get<double>();
+  }
+  EXPECT_LT(WorstMiss(control, Read(folder.Path("r.tif")), places), 0.05);
+  EXPECT_NEAR(control["control"]["sigma0"].get<double>(), 0.099, 1e-3);
+  result = run(strStored, {"--photo", "1", "--zusp", "3"});
+  EXPECT_LT(WorstMiss(result, Read(folder.Path("r.tif")), places), 0.05);
+
+  // Two photos: each point is that of the photo that shows it better.
+  result = run(Chessboard("left.prj"), {"--photo", "1,2", "--plane", strBoard});
+  const ZuImage joined = Read(folder.Path("r.tif"));
+  int aiSeen[2] = {};
+  for (unsigned k = 0; k < 54; ++k) {
+    for (const unsigned uPhoto : {1U, 2U}) {
+      const nlohmann::json p = pointsOf(uPhoto)[k];
+      aiSeen[uPhoto - 1] += Miss(joined, (p["x"].get<double>() + 20.0) / 0.5 - 0.5,
+                                 (145.0 - p["y"].get<double>()) / 0.5 - 0.5) < 0.05;
+    }
+  }
+  EXPECT_GE(aiSeen[0] + aiSeen[1], 48);  // the seam cuts some spots
+  EXPECT_GT(std::min(aiSeen[0], aiSeen[1]), 3);
+
+  // The core reads the result as an orthophoto.
+  ASSERT_TRUE(project.Read(folder.Path("ortho.prj").c_str()));
+  ASSERT_EQ(project.OrthoPhotoList().Count(), 1);
+  ZuPoint pixel(1, 0.0, 0.0);
+  ASSERT_TRUE(project.OrthoPhotoList().First()->Transform(&pixel));
+  EXPECT_EQ(pixel.m_dX, -19.75);
+  EXPECT_EQ(pixel.m_dY, 144.75);
+}
+
+TEST(RectifyImage, Refuses) {
+  const ScratchFolder folder;
+  folder.Write("three.coo", "1 0 125 0\n2 25 125 0\n9 200 125 0\n46 0 0 0\n");
+  folder.Write("line.coo", "1 0 0 0\n2 1 0 0\n3 2 0 0\n");
+  const std::string strCall = "zu rectify --image $S/chessboard/left.prj ";
+  const struct {
+    std::string strMore;
+    int iExit;
+    const char* szError;
+  } rows[] = {
+      {"--photo 1 --pixel 1 -o a.png", 2, "one of --plane, --zusp and --control"},
+      {"--photo 1 --pixel 1 --plane $S/chessboard/board.coo", 2, "--image needs -o"},
+      {"--photo 1 --plane $S/chessboard/board.coo -o a.png", 2, "--image needs --pixel"},
+      {"--photo 1 --pixel 1 --plane $S/chessboard/board.coo -o a.gif", 2, "a.gif: a picture"},
+      {"--photo 1,2 --pixel 1 --control $S/chessboard/board.coo -o a.png", 2, "several photos"},
+      {"--photo 1 --pixel 1e-9 --plane $S/chessboard/board.coo -o a.png", 2, "makes no picture"},
+      {"--photo 1 --pixel 1 --plane $S/chessboard/board.coo -o a.png --region 1,2,3", 2,
+       "--region"},
+      {"--photo 1 --pixel 1 --plane $S/chessboard/board.coo -o a.png --region 9000,0,9100,100", 4,
+       "show nothing of the region"},
+      {"--photo 1 --pixel 1 --plane 7 -o a.png", 3, "no plane 7"},
+      {"--photo 1 --pixel 1 --plane line.coo -o a.png", 4, "line.coo: "},
+      {"--photo 1 --pixel 1 --zusp 7 -o a.png", 3, "photo 1 has no rectification 7"},
+      {"--photo 1 --pixel 1 --control three.coo -o a.png", 4, "three of four in a line"},
+      {"--photo 1 --pixel 1 --plane $S/chessboard/board.coo -o a.png --pictures .", 3,
+       "left01.jpg"},
+  };
+  for (const auto& row : rows) {
+    const std::string strLine = strCall + row.strMore;
+    ExpectLines({{strLine.c_str(), row.iExit, "", row.szError}}, folder);
+  }
+  EXPECT_EQ(folder.Names(), (std::vector<std::string>{"line.coo", "three.coo"}));
 }
 
 }  // namespace

@@ -11,6 +11,7 @@
 #include "tests/support/cameras.h"
 #include "tests/support/temp_file.h"
 #include "tests/support/test.h"
+#include "zu/foundation/progress.h"
 #include "zu/image/image_file.h"
 #include "zu/image/image_writer.h"
 #include "zu/image/photo_map.h"
@@ -252,6 +253,22 @@ TEST(Writer, LeavesNothingThatIsNotWhole) {
       EXPECT_FALSE(std::ifstream(file.Path()).is_open());
     }
   }
+  // A run that is stopped.
+  const TempFile file("", ".png");
+  const FieldMap same([](double*, double*) { return true; });
+  ZuResampler resampler(70, 1000, eZuInterpolationBilinear);
+  resampler.AddSource(&rows, &same);
+  const ZuProgressHandler former = ZuSetProgressHandler(
+      {[](void*, eZuProgress, const char*, double dPosition) { return dPosition < 0.3; }, nullptr});
+  {
+    ZuImageWriter stopped;
+    ASSERT_TRUE(stopped.Open(file.Path(), {70, 1000, 4, 8}));
+    EXPECT_FALSE(resampler.Write(&stopped, "stopped"));
+    EXPECT_EQ(stopped.GetError(), "");
+  }
+  ZuSetProgressHandler(former);
+  EXPECT_FALSE(std::ifstream(file.Path()).is_open());
+
   ZuImageWriter writer;
   EXPECT_FALSE(writer.Open("b.bmp", {70, 100, 3, 8}));
   EXPECT_NE(writer.GetError().find(".png, .jpg or .tif"), std::string::npos);

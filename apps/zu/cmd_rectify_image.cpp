@@ -1,0 +1,470 @@
+// zu rectify --image: the plane, the picture, what is told of them.
+#include "cmd_rectify_image.h"
+
+#include <algorithm>
+#include <cmath>
+#include <filesystem>
+#include <memory>
+
+#include "adjust_options.h"
+#include "id_list.h"
+#include "project_files.h"
+#include "project_input.h"
+#include "rectify_control.h"
+#include "svg.h"
+#include "text_table.h"
+#include "zu/adjust/fit_primitives.h"
+#include "zu/foundation/strict_number.h"
+#include "zu/image/rectify.h"
+#include "zu/photo/photo_view.h"
+#include "zu/rectify/calc_zusp.h"
+#include "zu/rectify/plane_frame.h"
+
+namespace cli {
+
+namespace {
+
+constexpr double kMostPixels = 4294967295.0;  // of a result
+constexpr double kDegree = 3.14159265358979323846 / 180.0;
+
+bool IsIdentity(const ZuMatrix& m) {
+  for (int i = 0; i < 9; ++i) {
+    if (m.GetData()[i] != (i % 4 == 0 ? 1.0 : 0.0)) return false;
+  }
+  return true;
+}
+
+// A photo with its picture and its way to the plane.
+struct Source {
+  const ZuPhoto* pPhoto;
+  ZuImage image;
+  std::unique_ptr<ZuPixelMap> pMap;
+};
+
+class RectifyImage {
+ public:
+  RectifyImage(const RectifyImageValues& values, Context& context)
+      : m_values(values),
+        m_context(context),
+        m_file(values.strProject, kProjectFile),
+        m_strName(m_file.Name()) {}
+
+  ExitCode Run() {
+    CheckCall();
+    ReadProjectFile(m_values.strProject, m_context, &m_project);
+    for (const unsigned uId : ParseIds(m_values.strPhotos, "--photo")) {
+      m_photos.push_back(&FindPhoto(m_project, uId, m_file));
+    }
+    if (!m_values.strPlane.empty()) {
+      TakePlane();
+    } else {
+      TakeRectification();
+    }
+    MakeRaster();
+    MakePicture();
+    if (!m_values.strProjectOut.empty()) WriteOrthoPhoto();
+    Report();
+    return m_bControl && m_control.fit.iSetAside > 0 ? kNotAcceptable : kGood;
+  }
+
+ private:
+  [[noreturn]] void Fail(const std::string& strText, ExitCode eCode = kUndetermined) const {
+    throw CommandError(eCode, m_strName + ": " + strText);
+  }
+
+  void CheckCall() const {
+    const int iWays =
+        !m_values.strPlane.empty() + !m_values.strControl.empty() + (m_values.uZusp != 0 ? 1 : 0);
+    if (iWays != 1) {
+      throw CommandError(kUsage, "--image needs one of --plane, --zusp and --control");
+    }
+    if (m_values.strOut.empty()) throw CommandError(kUsage, "--image needs -o FILE");
+    if (!(m_values.dPixel > 0.0)) {
+      throw CommandError(kUsage, "--image needs --pixel, the size of a pixel in object units");
+    }
+    CheckPictureEnding(m_values.strOut);
+    if (!m_values.strProjectOut.empty()) CheckProjectEnding(m_values.strProjectOut);
+  }
+
+  // --- The plane -----------------------------------------------------------------------------
+
+  void TakePlane() {
+    for (const ZuPhoto* p : m_photos) {
+      CheckNothingLacks(m_project, *p, eZuNeedPixels | eZuNeedCamera | eZuNeedOrientation, m_file);
+    }
+    FindPlane();
+    TurnToViewers();
+    ZuMakePlaneFrame(m_plane, &m_raster.m_toObject);
+    m_bMap = ZuIsMapPlane(m_plane);
+    if (!m_points.IsEmpty()) RegionOfPoints();
+    for (const ZuPhoto* p : m_photos) {
+      ZuRegion region;
+      if (!m_points.IsEmpty() || !m_values.strRegion.empty()) break;
+      if (!ZuPhotoFootprint(*p, m_plane, m_raster.m_toObject, m_values.bFlip, &region)) {
+        Fail("photo " + std::to_string(p->GetId()) +
+             " sees beyond the plane; --region would be right");
+      }
+      if (p != m_photos.front()) {
+        region = m_region.Union(region);
+        region.Sort();
+      }
+      m_region = region;
+    }
+  }
+
+  // A plane of the project by id or name, or the one through the points of a file.
+  void FindPlane() {
+    unsigned uId = 0;
+    const bool bId = ZuParseId(m_values.strPlane, &uId);
+    for (const ZuPlane* p = m_project.PlaneList().First(); p != nullptr; p = p->Next()) {
+      if (!(bId && p->GetId() == uId) && m_values.strPlane != p->GetName().chars()) continue;
+      if (p->IsValid() == 0) Fail("plane " + m_values.strPlane + " has no normal");
+      m_plane = *p;
+      return;
+    }
+    if (bId && !std::filesystem::exists(m_values.strPlane)) {
+      Fail("no plane " + m_values.strPlane + ", and no coordinate file of that name", kBadInput);
+    }
+    ReadPoints(m_values.strPlane, m_values.format, m_context, &m_points);
+    std::vector<ZuFitPoint> points;
+    for (const ZuPoint* p = m_points.First(); p != nullptr; p = p->Next()) {
+      ZuFitPoint point;
+      point.uId = p->GetId();
+      point.adX[0] = p->m_dX;
+      point.adX[1] = p->m_dY;
+      point.adX[2] = p->m_dZ;
+      points.push_back(point);
+    }
+    ZuFitOptions options;
+    options.tests.bSnoop = false;
+    const ZuPlaneFit fit = ZuFitPlane(points, options);
+    if (fit.fit.eStatus != ZuAdjustStatus::Good) {
+      throw CommandError(kUndetermined,
+                         NameInMessages(m_values.strPlane) + ": " +
+                             ZuAdjustStatusText(fit.fit.eStatus) +
+                             "; three or more points spread over the plane would be right");
+    }
+    m_plane = fit.plane;
+  }
+
+  // A wall is looked at against its normal; a map keeps its sense.
+  void TurnToViewers() {
+    double dSide = 0.0;
+    for (const ZuPhoto* p : m_photos) {
+      const ZuVector& X0 = p->GetPosAOR();
+      dSide += m_plane.Dist(X0[1], X0[2], X0[3]);
+    }
+    if (dSide >= 0.0) return;
+    for (double* pd : {&m_plane.A(), &m_plane.B(), &m_plane.C(), &m_plane.D()}) *pd = -*pd;
+  }
+
+  void RegionOfPoints() {
+    int iError = 0;
+    ZuMatrix fromObject(m_raster.m_toObject);
+    fromObject.Invert(&iError);
+    for (const ZuPoint* p = m_points.First(); p != nullptr; p = p->Next()) {
+      double x = p->m_dX, y = p->m_dY, z = p->m_dZ;
+      fromObject.PTrans3D(&x, &y, &z);
+      m_labels.push_back({p->GetId(), x, y});
+      Grow(x, y);
+    }
+  }
+
+  void Grow(double x, double y) {
+    if (m_labels.size() == 1) m_region.Set(x, y, x, y);
+    m_region.Left() = std::min(m_region.Left(), x);
+    m_region.Right() = std::max(m_region.Right(), x);
+    m_region.Bottom() = std::min(m_region.Bottom(), y);
+    m_region.Top() = std::max(m_region.Top(), y);
+  }
+
+  // --- A rectification -----------------------------------------------------------------------
+
+  void TakeRectification() {
+    if (m_photos.size() != 1) {
+      throw CommandError(kUsage, "several photos are joined with --plane alone");
+    }
+    const ZuPhoto& photo = *m_photos[0];
+    if (m_values.uZusp != 0) {
+      TakeStored(photo);
+    } else {
+      FitControl(photo);
+    }
+    m_raster.m_toObject = m_trafo.GetTransMat();
+    const double* M = m_raster.m_toObject.GetData();
+    constexpr double adLevel[] = {1, 0, 0, 1};
+    m_bMap = M[0] == adLevel[0] && M[1] == adLevel[1] && M[4] == adLevel[2] && M[5] == adLevel[3];
+  }
+
+  void TakeStored(const ZuPhoto& photo) {
+    const ZuZuspTrafo* p = photo.FindZuspTrafo(m_values.uZusp);
+    if (p == nullptr) {
+      Fail("photo " + std::to_string(photo.GetId()) + " has no rectification " +
+               std::to_string(m_values.uZusp),
+           kBadInput);
+    }
+    m_trafo = *p;
+    const std::string strLacks = m_project.LacksRectification(photo.GetId(), m_values.uZusp);
+    if (!strLacks.empty()) Fail("rectification " + std::to_string(m_values.uZusp) + " " + strLacks);
+    if (IsIdentity(m_trafo.GetZuspMat()) && m_trafo.GetPPList().Count() > 0) ComputeStored();
+    if (!ZuZuspFootprint(photo, m_trafo, &m_region) && m_values.strRegion.empty()) {
+      Fail("rectification " + std::to_string(m_values.uZusp) +
+           " has no valid region before the horizon; --region would be right");
+    }
+  }
+
+  // A record that has its points and no matrices yet.
+  void ComputeStored() {
+    ZuCalcZusp calc;
+    if (!calc.Calc(&m_trafo)) {
+      Fail("rectification " + std::to_string(m_values.uZusp) + " has no matrices, and " +
+           calc.GetStatusText() + " in DEFPOINTS and MEASPOINTS to compute them");
+    }
+    m_context.Warn("rectification " + std::to_string(m_values.uZusp) +
+                   " is computed from its points, sigma0 " + Significant(calc.GetSigma0()));
+    m_context.Root()["sigma0"] = calc.GetSigma0();
+  }
+
+  void FitControl(const ZuPhoto& photo) {
+    const ZuPointList* pMeasured = m_project.FindMeasurements(photo.GetId());
+    ZuPointList measured;
+    if (pMeasured != nullptr) measured = *pMeasured;
+    for (ZuPoint* p = measured.First(); p != nullptr; p = p->Next()) {
+      if (m_values.bFlip) p->m_dY = ZuTurnPixelY(photo, p->m_dY);
+    }
+    ReadPoints(m_values.strControl, m_values.format, m_context, &m_points);
+    ZuTrafo2dOptions options;
+    options.dSigma = m_values.adjust.dSigma;
+    options.tests = TestsOf(m_values.adjust, m_values.adjust.bTest);
+    m_control = FitRectification(photo, measured, m_points, m_values.format.strColumns, options,
+                                 m_strName + ", photo " + std::to_string(photo.GetId()), &m_trafo);
+    m_bControl = true;
+    for (const ZuTrafo2dPair& pair : m_control.pairs) {
+      m_labels.push_back({pair.uId, pair.adTarget[0], pair.adTarget[1]});
+      Grow(pair.adTarget[0], pair.adTarget[1]);
+    }
+  }
+
+  // --- The picture ---------------------------------------------------------------------------
+
+  void MakeRaster() {
+    if (!m_values.strRegion.empty()) {
+      double ad[4];
+      size_t uBegin = 0;
+      for (int i = 0; i < 4; ++i) {
+        const size_t uEnd =
+            std::min(m_values.strRegion.find(',', uBegin), m_values.strRegion.size());
+        const bool bLast = uEnd == m_values.strRegion.size();
+        if (uBegin > uEnd || bLast != (i == 3) ||
+            !ZuParseNumber(m_values.strRegion.substr(uBegin, uEnd - uBegin), ad + i)) {
+          throw CommandError(kUsage, "--region: x1,y1,x2,y2 are needed, such as 0,0,12.5,8");
+        }
+        uBegin = uEnd + 1;
+      }
+      m_region = ZuRegion(ad[0], ad[1], ad[2], ad[3]);
+    }
+    if (!m_raster.SetRegion(m_region, m_values.dPixel) ||
+        1.0 * m_raster.m_iWidth * m_raster.m_iHeight > kMostPixels) {
+      throw CommandError(
+          kUsage, "a region of " + Shortest(m_region.Width()) + " x " +
+                      Shortest(m_region.Height()) + " with pixels of " + Shortest(m_values.dPixel) +
+                      " makes no picture; 1 to a million pixels a side, 4294967295 in all");
+    }
+  }
+
+  // The picture of a photo stands where the project names it, or beside the project.
+  std::string PictureOf(const ZuPhoto& photo) const {
+    namespace fs = std::filesystem;
+    const fs::path given(m_values.strPictures);
+    if (!given.empty() && !fs::is_directory(given)) {
+      if (m_photos.size() == 1) return given.string();
+      throw CommandError(kUsage, "--pictures: a folder is needed for several photos");
+    }
+    std::string strName = photo.GetName().chars();
+    if (strName.empty()) {
+      Fail("photo " + std::to_string(photo.GetId()) +
+           " names no picture; --pictures FILE tells it");
+    }
+    std::replace(strName.begin(), strName.end(), '\\', '/');
+    const fs::path name(strName);
+    const fs::path folder = given.empty() ? fs::path(m_values.strProject).parent_path() : given;
+    if (given.empty() && fs::exists(folder / name)) return (folder / name).string();
+    return (folder / name.filename()).string();
+  }
+
+  void MakePicture() {
+    ZuResampler resampler(m_raster.m_iWidth, m_raster.m_iHeight, m_values.picture.Kernel());
+    for (const ZuPhoto* p : m_photos) {
+      Source source;
+      source.pPhoto = p;
+      if (m_values.strPlane.empty()) {
+        source.pMap = std::make_unique<ZuZuspToPhotoMap>(m_raster, m_trafo, *p, m_values.bFlip);
+        if (!static_cast<ZuZuspToPhotoMap&>(*source.pMap).IsValid()) {
+          Fail("the rectification has a singular matrix");
+        }
+      } else {
+        source.pMap = std::make_unique<ZuPlaneToPhotoMap>(m_raster, *p, m_values.bFlip);
+      }
+      source.image = ReadPicture(PictureOf(*p), *p, m_context);
+      m_sources.push_back(std::move(source));
+    }
+    for (const Source& source : m_sources) {
+      if (resampler.AddSource(&source.image, source.pMap.get())) continue;
+      Fail("photo " + std::to_string(source.pPhoto->GetId()) +
+               " has other colours or bits than the ones before; pictures of one kind would be "
+               "right",
+           kBadInput);
+    }
+    ZuImageWriteOptions options;
+    const double d = m_raster.m_dPixel;
+    const ZuImageGrid grid{m_raster.m_dLeft + 0.5 * d, m_raster.m_dTop - 0.5 * d, d};
+    if (m_bMap) options.m_map = grid;
+    options.m_iEpsg = static_cast<int>(m_values.uEpsg);
+    WritePicture(&resampler, m_values.strOut, options, m_values.picture, m_context);
+    m_used = resampler.GetUsed();
+    if (std::all_of(m_used.begin(), m_used.end(), [](std::int64_t n) { return n == 0; })) {
+      Fail("the photos show nothing of the region " + RegionText());
+    }
+    m_context.NewOutput(ZuWorldFileName(m_values.strOut)).Stream() << ZuWorldFileText(grid);
+  }
+
+  std::string RegionText() const {
+    const ZuRegion region = m_raster.GetRegion();
+    return Shortest(region.Left()) + "," + Shortest(region.Bottom()) + "," +
+           Shortest(region.Right()) + "," + Shortest(region.Top());
+  }
+
+  void WriteOrthoPhoto() {
+    unsigned uId = 0;
+    for (const ZuPhoto* p = m_project.PhotoList().First(); p != nullptr; p = p->Next()) {
+      uId = std::max(uId, p->GetId());
+    }
+    for (const ZuPhoto* p = m_project.OrthoPhotoList().First(); p != nullptr; p = p->Next()) {
+      uId = std::max(uId, p->GetId());
+    }
+    const std::string strFile = std::filesystem::path(m_values.strOut).filename().string();
+    m_project.OrthoPhotoList().Add(new ZuOrthoPhoto(ZuMakeOrthoPhoto(uId + 1, strFile, m_raster)));
+    WriteProjectFile(m_values.strProjectOut, m_context, m_project);
+    m_context.Root()["orthophoto"] = uId + 1;
+  }
+
+  // --- What is told --------------------------------------------------------------------------
+
+  // Degrees between the ray to the middle of the picture and the normal; NaN without a plane.
+  double AngleOf(const ZuPhoto& photo) const {
+    if (m_values.strPlane.empty()) return NAN;
+    const ZuRegion region = m_raster.GetRegion();
+    double P[3];
+    m_raster.ToObject(region.GetCenter().m_dX, region.GetCenter().m_dY, P);
+    const ZuVector& X0 = photo.GetPosAOR();
+    const double v[3] = {X0[1] - P[0], X0[2] - P[1], X0[3] - P[2]};
+    const double dCos =
+        (m_plane.A() * v[0] + m_plane.B() * v[1] + m_plane.C() * v[2]) /
+        (std::hypot(v[0], v[1], v[2]) * std::hypot(m_plane.A(), m_plane.B(), m_plane.C()));
+    return std::acos(std::clamp(std::fabs(dCos), 0.0, 1.0)) / kDegree;
+  }
+
+  void Report() {
+    Json& root = m_context.Root();
+    const ZuRegion region = m_raster.GetRegion();
+    root["width"] = m_raster.m_iWidth;
+    root["height"] = m_raster.m_iHeight;
+    root["pixel"] = m_raster.m_dPixel;
+    root["region"] = {region.Left(), region.Bottom(), region.Right(), region.Top()};
+    root["map"] = m_bMap;
+    root["to_object"] = Json::array();
+    for (int i = 1; i <= 4; ++i) {
+      const double* p = m_raster.m_toObject[i] + 1;
+      root["to_object"].push_back({p[0], p[1], p[2], p[3]});
+    }
+    if (m_bControl) {
+      root["control"] = ControlJson(m_control);
+      WriteControl(m_control, m_context.Text());
+    }
+    m_context.Text() << m_values.strOut << ": " << m_raster.m_iWidth << " x " << m_raster.m_iHeight
+                     << " pixels of " << Shortest(m_raster.m_dPixel) << ", region " << RegionText()
+                     << (m_bMap ? ", a map" : "") << "\n\n";
+    TextTable table;
+    table.AddColumn("photo");
+    table.AddColumn("file", TextTable::eLeft);
+    for (const char* szTitle : {"share", "pixel on the plane", "angle"}) table.AddColumn(szTitle);
+    root["photos"] = Json::array();
+    for (size_t i = 0; i < m_sources.size(); ++i) {
+      const ZuPhoto& photo = *m_sources[i].pPhoto;
+      const double dShare = static_cast<double>(m_used[i]) / m_raster.m_iWidth / m_raster.m_iHeight;
+      double dLong = NAN, dShort = NAN;
+      ZuPixelScaleAt(*m_sources[i].pMap, 0.5 * (m_raster.m_iWidth - 1),
+                     0.5 * (m_raster.m_iHeight - 1), &dLong, &dShort);
+      dLong *= m_raster.m_dPixel;
+      dShort *= m_raster.m_dPixel;
+      const double dAngle = AngleOf(photo);
+      table.AddRow({std::to_string(photo.GetId()), photo.GetName().chars(),
+                    Fixed(100.0 * dShare, 1) + " %",
+                    std::isfinite(dLong) ? Significant(dShort) + " x " + Significant(dLong) : "-",
+                    std::isfinite(dAngle) ? Fixed(dAngle, 1) : "-"});
+      root["photos"].push_back(Json{{"id", photo.GetId()},
+                                    {"name", photo.GetName().chars()},
+                                    {"share", dShare},
+                                    {"pixel_on_plane", {dShort, dLong}},
+                                    {"angle", dAngle}});
+    }
+    table.Write(m_context.Text());
+  }
+
+  struct Label {
+    unsigned uId;
+    double x, y;
+  };
+
+  const RectifyImageValues& m_values;
+  Context& m_context;
+  InputFile m_file;
+  std::string m_strName;
+  ZuProject m_project;
+  std::vector<ZuPhoto*> m_photos;
+  ZuPlane m_plane;
+  ZuPointList m_points;         // of the plane, or control
+  std::vector<Label> m_labels;  // these in the plane
+  ZuZuspTrafo m_trafo;
+  RectifyControl m_control;
+  bool m_bControl = false, m_bMap = false;
+  ZuRegion m_region;
+  ZuPlaneRaster m_raster;
+  std::vector<Source> m_sources;
+  std::vector<std::int64_t> m_used;
+};
+
+}  // namespace
+
+void AddRectifyImageOptions(Options& options, RectifyImageValues* pValues) {
+  options.Option(
+      "--plane", "PLANE", &pValues->strPlane,
+      "--image: id or name of a plane of the project, or coordinate file of points that a "
+      "plane is fitted to");
+  options.Option("--control", "POINTS", &pValues->strControl,
+                 "--image: coordinate file of points in the plane, measured in the photo");
+  options.Option("--pixel", "S", &pValues->dPixel, "--image: size of a pixel in object units");
+  options.Above(0.0);
+  options.Option("--region", "X1,Y1,X2,Y2", &pValues->strRegion,
+                 "--image: part of the plane (that of the points, or what the photos show)");
+  options.Option("--pictures", "PATH", &pValues->strPictures,
+                 "--image: folder of the photos' pictures, or the picture (beside the project)");
+  AddPictureOptions(options, &pValues->picture);
+  options.Option("--epsg", "N", &pValues->uEpsg, "--image: code of the map system, for GeoTIFF");
+  options.AtMost(65534);
+  options.Flag("--flip", &pValues->bFlip,
+               "--image: y of the pixels counts the other way than the transformations take it");
+  AddTestFlag(options, &pValues->adjust);
+  options.Option("--sigma", "S", &pValues->adjust.dSigma, kSigmaOfControl);
+  options.AtLeast(0.0);
+  AddTestLimits(options, &pValues->adjust.dAlpha, &pValues->adjust.dAlphaTotal);
+  AddPointOptions(options, &pValues->format);
+  options.Output("--project-out", "FILE", &pValues->strProjectOut,
+                 "--image: the project with the picture as an orthophoto, as .prj or .json");
+}
+
+ExitCode RunRectifyImage(const RectifyImageValues& values, Context& context) {
+  return RectifyImage(values, context).Run();
+}
+
+}  // namespace cli
