@@ -10,9 +10,8 @@
 #include <nlohmann/json.hpp>
 #include <sstream>
 
+#include "apps/zu/run_program.h"
 #include "fuzz/input.h"
-
-int ZuMain(int argc, char** argv);
 
 namespace {
 
@@ -125,7 +124,7 @@ Outcome Run(const std::vector<std::string>& args) {
   std::vector<char*> argv;
   for (const std::string& arg : args) argv.push_back(const_cast<char*>(arg.c_str()));
   argv.push_back(nullptr);
-  const int iCode = ZuMain(static_cast<int>(args.size()), argv.data());
+  const int iCode = cli::RunGuarded(static_cast<int>(args.size()), argv.data());
   std::cerr.rdbuf(pOld);
   if (fdOld >= 0) {
     dup2(fdOld, STDOUT_FILENO);

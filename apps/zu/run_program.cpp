@@ -1,0 +1,135 @@
+#include "run_program.h"
+
+#include <CLI/CLI.hpp>
+#include <iostream>
+#include <list>
+#include <map>
+#include <new>
+
+#include "commands.h"
+#include "progress_line.h"
+#include "zu/version.h"
+
+namespace cli {
+namespace {
+
+struct Selected {
+  std::string strName;
+  Runner runner;
+  std::vector<Options::OutputOption> outputs;
+  Context::Switches switches;
+};
+
+ExitCode Complain(ExitCode eCode, const std::string& strText) {
+  ClearProgress();
+  if (!strText.empty()) std::cerr << strText << std::endl;
+  return eCode;
+}
+
+// The group "cloud" of "cloud info", made at its first command; the program itself for "plane".
+CLI::App* ParentOf(const std::string& strName, CLI::App* pProgram) {
+  const size_t uBlank = strName.find(' ');
+  if (uBlank == std::string::npos) return pProgram;
+  const std::string strGroup = strName.substr(0, uBlank);
+  const auto found = pProgram->get_subcommands(
+      [&strGroup](const CLI::App* pApp) { return pApp->get_name() == strGroup; });
+  if (!found.empty()) return found.front();
+  CLI::App* pGroup = pProgram->add_subcommand(strGroup, strGroup + " commands");
+  pGroup->require_subcommand(1);
+  return pGroup;
+}
+
+void AddCommand(const Command& command, CLI::App* pProgram, Selected* pSelected) {
+  const std::string strName = command.szName;
+  CLI::App* pApp = ParentOf(strName, pProgram)
+                       ->add_subcommand(strName.substr(strName.find(' ') + 1), command.szSummary);
+  Options options(pApp, &pSelected->switches.bTolerant);
+  Runner runner = command.pfnDefine(options);
+  Context::Switches& switches = pSelected->switches;
+  options.Flag("--json", &switches.bJson, "print one JSON object instead of text");
+  options.Flag("--quiet", &switches.bQuiet, "leave out everything but the result");
+  options.Flag("--strict", &switches.bStrict, options.StrictHelp().c_str());
+  pApp->footer(std::string("Example:\n") + command.szExample);
+  pApp->callback([pSelected, strName, runner, outputs = options.Outputs()] {
+    pSelected->strName = "zu " + strName;
+    pSelected->runner = runner;
+    pSelected->outputs = outputs;
+  });
+}
+
+// The deepest command that the arguments name, for messages.
+CLI::App* DeepestParsed(CLI::App* pApp) {
+  while (!pApp->get_subcommands().empty()) pApp = pApp->get_subcommands().front();
+  return pApp;
+}
+
+std::string FullName(const CLI::App* pApp) {
+  std::string strName = pApp->get_name();
+  while ((pApp = pApp->get_parent()) != nullptr) strName = pApp->get_name() + " " + strName;
+  return strName;
+}
+
+ExitCode ComplainOfUsage(const CLI::App* pApp, std::string strText) {
+  const std::string strName = FullName(pApp);
+  for (char& c : strText) c = c == '\n' ? ' ' : c;
+  if (pApp->get_require_subcommand_min() > 0) {
+    strText = pApp->remaining_size() == 0
+                  ? "a command is missing"
+                  : "\"" + pApp->remaining().front() + "\" is no command or option";
+    return Complain(kUsage, strName + ": " + strText + ", " + strName + " --help lists them");
+  }
+  return Complain(kUsage, strName + ": " + strText + "\n" + strName +
+                              " --help shows the options and an example");
+}
+
+ExitCode RunCommand(const Selected& selected) {
+  CheckOutputs(Options::GivenOutputs(selected.outputs), selected.switches.bJson);
+  Context context(selected.strName, selected.switches);
+  ExitCode eCode = kGood;
+  {
+    const WorkLine line(selected.strName, context.IsQuiet());
+    const LibraryProgress progress(context.IsQuiet());
+    eCode = selected.runner(context);
+  }
+  context.Finish();
+  return eCode;
+}
+
+ExitCode RunProgram(int argc, char** argv) {
+  CLI::App program("Close-range photogrammetry on the command line.", "zu");
+  program.require_subcommand(1);
+  program.set_version_flag("--version", std::string("zu ") + ZuVersion());
+  program.footer("zu COMMAND --help shows the options of a command and one worked example.");
+  Selected selected;
+  for (const Command& command : Commands()) AddCommand(command, &program, &selected);
+
+  try {
+    program.parse(argc, argv);
+  } catch (const CLI::CallForHelp&) {
+    PrintAndClose(program.help());
+    return kGood;
+  } catch (const CLI::CallForVersion& version) {
+    PrintAndClose(std::string(version.what()) + "\n");
+    return kGood;
+  } catch (const CLI::ParseError& error) {
+    return ComplainOfUsage(DeepestParsed(&program), error.what());
+  }
+  return RunCommand(selected);
+}
+
+}  // namespace
+
+// Unfinished files are removed by the destructors before the exception comes here.
+ExitCode RunGuarded(int argc, char** argv) {
+  try {
+    return RunProgram(argc, argv);
+  } catch (const CommandError& error) {
+    return Complain(error.Code(), error.what());
+  } catch (const std::bad_alloc&) {
+    return Complain(kBadInput, "zu: out of memory, the input is too large for this machine");
+  } catch (const std::exception& error) {
+    return Complain(kBadInput, std::string("zu: ") + error.what());
+  }
+}
+
+}  // namespace cli
