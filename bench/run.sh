@@ -4,6 +4,7 @@
 #   bench/run.sh              all; prints the table of all rows and writes it into docs/performance.md
 #   bench/run.sh NAME...      the named ones; prints their rows
 #   bench/run.sh --growth     how cost grows with n, to ten million elements; slopes and plot into docs
+#   bench/run.sh --growth-networks  the same of networks
 #   bench/run.sh --table      no measurement; table, slopes and plot from the last results
 #   bench/run.sh --once       one short round of all, to see that they work and that no row is missing
 #
@@ -13,6 +14,7 @@ cd "$(dirname "$0")/.."
 programs=build/release/bench
 results=$programs/results
 growth=$results/growth.txt
+networks=$results/growth_networks.txt
 page=docs/performance.md
 
 # Files in memory, so that they tell of the work and not of the disk.
@@ -36,6 +38,9 @@ measure() {
 
 write_table() { "$programs/bench_report" bench/rows.txt "$results" "$page"; }
 write_growth() { "$programs/bench_growth" --results "$growth" --table "$page" docs/images/growth.svg; }
+write_networks() {
+  "$programs/bench_growth" --networks --results "$networks" --table "$page" docs/images/growth_networks.svg
+}
 
 names=$(find "$programs" -maxdepth 2 -name 'bench_*' -type f -executable ! -name bench_report \
           ! -name bench_growth \
@@ -57,6 +62,11 @@ case ${1:-} in
     mkdir -p "$results"
     "$programs/bench_growth" --results "$growth"
     write_growth
+    ;;
+  --growth-networks)
+    mkdir -p "$results"
+    "$programs/bench_growth" --networks --results "$networks"
+    write_networks
     ;;
   '')
     rm -f "$results"/*.json

@@ -15,6 +15,9 @@
 #include "zu/numerics/affin_map3d.h"
 #include "zu/rectify/calc_plane.h"
 #include "zu/transform/trafo3d.h"
+#ifdef ZU_HAS_ADJUST
+#include "bench/network_problem.h"
+#endif
 
 namespace growth {
 namespace {
@@ -192,7 +195,32 @@ double CloudTransform(std::size_t n) {
   return Best([] {}, [&] { cloud.Transform(map); });
 }
 
+// --- Networks -----------------------------------------------------------------------------------
+
+#ifdef ZU_HAS_ADJUST
+// A hundred points a photo, six rays a point.
+double AdjustNetwork(std::size_t n, bool bStatistics) {
+  const int iRays = static_cast<int>(n);
+  const ZuNetwork network = network_problem::Maker::Block(std::max(10, iRays / 600), iRays / 6);
+  ZuNetworkOptions options;
+  options.bStatistics = bStatistics;
+  return Best(
+      [] {},
+      [&] { Require(network.Adjust(options).status == ZuAdjustStatus::Good, "adjustment"); });
+}
+#endif
+
 }  // namespace
+
+std::vector<Case> NetworkCases() {
+#ifdef ZU_HAS_ADJUST
+  return {{"Network, estimate alone", 20000.0, [](auto n) { return AdjustNetwork(n, false); }},
+          {"Network, standard deviations and tests", 20000.0,
+           [](auto n) { return AdjustNetwork(n, true); }}};
+#else
+  return {};
+#endif
+}
 
 std::vector<Case> AllCases() {
   return {{"List sort", 60.0, ListSort},

@@ -16,5 +16,6 @@ struct Case {
 };
 
 std::vector<Case> AllCases();
+std::vector<Case> NetworkCases();  // elements are rays; none where the build has no networks
 
 }  // namespace growth

@@ -1,12 +1,13 @@
 // How the cost of the larger pieces of work grows with the number of elements.
 //
-//   bench_growth [--once] [--results FILE [--only NAME]] [--table PAGE PLOT]
+//   bench_growth [--networks] [--once] [--results FILE [--only NAME]] [--table PAGE PLOT]
 //
 // Measures each piece at two sizes a decade, from a thousand to ten million elements as far as the
 // memory goes, prints times and slopes, and keeps them in FILE (name, tab, n, seconds a line).
 // --only measures one piece and keeps
-// what FILE tells of the others. --once stops at ten thousand. --table measures nothing: it writes
-// the slopes in FILE into PAGE and draws PLOT.
+// what FILE tells of the others. --networks takes networks, whose elements are rays, and a section
+// of PAGE of their own. --once stops at ten thousand. --table measures nothing: it writes the
+// slopes in FILE into PAGE and draws PLOT.
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
@@ -109,9 +110,9 @@ void Save(const std::string& strPath, const std::vector<Series>& all) {
   }
 }
 
-std::vector<Series> Load(const std::string& strPath) {
+std::vector<Series> Load(const std::string& strPath, const std::vector<growth::Case>& cases) {
   std::vector<Series> all;
-  for (const growth::Case& work : growth::AllCases()) {
+  for (const growth::Case& work : cases) {
     all.push_back({work.strName, {}, {}, work.bReference});
   }
   std::ifstream stream(strPath);
@@ -130,9 +131,14 @@ std::vector<Series> Load(const std::string& strPath) {
 
 void Run(const std::vector<std::string>& args) {
   double dMost = 1e7;
+  std::vector<growth::Case> cases = growth::AllCases();
+  std::string strSection = "growth";
   std::string strResults, strOnly, strPage, strPlot;
   for (std::size_t i = 0; i < args.size(); ++i) {
-    if (args[i] == "--once") {
+    if (args[i] == "--networks") {
+      cases = growth::NetworkCases();
+      strSection = "growth of networks";
+    } else if (args[i] == "--once") {
       dMost = 1e4;
     } else if (args[i] == "--results" && i + 1 < args.size()) {
       strResults = args[++i];
@@ -147,17 +153,17 @@ void Run(const std::vector<std::string>& args) {
   }
   std::vector<Series> all;
   if (strPage.empty()) {
-    if (!strOnly.empty()) all = Load(strResults);
-    for (const growth::Case& work : growth::AllCases()) {
+    if (!strOnly.empty()) all = Load(strResults, cases);
+    for (const growth::Case& work : cases) {
       if (!strOnly.empty() && work.strName != strOnly) continue;
       std::erase_if(all, [&](const Series& s) { return s.strName == work.strName; });
       all.push_back(Measure(work, dMost));
       if (!strResults.empty()) Save(strResults, all);
     }
   } else {
-    all = Load(strResults);
+    all = Load(strResults, cases);
     if (all.empty()) throw std::runtime_error(strResults + ": no results");
-    report::ReplaceSection(strPage, "growth", Slopes(all));
+    report::ReplaceSection(strPage, strSection, Slopes(all));
     std::ofstream(strPlot) << Plot(all);
   }
   std::printf("\n%s", Slopes(all).c_str());
