@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <numeric>
 #include <tuple>
 
 #include "zu/adjust/internal/camera_parameter.h"
@@ -52,7 +53,8 @@ class Adjustment {
   // False: a point was left out that its rays don't decide, and all starts anew.
   bool Solve() {
     m_result = {};
-    m_pCovariance->m_pModel = std::make_unique<NetworkModel>(m_pCovariance->m_network, m_undecided);
+    m_pCovariance->m_pModel = std::make_unique<NetworkModel>(
+        m_pCovariance->m_network, m_undecided, m_options.eDatum == ZuNetworkDatum::Inner);
     m_result.warnings = Model().Warnings();
     if (!Model().Fault().empty()) {
       m_result.status = ZuAdjustStatus::NotFinite;
@@ -158,9 +160,20 @@ class Adjustment {
     return groups;
   }
 
+  // Places in a list of observations, those of a point one after the other.
+  std::vector<size_t> OrderByPoint(const std::vector<int>& groups) {
+    std::vector<size_t> order(groups.size());
+    std::iota(order.begin(), order.end(), size_t{0});
+    const auto point = [&](size_t i) { return Model().Observations()[Index(groups[i])].iPoint; };
+    std::stable_sort(order.begin(), order.end(),
+                     [&](size_t a, size_t b) { return point(a) < point(b); });
+    return order;
+  }
+
   void Snoop() {
     const std::vector<int> groups = GroupsById();
     std::vector<ZuNetworkTest> tests(groups.size());
+    const std::vector<size_t> byPoint = OrderByPoint(groups);
     const zu::internal::SnoopAdjust adjust = [&](const std::vector<char>& used,
                                                  std::vector<zu::internal::SnoopTest>* pTests,
                                                  int* piRedundancy) {
@@ -170,10 +183,11 @@ class Adjustment {
       if (!AdjustOnce()) return false;
       *piRedundancy = m_result.iRedundancy;
       const NetworkLimits limits = Limits(groups.size());
-      for (size_t i = 0; i < groups.size(); ++i) {
+      ZuNetworkCovariance::Tied tied;
+      for (const size_t i : byPoint) {
         const NetworkObservation& o = Model().Observations()[Index(groups[i])];
         if (TestObservation(*m_pCovariance, o, limits, Sigma(), m_options.test.dLeastRedundancy,
-                            &tests[i])) {
+                            &tied, &tests[i])) {
           (*pTests)[i] = {tests[i].dTest, tests[i].dLimit};
         } else {
           (*pTests)[i] = {0.0, std::numeric_limits<double>::infinity()};
@@ -363,10 +377,14 @@ class Adjustment {
     for (const ZuNetworkPlane& plane : network.planes) {
       m_result.planeTests.emplace_back(plane.points.size(), none);
     }
-    for (const NetworkObservation& o : Model().Observations()) {
+    std::vector<int> all(Model().Observations().size());
+    std::iota(all.begin(), all.end(), 0);
+    ZuNetworkCovariance::Tied tied;
+    for (const size_t i : OrderByPoint(all)) {
+      const NetworkObservation& o = Model().Observations()[i];
       ZuNetworkTest test;
       if (!TestObservation(*m_pCovariance, o, limits, Sigma(), m_options.test.dLeastRedundancy,
-                           &test)) {
+                           &tied, &test)) {
         continue;
       }
       switch (o.eKind) {
@@ -484,12 +502,13 @@ std::vector<double> ZuNetworkResult::Covariance(
     missing[i] = bMissing;
   }
   for (size_t i = 0; i < n; ++i) {
+    std::optional<ZuNetworkCovariance::Column> column;
     for (size_t k = 0; k <= i; ++k) {
       double d = 0.0;
       if (missing[i] || missing[k]) {
         d = kNaN;
       } else if (found[i] && found[k]) {
-        d = pCovariance->m_dVariance * pCovariance->Cofactor(rows[i], rows[k]);
+        d = pCovariance->m_dVariance * pCovariance->Cofactor(rows[i], rows[k], &column);
       }
       result[n * i + k] = result[n * k + i] = d;
     }

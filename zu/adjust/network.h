@@ -189,7 +189,8 @@ struct ZU_ADJUST_API ZuNetworkResult {
 
   // Covariance matrix of any unknowns, row by row, with sigma0; rows and columns of what is fixed
   // are 0, of what was not estimated NaN. Empty where the status is not good or without statistics.
-  // Cost: about a product of rays for a pair of points; the inverse of all is never formed.
+  // Cost: about a product of rays for a pair of points whose photos share points, a solution of the
+  // equations for another unknown; the inverse of all is never formed.
   std::vector<double> Covariance(const std::vector<ZuNetworkUnknown>& unknowns) const;
   // Standard deviation of the distance of two points.
   double DistanceSd(int iFrom, int iTo) const;

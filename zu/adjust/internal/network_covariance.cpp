@@ -1,6 +1,9 @@
 #include "zu/adjust/internal/network_covariance.h"
 
+#include <algorithm>
 #include <cmath>
+
+#include "zu/adjust/internal/dense_cholesky.h"
 
 using zu::internal::NetworkFreedom;
 using zu::internal::NetworkGroup;
@@ -94,29 +97,45 @@ const ZuNetworkCovariance::DatumRow* ZuNetworkCovariance::Datum(Row row) const {
   return row.iPoint < 0 ? &m_reduced[Index(row.iRow)] : &m_points[Index(3 * row.iPoint + row.iRow)];
 }
 
-double ZuNetworkCovariance::TiedRow(int iPoint, int iReduced, int iAxis) const {
-  double dSum = 0.0;
+bool ZuNetworkCovariance::TiedRows(int iPoint, int iRow, int iRows, double (*pU)[3]) const {
+  double z[NetworkGroup::kWidest * NetworkGroup::kWidest];
+  for (int r = 0; r < iRows; ++r) pU[r][0] = pU[r][1] = pU[r][2] = 0.0;
   for (const NetworkNormals::Tie& tie : m_pNormals->Ties(iPoint)) {
-    for (int r = 0; r < tie.n; ++r) {
-      dSum += m_pNormals->Inverse(tie.iOffset + r, iReduced) * tie.t[r][iAxis];
+    if (!m_pNormals->Inverse(iRow, iRows, tie.iOffset, tie.n, z)) return false;
+    for (int r = 0; r < iRows; ++r) {
+      for (int c = 0; c < tie.n; ++c) {
+        for (int k = 0; k < 3; ++k) pU[r][k] += z[r * tie.n + c] * tie.t[c][k];
+      }
     }
   }
-  return dSum;
+  return true;
 }
 
-double ZuNetworkCovariance::Raw(Row a, Row b) const {
-  if (a.iPoint < 0 && b.iPoint < 0) return m_pNormals->Inverse(a.iRow, b.iRow);
-  if (a.iPoint < 0) return -TiedRow(b.iPoint, a.iRow, b.iRow);
-  if (b.iPoint < 0) return -TiedRow(a.iPoint, b.iRow, a.iRow);
-  double dSum =
-      a.iPoint == b.iPoint ? m_pNormals->PointInverse(a.iPoint)[3 * a.iRow + b.iRow] : 0.0;
-  for (const NetworkNormals::Tie& tie : m_pNormals->Ties(a.iPoint)) {
-    for (int r = 0; r < tie.n; ++r) {
-      if (tie.t[r][a.iRow] == 0.0) continue;
-      dSum += tie.t[r][a.iRow] * TiedRow(b.iPoint, tie.iOffset + r, b.iRow);
-    }
+bool ZuNetworkCovariance::Raw(Row a, Row b, double* pQ) const {
+  if (a.iPoint < 0 && b.iPoint < 0) return m_pNormals->Inverse(a.iRow, 1, b.iRow, 1, pQ);
+  if (a.iPoint < 0) return Raw(b, a, pQ);
+  double u[NetworkGroup::kWidest][3];
+  if (b.iPoint < 0) {
+    if (!TiedRows(a.iPoint, b.iRow, 1, u)) return false;
+    *pQ = -u[0][a.iRow];
+    return true;
   }
-  return dSum;
+  *pQ = a.iPoint == b.iPoint ? m_pNormals->PointInverse(a.iPoint)[3 * a.iRow + b.iRow] : 0.0;
+  for (const NetworkNormals::Tie& tie : m_pNormals->Ties(a.iPoint)) {
+    if (!TiedRows(b.iPoint, tie.iOffset, tie.n, u)) return false;
+    for (int r = 0; r < tie.n; ++r) *pQ += tie.t[r][a.iRow] * u[r][b.iRow];
+  }
+  return true;
+}
+
+ZuNetworkCovariance::Column ZuNetworkCovariance::SolveColumn(Row a) const {
+  Column column;
+  column.reduced.assign(Index(m_pModel->Reduced()), 0.0);
+  column.points.assign(m_state.points.size(), Vec3{});
+  (a.iPoint < 0 ? column.reduced[Index(a.iRow)] : column.points[Index(a.iPoint)][Index(a.iRow)]) =
+      1.0;
+  m_pNormals->SolveFor(&column.reduced, &column.points);
+  return column;
 }
 
 // Carries a cofactor over to the datum (W. Baarda, "S-transformations and criterion matrices",
@@ -131,7 +150,15 @@ double ZuNetworkCovariance::ToDatum(Row a, Row b, double q) const {
   return q;
 }
 
-double ZuNetworkCovariance::Cofactor(Row a, Row b) const { return ToDatum(a, b, Raw(a, b)); }
+double ZuNetworkCovariance::Cofactor(Row a, Row b, std::optional<Column>* pColumn) const {
+  double q;
+  if (!Raw(a, b, &q)) {
+    if (!pColumn->has_value()) *pColumn = SolveColumn(a);
+    q = b.iPoint < 0 ? (*pColumn)->reduced[Index(b.iRow)]
+                     : (*pColumn)->points[Index(b.iPoint)][Index(b.iRow)];
+  }
+  return ToDatum(a, b, q);
+}
 
 bool ZuNetworkCovariance::Find(const ZuNetworkUnknown& unknown, Row* pRow, bool* pbMissing) const {
   const int i = unknown.iIndex;
@@ -176,30 +203,45 @@ bool ZuNetworkCovariance::Find(const ZuNetworkUnknown& unknown, Row* pRow, bool*
   return false;
 }
 
-// V^-1 + T' S^-1 T of every eliminated point.
-void ZuNetworkCovariance::SetPointCofactors() {
-  m_raw.assign(9 * m_state.points.size(), 0.0);
-  for (int iPoint = 0; iPoint < static_cast<int>(m_state.points.size()); ++iPoint) {
-    if (!m_pModel->IsEliminated(iPoint)) continue;
-    const std::vector<NetworkNormals::Tie>& ties = m_pNormals->Ties(iPoint);
-    double* q = &m_raw[Index(9 * iPoint)];
-    for (const NetworkNormals::Tie& ta : ties) {
+void ZuNetworkCovariance::SetTied(int iPoint, Tied* pTied) const {
+  const std::vector<NetworkNormals::Tie>& ties = m_pNormals->Ties(iPoint);
+  double z[NetworkGroup::kWidest * NetworkGroup::kWidest];
+  pTied->iPoint = iPoint;
+  pTied->blocks.assign(ties.size(), {});
+  for (size_t a = 0; a < ties.size(); ++a) {
+    for (size_t b = 0; b <= a; ++b) {
+      const NetworkNormals::Tie &ta = ties[a], &tb = ties[b];
+      m_pNormals->Inverse(ta.iOffset, ta.n, tb.iOffset, tb.n, z);
+      Tied::Block &ua = pTied->blocks[a], &ub = pTied->blocks[b];
       for (int r = 0; r < ta.n; ++r) {
-        double s[3] = {};
-        const double* pColumn = m_pNormals->InverseColumn(ta.iOffset + r);
-        for (const NetworkNormals::Tie& tb : ties) {
-          for (int c = 0; c < tb.n; ++c) {
-            const double d = pColumn[tb.iOffset + c];
-            for (int k = 0; k < 3; ++k) s[k] += d * tb.t[c][k];
-          }
-        }
-        for (int a = 0; a < 3; ++a) {
-          for (int b = 0; b < 3; ++b) q[3 * a + b] += ta.t[r][a] * s[b];
+        for (int c = 0; c < tb.n; ++c) {
+          const double d = z[r * tb.n + c];
+          for (int k = 0; k < 3; ++k) ua.u[r][k] += d * tb.t[c][k];
+          for (int k = 0; k < 3 && a != b; ++k) ub.u[c][k] += d * ta.t[r][k];
         }
       }
     }
+  }
+}
+
+// V^-1 + T' S^-1 T of every eliminated point.
+void ZuNetworkCovariance::SetPointCofactors() {
+  m_raw.assign(9 * m_state.points.size(), 0.0);
+  Tied tied;
+  for (int iPoint = 0; iPoint < static_cast<int>(m_state.points.size()); ++iPoint) {
+    if (!m_pModel->IsEliminated(iPoint)) continue;
+    SetTied(iPoint, &tied);
+    double* q = &m_raw[Index(9 * iPoint)];
     const double* v = m_pNormals->PointInverse(iPoint);
-    for (int k = 0; k < 9; ++k) q[k] += v[k];
+    for (int k = 0; k < 9; ++k) q[k] = v[k];
+    const std::vector<NetworkNormals::Tie>& ties = m_pNormals->Ties(iPoint);
+    for (size_t n = 0; n < ties.size(); ++n) {
+      for (int r = 0; r < ties[n].n; ++r) {
+        for (int a = 0; a < 3; ++a) {
+          for (int b = 0; b < 3; ++b) q[3 * a + b] += ties[n].t[r][a] * tied.blocks[n].u[r][b];
+        }
+      }
+    }
   }
 }
 
@@ -212,47 +254,62 @@ void ZuNetworkCovariance::PointCofactor(int iPoint, double* pQ) const {
   }
 }
 
-void ZuNetworkCovariance::OfGroup(const NetworkGroup& g, double* pH) const {
-  // Reduced rows of the group, then the three of its point.
-  double j[3][3 * NetworkGroup::kWidest];
-  int rows[3 * NetworkGroup::kWidest], n = 0;
-  for (int p = 0; p < g.iParts; ++p) {
-    for (int c = 0; c < g.parts[p].n; ++c, ++n) {
-      rows[n] = g.parts[p].iOffset + c;
-      for (int i = 0; i < g.m; ++i) j[i][n] = g.parts[p].j[i][c];
-    }
+// Of a part whose photo has no used ray to the point the block is formed anew.
+void ZuNetworkCovariance::TiedPart(const NetworkGroup::Part& part, const Tied& tied,
+                                   double (*pU)[3]) const {
+  const std::vector<NetworkNormals::Tie>& ties = m_pNormals->Ties(tied.iPoint);
+  for (size_t n = 0; n < ties.size(); ++n) {
+    if (ties[n].iOffset != part.iOffset) continue;
+    std::copy_n(&tied.blocks[n].u[0][0], 3 * part.n, &pU[0][0]);
+    return;
   }
-  double tied[3 * NetworkGroup::kWidest][3] = {}, point[9] = {};
-  if (g.iPoint >= 0) {
-    for (int r = 0; r < n; ++r) {
-      const double* pColumn = m_pNormals->InverseColumn(rows[r]);
-      for (const NetworkNormals::Tie& tie : m_pNormals->Ties(g.iPoint)) {
-        for (int c = 0; c < tie.n; ++c) {
-          const double d = pColumn[tie.iOffset + c];
-          for (int k = 0; k < 3; ++k) tied[r][k] += d * tie.t[c][k];
+  TiedRows(tied.iPoint, part.iOffset, part.n, pU);
+}
+
+void ZuNetworkCovariance::OfGroup(const NetworkGroup& g, Tied* pTied, double* pH) const {
+  constexpr int kRows = 3 * NetworkGroup::kWidest;
+  if (g.iPoint >= 0 && pTied->iPoint != g.iPoint) SetTied(g.iPoint, pTied);
+  // A Q: columns of the group's parts, then of its point.
+  double aq[3][kRows] = {}, ap[3][3] = {}, z[NetworkGroup::kWidest * NetworkGroup::kWidest];
+  const int m = g.m;
+  int iFirst = 0;
+  for (int p = 0; p < g.iParts; iFirst += g.parts[p++].n) {
+    const NetworkGroup::Part& part = g.parts[p];
+    for (int q = 0; q < g.iParts; ++q) {
+      const NetworkGroup::Part& other = g.parts[q];
+      m_pNormals->Inverse(other.iOffset, other.n, part.iOffset, part.n, z);
+      for (int i = 0; i < m; ++i) {
+        for (int r = 0; r < other.n; ++r) {
+          const double d = other.j[i][r];
+          for (int c = 0; c < part.n; ++c) aq[i][iFirst + c] += d * z[r * part.n + c];
+        }
+      }
+    }
+    if (g.iPoint < 0) continue;
+    double u[NetworkGroup::kWidest][3];
+    TiedPart(part, *pTied, u);
+    for (int i = 0; i < m; ++i) {
+      for (int r = 0; r < part.n; ++r) {
+        for (int k = 0; k < 3; ++k) {
+          aq[i][iFirst + r] -= g.p[i][k] * u[r][k];
+          ap[i][k] -= part.j[i][r] * u[r][k];
         }
       }
     }
   }
-  const double* v = g.iPoint >= 0 ? &m_raw[Index(9 * g.iPoint)] : point;
-  for (int a = 0; a < g.m; ++a) {
-    for (int b = 0; b < g.m; ++b) {
+  for (int i = 0; i < m && g.iPoint >= 0; ++i) {
+    const double* v = &m_raw[Index(9 * g.iPoint)];
+    for (int k = 0; k < 9; ++k) ap[i][k % 3] += g.p[i][k / 3] * v[k];
+  }
+  for (int a = 0; a < m; ++a) {
+    for (int b = 0; b < m; ++b) {
       double d = 0.0;
-      for (int r = 0; r < n; ++r) {
-        double s = 0.0;
-        for (int c = 0; c < n; ++c) s += m_pNormals->Inverse(rows[c], rows[r]) * j[b][c];
-        d += j[a][r] * s;
-        if (g.iPoint < 0) continue;
-        for (int k = 0; k < 3; ++k) {
-          d -= tied[r][k] * (j[a][r] * g.p[b][k] + j[b][r] * g.p[a][k]);
-        }
+      iFirst = 0;
+      for (int p = 0; p < g.iParts; iFirst += g.parts[p++].n) {
+        for (int c = 0; c < g.parts[p].n; ++c) d += aq[a][iFirst + c] * g.parts[p].j[b][c];
       }
-      if (g.iPoint >= 0) {
-        for (int k = 0; k < 3; ++k) {
-          for (int l = 0; l < 3; ++l) d += g.p[a][k] * v[3 * k + l] * g.p[b][l];
-        }
-      }
-      pH[g.m * a + b] = d;
+      for (int k = 0; k < 3 && g.iPoint >= 0; ++k) d += ap[a][k] * g.p[b][k];
+      pH[m * a + b] = d;
     }
   }
 }

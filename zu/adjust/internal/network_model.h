@@ -59,8 +59,8 @@ class NetworkModel {
  public:
   static constexpr int kGenerators = 7;  // shift, rotation, scale
 
-  // Without the points of those indexes.
-  NetworkModel(const ZuNetwork& network, const std::vector<int>& undecided);
+  // Without the points of those indexes. bHold: free motions may have to be held.
+  NetworkModel(const ZuNetwork& network, const std::vector<int>& undecided, bool bHold);
 
   // Why the network can't be adjusted at all; empty where it can.
   const std::string& Fault() const { return m_strFault; }
@@ -78,6 +78,11 @@ class NetworkModel {
   const std::vector<int>& Others() const { return m_others; }
 
   int Reduced() const { return m_iReduced; }
+  // Tiles of reduced unknowns that stand together, see TileCholesky; the unknowns from HeldFrom()
+  // on decide every motion of the network.
+  const std::vector<int>& TileStarts() const { return m_tileStarts; }
+  const std::vector<char>& Coupled() const { return m_coupled; }
+  int HeldFrom() const { return m_iHeldFrom; }
   int CameraOffset(int i) const { return m_cameraOffset[Index(i)]; }
   const std::vector<int>& CameraParameters(int i) const { return m_parameters[Index(i)]; }
   int PhotoOffset(int i) const { return m_photoOffset[Index(i)]; }  // -1: not estimated
@@ -135,6 +140,10 @@ class NetworkModel {
   void DropUndecided(const std::vector<int>& undecided);
   void SetCentre();
   void OrderUnknowns();
+  void OrderForSolution(bool bHold);
+  std::vector<int> OffsetsOf(const NetworkObservation& observation) const;
+  std::vector<std::vector<int>> Neighbours(const std::vector<int>& nodeOf, size_t uNodes) const;
+  std::vector<int> Holders() const;
   void ListObservations();
   void StartPlanes();
   void AddObservation(ZuNetworkKind eKind, int iIndex, int iSub, int iPoint);
@@ -150,7 +159,9 @@ class NetworkModel {
   double m_dSize = 1.0;
   std::vector<char> m_bPhotoUsed, m_bPointUsed, m_bEliminated, m_bImageUsed;
   std::vector<int> m_rays;
-  int m_iReduced = 0;
+  int m_iReduced = 0, m_iHeldFrom = 0;
+  std::vector<int> m_tileStarts;
+  std::vector<char> m_coupled;
   std::vector<int> m_cameraOffset, m_photoOffset, m_planeOffset, m_pointOffset;
   std::vector<std::vector<int>> m_parameters;
   std::vector<NetworkObservation> m_observations;

@@ -7,11 +7,50 @@
 
 namespace zu::internal {
 
+namespace {
+
+constexpr double kCollapsed = 1e-9;  // of a motion's length, left by those before it
+
+// Gram and Schmidt. False where one is a combination of those before it.
+bool Orthonormalise(std::vector<std::vector<double>>* pVectors) {
+  std::vector<std::vector<double>>& e = *pVectors;
+  const auto product = [](const std::vector<double>& a, const std::vector<double>& b) {
+    double d = 0.0;
+    for (size_t i = 0; i < a.size(); ++i) d += a[i] * b[i];
+    return d;
+  };
+  for (size_t k = 0; k < e.size(); ++k) {
+    const double dFormer = std::sqrt(product(e[k], e[k]));
+    for (int iTwice = 0; iTwice < 2; ++iTwice) {  // the second removes rounding
+      for (size_t l = 0; l < k; ++l) {
+        const double d = product(e[k], e[l]);
+        for (size_t i = 0; i < e[k].size(); ++i) e[k][i] -= d * e[l][i];
+      }
+      const double dLength = std::sqrt(product(e[k], e[k]));
+      if (iTwice == 0 && !(dLength > kCollapsed * dFormer)) return false;
+      for (double& d : e[k]) d /= dLength;
+    }
+  }
+  return true;
+}
+
+// Takes off what lies along orthonormal vectors.
+void Project(const std::vector<std::vector<double>>& vectors, std::vector<double>* pX) {
+  for (const std::vector<double>& e : vectors) {
+    double d = 0.0;
+    for (size_t i = 0; i < e.size(); ++i) d += e[i] * (*pX)[i];
+    for (size_t i = 0; i < e.size(); ++i) (*pX)[i] -= d * e[i];
+  }
+}
+
+}  // namespace
+
 NetworkNormals::NetworkNormals(const NetworkModel& model) : m_model(model) {
   const size_t uPoints = model.Start().points.size();
   m_ties.resize(uPoints);
   m_inverse.assign(9 * uPoints, 0.0);
   m_slot.assign(static_cast<size_t>(model.Reduced()), -1);
+  m_s.SetStructure(model.TileStarts(), model.Coupled());
 }
 
 void NetworkNormals::AddToReduced(const NetworkGroup& g) {
@@ -29,11 +68,13 @@ void NetworkNormals::AddToReduced(const NetworkGroup& g) {
     for (int b = 0; b < g.iParts; ++b) {
       const NetworkGroup::Part& pb = g.parts[b];
       if (pb.iOffset > pa.iOffset) continue;
-      for (int c = 0; c < pb.n; ++c) {
+      size_t uStride;
+      double* pColumn = m_s.At(pa.iOffset, pb.iOffset, &uStride);
+      for (int c = 0; c < pb.n; ++c, pColumn += uStride) {
         for (int r = a == b ? c : 0; r < pa.n; ++r) {
           double dSum = 0.0;
           for (int i = 0; i < g.m; ++i) dSum += pa.j[i][r] * pb.j[i][c];
-          m_s.At(pa.iOffset + r, pb.iOffset + c) += dSum;
+          pColumn[r] += dSum;
         }
       }
     }
@@ -105,8 +146,9 @@ bool NetworkNormals::EliminatePoint(int iPoint, const NetworkState& state) {
     // The blocks behind hold W still: the lower triangle is theirs by this one.
     for (size_t b = a; b < ties.size(); ++b) {
       const Tie& tb = ties[b];
-      for (int c = 0; c < ta.n; ++c) {
-        double* pColumn = &m_s.At(tb.iOffset, ta.iOffset + c);
+      size_t uStride;
+      double* pColumn = m_s.At(tb.iOffset, ta.iOffset, &uStride);
+      for (int c = 0; c < ta.n; ++c, pColumn += uStride) {
         for (int r = a == b ? c : 0; r < tb.n; ++r) {
           pColumn[r] -= tb.t[r][0] * t[c][0] + tb.t[r][1] * t[c][1] + tb.t[r][2] * t[c][2];
         }
@@ -126,7 +168,7 @@ bool NetworkNormals::Build(const NetworkState& state, double dDamping) {
   m_diagonal.assign(uReduced, 0.0);
   m_rightPoints.assign(state.points.size(), Vec3{});
   m_pointDiagonal.assign(state.points.size(), Vec3{});
-  m_s.SetZero(m_model.Reduced());
+  m_s.SetZero();
   NetworkGroup g;
   for (const int i : m_model.Others()) {
     const NetworkObservation& o = m_model.Observations()[static_cast<size_t>(i)];
@@ -139,7 +181,7 @@ bool NetworkNormals::Build(const NetworkState& state, double dDamping) {
     if (m_model.IsEliminated(i) && !EliminatePoint(i, state)) return false;
   }
   for (size_t i = 0; i < uReduced; ++i) {
-    m_s.At(static_cast<int>(i), static_cast<int>(i)) += dDamping * m_diagonal[i];
+    *m_s.At(static_cast<int>(i), static_cast<int>(i)) += dDamping * m_diagonal[i];
   }
   return std::isfinite(m_dCost);
 }
@@ -148,46 +190,42 @@ bool NetworkNormals::Factorise(const NetworkState& state, const NetworkFreedom& 
   const int n = m_model.Reduced();
   m_scale.resize(static_cast<size_t>(n));
   for (int i = 0; i < n; ++i) {
-    if (!(m_s.At(i, i) > 0.0)) return false;
-    m_scale[static_cast<size_t>(i)] = std::sqrt(m_s.At(i, i));
+    if (!(m_s.Diagonal(i) > 0.0)) return false;
+    m_scale[static_cast<size_t>(i)] = std::sqrt(m_s.Diagonal(i));
   }
-  for (int c = 0; c < n; ++c) {
-    double* pColumn = m_s.Column(c);
-    const double d = m_scale[static_cast<size_t>(c)];
-    for (int r = c; r < n; ++r) pColumn[r] /= m_scale[static_cast<size_t>(r)] * d;
-  }
-  if (freedom.k > 0) HoldMotions(state, freedom);
+  m_s.Divide(m_scale);
+  m_motions.clear();
+  if (freedom.k > 0 && !HoldMotions(state, freedom)) return false;
   return m_s.Factorise();
 }
 
-// Adds the free motions, made orthonormal in the scaled unknowns, so that the matrix is regular and
-// its inverse differs from any other by motions alone.
-void NetworkNormals::HoldMotions(const NetworkState& state, const NetworkFreedom& freedom) {
+// Adds the free motions of the last unknowns, made orthonormal, so that the matrix is regular and
+// its inverse differs from any other by motions alone. False where those unknowns stand still under
+// one.
+bool NetworkNormals::HoldMotions(const NetworkState& state, const NetworkFreedom& freedom) {
   const size_t n = m_scale.size(), uFree = static_cast<size_t>(freedom.k);
+  const size_t uFirst = static_cast<size_t>(m_model.HeldFrom());
   const auto motion = m_model.ReducedMotion(state);
-  std::vector<std::vector<double>> e(uFree, std::vector<double>(n, 0.0));
+  m_motions.assign(uFree, std::vector<double>(n, 0.0));
   for (size_t k = 0; k < uFree; ++k) {
     for (size_t i = 0; i < n; ++i) {
       for (size_t g = 0; g < NetworkModel::kGenerators; ++g) {
-        e[k][i] += m_scale[i] * motion[i][g] * freedom.basis[g * uFree + k];
+        m_motions[k][i] += m_scale[i] * motion[i][g] * freedom.basis[g * uFree + k];
       }
-    }
-    for (int iTwice = 0; iTwice < 2; ++iTwice) {  // Gram and Schmidt; the second removes rounding
-      for (size_t l = 0; l < k; ++l) {
-        double d = 0.0;
-        for (size_t i = 0; i < n; ++i) d += e[k][i] * e[l][i];
-        for (size_t i = 0; i < n; ++i) e[k][i] -= d * e[l][i];
-      }
-      double dLength = 0.0;
-      for (const double d : e[k]) dLength += d * d;
-      dLength = std::sqrt(dLength);
-      for (double& d : e[k]) d /= dLength;
-    }
-    for (size_t c = 0; c < n; ++c) {
-      double* pColumn = m_s.Column(static_cast<int>(c));
-      for (size_t r = c; r < n; ++r) pColumn[r] += e[k][r] * e[k][c];
     }
   }
+  std::vector<std::vector<double>> held = m_motions;
+  for (std::vector<double>& e : held)
+    e.erase(e.begin(), e.begin() + static_cast<std::ptrdiff_t>(uFirst));
+  if (!Orthonormalise(&held) || !Orthonormalise(&m_motions)) return false;
+  for (size_t c = uFirst; c < n; ++c) {
+    for (size_t r = c; r < n; ++r) {
+      double d = 0.0;
+      for (const std::vector<double>& e : held) d += e[r - uFirst] * e[c - uFirst];
+      *m_s.At(static_cast<int>(r), static_cast<int>(c)) += d;
+    }
+  }
+  return true;
 }
 
 std::vector<double> NetworkNormals::SolveReduced(const std::vector<double>& right) const {
@@ -264,7 +302,9 @@ double NetworkNormals::LeastEigenvalue(std::vector<double>* pVector) const {
   }
   double dValue = 1.0;
   for (int k = 0; k < 30; ++k) {
+    Project(m_motions, &x);
     m_s.Solve(x.data());
+    Project(m_motions, &x);
     double dLength = 0.0;
     for (const double d : x) dLength += d * d;
     dLength = std::sqrt(dLength);
@@ -275,14 +315,6 @@ double NetworkNormals::LeastEigenvalue(std::vector<double>* pVector) const {
     if (k > 2 && std::fabs(dValue - dFormer) <= 1e-3 * dValue) break;
   }
   return dValue;
-}
-
-void NetworkNormals::Invert() {
-  m_sInverse = m_s.Inverse();
-  const size_t n = m_scale.size();
-  for (size_t c = 0; c < n; ++c) {
-    for (size_t r = 0; r < n; ++r) m_sInverse[c * n + r] /= m_scale[r] * m_scale[c];
-  }
 }
 
 }  // namespace zu::internal

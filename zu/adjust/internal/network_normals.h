@@ -3,8 +3,8 @@
 
 #include <vector>
 
-#include "zu/adjust/internal/dense_cholesky.h"
 #include "zu/adjust/internal/network_model.h"
+#include "zu/adjust/internal/tile_cholesky.h"
 
 namespace zu::internal {
 
@@ -30,8 +30,8 @@ class NetworkNormals {
   bool Build(const NetworkState& state, double dDamping);
   int UndecidedPoint() const { return m_iUndecided; }
 
-  // Factorises what is left; the free motions are held in the mean. False where it is not positive
-  // definite.
+  // Factorises what is left; the free motions are held by some photos. False where it is not
+  // positive definite.
   bool Factorise(const NetworkState& state, const NetworkFreedom& freedom);
 
   // The step that the right sides ask for. *pdDecrement: root of the sum of squares it saves at
@@ -43,14 +43,16 @@ class NetworkNormals {
   // Solves N x = b for one right side given by reduced rows and rows of each point.
   void SolveFor(std::vector<double>* pReduced, std::vector<Vec3>* pPoints) const;
 
-  // The smallest eigenvalue of the scaled matrix and its vector in unknowns; by inverse iteration.
+  // The smallest eigenvalue of the scaled matrix across the free motions and its vector in scaled
+  // unknowns; by inverse iteration.
   double LeastEigenvalue(std::vector<double>* pVector) const;
 
-  // The inverse of what is left, for the next three.
-  void Invert();
-  double Inverse(int iRow, int iColumn) const { return InverseColumn(iColumn)[iRow]; }
-  const double* InverseColumn(int iColumn) const {
-    return &m_sInverse[static_cast<size_t>(iColumn) * static_cast<size_t>(m_s.Size())];
+  // The inverse of what is left where unknowns meet in the equations, for the next one.
+  void Invert() { m_s.Invert(m_scale); }
+  // Rows by columns of it, row by row; both within a photo, a tied point, a plane or a camera.
+  // False, nothing written, where they don't meet; SolveFor gives any.
+  bool Inverse(int iRow, int iRows, int iColumn, int iColumns, double* pBlock) const {
+    return m_s.Inverse(iRow, iRows, iColumn, iColumns, pBlock);
   }
   const std::vector<Tie>& Ties(int iPoint) const { return m_ties[static_cast<size_t>(iPoint)]; }
   // 3 x 3 by rows; 0 in rows and columns of fixed axes.
@@ -61,13 +63,12 @@ class NetworkNormals {
  private:
   bool EliminatePoint(int iPoint, const NetworkState& state);
   void AddToReduced(const NetworkGroup& group);
-  void HoldMotions(const NetworkState& state, const NetworkFreedom& freedom);
+  bool HoldMotions(const NetworkState& state, const NetworkFreedom& freedom);
   std::vector<double> SolveReduced(const std::vector<double>& right) const;
   Vec3 SolvePoint(size_t uPoint, const Vec3& right, const std::vector<double>& reduced) const;
 
   const NetworkModel& m_model;
-  DenseCholesky m_s;  // what is left; factorised by Factorise
-  std::vector<double> m_sInverse;
+  TileCholesky m_s;  // what is left; factorised by Factorise
   double m_dDamping = 0.0, m_dCost = 0.0;
   int m_iUndecided = -1;
   std::vector<std::vector<Tie>> m_ties;
@@ -76,8 +77,9 @@ class NetworkNormals {
   std::vector<double> m_rightReduced;  // after elimination
   std::vector<double> m_diagonal;      // of reduced unknowns, before elimination and damping
   std::vector<Vec3> m_pointDiagonal;
-  std::vector<double> m_scale;  // root of the diagonal after elimination
-  std::vector<int> m_slot;      // by offset, of the point at work
+  std::vector<double> m_scale;                 // root of the diagonal after elimination
+  std::vector<std::vector<double>> m_motions;  // free ones in scaled unknowns, orthonormal
+  std::vector<int> m_slot;                     // by offset, of the point at work
 };
 
 }  // namespace zu::internal

@@ -49,7 +49,7 @@ bool NetworkModel::Fail(const std::string& strText) {
   return false;
 }
 
-NetworkModel::NetworkModel(const ZuNetwork& network, const std::vector<int>& undecided)
+NetworkModel::NetworkModel(const ZuNetwork& network, const std::vector<int>& undecided, bool bHold)
     : m_network(network) {
   if (!CheckCameras() || !CheckPhotos() || !CheckPoints() || !CheckImages() || !CheckLengths()) {
     return;
@@ -59,6 +59,7 @@ NetworkModel::NetworkModel(const ZuNetwork& network, const std::vector<int>& und
   OrderUnknowns();
   StartPlanes();
   ListObservations();
+  OrderForSolution(bHold);
 }
 
 bool NetworkModel::CheckCameras() {

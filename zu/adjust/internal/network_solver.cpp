@@ -2,7 +2,9 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 
+#include "zu/adjust/internal/dense_cholesky.h"
 #include "zu/adjust/internal/network_step.h"
 
 namespace zu::internal {
@@ -23,6 +25,19 @@ constexpr double kMoved = 1e-12;     // of the object's size: at the datum
 constexpr int kDatumRounds = 20;
 
 constexpr int kGenerators = NetworkModel::kGenerators;
+
+// The rounding of a sum of squares over its root: residuals are differences of measured
+// coordinates, which may be many of their standard deviations.
+double RootRounding(const NetworkModel& model) {
+  double dSum = 0.0, n = 1.0;
+  for (const NetworkObservation& o : model.Observations()) {
+    if (!o.bUsed || o.eKind != ZuNetworkKind::Image) continue;
+    const ZuNetworkImagePoint& image = model.Network().images[static_cast<size_t>(o.iIndex)];
+    dSum += image.x * image.x / image.sxx + image.y * image.y / image.syy;
+    n += 2.0;
+  }
+  return 8.0 * std::numeric_limits<double>::epsilon() * std::sqrt(dSum / n);
+}
 
 }  // namespace
 
@@ -98,7 +113,8 @@ ZuAdjustStatus NetworkSolver::CheckStart(const NetworkState& state) {
 // parameter in Marquardt's method", 1999).
 bool NetworkSolver::Descend(NetworkState* pState) {
   double dDamping = m_iSteps == 0 ? kDampingStart : 0.0, dRaise = 2.0;
-  double dCost = m_model.Cost(*pState);
+  double dCost = m_model.Cost(*pState), dBlind = std::numeric_limits<double>::infinity();
+  const double dRounding = RootRounding(m_model);
   std::vector<double> reduced;
   std::vector<Vec3> points;
   while (m_iSteps < m_options.iMaxSteps) {
@@ -112,10 +128,15 @@ bool NetworkSolver::Descend(NetworkState* pState) {
       TakeStep(m_model, reduced, points, &trial);
       const double dNext = m_model.Cost(trial);
       const double dGain = (dCost - dNext) / dPredicted;
-      const bool bSmall =
-          dDecrement <= Tolerance(dCost) || (dPredicted <= kRounding * dCost && !(dGain > 0.0));
+      // What a step saves may be less than the rounding of the sums; it is then taken as it is, and
+      // the steps go on until they are small or shrink no more.
+      const double dNoise = std::max(kRounding * dCost, dRounding * std::sqrt(dCost));
+      const bool bBlind = dPredicted <= dNoise && dNext <= dCost + dNoise;
+      const bool bStalled = bBlind && dDecrement > 0.5 * dBlind;
+      dBlind = bBlind ? dDecrement : std::numeric_limits<double>::infinity();
+      const bool bSmall = dDecrement <= Tolerance(dCost) || bStalled;
       const bool bLast = bSmall && dDamping == 0.0;
-      if (bLast || (std::isfinite(dNext) && (dGain > 0.0 || bSmall))) {
+      if (bLast || (std::isfinite(dNext) && (dGain > 0.0 || bSmall || bBlind))) {
         *pState = std::move(trial);
         dCost = dNext;
         const int r = m_model.CountObservations() - m_model.CountUnknowns() + m_freedom.k;
@@ -126,7 +147,7 @@ bool NetworkSolver::Descend(NetworkState* pState) {
           return false;
         }
         if (bLast) return std::isfinite(dCost);
-        if (bSmall || !std::isfinite(dGain)) {
+        if (bSmall || bBlind || !std::isfinite(dGain)) {
           dDamping = 0.0;
         } else {
           dDamping *= std::clamp(1.0 - std::pow(2.0 * dGain - 1.0, 3.0), 0.01, 2.0);

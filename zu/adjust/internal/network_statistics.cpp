@@ -24,7 +24,7 @@ NetworkLimits::NetworkLimits(const ZuTestOptions& options, bool bAPriori, int iT
 
 bool TestObservation(const ZuNetworkCovariance& covariance, const NetworkObservation& observation,
                      const NetworkLimits& limits, double dSigma0, double dLeastRedundancy,
-                     ZuNetworkTest* pTest) {
+                     ZuNetworkCovariance::Tied* pTied, ZuNetworkTest* pTest) {
   NetworkGroup g;
   *pTest = {};
   pTest->bUsed = observation.bUsed;
@@ -32,7 +32,7 @@ bool TestObservation(const ZuNetworkCovariance& covariance, const NetworkObserva
   if (!covariance.m_pModel->Linearise(observation, covariance.m_state, &g)) return false;
   const int m = g.m;
   double h[9];
-  covariance.OfGroup(g, h);
+  covariance.OfGroup(g, pTied, h);
   // Of the residuals divided by L: I - H where the group took part, I + H of a prediction.
   double q[9];
   for (int i = 0; i < m; ++i) {

@@ -23,8 +23,9 @@ class NetworkLimits {
 };
 
 // The test of one observation at the solution; dSigma0 scales T. False where it has no value there.
+// *pTied: kept from one observation to the next, which is quick where they are of one point.
 bool TestObservation(const ZuNetworkCovariance& covariance, const NetworkObservation& observation,
                      const NetworkLimits& limits, double dSigma0, double dLeastRedundancy,
-                     ZuNetworkTest* pTest);
+                     ZuNetworkCovariance::Tied* pTied, ZuNetworkTest* pTest);
 
 }  // namespace zu::internal
