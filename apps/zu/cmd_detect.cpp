@@ -45,7 +45,10 @@ ExitCode Run(const Values& values, Context& context) {
   const ExitCode eCode =
       DetectPictures(values.detect, context, &project, [&](const Picture& picture) {
         ZuBoardDetection detection = ZuDetectChessboard(picture.image, board);
-        return Found{std::move(detection.m_points), std::move(detection.m_strText)};
+        Found found;
+        found.points = std::move(detection.m_points);
+        found.strText = std::move(detection.m_strText);
+        return found;
       });
   WriteBoard(values, board, context);
   return eCode;

@@ -110,6 +110,14 @@ const std::vector<Command>& Commands() {
        "writes a project that zu calibrate takes, the points of the board, and pictures to look "
        "at.",
        DefineDetectBoard},
+      {"detect targets", "find circular targets in pictures",
+       "  zu detect targets --project samples/network/camcal.prj --points "
+       "samples/network/approx.coo \\\n"
+       "     samples/network/*.JPG -o detected.prj\n"
+       "measures 100 dots of a sheet in 21 pictures and numbers them by orientations and points "
+       "that\n"
+       "are good to some per cent.",
+       DefineDetectTargets},
       {"calibrate", "find a camera from photos of a flat board",
        "  zu calibrate samples/chessboard/left.prj --board samples/chessboard/board.coo \\\n"
        "     -o calibrated.prj\n"

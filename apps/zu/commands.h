@@ -55,6 +55,7 @@ Runner DefineCloudTransform(Options& options);
 Runner DefineCompare(Options& options);
 Runner DefineConvert(Options& options);
 Runner DefineDetectBoard(Options& options);
+Runner DefineDetectTargets(Options& options);
 Runner DefineIntersect(Options& options);
 Runner DefineLocal(Options& options);
 Runner DefineMeasure(Options& options);

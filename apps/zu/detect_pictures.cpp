@@ -132,6 +132,7 @@ Json JsonOf(const Picture& picture, const Found& found) {
         Json{{"id", p.m_uId}, {"x", p.m_dX}, {"y", p.m_dY}, {"sx", p.m_dDX}, {"sy", p.m_dDY}});
   }
   if (!found.strText.empty()) json["text"] = found.strText;
+  json.update(found.more);
   return json;
 }
 

@@ -34,7 +34,8 @@ struct Picture {
 
 struct Found {
   std::vector<ZuDetectedPoint> points;
-  std::string strText;  // why there are none, or what is not certain; may be empty
+  std::string strText;         // why there are none, or what is not certain; may be empty
+  Json more = Json::object();  // for the JSON of the picture
 };
 
 // Reads the pictures one by one, gives each to `detect`, and puts photo and measurements into the

@@ -18,6 +18,21 @@ TEST(Detect, CalibratesFromThePicturesOfABoard) {
   EXPECT_NEAR(result["sigma0"], 1.0, 0.15);  // the corners tell their own standard deviations
 }
 
+TEST(Detect, NumbersTargetsByAProject) {
+  const ScratchFolder folder;
+  const std::string strLine = "zu detect targets $S/network/P8250024.JPG -o out.prj --json";
+  const nlohmann::json photo =
+      RunLine(strLine + " --project $S/network/camcal.prj --points $S/network/approx.coo", folder)
+          .Json()["photos"][0];
+  EXPECT_EQ(photo["id"], 4);
+  EXPECT_GE(photo["numbered"], 95);
+  EXPECT_LT(photo["points"][0]["sx"], 0.05);
+  EXPECT_NEAR(photo["largest_offset_px"], 0.14, 0.03);
+  const Outcome alone = RunLine(strLine + " --pixel 0.00319", folder);
+  EXPECT_NEAR(alone.Json()["photos"][0]["camera"]["c"], 7.3, 0.05);  // from the file
+  EXPECT_NE(alone.strErr.find("numbers of its own"), std::string::npos);
+}
+
 TEST(Detect, TellsWhatIsWrong) {
   const ScratchFolder folder;
   folder.Write("cut.jpg", ReadFile(Source("samples/chessboard/left01.jpg")).substr(0, 9000));
@@ -28,6 +43,8 @@ TEST(Detect, TellsWhatIsWrong) {
           {"zu detect board --size 9x6 $S/chessboard/board.coo -o out.prj", 3, "",
            "JPEG, PNG or TIFF"},
           {"zu detect board --size 9 $S/chessboard/left01.jpg -o out.prj", 2, "", "such as 9x6"},
+          {"zu detect targets $S/network/P8250024.JPG -o out.prj --points $S/network/approx.coo", 2,
+           "", "--points needs --project"},
           {"zu detect board --size 4x30 $S/chessboard/left01.jpg -o out.prj", 4, "",
            "left01.jpg: no board"},
       },

@@ -65,8 +65,9 @@ ZuPhotoStart ZuStartPhoto(const ZuImageInfo& info, double dPixelSize, double dFo
   }
   if (dFocalLength > 0.0) start.m_dConstant = dFocalLength;
   if (!(start.m_dConstant > 0.0)) {
-    start.m_strNote += (start.m_strNote.empty() ? "" : "; ");
-    start.m_strNote += "the focal length is not known";
+    start.m_strNote += start.m_strNote.empty() ? "" : "; ";
+    start.m_strNote += exif.m_dFocalLength > 0.0 ? "its focal length in mm means nothing without it"
+                                                 : "the focal length is not known";
   }
   return start;
 }
