@@ -1,4 +1,5 @@
-// zu detect board: the corners of a chessboard in pictures.
+// zu detect board: the corners of a chessboard in pictures, with markers between its squares or
+// without.
 #include <cstdio>
 #include <memory>
 
@@ -6,6 +7,7 @@
 #include "detect_pictures.h"
 #include "point_input.h"
 #include "zu/image/board.h"
+#include "zu/image/marker.h"
 
 namespace cli {
 
@@ -13,8 +15,8 @@ namespace {
 
 struct Values {
   DetectValues detect;
-  std::string strSize, strPoints;
-  double dSquare = 0.0;
+  std::string strSize, strPoints, strFamily;
+  double dSquare = 0.0, dMarker = 0.0;
 };
 
 ZuChessboard ParseSize(const std::string& strSize) {
@@ -29,29 +31,36 @@ ZuChessboard ParseSize(const std::string& strSize) {
   return board;
 }
 
-void WriteBoard(const Values& values, const ZuChessboard& board, Context& context) {
+// Into the project, and with --points into a file, too.
+void WriteBoard(const Values& values, const ZuChessboard& board, Context& context,
+                ZuProject* pProject) {
+  if (!(values.dSquare > 0.0)) return;
+  board.AddPoints(values.dSquare, &pProject->ObjectPoints());
   if (values.strPoints.empty()) return;
-  ZuPointList points;
-  board.AddPoints(values.dSquare, &points);
-  WritePoints(&points, "id,x,y,z", &context.NewOutput(values.strPoints));
+  WritePoints(&pProject->ObjectPoints(), "id,x,y,z", &context.NewOutput(values.strPoints));
 }
 
 ExitCode Run(const Values& values, Context& context) {
   const ZuChessboard board = ParseSize(values.strSize);
-  if (values.strPoints.empty() != !(values.dSquare > 0.0)) {
-    throw CommandError(kUsage, "--points needs --square, and --square is for --points alone");
+  if (!values.strPoints.empty() && !(values.dSquare > 0.0)) {
+    throw CommandError(kUsage, "--points needs --square");
+  }
+  const bool bMarkers = !values.strFamily.empty();
+  if (bMarkers) CheckMarkerFamily(values.strFamily);
+  if (bMarkers != (values.dMarker > 0.0)) {
+    throw CommandError(kUsage, "--family and --marker belong together");
   }
   ZuProject project;
-  const ExitCode eCode =
-      DetectPictures(values.detect, context, &project, [&](const Picture& picture) {
-        ZuBoardDetection detection = ZuDetectChessboard(picture.image, board);
-        Found found;
-        found.points = std::move(detection.m_points);
-        found.strText = std::move(detection.m_strText);
-        return found;
-      });
-  WriteBoard(values, board, context);
-  return eCode;
+  WriteBoard(values, board, context, &project);
+  return DetectPictures(values.detect, context, &project, [&](const Picture& picture) {
+    ZuBoardDetection detection =
+        bMarkers ? ZuDetectCharuco(picture.image, board, values.strFamily, values.dMarker)
+                 : ZuDetectChessboard(picture.image, board);
+    Found found;
+    found.points = std::move(detection.m_points);
+    found.strText = std::move(detection.m_strText);
+    return found;
+  });
 }
 
 }  // namespace
@@ -62,9 +71,17 @@ Runner DefineDetectBoard(Options& options) {
   options.Option("--size", "CxR", &pValues->strSize,
                  "inner corners of a row and of a column of the board: 9x6");
   options.Required();
-  options.Option("--square", "LENGTH", &pValues->dSquare, "side of a square of the board");
+  options.Option("--square", "LENGTH", &pValues->dSquare,
+                 "side of a square of the board, whose points then stand in the project");
   options.Above(0.0);
-  options.Output("--points", "FILE", &pValues->strPoints, "the points of the board");
+  options.Option("--family", "NAME", &pValues->strFamily,
+                 "markers between its squares (ChArUco) of this family: 4x4_50 to 7x7_1000, ...");
+  options.Option("--marker", "PART", &pValues->dMarker,
+                 "side of such a marker, as a part of that of a square");
+  options.Above(0.0);
+  options.AtMost(0.99);
+  options.Output("--points", "FILE", &pValues->strPoints,
+                 "a coordinate file of the points of the board");
   return [pValues](Context& context) { return Run(*pValues, context); };
 }
 

@@ -110,6 +110,10 @@ const std::vector<Command>& Commands() {
        "writes a project that zu calibrate takes, the points of the board, and pictures to look "
        "at.",
        DefineDetectBoard},
+      {"detect aruco", "find ArUco and AprilTag markers in pictures",
+       "  zu detect aruco --family apriltag_36h11 hall1.jpg hall2.jpg -o detected.prj\n"
+       "measures the four corners of each marker; marker 17 has the points 171 to 174.",
+       DefineDetectAruco},
       {"detect targets", "find circular targets in pictures",
        "  zu detect targets --project samples/network/camcal.prj --points "
        "samples/network/approx.coo \\\n"

@@ -54,6 +54,7 @@ Runner DefineCloudNormals(Options& options);
 Runner DefineCloudTransform(Options& options);
 Runner DefineCompare(Options& options);
 Runner DefineConvert(Options& options);
+Runner DefineDetectAruco(Options& options);
 Runner DefineDetectBoard(Options& options);
 Runner DefineDetectTargets(Options& options);
 Runner DefineIntersect(Options& options);

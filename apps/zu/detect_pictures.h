@@ -46,4 +46,7 @@ struct Found {
 ExitCode DetectPictures(const DetectValues& values, Context& context, ZuProject* pProject,
                         const std::function<Found(const Picture&)>& detect);
 
+// Throws CommandError (usage) that lists the families of markers there are.
+void CheckMarkerFamily(const std::string& strFamily);
+
 }  // namespace cli

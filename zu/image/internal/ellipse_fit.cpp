@@ -5,6 +5,8 @@
 #include <numbers>
 #include <vector>
 
+#include "zu/image/internal/value_at.h"
+
 namespace {
 
 constexpr int kUnknowns = 5;    // centre, axes, angle
@@ -28,17 +30,6 @@ struct Profile {
   double dEdge = 0.0;    // from the middle [pixel]
   double dWeight = 0.0;  // 0: no edge
 };
-
-double ValueAt(const cv::Mat& values, double x, double y) {
-  const int i = static_cast<int>(x), j = static_cast<int>(y);
-  const double u = x - i, v = y - j;
-  const auto at = [&](int iRow, int iColumn) {
-    return values.depth() == CV_8U ? static_cast<double>(values.at<uchar>(iRow, iColumn))
-                                   : static_cast<double>(values.at<float>(iRow, iColumn));
-  };
-  return (1 - v) * ((1 - u) * at(j, i) + u * at(j, i + 1)) +
-         v * ((1 - u) * at(j + 1, i) + u * at(j + 1, i + 1));
-}
 
 double Median(std::vector<double> values) {
   const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
@@ -96,7 +87,7 @@ class Fit {
       profile.values.clear();
       for (int i = -m_nSide; i <= m_nSide; ++i) {
         profile.values.push_back(
-            ValueAt(m_values, x + i * kStep * profile.row[0], y + i * kStep * profile.row[1]));
+            ZuValueAt(m_values, x + i * kStep * profile.row[0], y + i * kStep * profile.row[1]));
       }
     }
     return true;
