@@ -22,7 +22,7 @@ run "$zu" detect board --size 9x6 --square 25 samples/chessboard/left*.jpg -o ou
   --points out/board.coo --overlay out/found
 run "$zu" calibrate out/detected.prj --board out/board.coo -o out/oriented.prj
 run "$zu" adjust out/oriented.prj --control out/board.coo --estimate c,xh,yh,a1,a2 --unit mm \
-  -o out/calibrated.prj --report out/calibration.html
+  -o out/calibrated.prj --report out/calibration.html --pictures samples/chessboard
 run "$zu" measure out/calibrated.prj --plane out/board.coo --check out/board.coo --unit mm \
   -o out/measured.coo --report out/report.html
 run "$zu" rectify --image out/calibrated.prj --photo 1,3 --plane out/board.coo --pixel 0.25 \

@@ -1,4 +1,5 @@
 // zu adjust: the photos of a project, their cameras and points from all measurements at once.
+#include <filesystem>
 #include <memory>
 
 #include "adjust_options.h"
@@ -8,18 +9,24 @@
 #include "commands.h"
 #include "input_file.h"
 #include "network_page.h"
+#include "picture_files.h"
 #include "progress_line.h"
 #include "project_input.h"
 #include "text_table.h"
+#include "zu/image/thumbnail.h"
 #include "zu/project/project.h"
 
 namespace cli {
 
 namespace {
 
+namespace fs = std::filesystem;
+
+constexpr int kPictureWidth = 680;  // twice that of the figure, for fine screens [pixel]
+
 struct Values {
   std::string strProject, strControl, strApprox, strBars, strMeasurements, strOut, strPoints;
-  std::string strReport, strUnit = "object units";
+  std::string strReport, strPictures, strUnit = "object units";
   std::string strSigma = "0.1px", strEstimate = "none", strDatum = "control";
   double dAlpha = 0.001, dAlphaTotal = 0.0;
   bool bTest = false, bPartial = false, bCameraPerPhoto = false;
@@ -95,8 +102,15 @@ ExitCode Run(const Values& values, Context& context) {
     WriteAdjustedPoints(made, result, context.NewOutput(values.strPoints).Stream());
   }
   if (!values.strReport.empty()) {
-    context.NewOutput(values.strReport).Stream() << NetworkReport(
-        {values.strUnit, values.strSigma, values.dAlpha, Inputs(values)}, made, result, project);
+    NetworkPage page{values.strUnit, values.strSigma, values.dAlpha, Inputs(values)};
+    if (!values.strPictures.empty()) {
+      page.picture = [&](const ZuPhoto& photo) {
+        const fs::path name = fs::path(photo.GetName().chars()).filename();
+        const std::string strPath = (fs::path(values.strPictures) / name).string();
+        return ZuMakeThumbnail(ReadPicture(strPath, photo, context), kPictureWidth);
+      };
+    }
+    context.NewOutput(values.strReport).Stream() << NetworkReport(page, made, result, project);
   }
   if (!values.strOut.empty()) {
     ZuStoreNetwork(made.network, result, &project);
@@ -138,6 +152,8 @@ Runner DefineAdjust(Options& options) {
   options.Output("--points-out", "FILE", &pValues->strPoints,
                  "the points with standard deviations: id x y z dx dy dz");
   options.Output("--report", "FILE", &pValues->strReport, "report, one HTML file");
+  options.Option("--pictures", "FOLDER", &pValues->strPictures,
+                 "the report shows residuals over the pictures of the photos, which lie there");
   options.Option("--unit", "TEXT", &pValues->strUnit,
                  "unit of the object coordinates, for the report (\"mm\")");
   return [pValues](Context& context) { return Run(*pValues, context); };

@@ -113,12 +113,13 @@ double ResidualFactor(const std::vector<ImageResidual>& residuals, double dWides
 
 std::string ResidualFigure(const std::string& strTitle, const std::string& strNote,
                            const ZuRegion& frame, const std::vector<ImageResidual>& residuals,
-                           double dFactor) {
+                           double dFactor, const std::string& strPicture) {
   const PixelFrame pixels(frame, kPhotoWidth, 39.0);
   Svg svg(kPhotoWidth + 2.0, pixels.Height() + 44.0);
   svg.Text(1.0, 13.0, strTitle, 13.0, "start", 0.0, "fill='#111' font-weight='bold'");
   svg.Text(1.0, 31.0, strNote, 12.0);
   ScaleBar(svg, kPhotoWidth, 27.0, dFactor * pixels.Scale(), "px");
+  if (!strPicture.empty()) svg.Picture(1.0, 39.0, kPhotoWidth, pixels.Height(), strPicture);
   svg.Rect(1.0, 39.0, kPhotoWidth, pixels.Height(), kFrame);
   std::vector<Drawn> used, aside;
   for (const ImageResidual& r : residuals) {

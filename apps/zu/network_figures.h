@@ -21,9 +21,10 @@ struct ImageResidual {
 ZuRegion ImageFrame(const ZuRegion& region, const std::vector<ImageResidual>& residuals);
 
 // The residuals of one photo over its frame, drawn dFactor times as long; those set aside in red.
+// Behind them stands its picture, the bytes of a JPEG file; empty: none.
 std::string ResidualFigure(const std::string& strTitle, const std::string& strNote,
                            const ZuRegion& frame, const std::vector<ImageResidual>& residuals,
-                           double dFactor);
+                           double dFactor, const std::string& strPicture);
 // Times as long as residuals are drawn: one factor for frames as wide as dWidest [px].
 double ResidualFactor(const std::vector<ImageResidual>& residuals, double dWidest);
 

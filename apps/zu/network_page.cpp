@@ -232,6 +232,11 @@ class Page {
     }
   }
 
+  std::string PictureOf(size_t iPhoto) const {
+    const ZuPhoto* pPhoto = m_project.PhotoList().Find(m_network.photos[iPhoto].uId);
+    return pPhoto != nullptr && m_page.picture ? m_page.picture(*pPhoto) : std::string();
+  }
+
   ZuRegion FrameOf(size_t iPhoto) const {
     const ZuPhoto* pPhoto = m_project.PhotoList().Find(m_network.photos[iPhoto].uId);
     return ImageFrame(pPhoto != nullptr ? pPhoto->GetDigiRegion() : ZuRegion(),
@@ -331,7 +336,7 @@ class Page {
       strFigures += ResidualFigure(
           "Photo " + Id(m_network.photos[i].uId) + ", " + m_made.photoNames[i],
           "RMS " + Significant(m_photos[i].Rms()) + " px, " + Counted(m_photos[i].iUsed, "point"),
-          frame, m_photos[i].residuals, dFactor);
+          frame, m_photos[i].residuals, dFactor, PictureOf(i));
     }
     return LongSection("Residuals in the photos",
                        "Adjusted less measured, drawn " + SvgNumber(dFactor) +

@@ -1,12 +1,14 @@
 // The report of an adjusted network, one HTML file.
 #pragma once
 
+#include <functional>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include "zu/adjust/network_project.h"
 
+class ZuPhoto;
 class ZuProject;
 
 namespace cli {
@@ -16,6 +18,8 @@ struct NetworkPage {
   std::string strSigma;  // of an image coordinate, "0.1px"
   double dAlpha = 0.001;
   std::vector<std::pair<std::string, std::string>> inputs;  // "project" and its file
+  // The picture of a photo, small, as the bytes of a JPEG file; may be empty.
+  std::function<std::string(const ZuPhoto&)> picture = {};
 };
 
 // `project` tells the frames of the images; `result` is good.

@@ -27,6 +27,22 @@ std::string Pixel(double d, double dSteps = 100.0) {
 
 std::string Tenth(double d) { return Pixel(d, 10.0); }
 
+// S. Josefsson: The Base16, Base32, and Base64 data encodings, 2006.
+std::string Base64(const std::string& bytes) {
+  constexpr char kDigits[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+  std::string text;
+  for (size_t i = 0; i < bytes.size(); i += 3) {
+    unsigned u = 0;
+    for (size_t k = 0; k < 3; ++k) {
+      u = u << 8 | (i + k < bytes.size() ? static_cast<unsigned char>(bytes[i + k]) : 0U);
+    }
+    for (size_t k = 0; k < 4; ++k) {
+      text += i + k <= bytes.size() ? kDigits[u >> (18 - 6 * k) & 63U] : '=';
+    }
+  }
+  return text;
+}
+
 constexpr double kGrouped = 1e5;      // from which a number is written in groups of digits
 constexpr double kMostDigits = 1e15;  // beyond, a power of ten is shorter
 constexpr double kFinestStep = 1e-9;  // of labels that are written without a power of ten
@@ -110,6 +126,13 @@ void Svg::Polyline(const std::vector<std::pair<double, double>>& points,
 void Svg::Rect(double x, double y, double dWidth, double dHeight, const std::string& strStyle) {
   m_strBody += "<rect" + Attribute("x", x) + Attribute("y", y) + Attribute("width", dWidth) +
                Attribute("height", dHeight) + " " + strStyle + "/>\n";
+}
+
+void Svg::Picture(double x, double y, double dWidth, double dHeight, const std::string& strJpeg) {
+  m_strBody += "<image" + Attribute("x", x) + Attribute("y", y) + Attribute("width", dWidth) +
+               Attribute("height", dHeight) +
+               " opacity='0.5' preserveAspectRatio='none' href='data:image/jpeg;base64," +
+               Base64(strJpeg) + "'/>\n";
 }
 
 void Svg::Circle(double x, double y, double dRadius, const std::string& strStyle) {

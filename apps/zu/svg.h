@@ -19,6 +19,9 @@ class Svg {
   void Line(double x1, double y1, double x2, double y2, const std::string& strStyle);
   void Polyline(const std::vector<std::pair<double, double>>& points, const std::string& strStyle);
   void Rect(double x, double y, double dWidth, double dHeight, const std::string& strStyle);
+  // A picture in the page itself: the bytes of a JPEG file. Pale, so that what is drawn over it is
+  // seen.
+  void Picture(double x, double y, double dWidth, double dHeight, const std::string& strJpeg);
   void Circle(double x, double y, double dRadius, const std::string& strStyle);
   // strAnchor is "start", "middle" or "end"; dTurn in degrees, clockwise.
   void Text(double x, double y, const std::string& strText, double dSize,

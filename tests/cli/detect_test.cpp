@@ -16,6 +16,18 @@ TEST(Detect, CalibratesFromThePicturesOfABoard) {
       RunLine("zu calibrate out.prj --board board.coo --json", folder).Json();
   EXPECT_NEAR(result["rms_px"], 0.1954, 0.001);
   EXPECT_NEAR(result["sigma0"], 1.0, 0.15);  // the corners tell their own standard deviations
+  // The report shows residuals over the pictures.
+  ASSERT_EQ(RunLine("zu adjust $S/chessboard/pixels.prj --control board.coo --estimate c,xh,yh,a1 "
+                    "--report r.html --pictures $S/chessboard",
+                    folder)
+                .iExit,
+            0);
+  const std::string strReport = ReadFile(folder.Path("r.html"));
+  size_t nPictures = 0, uAt = 0;
+  while ((uAt = strReport.find("data:image/jpeg;base64,/9j/", uAt + 1)) != std::string::npos) {
+    ++nPictures;
+  }
+  EXPECT_EQ(nPictures, 13U);
 }
 
 TEST(Detect, NumbersTargetsByAProject) {
