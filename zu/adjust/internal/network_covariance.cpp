@@ -104,7 +104,7 @@ bool ZuNetworkCovariance::TiedRows(int iPoint, int iRow, int iRows, double (*pU)
     if (!m_pNormals->Inverse(iRow, iRows, tie.iOffset, tie.n, z)) return false;
     for (int r = 0; r < iRows; ++r) {
       for (int c = 0; c < tie.n; ++c) {
-        for (int k = 0; k < 3; ++k) pU[r][k] += z[r * tie.n + c] * tie.t[c][k];
+        for (int k = 0; k < 3; ++k) pU[r][k] += z[r * tie.n + c] * tie.t[k][c];
       }
     }
   }
@@ -123,7 +123,7 @@ bool ZuNetworkCovariance::Raw(Row a, Row b, double* pQ) const {
   *pQ = a.iPoint == b.iPoint ? m_pNormals->PointInverse(a.iPoint)[3 * a.iRow + b.iRow] : 0.0;
   for (const NetworkNormals::Tie& tie : m_pNormals->Ties(a.iPoint)) {
     if (!TiedRows(b.iPoint, tie.iOffset, tie.n, u)) return false;
-    for (int r = 0; r < tie.n; ++r) *pQ += tie.t[r][a.iRow] * u[r][b.iRow];
+    for (int r = 0; r < tie.n; ++r) *pQ += tie.t[a.iRow][r] * u[r][b.iRow];
   }
   return true;
 }
@@ -216,8 +216,8 @@ void ZuNetworkCovariance::SetTied(int iPoint, Tied* pTied) const {
       for (int r = 0; r < ta.n; ++r) {
         for (int c = 0; c < tb.n; ++c) {
           const double d = z[r * tb.n + c];
-          for (int k = 0; k < 3; ++k) ua.u[r][k] += d * tb.t[c][k];
-          for (int k = 0; k < 3 && a != b; ++k) ub.u[c][k] += d * ta.t[r][k];
+          for (int k = 0; k < 3; ++k) ua.u[r][k] += d * tb.t[k][c];
+          for (int k = 0; k < 3 && a != b; ++k) ub.u[c][k] += d * ta.t[k][r];
         }
       }
     }
@@ -238,7 +238,7 @@ void ZuNetworkCovariance::SetPointCofactors() {
     for (size_t n = 0; n < ties.size(); ++n) {
       for (int r = 0; r < ties[n].n; ++r) {
         for (int a = 0; a < 3; ++a) {
-          for (int b = 0; b < 3; ++b) q[3 * a + b] += ties[n].t[r][a] * tied.blocks[n].u[r][b];
+          for (int b = 0; b < 3; ++b) q[3 * a + b] += ties[n].t[a][r] * tied.blocks[n].u[r][b];
         }
       }
     }

@@ -40,21 +40,20 @@ void Tangents(const Vec3& n, Vec3* pU, Vec3* pV) {
 
 // Divides a group's rows by L, lower triangular.
 void Whiten(NetworkGroup* g) {
-  const auto rows = [&](auto&& at) {
-    for (int i = 0; i < g->m; ++i) {
-      double s = at(i);
-      for (int k = 0; k < i; ++k) s -= g->l[i][k] * at(k);
-      at(i) = s / g->l[i][i];
-    }
-  };
-  rows([&](int i) -> double& { return g->e[i]; });
-  for (int n = 0; n < g->iParts; ++n) {
-    for (int c = 0; c < g->parts[n].n; ++c) {
-      rows([&](int i) -> double& { return g->parts[n].j[i][c]; });
+  for (int i = 0; i < g->m; ++i) {
+    for (int k = 0; k <= i; ++k) {
+      // The rows before are done; then the own one.
+      const double f = k < i ? -g->l[i][k] : 1.0 / g->l[i][i];
+      if (f == 0.0) continue;
+      const auto take = [&](double own, double other) { return k < i ? own + f * other : own * f; };
+      g->e[i] = take(g->e[i], g->e[k]);
+      for (int n = 0; n < g->iParts; ++n) {
+        NetworkGroup::Part& part = g->parts[n];
+        for (int c = 0; c < part.n; ++c) part.j[i][c] = take(part.j[i][c], part.j[k][c]);
+      }
+      for (int c = 0; c < 3 && g->iPoint >= 0; ++c) g->p[i][c] = take(g->p[i][c], g->p[k][c]);
     }
   }
-  if (g->iPoint < 0) return;
-  for (int c = 0; c < 3; ++c) rows([&](int i) -> double& { return g->p[i][c]; });
 }
 
 // L of a covariance that is positive definite; false where it is none.

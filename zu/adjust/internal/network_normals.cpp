@@ -9,6 +9,30 @@ namespace zu::internal {
 
 namespace {
 
+using WideRow = double[NetworkGroup::kWidest];
+
+// Adds rows of n elements, each times its factor; the shapes that come often are known to the
+// compiler.
+template <int kRows, int kLength>
+inline void AddRows(const WideRow* pRows, const double* pFactors, double* pSum) {
+  for (int r = 0; r < kLength; ++r) {
+    double d = pRows[0][r] * pFactors[0];
+    for (int i = 1; i < kRows; ++i) d += pRows[i][r] * pFactors[i];
+    pSum[r] += d;
+  }
+}
+inline void AddRows(int iRows, int n, const WideRow* pRows, const double* pFactors, double* pSum) {
+  if (n == 6 && iRows == 2) {
+    AddRows<2, 6>(pRows, pFactors, pSum);
+  } else if (n == 6 && iRows == 3) {
+    AddRows<3, 6>(pRows, pFactors, pSum);
+  } else {
+    for (int i = 0; i < iRows; ++i) {
+      for (int r = 0; r < n; ++r) pSum[r] += pRows[i][r] * pFactors[i];
+    }
+  }
+}
+
 constexpr double kCollapsed = 1e-9;  // of a motion's length, left by those before it
 
 // Gram and Schmidt. False where one is a combination of those before it.
@@ -71,11 +95,9 @@ void NetworkNormals::AddToReduced(const NetworkGroup& g) {
       size_t uStride;
       double* pColumn = m_s.At(pa.iOffset, pb.iOffset, &uStride);
       for (int c = 0; c < pb.n; ++c, pColumn += uStride) {
-        for (int r = a == b ? c : 0; r < pa.n; ++r) {
-          double dSum = 0.0;
-          for (int i = 0; i < g.m; ++i) dSum += pa.j[i][r] * pb.j[i][c];
-          pColumn[r] += dSum;
-        }
+        double factors[3] = {};
+        for (int i = 0; i < g.m; ++i) factors[i] = pb.j[i][c];
+        AddRows(g.m, pa.n, pa.j, factors, pColumn);
       }
     }
   }
@@ -108,9 +130,9 @@ bool NetworkNormals::EliminatePoint(int iPoint, const NetworkState& state) {
         ties.push_back({part.iOffset, part.n, {}});
       }
       Tie& tie = ties[static_cast<size_t>(iSlot)];
-      for (int r = 0; r < part.n; ++r) {
-        for (int i = 0; i < g.m; ++i) {
-          for (int c = 0; c < 3; ++c) tie.t[r][c] += part.j[i][r] * g.p[i][c];
+      for (int i = 0; i < g.m; ++i) {
+        for (int c = 0; c < 3; ++c) {
+          for (int r = 0; r < part.n; ++r) tie.t[c][r] += part.j[i][r] * g.p[i][c];
         }
       }
     }
@@ -133,28 +155,28 @@ bool NetworkNormals::EliminatePoint(int iPoint, const NetworkState& state) {
   std::sort(ties.begin(), ties.end(),
             [](const Tie& a, const Tie& b) { return a.iOffset < b.iOffset; });
   for (size_t a = 0; a < ties.size(); ++a) {
-    const Tie& ta = ties[a];
-    double t[NetworkGroup::kWidest][3];
-    for (int r = 0; r < ta.n; ++r) {
-      for (int c = 0; c < 3; ++c) {
-        t[r][c] =
-            ta.t[r][0] * pInverse[c] + ta.t[r][1] * pInverse[3 + c] + ta.t[r][2] * pInverse[6 + c];
+    Tie& ta = ties[a];
+    const Tie w = ta;
+    for (int c = 0; c < 3; ++c) {
+      for (int r = 0; r < ta.n; ++r) {
+        ta.t[c][r] =
+            w.t[0][r] * pInverse[c] + w.t[1][r] * pInverse[3 + c] + w.t[2][r] * pInverse[6 + c];
       }
+    }
+    for (int r = 0; r < ta.n; ++r) {
       m_rightReduced[static_cast<size_t>(ta.iOffset + r)] -=
-          t[r][0] * right[0] + t[r][1] * right[1] + t[r][2] * right[2];
+          ta.t[0][r] * right[0] + ta.t[1][r] * right[1] + ta.t[2][r] * right[2];
     }
     // The blocks behind hold W still: the lower triangle is theirs by this one.
     for (size_t b = a; b < ties.size(); ++b) {
-      const Tie& tb = ties[b];
+      const Tie& tb = b == a ? w : ties[b];
       size_t uStride;
       double* pColumn = m_s.At(tb.iOffset, ta.iOffset, &uStride);
       for (int c = 0; c < ta.n; ++c, pColumn += uStride) {
-        for (int r = a == b ? c : 0; r < tb.n; ++r) {
-          pColumn[r] -= tb.t[r][0] * t[c][0] + tb.t[r][1] * t[c][1] + tb.t[r][2] * t[c][2];
-        }
+        const double factors[3] = {-ta.t[0][c], -ta.t[1][c], -ta.t[2][c]};
+        AddRows(3, tb.n, tb.t, factors, pColumn);
       }
     }
-    for (int r = 0; r < ta.n; ++r) std::copy(t[r], t[r] + 3, ties[a].t[r]);
   }
   return true;
 }
@@ -242,7 +264,7 @@ Vec3 NetworkNormals::SolvePoint(size_t uPoint, const Vec3& b, const std::vector<
   for (size_t k = 0; k < 3; ++k) q[k] = v[3 * k] * b[0] + v[3 * k + 1] * b[1] + v[3 * k + 2] * b[2];
   for (const Tie& tie : m_ties[uPoint]) {
     for (int r = 0; r < tie.n; ++r) {
-      for (size_t k = 0; k < 3; ++k) q[k] -= tie.t[r][k] * x[static_cast<size_t>(tie.iOffset + r)];
+      for (size_t k = 0; k < 3; ++k) q[k] -= tie.t[k][r] * x[static_cast<size_t>(tie.iOffset + r)];
     }
   }
   return q;
@@ -255,7 +277,7 @@ void NetworkNormals::SolveFor(std::vector<double>* pReduced, std::vector<Vec3>* 
     for (const Tie& tie : m_ties[i]) {
       for (int r = 0; r < tie.n; ++r) {
         (*pReduced)[static_cast<size_t>(tie.iOffset + r)] -=
-            tie.t[r][0] * b[0] + tie.t[r][1] * b[1] + tie.t[r][2] * b[2];
+            tie.t[0][r] * b[0] + tie.t[1][r] * b[1] + tie.t[2][r] * b[2];
       }
     }
   }

@@ -16,10 +16,10 @@ struct NetworkFreedom {
 
 class NetworkNormals {
  public:
-  // One block of T = W V^-1: how a point follows reduced unknowns.
+  // One block of T = W V^-1, axis by axis: how a point follows reduced unknowns.
   struct Tie {
     int iOffset, n;
-    double t[NetworkGroup::kWidest][3];
+    double t[3][NetworkGroup::kWidest];
   };
 
   explicit NetworkNormals(const NetworkModel& model);
