@@ -1,6 +1,7 @@
 #include "tests/support/test.h"
 
 #include "zu/adjust/adjust_test.h"
+#include "zu/adjust/epochs.h"
 
 // Values of printed tables: normal, chi squared, F, Student (tau = t sqrt(r / (r - 1 + t^2)), t of
 // r
@@ -30,4 +31,22 @@ TEST(TestLimits, AreThoseOfTheTables) {
   for (double d : {ZuTauLimit(0.001, 1), ZuGroupLimit(0.001, 3, 3), ZuNewGroupLimit(0.001, 3, 0)}) {
     EXPECT_EQ(d, std::numeric_limits<double>::infinity());
   }
+}
+
+// One alpha for all tests of two epochs is spread over the points they share.
+TEST(TestLimits, OfEpochsAreSpreadOverTheCommonPoints) {
+  ZuEpochOptions options;
+  options.tests.dAlphaTotal = 0.05;
+  options.tests.sigmaKind = ZuSigmaKind::APriori;
+  options.dSigmaFirst = options.dSigmaSecond = 0.001;
+  ZuPointList first, second;
+  for (unsigned u = 1; u <= 500; ++u) {
+    const ZuPoint point(u, u % 7, u % 5, u % 3);
+    if (u <= 12) first.Add(point);
+    second.Add(point);
+  }
+  const ZuEpochResult result = ZuCompareEpochs(first, second, options);
+  ASSERT_TRUE(result.IsGood());
+  ASSERT_EQ(result.points.size(), 12U);
+  EXPECT_NEAR(result.points[0].dLimit, ZuGroupLimit(ZuTestAlpha(options.tests, 12), 3), 1e-9);
 }

@@ -1,5 +1,6 @@
 // zu adjust: a sample from its measured pixels to calibrated camera and points.
 #include <cmath>
+#include <csignal>
 #include <map>
 
 #include "tests/cli/program.h"
@@ -27,6 +28,21 @@ TEST(Adjust, WritesAProjectThatNeedsNoFurtherStep) {
   EXPECT_NEAR(again["sigma0"], first["sigma0"], 1e-9);
   EXPECT_LE(again["iterations"], 3);
   EXPECT_NEAR(again["cameras"][0]["values"]["c"], first["cameras"][0]["values"]["c"], 1e-9);
+}
+
+TEST(Adjust, LeavesNothingHalfWrittenWhenItIsStopped) {
+  const ScratchFolder folder;
+  const std::string strOut = folder.Write("out.prj", "old");
+  RunOptions interrupt;
+  interrupt.iSignalWhileBlocked = SIGINT;
+  EXPECT_EQ(RunZu({"adjust", Source("samples/network/camcal.prj"), "--control",
+                   Source("samples/network/control_fixed.coo"), "-o", strOut, "--points-out",
+                   folder.Path("out.coo"), "--report", folder.Path("out.html"), "--json"},
+                  interrupt)
+                .iExit,
+            130);
+  EXPECT_EQ(ReadFile(strOut), "old");
+  EXPECT_EQ(folder.Names(), std::vector<std::string>{"out.prj"});
 }
 
 // Each photo with its camera, the camera, and each pair of photos.

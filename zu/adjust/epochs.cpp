@@ -2,10 +2,23 @@
 
 #include <algorithm>
 #include <cmath>
+#include <unordered_set>
 
 #include "zu/adjust/consensus.h"
 
 namespace {
+
+// How many points of the second epoch have a partner: as many are tested.
+int CountCommon(const ZuPointList& first, const ZuPointList& second) {
+  std::unordered_set<unsigned> ids;
+  for (const ZuPoint* p = first.First(); p != nullptr; p = p->Next()) ids.insert(p->GetId());
+  ids.erase(0);
+  int n = 0;
+  for (const ZuPoint* p = second.First(); p != nullptr; p = p->Next()) {
+    n += static_cast<int>(ids.erase(p->GetId()));
+  }
+  return n;
+}
 
 // The longest misclosure of a common point that its accuracies explain; 0 where they are not known.
 double Tolerance(const ZuPointList& first, const ZuPointList& second,
@@ -18,7 +31,8 @@ double Tolerance(const ZuPointList& first, const ZuPointList& second,
   };
   const double dSigma =
       std::hypot(largest(first, options.dSigmaFirst), largest(second, options.dSigmaSecond));
-  return dSigma * std::sqrt(3.0 * ZuGroupLimit(ZuTestAlpha(options.tests, second.Count()), 3));
+  const double dAlpha = ZuTestAlpha(options.tests, CountCommon(first, second));
+  return dSigma * std::sqrt(3.0 * ZuGroupLimit(dAlpha, 3));
 }
 
 }  // namespace

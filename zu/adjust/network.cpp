@@ -366,7 +366,7 @@ class Adjustment {
 
   void Tests() {
     const ZuNetwork& network = m_pCovariance->m_network;
-    const NetworkLimits limits = Limits(Model().Observations().size());
+    const NetworkLimits limits = Limits(GroupsById().size());
     ZuNetworkTest none;
     none.bUsed = false;
     m_result.imageTests.assign(network.images.size(), none);
