@@ -1,5 +1,6 @@
-// Cameras, plane projective transformations and polygons beside OpenCV, on one thread.
+// Cameras, plane projective transformations, polygons and pictures beside OpenCV, on one thread.
 #include <benchmark/benchmark.h>
+#include <omp.h>
 
 #include <cmath>
 #include <cstdio>
@@ -12,6 +13,9 @@
 
 #include "bench/photo_sample.h"
 #include "bench/ring_sample.h"
+#include "zu/image/photo_map.h"
+#include "zu/image/resample.h"
+#include "zu/image/undistort.h"
 #include "zu/transform/calc_trafo2d.h"
 
 namespace {
@@ -256,6 +260,100 @@ void PointInRing_opencv(benchmark::State& state) {
   }
 }
 
+// --- Pictures -----------------------------------------------------------------------------------
+
+// A photo of 12 megapixels through a wide lens whose distortion OpenCV knows as k1, k2. Argument:
+// the kernel (0 bilinear, 1 cubic, 2 Lanczos) and the channels.
+struct Picture {
+  static constexpr int kWidth = 4000, kHeight = 3000;
+  static constexpr double kPixel = 0.006, kConstant = 24.0;
+
+  explicit Picture(int iChannels) : image(kWidth, kHeight, iChannels, 8), photo(1, "a.png") {
+    for (int y = 0; y < kHeight; ++y) {
+      auto* p = image.GetRow<std::uint8_t>(y);
+      for (int x = 0; x < kWidth * iChannels; ++x) {
+        p[x] = static_cast<std::uint8_t>(128 + 100 * std::sin(0.01 * x) * std::cos(0.07 * y));
+      }
+    }
+    mat = cv::Mat(kHeight, kWidth, CV_8UC(iChannels), image.GetData());
+    photo.SetDigiRegion(ZuRegion(0, 0, kWidth - 1, kHeight - 1));
+    const double ad[] = {
+        kPixel, 0, -0.5 * kPixel * (kWidth - 1), 0, -kPixel, 0.5 * kPixel * (kHeight - 1), 0, 0, 1};
+    ZuTrafo2d trafo;
+    trafo.SetFromMatrix(ZuMatrix(ad, 3, 3), eZuTrafo2DAffin);
+    photo.SetReseauPreTrafo(trafo);
+    trafo.SetIdent();
+    photo.SetReseauMainTrafo(trafo);
+    ZuCamera camera(1, kConstant, 0.05, -0.03, -9e-5, 1e-7, 9.0, "");
+    camera.m_dRMax = 17.0;
+    photo.SetCamera(camera);
+    const double f = kConstant / kPixel;
+    lens = cv::Matx33d(f, 0, 0.5 * (kWidth - 1), 0, f, 0.5 * (kHeight - 1), 0, 0, 1);
+  }
+  template <class Map>
+  void Ours(benchmark::State& state, const Map& map) {
+    ZuResampler resampler(kWidth, kHeight, static_cast<eZuInterpolation>(state.range(0)));
+    resampler.AddSource(&image, &map);
+    ZuImage rows = resampler.MakeRows(kHeight);
+    for (auto _ : state) resampler.Resample(0, &rows);
+  }
+  static int Kernel(const benchmark::State& state) {
+    constexpr int kKernels[] = {cv::INTER_LINEAR, cv::INTER_CUBIC, cv::INTER_LANCZOS4};
+    return kKernels[state.range(0)];
+  }
+
+  ZuImage image;
+  ZuPhoto photo;
+  cv::Mat mat;
+  cv::Matx33d lens;
+};
+
+void Undistort_ours(benchmark::State& state) {
+  omp_set_num_threads(1);
+  Picture picture(static_cast<int>(state.range(1)));
+  ZuPhoto plain;
+  if (!ZuMakeUndistortedPhoto(picture.photo, eZuUndistortSame, false, &plain)) std::exit(1);
+  picture.Ours(state, ZuPhotoToPhotoMap(plain, picture.photo, false));
+}
+
+// The two steps of cv::undistort, which has no kernel to choose.
+void Undistort_opencv(benchmark::State& state) {
+  Picture picture(static_cast<int>(state.range(1)));
+  cv::Mat x, y, result;
+  const cv::Vec4d distortion(-0.05, 0.01, 0.0, 0.0);
+  for (auto _ : state) {
+    cv::initUndistortRectifyMap(picture.lens, distortion, cv::Mat(), picture.lens,
+                                picture.mat.size(), CV_16SC2, x, y);
+    cv::remap(picture.mat, result, x, y, Picture::Kernel(state));
+  }
+}
+
+// Ours takes the distortion out in the same step.
+void RectifyPicture_ours(benchmark::State& state) {
+  omp_set_num_threads(1);
+  Picture picture(static_cast<int>(state.range(1)));
+  picture.photo.SetRotAOR(0.1, 0.2, 0.05);
+  picture.photo.SetPosAOR(3.0, -1.5, 14.0);
+  picture.photo.SetHasAOR(true);
+  ZuPlaneRaster raster;
+  if (!raster.SetRegion(ZuRegion(-7.0, -5.25, 7.0, 5.25), 0.0035)) std::exit(1);
+  picture.Ours(state, ZuPlaneToPhotoMap(raster, picture.photo, false));
+}
+
+void RectifyPicture_opencv(benchmark::State& state) {
+  Picture picture(static_cast<int>(state.range(1)));
+  const cv::Matx33d matrix(0.9, 0.05, 100.0, -0.04, 0.95, 150.0, 2e-5, 3e-5, 1.0);
+  cv::Mat result;
+  for (auto _ : state) {
+    cv::warpPerspective(picture.mat, result, matrix, picture.mat.size(),
+                        Picture::Kernel(state) | cv::WARP_INVERSE_MAP);
+  }
+}
+
+BENCHMARK(Undistort_ours)->ArgsProduct({{0, 1, 2}, {1, 3}})->Unit(benchmark::kMillisecond);
+BENCHMARK(Undistort_opencv)->ArgsProduct({{0, 1, 2}, {1, 3}})->Unit(benchmark::kMillisecond);
+BENCHMARK(RectifyPicture_ours)->ArgsProduct({{0, 1, 2}, {1, 3}})->Unit(benchmark::kMillisecond);
+BENCHMARK(RectifyPicture_opencv)->ArgsProduct({{0, 1, 2}, {1, 3}})->Unit(benchmark::kMillisecond);
 BENCHMARK(ObjectToAdjusted_ours);
 BENCHMARK(ObjectToAdjusted_opencv);
 BENCHMARK(CameraInverse_ours);

@@ -25,14 +25,14 @@ constexpr int kMostPositions = 8;  // averaged, in each direction
 template <class T>
 void Store(const float* pf, int n, int iColors, int iPositions, T* pOut) {
   constexpr float kMost = static_cast<float>(std::numeric_limits<T>::max());
+  const float fAll = static_cast<float>(iPositions), fShare = 1.0f / fAll;
   for (int i = 0; i < n; ++i, pf += iColors + 1, pOut += iColors + 1) {
     const float fAlpha = pf[iColors];
+    const float fScale = fAlpha == fAll ? fShare : fAlpha > 0.0f ? 1.0f / fAlpha : 0.0f;
     for (int c = 0; c < iColors; ++c) {
-      const float f = fAlpha > 0.0f ? pf[c] / fAlpha : 0.0f;
-      pOut[c] = static_cast<T>(std::clamp(f + 0.5f, 0.0f, kMost));
+      pOut[c] = static_cast<T>(std::clamp(pf[c] * fScale + 0.5f, 0.0f, kMost));
     }
-    pOut[iColors] = static_cast<T>(
-        std::clamp(fAlpha / static_cast<float>(iPositions) * kMost + 0.5f, 0.0f, kMost));
+    pOut[iColors] = static_cast<T>(std::clamp(fAlpha * fShare * kMost + 0.5f, 0.0f, kMost));
   }
 }
 

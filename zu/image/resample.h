@@ -11,8 +11,8 @@
 // the bits of the result are the same on any number of them.
 //
 // A map is asked at the nodes of a grid over each tile, 16 pixels apart or down to 4, and is
-// interpolated between them where that is good to 0.002 pixels by its second differences, doubled;
-// where it is not, or a node has no source, it is asked for each pixel.
+// interpolated by parabolas between them where that is good to 0.002 pixels by its third
+// differences, doubled; where it is not, or a node has no source, it is asked for each pixel.
 #pragma once
 
 #include <cstdint>

@@ -14,14 +14,15 @@ class Sampler {
  public:
   Sampler(const ZuImage& image, eZuInterpolation eKernel);
 
-  // Colours and alpha at n positions, 2 or 4 values each: the colours times alpha, and alpha from 0
-  // to 1. A position that is NaN or outside the image gives zeros. Adds to what stands in pf.
+  // Colours and alpha at n positions, kTile at most, 2 or 4 values each: the colours times alpha,
+  // and alpha from 0 to 1. A position that is NaN or outside the image gives zeros. Adds to what
+  // stands in pf.
   void Add(const double* pdX, const double* pdY, int n, float* pf) const {
     m_pfnAdd(*this, pdX, pdY, n, pf);
   }
 
-  // The quick way to the same, rounded: an image of 8 bits without alpha, bilinear. The weights are
-  // whole numbers of 1 / 2048.
+  // The quick way to the same, rounded, of an image of 8 bits without alpha. The weights of the
+  // bilinear kernel are whole numbers of 1 / 2048 then.
   bool HasQuick() const { return m_pfnQuick != nullptr; }
   void Quick(const double* pdX, const double* pdY, int n, std::uint8_t* pOut) const {
     m_pfnQuick(*this, pdX, pdY, n, pOut);

@@ -8,18 +8,22 @@ namespace zu::internal {
 
 namespace {
 
-// Accepted error of bilinear interpolation between nodes [pixels].
+// Accepted error of the interpolation between nodes [pixels].
 constexpr double kError = 0.002;
-// Second derivatives between nodes, in units of the largest second difference of the nodes.
+// Third derivatives between nodes, in units of the largest third difference of the nodes.
 constexpr double kSafety = 2.0;
+// Largest error of a parabola through three nodes, in units of the third difference: 1 / (9
+// sqrt(3)).
+constexpr double kParabola = 0.0641500299099584;
 constexpr double kNone = std::numeric_limits<double>::quiet_NaN();
 
-// Largest second difference along a line of n values, iStride apart.
+// Largest third difference along a line of n values, iStride apart.
 double Bend(const double* p, int n, int iStride) {
   double dLargest = 0.0;
-  for (int i = 1; i + 1 < n; ++i) {
+  for (int i = 0; i + 3 < n; ++i) {
     const double* q = p + i * iStride;
-    dLargest = std::max(dLargest, std::fabs(q[-iStride] - 2.0 * q[0] + q[iStride]));
+    dLargest =
+        std::max(dLargest, std::fabs(q[3 * iStride] - q[0] + 3.0 * (q[iStride] - q[2 * iStride])));
   }
   return dLargest;
 }
@@ -53,12 +57,12 @@ bool TileMap::Ask(double x, double y, double* pdX, double* pdY) const {
   return false;
 }
 
-// A cell of side H errs by at most (|fxx| + |fyy|) H^2 / 8.
+// Parabolas in both directions err by at most (|fxxx| + |fyyy|) H^3 / (9 sqrt(3)).
 bool TileMap::Sample(int iStep) {
   m_iStep = iStep;
-  // Three nodes at least tell how the map bends.
-  m_iNodesX = std::max(3, (m_iWidth + iStep - 1) / iStep + 1);
-  m_iNodesY = std::max(3, (m_iHeight + iStep - 1) / iStep + 1);
+  // Four nodes at least tell how the map differs from a parabola.
+  m_iNodesX = std::max(4, (m_iWidth + iStep - 1) / iStep + 1);
+  m_iNodesY = std::max(4, (m_iHeight + iStep - 1) / iStep + 1);
   for (int j = 0; j < m_iNodesY; ++j) {
     for (int i = 0; i < m_iNodesX; ++i) {
       const size_t k = static_cast<size_t>(j * m_iNodesX + i);
@@ -76,7 +80,7 @@ bool TileMap::Sample(int iStep) {
       dDown = std::max(dDown, Bend(p->data() + i, m_iNodesY, m_iNodesX));
     }
   }
-  return kSafety * (dAcross + dDown) / 8.0 <= kError;
+  return kSafety * kParabola * (dAcross + dDown) <= kError;
 }
 
 // The first node of the cell of a pixel.
@@ -89,19 +93,30 @@ void TileMap::Row(int iRow, double dx, double dy, double* pdX, double* pdY) cons
     for (int i = 0; i < m_iWidth; ++i) Ask(i + dx, iRow + dy, pdX + i, pdY + i);
     return;
   }
-  const double g = (iRow % m_iStep + dy) / m_iStep;
-  for (int iLeft = 0; iLeft < m_iWidth; iLeft += m_iStep) {
-    const int iCount = std::min(m_iStep, m_iWidth - iLeft);
-    const auto fill = [&](const Nodes& nodes, double* pd) {
-      const double* p = Cell(nodes, iLeft, iRow);
-      const double a = p[0] + g * (p[m_iNodesX] - p[0]);
-      const double b = p[1] + g * (p[m_iNodesX + 1] - p[1]);
-      const double dSlope = (b - a) / m_iStep, dStart = a + dSlope * dx;
-      for (int i = 0; i < iCount; ++i) pd[i] = dStart + dSlope * i;
-    };
-    fill(m_x, pdX + iLeft);
-    fill(m_y, pdY + iLeft);
-  }
+  // The parabola through the three nodes from iBase on, at t nodes behind the first.
+  const int iBase = std::min(iRow / m_iStep, m_iNodesY - 3);
+  const double t = (iRow + dy) / m_iStep - iBase;
+  const double w0 = 0.5 * (t - 1.0) * (t - 2.0), w1 = t * (2.0 - t), w2 = 0.5 * t * (t - 1.0);
+  const auto fill = [&](const Nodes& nodes, double* pd) {
+    double adLine[kMostNodes];
+    const double* p = nodes.data() + iBase * m_iNodesX;
+    for (int c = 0; c < m_iNodesX; ++c) {
+      adLine[c] = w0 * p[c] + w1 * p[c + m_iNodesX] + w2 * p[c + 2 * m_iNodesX];
+    }
+    for (int iLeft = 0; iLeft < m_iWidth; iLeft += m_iStep) {
+      const int iCount = std::min(m_iStep, m_iWidth - iLeft);
+      const int c = std::min(iLeft / m_iStep, m_iNodesX - 3);
+      const double* q = adLine + c;
+      const double dCurve = 0.5 * (q[0] - 2.0 * q[1] + q[2]) / (m_iStep * m_iStep);
+      const double dSlope = (q[1] - q[0]) / m_iStep - dCurve * m_iStep;
+      const double dFirst = iLeft - c * m_iStep + dx;  // pixels behind the first node
+      const double a = q[0] + dFirst * (dSlope + dFirst * dCurve);
+      const double b = dSlope + 2.0 * dFirst * dCurve;
+      for (int i = 0; i < iCount; ++i) pd[iLeft + i] = a + i * (b + i * dCurve);
+    }
+  };
+  fill(m_x, pdX);
+  fill(m_y, pdY);
 }
 
 double TileMap::Resolution(int i, int iRow) const {
