@@ -119,8 +119,8 @@ std::string ResidualFigure(const std::string& strTitle, const std::string& strNo
   svg.Text(1.0, 13.0, strTitle, 13.0, "start", 0.0, "fill='#111' font-weight='bold'");
   svg.Text(1.0, 31.0, strNote, 12.0);
   ScaleBar(svg, kPhotoWidth, 27.0, dFactor * pixels.Scale(), "px");
-  if (!strPicture.empty()) svg.Picture(1.0, 39.0, kPhotoWidth, pixels.Height(), strPicture);
   svg.Rect(1.0, 39.0, kPhotoWidth, pixels.Height(), kFrame);
+  if (!strPicture.empty()) svg.Picture(1.0, 39.0, kPhotoWidth, pixels.Height(), strPicture);
   std::vector<Drawn> used, aside;
   for (const ImageResidual& r : residuals) {
     const double x = pixels.X(r.x), y = pixels.Y(r.y), d = dFactor * pixels.Scale();

@@ -232,6 +232,12 @@ class Page {
     }
   }
 
+  // Without its folder: a title is short.
+  std::string NameOf(size_t iPhoto) const {
+    const std::string& strName = m_made.photoNames[iPhoto];
+    return strName.substr(strName.find_last_of("/\\") + 1);
+  }
+
   std::string PictureOf(size_t iPhoto) const {
     const ZuPhoto* pPhoto = m_project.PhotoList().Find(m_network.photos[iPhoto].uId);
     return pPhoto != nullptr && m_page.picture ? m_page.picture(*pPhoto) : std::string();
@@ -334,7 +340,7 @@ class Page {
       const ZuRegion frame = FrameOf(i);
       if (!(frame.Width() > 0.0)) continue;
       strFigures += ResidualFigure(
-          "Photo " + Id(m_network.photos[i].uId) + ", " + m_made.photoNames[i],
+          "Photo " + Id(m_network.photos[i].uId) + ", " + NameOf(i),
           "RMS " + Significant(m_photos[i].Rms()) + " px, " + Counted(m_photos[i].iUsed, "point"),
           frame, m_photos[i].residuals, dFactor, PictureOf(i));
     }

@@ -131,7 +131,7 @@ void Svg::Rect(double x, double y, double dWidth, double dHeight, const std::str
 void Svg::Picture(double x, double y, double dWidth, double dHeight, const std::string& strJpeg) {
   m_strBody += "<image" + Attribute("x", x) + Attribute("y", y) + Attribute("width", dWidth) +
                Attribute("height", dHeight) +
-               " opacity='0.5' preserveAspectRatio='none' href='data:image/jpeg;base64," +
+               " opacity='0.35' preserveAspectRatio='none' href='data:image/jpeg;base64," +
                Base64(strJpeg) + "'/>\n";
 }
 
