@@ -249,6 +249,11 @@ TEST(ZuspLineFit, RefusesWhatDecidesNothing) {
     Facade::Define(p);
     pCamera->m_dC = 0.0;
   });
+  refused("no plane fulfils", ZuAdjustStatus::NotConverged, [](auto* p, auto*, auto*) {
+    Facade::Define(p);
+    p->SetDistortCameraFlag(false);
+    for (ZuPoint* q = p->GetBikoList().First(); q != nullptr; q = q->Next()) q->m_dY = 0.0;
+  });
   refused("not finite", ZuAdjustStatus::NotFinite, [](auto* p, auto*, auto*) {
     Facade::Define(p);
     p->GetBikoList().First()->m_dX = std::nan("");

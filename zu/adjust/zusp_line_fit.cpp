@@ -361,7 +361,7 @@ class Fit {
     std::vector<Found> found;
     for (LineState state : starts) {
       const LineFitResult fit = m_model.Adjust(&state);
-      if (m_fit.direction.empty() || fit.dLeastEigenvalue < m_fit.dLeastEigenvalue) m_fit = fit;
+      if (fit.dLeastEigenvalue < m_fit.dLeastEigenvalue) m_fit = fit;
       if (!fit.bGood) continue;
       const auto same = [&](const Found& other) { return Turn(state, other.state) < kOther; };
       if (std::none_of(found.begin(), found.end(), same)) found.push_back({state, fit});

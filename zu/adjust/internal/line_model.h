@@ -21,8 +21,8 @@ struct LineFitResult {
   bool bGood = false;
   double dSquares = 0.0;          // of the moves
   std::vector<double> cofactors;  // of the unknowns, by rows
-  double dLeastEigenvalue = 0.0;  // of the normal matrix scaled to 1 on its diagonal
-  std::vector<double> direction;  // its eigenvector
+  double dLeastEigenvalue = 1.0;  // of the normal matrix scaled to 1 on its diagonal
+  std::vector<double> direction;  // its eigenvector; empty where none was formed
 };
 
 class LineModel {
