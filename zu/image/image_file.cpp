@@ -1,5 +1,6 @@
 #include "zu/image/image_file.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
@@ -107,6 +108,10 @@ bool ReadFile(const std::string& strPath, ZuFindingList* pFindings, std::string*
 
 }  // namespace
 
+std::uint64_t ZuImageSource::Room() const {
+  return std::max(kAlwaysMade, kMostPacked * m_Bytes.size());
+}
+
 bool ZuImageSource::MakeImage() {
   const ZuImageInfo& info = *m_pInfo;
   if (info.m_iWidth < 1 || info.m_iHeight < 1 || info.m_iWidth > ZuImage::kMostPixels ||
@@ -118,7 +123,7 @@ bool ZuImageSource::MakeImage() {
   const std::uint64_t uSize = static_cast<std::uint64_t>(info.m_iWidth) *
                               static_cast<std::uint64_t>(info.m_iHeight) *
                               static_cast<std::uint64_t>(info.m_iChannels * info.m_iBits / 8);
-  if (uSize > kAlwaysMade && uSize / kMostPacked > m_Bytes.size()) {
+  if (uSize > Room()) {
     AddError("the file claims " + SizeText(info.m_iWidth, info.m_iHeight) + ", which " +
              std::to_string(m_Bytes.size()) + " bytes cannot hold");
     return false;

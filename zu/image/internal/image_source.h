@@ -26,6 +26,9 @@ struct ZuImageSource {
     Add(eZuSeverityError, strText, strRight);
   }
 
+  // Bytes of a picture, or of a part of it, that a file of this size may hold: what memory is asked
+  // for at one time stays below, whatever numbers the file tells.
+  std::uint64_t Room() const;
   // Weighs the size of m_pInfo against the file's, then makes the picture. False with an error.
   bool MakeImage();
 };

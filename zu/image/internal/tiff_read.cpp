@@ -11,9 +11,6 @@
 
 namespace {
 
-// What the library may ask for at one time [byte].
-constexpr tmsize_t kMostAsked = tmsize_t{1} << 31;
-
 // A file in memory, and the first fault the library tells of it.
 struct Memory {
   std::string_view bytes;
@@ -64,9 +61,9 @@ struct Close {
 };
 using File = std::unique_ptr<TIFF, Close>;
 
-File Open(Memory* pMemory) {
+File Open(Memory* pMemory, std::uint64_t uRoom) {
   const std::unique_ptr<TIFFOpenOptions, Close> pOptions(TIFFOpenOptionsAlloc());
-  TIFFOpenOptionsSetMaxSingleMemAlloc(pOptions.get(), kMostAsked);
+  TIFFOpenOptionsSetMaxSingleMemAlloc(pOptions.get(), static_cast<tmsize_t>(uRoom));
   TIFFOpenOptionsSetErrorHandlerExtR(pOptions.get(), OnFault, pMemory);
   TIFFOpenOptionsSetWarningHandlerExtR(pOptions.get(), OnWarning, pMemory);
   return File(TIFFClientOpenExt("picture", "rm", pMemory, OnRead, OnWrite, OnSeek, OnClose, OnSize,
@@ -153,12 +150,14 @@ bool ReadStrips(TIFF* p, ZuImage* pImage, int* piRow) {
   return true;
 }
 
-bool ReadTiles(TIFF* p, ZuImage* pImage, int* piRow) {
+bool ReadTiles(TIFF* p, std::uint64_t uRoom, ZuImage* pImage, int* piRow) {
   std::uint32_t uWidth = 0, uHeight = 0;
   TIFFGetField(p, TIFFTAG_TILEWIDTH, &uWidth);
   TIFFGetField(p, TIFFTAG_TILELENGTH, &uHeight);
   const tmsize_t iSize = TIFFTileSize(p), iRowSize = TIFFTileRowSize(p);
-  if (uWidth == 0 || uHeight == 0 || iSize <= 0 || iSize > kMostAsked) return false;
+  if (uWidth == 0 || uHeight == 0 || iSize <= 0 || static_cast<std::uint64_t>(iSize) > uRoom) {
+    return false;
+  }
   const std::size_t uPixel = pImage->GetRowBytes() / static_cast<std::size_t>(pImage->GetWidth());
   if (static_cast<std::size_t>(iRowSize) != uWidth * uPixel) return false;
   const std::uint32_t uAllWidth = static_cast<std::uint32_t>(pImage->GetWidth());
@@ -237,7 +236,7 @@ bool FillInfo(TIFF* p, const Form& form, ZuImageSource* pSource) {
 
 bool ZuReadTiff(ZuImageSource* pSource) {
   Memory memory{pSource->m_Bytes, 0, {}};
-  const File pFile = Open(&memory);
+  const File pFile = Open(&memory, pSource->Room());
   if (!pFile) {
     pSource->AddError("no header of a TIFF picture: " + memory.strFault);
     return false;
@@ -248,7 +247,7 @@ bool ZuReadTiff(ZuImageSource* pSource) {
   int iRow = 0;
   if (ZuImage* pImage = pSource->m_pImage) {
     bRead = !form.bDirect              ? ReadRgba(pFile.get(), pImage)
-            : TIFFIsTiled(pFile.get()) ? ReadTiles(pFile.get(), pImage, &iRow)
+            : TIFFIsTiled(pFile.get()) ? ReadTiles(pFile.get(), pSource->Room(), pImage, &iRow)
                                        : ReadStrips(pFile.get(), pImage, &iRow);
     if (form.bDirect && form.uPhotometric == PHOTOMETRIC_MINISWHITE) Invert(pImage);
   }
