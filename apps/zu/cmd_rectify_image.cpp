@@ -14,6 +14,7 @@
 #include "svg.h"
 #include "text_table.h"
 #include "zu/adjust/fit_primitives.h"
+#include "zu/adjust/zusp_line_fit.h"
 #include "zu/foundation/strict_number.h"
 #include "zu/image/rectify.h"
 #include "zu/photo/photo_view.h"
@@ -193,7 +194,8 @@ class RectifyImage {
     m_raster.m_toObject = m_trafo.GetTransMat();
     const double* M = m_raster.m_toObject.GetData();
     constexpr double adLevel[] = {1, 0, 0, 1};
-    m_bMap = M[0] == adLevel[0] && M[1] == adLevel[1] && M[4] == adLevel[2] && M[5] == adLevel[3];
+    m_bMap = !m_bLines && M[0] == adLevel[0] && M[1] == adLevel[1] && M[4] == adLevel[2] &&
+             M[5] == adLevel[3];
   }
 
   void TakeStored(const ZuPhoto& photo) {
@@ -206,11 +208,29 @@ class RectifyImage {
     m_trafo = *p;
     const std::string strLacks = m_project.LacksRectification(photo.GetId(), m_values.uZusp);
     if (!strLacks.empty()) Fail("rectification " + std::to_string(m_values.uZusp) + " " + strLacks);
-    if (IsIdentity(m_trafo.GetZuspMat()) && m_trafo.GetPPList().Count() > 0) ComputeStored();
+    const bool bEmpty = IsIdentity(m_trafo.GetZuspMat());
+    const bool bPoints = m_trafo.GetPPList().Count() > 0;
+    if (m_values.bLines || (bEmpty && !bPoints && m_trafo.IsByParallelDef())) {
+      FitLines(photo);
+    } else if (bEmpty && bPoints) {
+      ComputeStored();
+    }
     if (!ZuZuspFootprint(photo, m_trafo, &m_region) && m_values.strRegion.empty()) {
       Fail("rectification " + std::to_string(m_values.uZusp) +
            " has no valid region before the horizon; --region would be right");
     }
+  }
+
+  // From what is parallel, perpendicular or of known length in the picture.
+  void FitLines(const ZuPhoto& photo) {
+    ZuZuspLineOptions options;
+    options.bEstimateC = m_values.bEstimateC;
+    m_lines = ZuFitZuspLines(m_trafo, photo.GetCamera(), options);
+    if (m_lines.eStatus != ZuAdjustStatus::Good) {
+      Fail("rectification " + std::to_string(m_values.uZusp) + ", its lines: " + m_lines.strWhy);
+    }
+    m_lines.Store(&m_trafo);
+    m_bLines = true;
   }
 
   // A record that has its points and no matrices yet.
@@ -381,6 +401,7 @@ class RectifyImage {
       root["control"] = ControlJson(m_control);
       WriteControl(m_control, m_context.Text());
     }
+    if (m_bLines) ReportLines();
     m_context.Text() << m_values.strOut << ": " << m_raster.m_iWidth << " x " << m_raster.m_iHeight
                      << " pixels of " << Shortest(m_raster.m_dPixel) << ", region " << RegionText()
                      << (m_bMap ? ", a map" : "") << "\n\n";
@@ -411,6 +432,39 @@ class RectifyImage {
     table.Write(m_context.Text());
   }
 
+  void ReportLines() {
+    std::ostream& text = m_context.Text();
+    text << Counted(static_cast<long long>(m_lines.lines.size()), "line")
+         << ", residuals: across the line in the image [mm], angle [gon] and length in the "
+            "plane\n\n";
+    TextTable table;
+    for (const char* szTitle : {"line", "across", "angle", "length"}) table.AddColumn(szTitle);
+    table.AddColumn("", TextTable::eLeft);
+    Json lines = Json::array();
+    constexpr double kGon = 200.0 / 3.14159265358979323846;
+    for (const ZuZuspLineResidual& line : m_lines.lines) {
+      table.AddRow({std::to_string(line.uLine), Fixed(line.dAcross, 5),
+                    Fixed(line.dAngle * kGon, 4), Significant(line.dLength),
+                    line.bUsed ? "" : "no condition"});
+      lines.push_back(Json{{"id", line.uLine},
+                           {"used", line.bUsed},
+                           {"across", line.dAcross},
+                           {"angle", line.dAngle},
+                           {"length", line.dLength}});
+    }
+    table.Write(text);
+    text << "\nsigma0  " << Significant(m_lines.dSigma0) << " mm, " << m_lines.iRedundancy
+         << " redundant\nc       " << Shortest(m_lines.dC)
+         << (m_lines.dCSd > 0.0 ? "  sd " + Significant(m_lines.dCSd) : "")
+         << (m_lines.bScaled
+                 ? ""
+                 : "\nno line has a length: the unit is the photo's distance from the plane")
+         << "\n\n";
+    m_context.Root()["lines"] =
+        Json{{"sigma0", m_lines.dSigma0}, {"redundancy", m_lines.iRedundancy}, {"c", m_lines.dC},
+             {"c_sd", m_lines.dCSd},      {"scaled", m_lines.bScaled},         {"lines", lines}};
+  }
+
   struct Label {
     unsigned uId;
     double x, y;
@@ -427,7 +481,8 @@ class RectifyImage {
   std::vector<Label> m_labels;  // these in the plane
   ZuZuspTrafo m_trafo;
   RectifyControl m_control;
-  bool m_bControl = false, m_bMap = false;
+  ZuZuspLineFit m_lines;
+  bool m_bControl = false, m_bLines = false, m_bMap = false;
   ZuRegion m_region;
   ZuPlaneRaster m_raster;
   std::vector<Source> m_sources;
@@ -443,6 +498,10 @@ void AddRectifyImageOptions(Options& options, RectifyImageValues* pValues) {
       "plane is fitted to");
   options.Option("--control", "POINTS", &pValues->strControl,
                  "--image: coordinate file of points in the plane, measured in the photo");
+  options.Flag("--lines", &pValues->bLines,
+               "--image: compute --zusp from the lines and constraints of its PARALLELDEF");
+  options.Flag("--estimate-c", &pValues->bEstimateC,
+               "--image: find the camera constant from these lines, too");
   options.Option("--pixel", "S", &pValues->dPixel, "--image: size of a pixel in object units");
   options.Above(0.0);
   options.Option("--region", "X1,Y1,X2,Y2", &pValues->strRegion,

@@ -17,7 +17,7 @@ struct RectifyImageValues {
   std::string strPlane, strControl, strRegion, strPictures, strProjectOut;
   double dPixel = 0.0;
   unsigned uEpsg = 0;
-  bool bFlip = false;
+  bool bFlip = false, bLines = false, bEstimateC = false;
   AdjustValues adjust;
   PictureOptions picture;
   PointFormat format;

@@ -147,7 +147,8 @@ double WorstMiss(const nlohmann::json& result, const ZuImage& image, const nlohm
   return dWorst;
 }
 
-// PHOTO 1 with a rectification that has points and no matrices.
+// PHOTO 1 with rectifications that have no matrices: 3 has points, 4 the rows and columns of the
+// board as lines, the first row as x axis of 200 mm.
 std::string WithDefinition(ZuProject* pProject) {
   const ZuPhoto& photo = *pProject->PhotoList().Find(1);
   std::string strMeasured, strDefined;
@@ -160,7 +161,24 @@ std::string WithDefinition(ZuProject* pProject) {
     strDefined += strId + std::to_string(25 * (k % 9)) + ' ' +
                   std::to_string(25 * (5 - static_cast<int>(k / 9))) + " 0\n";
   }
+  std::string strLines;
+  for (int k = 1; k <= 15; ++k) {
+    const bool bRow = k <= 6;
+    const int iFirst = bRow ? 9 * k - 8 : k - 6, iLast = bRow ? 9 * k : k + 39;
+    strLines += "DEFLINE { " + std::to_string(k) + ' ' + std::to_string(iFirst) + ' ' +
+                std::to_string(iLast) + (k == 1 ? " 1 200 }\n" : " 0 0 }\n");
+    const int iOther = bRow ? 1 : 7;
+    if (k == iOther) continue;
+    strLines += "CONSTRAINT { " + std::to_string(iOther) + ' ' + std::to_string(k) + " 1 0 }\n";
+  }
+  strLines += "CONSTRAINT { 1 7 2 0 }\n";
   std::string strText = ReadFile(Chessboard("left.prj"));
+  const std::string strDistortion =
+      " DISTORTION { 1 4.915686 0.227808 0.065727 -0.00966481955 -0.000198009113 2.5 \"left "
+      "radial\" }\n";
+  strText.insert(strText.find("    AORM"), "ZUSPPLANE { ZUSPID 4 \"lines\" ACTIV 1 KAMERA 1\n" +
+                                               strDistortion + " MEASPOINTS {\n" + strMeasured +
+                                               "}\n PARALLELDEF {\n" + strLines + "}\n}\n");
   return strText.insert(
       strText.find("    AORM"),
       "ZUSPPLANE { ZUSPID 3 \"board\" ACTIV 1 KAMERA 1\n DISTORTION { 1 4.915686 0.227808 "
@@ -190,19 +208,13 @@ TEST(RectifyImage, ShowsEveryPointWhereItLies) {
     return points;
   };
   const auto run = [&](const std::string& strProject, const std::vector<std::string>& more) {
-    std::vector<std::string> arguments = {"rectify",
-                                          "--image",
-                                          strProject,
-                                          "--pixel",
-                                          "0.5",
-                                          "--region",
-                                          "-20,-20,220,145",
-                                          "-o",
-                                          folder.Path("r.tif"),
-                                          "--pictures",
-                                          folder.Path(""),
-                                          "--json"};
+    std::vector<std::string> arguments = {
+        "rectify",    "--image",       strProject, "--pixel", "0.5", "-o", folder.Path("r.tif"),
+        "--pictures", folder.Path(""), "--json"};
     arguments.insert(arguments.end(), more.begin(), more.end());
+    if (std::find(more.begin(), more.end(), "--region") == more.end()) {
+      arguments.insert(arguments.end(), {"--region", "-20,-20,220,145"});
+    }
     const Outcome outcome = RunZu(arguments);
     EXPECT_EQ(outcome.iExit, 0) << outcome.strErr;
     return outcome.Json();
@@ -228,6 +240,20 @@ TEST(RectifyImage, ShowsEveryPointWhereItLies) {
   EXPECT_NEAR(control["control"]["sigma0"].get<double>(), 0.099, 1e-3);
   result = run(strStored, {"--photo", "1", "--zusp", "3"});
   EXPECT_LT(WorstMiss(result, Read(folder.Path("r.tif")), places), 0.05);
+
+  // By what is parallel and perpendicular alone, and one length: the origin is point 1.
+  result = run(strStored, {"--photo", "1", "--zusp", "4", "--region", "-20,-145,220,20"});
+  places = pointsOf(1);
+  double dSquares = 0.0;
+  const ZuImage byLines = Read(folder.Path("r.tif"));
+  for (unsigned k = 0; k < 54; ++k) {
+    const double dMiss =
+        Miss(byLines, (25.0 * (k % 9) + 20.0) / 0.5 - 0.5, (20.0 + 25.0 * (k / 9)) / 0.5 - 0.5);
+    dSquares += dMiss * dMiss / 54.0;
+  }
+  // mm; origin and scale come from two corners, each measured to 0.15.
+  EXPECT_LT(std::sqrt(dSquares) * 0.5, 0.45);
+  EXPECT_EQ(result["lines"]["lines"].size(), 15U);
 
   // Two photos: each point is that of the photo that shows it better.
   result = run(Chessboard("left.prj"), {"--photo", "1,2", "--plane", strBoard});
