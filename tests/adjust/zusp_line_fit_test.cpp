@@ -249,6 +249,19 @@ TEST(ZuspLineFit, RefusesWhatDecidesNothing) {
     Facade::Define(p);
     pCamera->m_dC = 0.0;
   });
+  refused("decide the camera constant", ZuAdjustStatus::RankDefect,
+          [](auto* p, auto* pCamera, auto* pOptions) {  // seen from straight before it
+            Facade::Define(p);
+            p->SetDistortCameraFlag(false);
+            pCamera->m_dXh = pCamera->m_dYh = 0.0;
+            pOptions->bEstimateC = true;
+            ZuPoint* q = p->GetBikoList().First();
+            for (const Complex& z : Facade().corners) {
+              q->m_dX = z.real();
+              q->m_dY = z.imag();
+              q = q->Next();
+            }
+          });
   refused("no plane fulfils", ZuAdjustStatus::NotConverged, [](auto* p, auto*, auto*) {
     Facade::Define(p);
     p->SetDistortCameraFlag(false);

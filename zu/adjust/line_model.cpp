@@ -271,7 +271,13 @@ LineFitResult LineModel::Adjust(LineState* p) const {
       }
     }
     for (size_t i = 0; i < u; ++i) {
-      if (!(N[i * u + i] > 0.0) || !std::isfinite(N[i * u + i])) return result;
+      if (!std::isfinite(N[i * u + i])) return result;
+      if (!(N[i * u + i] > 0.0)) {  // in no condition
+        result.dLeastEigenvalue = 0.0;
+        result.direction.assign(u, 0.0);
+        result.direction[i] = 1.0;
+        return result;
+      }
       for (size_t k = 0; k < u; ++k) {
         scaled[i * u + k] = N[i * u + k] / std::sqrt(N[i * u + i] * N[k * u + k]);
       }
