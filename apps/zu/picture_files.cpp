@@ -1,5 +1,6 @@
 #include "picture_files.h"
 
+#include <algorithm>
 #include <cmath>
 
 #include "exit_code.h"
@@ -37,11 +38,13 @@ ZuImage ReadPicture(const std::string& strPath, const ZuPhoto& photo, Context& c
   WarnOf(findings, file, context);
   const ZuRegion& region = photo.GetDigiRegion();
   const double dWidth = std::fabs(region.Width()) + 1.0, dHeight = std::fabs(region.Height()) + 1.0;
-  // Some programs count the pixels instead of naming the last one.
-  if (std::fabs(dWidth - image.GetWidth()) <= 1.0 &&
-      std::fabs(dHeight - image.GetHeight()) <= 1.0) {
-    return image;
-  }
+  // Some programs count the pixels instead of naming the last one, and the last centre of a photo
+  // rescaled by F lies F - 1 pixels before the new border.
+  constexpr double kBorder = 0.005;  // of a side
+  const auto fits = [](double dTold, int iPixels) {
+    return std::fabs(dTold - iPixels) <= std::max(1.0, kBorder * iPixels);
+  };
+  if (fits(dWidth, image.GetWidth()) && fits(dHeight, image.GetHeight())) return image;
   throw CommandError(
       kBadInput, file.Name() + ": " + std::to_string(image.GetWidth()) + " x " +
                      std::to_string(image.GetHeight()) + " pixels, and photo " +
