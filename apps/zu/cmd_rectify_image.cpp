@@ -26,6 +26,7 @@ namespace cli {
 namespace {
 
 constexpr double kMostPixels = 4294967295.0;  // of a result
+constexpr double kMostSheetPixels = 6e7;      // of the picture on a sheet
 constexpr double kDegree = 3.14159265358979323846 / 180.0;
 
 bool IsIdentity(const ZuMatrix& m) {
@@ -63,6 +64,7 @@ class RectifyImage {
     }
     MakeRaster();
     MakePicture();
+    if (m_values.sheet.IsAsked()) WriteSheet();
     if (!m_values.strProjectOut.empty()) WriteOrthoPhoto();
     Report();
     return m_bControl && m_control.fit.iSetAside > 0 ? kNotAcceptable : kGood;
@@ -85,6 +87,7 @@ class RectifyImage {
     }
     CheckPictureEnding(m_values.strOut);
     if (!m_values.strProjectOut.empty()) CheckProjectEnding(m_values.strProjectOut);
+    CheckSheetOptions(m_values.sheet);
   }
 
   // --- The plane -----------------------------------------------------------------------------
@@ -312,19 +315,21 @@ class RectifyImage {
     return (folder / name.filename()).string();
   }
 
+  std::unique_ptr<ZuPixelMap> MakeMap(const ZuPlaneRaster& raster, const ZuPhoto& photo) const {
+    if (!m_values.strPlane.empty()) {
+      return std::make_unique<ZuPlaneToPhotoMap>(raster, photo, m_values.bFlip);
+    }
+    auto pMap = std::make_unique<ZuZuspToPhotoMap>(raster, m_trafo, photo, m_values.bFlip);
+    if (!pMap->IsValid()) Fail("the rectification has a singular matrix");
+    return pMap;
+  }
+
   void MakePicture() {
     ZuResampler resampler(m_raster.m_iWidth, m_raster.m_iHeight, m_values.picture.Kernel());
     for (const ZuPhoto* p : m_photos) {
       Source source;
       source.pPhoto = p;
-      if (m_values.strPlane.empty()) {
-        source.pMap = std::make_unique<ZuZuspToPhotoMap>(m_raster, m_trafo, *p, m_values.bFlip);
-        if (!static_cast<ZuZuspToPhotoMap&>(*source.pMap).IsValid()) {
-          Fail("the rectification has a singular matrix");
-        }
-      } else {
-        source.pMap = std::make_unique<ZuPlaneToPhotoMap>(m_raster, *p, m_values.bFlip);
-      }
+      source.pMap = MakeMap(m_raster, *p);
       source.image = ReadPicture(PictureOf(*p), *p, m_context);
       m_sources.push_back(std::move(source));
     }
@@ -352,6 +357,31 @@ class RectifyImage {
     const ZuRegion region = m_raster.GetRegion();
     return Shortest(region.Left()) + "," + Shortest(region.Bottom()) + "," +
            Shortest(region.Right()) + "," + Shortest(region.Top());
+  }
+
+  // The picture of the sheet is made anew, in the pixels of print, where these are coarser.
+  void WriteSheet() {
+    const ZuRegion region = m_raster.GetRegion();
+    const double dArea = region.Width() * region.Height();
+    ZuPlaneRaster raster = m_raster;
+    raster.SetRegion(region, std::max({m_raster.m_dPixel, SheetPixel(m_values.sheet),
+                                       std::sqrt(dArea / kMostSheetPixels)}));
+    std::vector<std::unique_ptr<ZuPixelMap>> maps;
+    ZuResampler resampler(raster.m_iWidth, raster.m_iHeight, m_values.picture.Kernel());
+    for (const Source& source : m_sources) {
+      maps.push_back(MakeMap(raster, *source.pPhoto));
+      resampler.AddSource(&source.image, maps.back().get());
+    }
+    SheetContent content;
+    content.strTitle = std::filesystem::path(m_values.strOut).stem().string();
+    content.region = raster.GetRegion();
+    content.strJpeg = MakeJpeg(&resampler, m_values.strOut);
+    for (const Label& label : m_labels) {
+      content.points.push_back({std::to_string(label.uId), label.x, label.y});
+    }
+    const std::string strFile = m_values.sheet.FileBeside(m_values.strOut);
+    m_context.NewOutput(strFile).Stream() << MakeSheet(content, m_values.sheet, strFile);
+    m_context.Root()["sheet"] = strFile;
   }
 
   void WriteOrthoPhoto() {
@@ -509,6 +539,7 @@ void AddRectifyImageOptions(Options& options, RectifyImageValues* pValues) {
   options.Option("--pictures", "PATH", &pValues->strPictures,
                  "--image: folder of the photos' pictures, or the picture (beside the project)");
   AddPictureOptions(options, &pValues->picture);
+  AddSheetOptions(options, &pValues->sheet);
   options.Option("--epsg", "N", &pValues->uEpsg, "--image: code of the map system, for GeoTIFF");
   options.AtMost(65534);
   options.Flag("--flip", &pValues->bFlip,

@@ -8,6 +8,7 @@
 #include "commands.h"
 #include "picture_files.h"
 #include "point_input.h"
+#include "rectify_sheet.h"
 
 namespace cli {
 
@@ -20,6 +21,7 @@ struct RectifyImageValues {
   bool bFlip = false, bLines = false, bEstimateC = false;
   AdjustValues adjust;
   PictureOptions picture;
+  SheetOptions sheet;
   PointFormat format;
 };
 

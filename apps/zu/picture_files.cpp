@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <cmath>
+#include <fstream>
+#include <sstream>
 
 #include "exit_code.h"
 #include "input_file.h"
@@ -68,6 +70,36 @@ void WritePicture(ZuResampler* pResampler, const std::string& strPath, ZuImageWr
     return;
   }
   throw CommandError(kCannotWrite, strPath + ": " + writer.GetError());
+}
+
+std::string MakeJpeg(ZuResampler* pResampler, const std::string& strBeside) {
+  constexpr int kBand = 64, kQuality = 90;
+  const OutputFile file(strBeside + ".jpg");
+  ZuImageWriter writer;
+  ZuImageWriteOptions options{pResampler->GetWidth(), pResampler->GetHeight(),
+                              pResampler->GetChannels(), 8, kQuality};
+  bool bGood = writer.Open(file.TempPath(), options);
+  ZuImage rows = pResampler->MakeRows(kBand),
+          eight(rows.GetWidth(), rows.GetHeight(), rows.GetChannels(), 8);
+  for (int y = 0; bGood && y < options.m_iHeight; y += kBand) {
+    pResampler->Resample(y, &rows);
+    const std::size_t uSamples = eight.GetRowBytes() * static_cast<std::size_t>(rows.GetHeight());
+    if (rows.GetBits() == 8) {
+      std::copy_n(rows.GetData(), uSamples, eight.GetData());
+    } else {
+      std::transform(rows.GetRow<std::uint16_t>(0), rows.GetRow<std::uint16_t>(0) + uSamples,
+                     eight.GetData(),
+                     [](std::uint16_t u) { return static_cast<std::uint8_t>(u >> 8); });
+    }
+    bGood = writer.Write(eight, std::min(kBand, options.m_iHeight - y));
+  }
+  if (!bGood || !writer.Close()) {
+    throw CommandError(kCannotWrite, strBeside + ": " + writer.GetError());
+  }
+  std::ifstream stream(file.TempPath(), std::ios::binary);
+  std::ostringstream bytes;
+  bytes << stream.rdbuf();
+  return bytes.str();
 }
 
 }  // namespace cli

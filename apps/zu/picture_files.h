@@ -33,4 +33,8 @@ ZuImage ReadPicture(const std::string& strPath, const ZuPhoto& photo, Context& c
 void WritePicture(ZuResampler* pResampler, const std::string& strPath, ZuImageWriteOptions options,
                   const PictureOptions& picture, Context& context);
 
+// The picture of the resampler as a JPEG file in memory, 8 bits a sample. strBeside: a result file,
+// in whose folder it is written first. Throws CommandError (cannot write).
+std::string MakeJpeg(ZuResampler* pResampler, const std::string& strBeside);
+
 }  // namespace cli

@@ -128,11 +128,12 @@ void Svg::Rect(double x, double y, double dWidth, double dHeight, const std::str
                Attribute("height", dHeight) + " " + strStyle + "/>\n";
 }
 
-void Svg::Picture(double x, double y, double dWidth, double dHeight, const std::string& strJpeg) {
+void Svg::Picture(double x, double y, double dWidth, double dHeight, const std::string& strJpeg,
+                  double dOpacity) {
   m_strBody += "<image" + Attribute("x", x) + Attribute("y", y) + Attribute("width", dWidth) +
-               Attribute("height", dHeight) +
-               " opacity='0.35' preserveAspectRatio='none' href='data:image/jpeg;base64," +
-               Base64(strJpeg) + "'/>\n";
+               Attribute("height", dHeight) + Attribute("opacity", dOpacity) +
+               " preserveAspectRatio='none' href='data:image/jpeg;base64," + Base64(strJpeg) +
+               "'/>\n";
 }
 
 void Svg::Circle(double x, double y, double dRadius, const std::string& strStyle) {
@@ -188,11 +189,12 @@ void Svg::Dots(const std::vector<Segment>& segments, double dRadius, const std::
                Attribute("stroke-width", 2.0 * dRadius) + " " + strStyle + "/>\n";
 }
 
-std::string Svg::Document(const std::string& strTitle) const {
+std::string Svg::AsText(const std::string& strTitle, const std::string& strUnit) const {
   return "<svg xmlns='http://www.w3.org/2000/svg' viewBox='0 0 " + Pixel(m_dWidth) + " " +
-         Pixel(m_dHeight) + "' width='" + Pixel(m_dWidth) + "' height='" + Pixel(m_dHeight) +
-         "' font-family='sans-serif' role='img'>\n<title>" + XmlText(strTitle) + "</title>\n" +
-         "<rect width='100%' height='100%' fill='white'/>\n" + m_strBody + "</svg>\n";
+         Pixel(m_dHeight) + "' width='" + Pixel(m_dWidth) + strUnit + "' height='" +
+         Pixel(m_dHeight) + strUnit + "' font-family='sans-serif' role='img'>\n<title>" +
+         XmlText(strTitle) + "</title>\n" + "<rect width='100%' height='100%' fill='white'/>\n" +
+         m_strBody + "</svg>\n";
 }
 
 SvgPlot::SvgPlot(Svg& svg, double dLeft, double dTop, double dWidth, double dHeight, Range x,

@@ -19,9 +19,10 @@ class Svg {
   void Line(double x1, double y1, double x2, double y2, const std::string& strStyle);
   void Polyline(const std::vector<std::pair<double, double>>& points, const std::string& strStyle);
   void Rect(double x, double y, double dWidth, double dHeight, const std::string& strStyle);
-  // A picture in the page itself: the bytes of a JPEG file. Pale, so that what is drawn over it is
-  // seen.
-  void Picture(double x, double y, double dWidth, double dHeight, const std::string& strJpeg);
+  // A picture in the page itself: the bytes of a JPEG file. Pale by default, so that what is drawn
+  // over it is seen.
+  void Picture(double x, double y, double dWidth, double dHeight, const std::string& strJpeg,
+               double dOpacity = 0.35);
   void Circle(double x, double y, double dRadius, const std::string& strStyle);
   // strAnchor is "start", "middle" or "end"; dTurn in degrees, clockwise.
   void Text(double x, double y, const std::string& strText, double dSize,
@@ -39,9 +40,13 @@ class Svg {
 
   // The whole drawing, scaled to its place by the viewer. strTitle is read by screen readers and
   // shown as a tool tip.
-  std::string Document(const std::string& strTitle) const;
+  std::string Document(const std::string& strTitle) const { return AsText(strTitle, ""); }
+  // The same for paper: its units are mm.
+  std::string Sheet(const std::string& strTitle) const { return AsText(strTitle, "mm"); }
 
  private:
+  std::string AsText(const std::string& strTitle, const std::string& strUnit) const;
+
   double m_dWidth, m_dHeight;
   std::string m_strBody;
 };

@@ -278,6 +278,28 @@ TEST(RectifyImage, ShowsEveryPointWhereItLies) {
   EXPECT_EQ(pixel.m_dY, 144.75);
 }
 
+// 1:2 in mm: a point 40 units right of the border stands 20 mm right of the frame's.
+TEST(RectifyImage, DrawsASheetToScale) {
+  const ScratchFolder folder;
+  const std::string strCall =
+      "zu rectify --image $S/chessboard/left.prj --photo 1 --plane $S/chessboard/board.coo --pixel "
+      "1 --region -40,-40,240,165 -o a.png --sheet 1:2 --unit mm";
+  for (const char* szMore : {"", " --sheet-out a.svg"}) {
+    const std::string strLine = strCall + szMore;
+    ExpectLines({{strLine.c_str(), 0, "", ""}}, folder);
+  }
+  const std::string strSvg = ReadFile(folder.Path("a.svg"));
+  EXPECT_NE(strSvg.find("width='170mm' height='142.5mm'"), std::string::npos);
+  EXPECT_NE(strSvg.find("<circle cx='38' cy='36' r='0.8'"), std::string::npos);     // point 1
+  EXPECT_NE(strSvg.find("<circle cx='138' cy='98.5' r='0.8'"), std::string::npos);  // point 54
+  EXPECT_NE(strSvg.find("<image x='18' y='16' width='140' height='102.5'"), std::string::npos);
+  EXPECT_NE(strSvg.find(">100 mm<"), std::string::npos);  // the bar: 50 mm of paper
+  const std::string strPdf = ReadFile(folder.Path("a.pdf"));
+  EXPECT_EQ(strPdf.substr(0, 5), "%PDF-");
+  EXPECT_NE(strPdf.find("[ 0 0 481.88"), std::string::npos);  // 170 mm in points
+  EXPECT_EQ(folder.Names(), (std::vector<std::string>{"a.pdf", "a.pgw", "a.png", "a.svg"}));
+}
+
 TEST(RectifyImage, Refuses) {
   const ScratchFolder folder;
   folder.Write("three.coo", "1 0 125 0\n2 25 125 0\n9 200 125 0\n46 0 0 0\n");
@@ -302,6 +324,12 @@ TEST(RectifyImage, Refuses) {
       {"--photo 1 --pixel 1 --plane line.coo -o a.png", 4, "line.coo: "},
       {"--photo 1 --pixel 1 --zusp 7 -o a.png", 3, "photo 1 has no rectification 7"},
       {"--photo 1 --pixel 1 --control three.coo -o a.png", 4, "three of four in a line"},
+      {"--photo 1 --pixel 1 --plane $S/chessboard/board.coo -o a.png --sheet 50", 2,
+       "a scale as 1:50"},
+      {"--photo 1 --pixel 1 --plane $S/chessboard/board.coo -o a.png --sheet 1:1", 2,
+       "at most 5 m"},
+      {"--photo 1 --pixel 1 --plane $S/chessboard/board.coo -o a.png --sheet-out a.pdf", 2,
+       "--sheet-out needs --sheet"},
       {"--photo 1 --pixel 1 --plane $S/chessboard/board.coo -o a.png --pictures .", 3,
        "left01.jpg"},
   };
