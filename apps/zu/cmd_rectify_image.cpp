@@ -130,18 +130,9 @@ class RectifyImage {
       Fail("no plane " + m_values.strPlane + ", and no coordinate file of that name", kBadInput);
     }
     ReadPoints(m_values.strPlane, m_values.format, m_context, &m_points);
-    std::vector<ZuFitPoint> points;
-    for (const ZuPoint* p = m_points.First(); p != nullptr; p = p->Next()) {
-      ZuFitPoint point;
-      point.uId = p->GetId();
-      point.adX[0] = p->m_dX;
-      point.adX[1] = p->m_dY;
-      point.adX[2] = p->m_dZ;
-      points.push_back(point);
-    }
     ZuFitOptions options;
     options.tests.bSnoop = false;
-    const ZuPlaneFit fit = ZuFitPlane(points, options);
+    const ZuPlaneFit fit = ZuFitPlane(FitPointsOf(m_points, m_values.format.strColumns), options);
     if (fit.fit.eStatus != ZuAdjustStatus::Good) {
       throw CommandError(kUndetermined,
                          NameInMessages(m_values.strPlane) + ": " +
