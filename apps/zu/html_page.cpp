@@ -21,7 +21,7 @@ h1{font-size:1.5em;margin:.2em 0}h2{font-size:1.15em;margin:1.6em 0 .5em;border-
 figcaption,.note{color:var(--soft);font-size:.9em;margin:.4em 0}figcaption{max-width:480px}
 code{font:13px 'DejaVu Sans Mono',monospace;overflow-wrap:anywhere}li{overflow-wrap:anywhere}
 @media(max-width:640px){body{margin:.5em auto;padding:0 .7em}.verdict{font-size:1em;padding:.6em .7em}svg{width:100%}figure{width:100%}}
-@media print{:root{color-scheme:light}body{max-width:none;margin:0;padding:0;font-size:11px}.row{display:block}figure{display:inline-block;width:49%}.photos svg{display:inline-block;width:32%}svg,figure,.verdict,.keep{break-inside:avoid}h2,.note.above{break-after:avoid}}
+@media print{:root{color-scheme:light}body{max-width:none;margin:0;padding:0;font-size:11px}.row{display:block}figure{display:inline-block;width:49%}.photos svg{display:inline-block;width:32%}svg,figure,.verdict,.keep{break-inside:avoid}h2,.note.above{break-after:avoid}.note{break-inside:avoid}}
 )";
 
 // Colours of drawings on a dark screen; a rule outweighs the attribute of the shape.

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cstdio>
-#include <numeric>
 #include <utility>
 
 #include "svg.h"
@@ -13,6 +12,8 @@ namespace {
 
 // Characters of the numbers of a row that a narrow screen has room for in the size of the text.
 constexpr size_t kNarrow = 24;
+// Widest column of names that a table leaves whole [ch].
+constexpr size_t kNameRoom = 18;
 
 // Text as the content of a style sheet's string: whatever could end it is written as a number.
 std::string CssText(const std::string& strText) {
@@ -38,30 +39,31 @@ void HtmlTable::AddRow(const std::vector<std::string>& cells, bool bTotal) {
   for (size_t i = 0; i < m_columns.size(); ++i) {
     m_strRows += m_columns[i].bLeft ? "<td class='l'>" : "<td>";
     m_strRows += (i < cells.size() ? XmlText(cells[i]) : "-") + "</td>";
-    // Names and paths may be broken anywhere.
-    if (i < cells.size() && !m_columns[i].bLeft) {
-      m_longest[i] = std::max(m_longest[i], cells[i].size());
-    }
+    if (i < cells.size()) m_longest[i] = std::max(m_longest[i], cells[i].size());
   }
   m_strRows += "</tr>\n";
 }
 
 std::string HtmlTable::Html() const {
   const bool bWide = m_columns.size() > 4;
-  const bool bTight =
-      !bWide && std::accumulate(m_longest.begin(), m_longest.end(), size_t{0}) > kNarrow;
   std::string strHead, strTitles;
+  size_t uNumbers = 0;
   for (size_t i = 0; i < m_columns.size(); ++i) {
+    // Names and paths may be broken anywhere; short ones need not be.
+    const bool bLeft = m_columns[i].bLeft;
+    const size_t uRoom = std::min(m_longest[i] + 2, kNameRoom);
     strHead +=
-        (m_columns[i].bLeft ? "<th class='l'>" : "<th>") + XmlText(m_columns[i].strTitle) + "</th>";
+        (bLeft ? "<th class='l' style='min-width:" + std::to_string(uRoom) + "ch'>" : "<th>") +
+        XmlText(m_columns[i].strTitle) + "</th>";
+    if (!bLeft) uNumbers += m_longest[i];
     strTitles += "#" + m_strId + " td:nth-child(" + std::to_string(i + 1) + ")::before{content:\"" +
                  CssText(m_columns[i].strTitle) + "\"}\n";
   }
   return (bWide ? "<style>@media(max-width:640px){\n" + strTitles + "}</style>\n" : "") +
          "<table id='" + m_strId + "'" +
-         (bWide    ? " class='wide'"
-          : bTight ? " class='tight'"
-                   : "") +
+         (bWide                ? " class='wide'"
+          : uNumbers > kNarrow ? " class='tight'"
+                               : "") +
          "><thead><tr>" + strHead + "</tr></thead>\n<tbody>\n" + m_strRows + "</tbody></table>\n";
 }
 

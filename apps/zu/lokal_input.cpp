@@ -4,6 +4,7 @@
 
 #include "exit_code.h"
 #include "point_input.h"
+#include "project_input.h"
 #include "zu/foundation/reader.h"
 #include "zu/foundation/strict_number.h"
 
@@ -140,6 +141,7 @@ class DefinitionFile : public LinkHdl {
  public:
   explicit DefinitionFile(const std::string& strPath) {
     const InputFile file(strPath, "a file with LOKAL { ... }");
+    CheckValues(file);
     ZuReader reader(file.Path().c_str());
     ZuReaderObject lokal("LOKAL", Link(this, &DefinitionFile::ReadSystem));
     reader.RegisterObject(lokal);
@@ -158,6 +160,14 @@ class DefinitionFile : public LinkHdl {
   const ZuLokalSystem& System() const { return m_system; }
 
  private:
+  // The keyword reader takes what is no number for the part of it that is one.
+  static void CheckValues(const InputFile& file) {
+    ZuProject project;
+    if (!project.Read(file.Path().c_str()) && !project.IsForeign() && !project.IsCut()) {
+      FailOf(project.GetFindings(), file);
+    }
+  }
+
   int ReadSystem(ZuReaderObject* pObject) {
     ZuLokalSystem system;
     system.Read(pObject);

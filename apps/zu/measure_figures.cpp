@@ -103,10 +103,9 @@ std::string PhotoFigures::Figure(const ZuMeasuredPhoto& photo) const {
   const std::string strId = std::to_string(photo.m_pPhoto->GetId());
   svg.Text(1.0, 13.0, "Photo " + strId + ", " + photo.m_pPhoto->GetName().chars(), 13.0, "start",
            0.0, "fill='#111' font-weight='bold'");
-  svg.Text(
-      1.0, 31.0,
-      photo.m_iChecked > 0 ? "RMS " + Significant(photo.m_dRmsPixels) + " px" : "no check points",
-      12.0);
+  svg.Text(1.0, 31.0,
+           photo.m_iChecked > 0 ? "RMS " + Fixed(photo.m_dRmsPixels, 3) + " px" : "no check points",
+           12.0);
   ScaleBar(svg, kPhotoWidth, 27.0, m_dFactor * dScale, "px");
   svg.Rect(1.0, 39.0, kPhotoWidth, dHeight, "fill='#fcfcfc' stroke='#555'");
   std::vector<Drawn> residuals, others;

@@ -1,6 +1,7 @@
 #include "options.h"
 
 #include <CLI/CLI.hpp>
+#include <charconv>
 #include <functional>
 
 #include "text_table.h"
@@ -11,6 +12,18 @@ namespace {
 
 // The first name of "-o,--output".
 std::string FirstName(const std::string& strName) { return strName.substr(0, strName.find(',')); }
+
+// Before the number is read: 1.5, 12abc, -1 for what cannot be negative.
+template <class T>
+void LimitWhole(void* pOption, const char* szWanted) {
+  static_cast<CLI::Option*>(pOption)->check([szWanted](const std::string& strValue) {
+    const char* const pEnd = strValue.data() + strValue.size();
+    T value{};
+    const auto read = std::from_chars(strValue.data(), pEnd, value);
+    const bool bGood = read.ec == std::errc() && read.ptr == pEnd;
+    return bGood ? std::string() : strValue + " is not " + szWanted;
+  });
+}
 
 void Limit(void* pOption, const std::string& strWanted, const std::function<bool(double)>& fnGood) {
   static_cast<CLI::Option*>(pOption)->check([strWanted, fnGood](const std::string& strValue) {
@@ -46,10 +59,12 @@ void Options::Option(const char* szName, const char* szType, std::string* pValue
 
 void Options::Option(const char* szName, const char* szType, int* pValue, const char* szHelp) {
   m_pLast = m_pApp->add_option(szName, *pValue, szHelp)->type_name(szType)->capture_default_str();
+  LimitWhole<int>(m_pLast, "a whole number such as 12");
 }
 
 void Options::Option(const char* szName, const char* szType, unsigned* pValue, const char* szHelp) {
   m_pLast = m_pApp->add_option(szName, *pValue, szHelp)->type_name(szType)->capture_default_str();
+  LimitWhole<unsigned>(m_pLast, "a whole number from 0 to 4294967295");
 }
 
 void Options::Option(const char* szName, const char* szType, double* pValue, const char* szHelp) {

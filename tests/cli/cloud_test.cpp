@@ -97,6 +97,11 @@ TEST(Cloud, PlyByNamesAndPtsByDialects) {
   EXPECT_EQ(Info(strOut)["normals"], 2);
   EXPECT_NE(Converted(strPly, strOut, {"--ply", "ascii"}).find("property double x"),
             std::string::npos);
+  // The library's reader takes columns by their places, and no normals.
+  EXPECT_EQ(Info(Sample("milk_carton.ply"), {"--ply", "library"})["normals"], 0);
+  EXPECT_NE(Converted(folder.Write("l.pts", "1\n1 2 3 4\n"), strOut, {"--ply", "library"})
+                .find("double nz\nproperty uchar red\n"),
+            std::string::npos);
 
   const std::string strPts =
       folder.Write("in.pts", "3\n1 2 3 0 9 8 7\n1 2 3 7 6 5 4\n1 2 3 255 3 2 1\n");

@@ -121,6 +121,8 @@ TEST(Program, ChecksTheNumbersOfItsOptions) {
   folder.Write("a.coo", "1 0 0 0\n2 1 0 0\n3 0 1 0\n");
   ExpectLines(
       {{"zu transform a.coo --control a.coo --min-points -7", 2, "", "-7 is not at least 3"},
+       {"zu camera adjust $S/chessboard/cameras.cam --id 1.5", 2, "",
+        "--id: 1.5 is not a whole number from 0 to 4294967295"},
        {"zu merge a.coo a.coo --tolerance nan", 2, "", "nan is not a number"},
        {"zu merge a.coo a.coo --tolerance 0", 2, "", "0 is not above 0"},
        {"zu merge a.coo a.coo --tolerance 1 --blend 2", 2, "", "2 is not at most 1"},

@@ -163,6 +163,7 @@ TEST(Local, RefusesWhatIsNoDefinition) {
   folder.Write("a", kHouse);
   folder.Write("line", "1 0 0 0\n2 1 0 0\n3 2 0 0\n");
   folder.Write("cut.prj", "LOKAL { 1 1 }\n");
+  folder.Write("comma.prj", "LOKAL { 1 1 2 4 3  1 0 1,5 0  0 0 0  0 0 0  0 0 0 }\n");
   folder.Write("far.prj", "LOKAL { 1 1 2 4 9 1 0 0 0  0 0 0  0 0 0  0 0 0 }\n");
   ExpectLines(
       {{"zu local a --axis X:1,2", 2, "", "--plane XY:3"},
@@ -174,6 +175,8 @@ TEST(Local, RefusesWhatIsNoDefinition) {
        {"zu local a --axis X:1,2 --plane XY:3 --scale 1,2:-4", 2, "", "cannot be understood"},
        {"zu local a --axis X:1,2 --plane XY:3 --origin 1:2,3", 2, "", "cannot be understood"},
        {"zu local a --definition none.prj", 3, "", "no such file"},
+       {"zu local a --definition comma.prj", 3, "",
+        "comma.prj:1:23: \"1,5\" is no number; 1.5 would"},
        {"zu local a --definition cut.prj", 3, "", "no whole definition"},
        {"zu local a --definition far.prj", 3, "", "missing"},
        {"zu local line --axis X:1,2 --plane XY:3", 4, "", "on one line"}},

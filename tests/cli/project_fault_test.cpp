@@ -169,9 +169,12 @@ TEST(PointFaults, OfCamerasAndChains) {
     EXPECT_EQ(outcome.iExit, row.iExit) << row.szMode << row.szInput << outcome.strErr;
     EXPECT_NE(outcome.strErr.find(row.szMessage), std::string::npos) << outcome.strErr;
   }
-  for (const char* szInput : {"1 50 0\n", "1 1e77 1e77\n", "1 4.3 4.5\n"}) {
+  for (const char* szInput : {"1 50 0\n", "1 1e77 1e77\n", "1 1e50 1\n", "1 4.3 4.5\n"}) {
     RunOptions input;
     input.strInput = szInput;
+    const Outcome back =
+        RunZu({"camera", "adjust", strCameras, "--id", "1", "--json", "--inverse"}, input);
+    EXPECT_EQ(back.iExit, szInput[2] == '4' ? 0 : 1) << back.strOut;
     const Outcome outcome = RunZu({"camera", "adjust", strCameras, "--id", "1", "--json"}, input);
     EXPECT_EQ(outcome.iExit, 1);
     EXPECT_EQ(outcome.Json()["refused"], 1);

@@ -51,7 +51,7 @@ TEST(Report, StandsAloneWithFiguresScaleBarsAndBothColourSchemes) {
        {"RMS 0.1377 mm", "RMS [mm]", "left14.jpg", "times as long", "CRC-32",
         "Lengths of the residuals", "RMS [px]", "0.5 px</text>", "mm</text>", "Object coordinates",
         "the RMS is 0.205 pixels", "prefers-color-scheme:dark", "max-width:640px",
-        "break-after:avoid"}) {
+        "break-after:avoid", "min-width:12ch'>file"}) {
     EXPECT_NE(strReport.find(szNeeded), std::string::npos) << szNeeded;
   }
   EXPECT_LT(strReport.size(), 300000U);

@@ -43,7 +43,7 @@ inline double FoldSquare(const ZuCamera& camera) {
 }
 
 // The root of r (1 - d(r)) = dTarget up to the fold: Newton's method within a shrinking bracket, to
-// the last bits. Negative when the target lies beyond.
+// the last bits. Negative when the target lies beyond, or so far out that no root is found.
 inline double MeasuredRadius(const ZuCamera& camera, double dTarget) {
   const auto forward = [&](double r) { return r * (1.0 - camera_kernel::Radial2(camera, r)); };
   double dLow = 0.0, dHigh = std::sqrt(FoldSquare(camera));
@@ -62,10 +62,10 @@ inline double MeasuredRadius(const ZuCamera& camera, double dTarget) {
     double dNext = r - e / dSlope;
     if (std::fabs(dNext - r) <= 2e-16 * r) return dNext;
     if (!(dNext > dLow && dNext < dHigh)) dNext = 0.5 * (dLow + dHigh);
-    if (dNext == r) break;
+    if (dNext == r) return r;
     r = dNext;
   }
-  return r;
+  return -1.0;
 }
 
 // Column of a change of c: the corrected point moves along itself.
