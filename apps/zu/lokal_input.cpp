@@ -163,9 +163,19 @@ class DefinitionFile : public LinkHdl {
   // The keyword reader takes what is no number for the part of it that is one.
   static void CheckValues(const InputFile& file) {
     ZuProject project;
-    if (!project.Read(file.Path().c_str()) && !project.IsForeign() && !project.IsCut()) {
-      FailOf(project.GetFindings(), file);
+    project.Read(file.Path().c_str());
+    std::uint64_t uFirst = 0, uEnd = 0;  // lines of the first definition
+    for (const ZuProjectItem& item : project.GetItems()) {
+      const std::uint64_t uLine = item.m_pBlock != nullptr ? item.m_pBlock->m_uLine : 0;
+      if (uFirst > 0 && uEnd == 0) uEnd = uLine;
+      if (uFirst == 0 && item.m_iLocalSystem == 0) uFirst = uLine;
     }
+    ZuFindingList values;
+    for (const ZuFinding& finding : project.GetFindings()) {
+      const bool bInside = finding.m_uLine >= uFirst && (uEnd == 0 || finding.m_uLine <= uEnd);
+      if (uFirst > 0 && bInside && finding.m_uColumn > 0) values.Add(finding);
+    }
+    if (values.GetErrorCount() > 0 && !project.IsCut()) FailOf(values, file);
   }
 
   int ReadSystem(ZuReaderObject* pObject) {

@@ -176,7 +176,7 @@ TEST(Local, RefusesWhatIsNoDefinition) {
        {"zu local a --axis X:1,2 --plane XY:3 --origin 1:2,3", 2, "", "cannot be understood"},
        {"zu local a --definition none.prj", 3, "", "no such file"},
        {"zu local a --definition comma.prj", 3, "",
-        "comma.prj:1:23: \"1,5\" is no number; 1.5 would"},
+        "comma.prj:1:24: \"1,5\" is no number; 1.5 would"},
        {"zu local a --definition cut.prj", 3, "", "no whole definition"},
        {"zu local a --definition far.prj", 3, "", "missing"},
        {"zu local line --axis X:1,2 --plane XY:3", 4, "", "on one line"}},

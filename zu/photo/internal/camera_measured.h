@@ -47,7 +47,7 @@ inline double FoldSquare(const ZuCamera& camera) {
 inline double MeasuredRadius(const ZuCamera& camera, double dTarget) {
   const auto forward = [&](double r) { return r * (1.0 - camera_kernel::Radial2(camera, r)); };
   double dLow = 0.0, dHigh = std::sqrt(FoldSquare(camera));
-  if (!(dTarget >= 0.0) || !(dHigh > 0.0)) return -1.0;
+  if (!(dTarget >= 0.0) || std::isinf(dTarget) || !(dHigh > 0.0)) return -1.0;
   if (std::isinf(dHigh)) {  // grows without end: at least as k r
     dHigh = std::max(dTarget, std::numeric_limits<double>::min());
     while (forward(dHigh) < dTarget) dHigh *= 2.0;
