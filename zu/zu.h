@@ -1,7 +1,14 @@
 // Umbrella header for applications; the library itself never includes it.
 #pragma once
 
+#include "zu/cad/arc.h"
+#include "zu/cad/balanced_line.h"
+#include "zu/cad/cad_fit.h"
+#include "zu/cad/cad_plane.h"
 #include "zu/cad/lines_match.h"
+#include "zu/cad/ortho_line.h"
+#include "zu/cad/rectangle.h"
+#include "zu/cad/sight_intersection.h"
 #include "zu/cloud/cloud_detect.h"
 #include "zu/cloud/cloud_reading.h"
 #include "zu/cloud/file_buff.h"
