@@ -3,7 +3,7 @@
 #include <cstdio>
 
 #include "fuzz/points_use.h"
-#include "zu/points/read_coordinates.h"
+#include "zu/points/gsi_survey.h"
 
 namespace {
 
@@ -87,5 +87,14 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* pData, std::size_t uSi
   RequireSamePoints(list, tolerant);
   const bool bWhole = ZuReadGsi(input.Path(), strict).m_Findings.IsWhole();
   Require(strict.Count() <= iCount && (!bWhole || strict.Count() == iCount));
+  // With measurements: the points oriented by themselves, with deviations, each with its line.
+  ZuGsiOptions options;
+  options.m_bMeasured = (input.Option() & 1) != 0;
+  options.m_pKnown = &list;
+  options.m_dSigmaDirection = options.m_dSigmaDistance = 1e-3;
+  ZuPointList measured;
+  const ZuGsiReading reading = ZuReadGsiPoints(input.Path(), options, measured, eZuReadTolerant);
+  Require(reading.m_aLines.size() == static_cast<std::size_t>(measured.Count()));
+  UsePoints(measured);
   return 0;
 }

@@ -98,6 +98,7 @@
 #include "zu/points/filter.h"
 #include "zu/points/flag.h"
 #include "zu/points/format_table.h"
+#include "zu/points/gsi_survey.h"
 #include "zu/points/point.h"
 #include "zu/points/point_list.h"
 #include "zu/points/point_tripel.h"

@@ -19,6 +19,12 @@ const std::vector<Command>& Commands() {
        "fits a plane to a scan without point numbers, prints its coefficients and the distance of\n"
        "each point, largest first, and writes the foot points on the plane to feet.xyz.",
        DefinePlane},
+      {"points gsi", "make a coordinate file of what a total station has recorded",
+       "  zu points gsi samples/gsi/polar8.gsi --sigma-angle 0.3 --sigma-distance 1 -o polar.coo\n"
+       "turns directions, zenith angles and distances from a station into coordinates with "
+       "standard\n"
+       "deviations, and tells the point whose station is not known.",
+       DefinePointsGsi},
       {"local", "put points into a local system defined by named points",
        "  zu local samples/datum/local.coo --axis X:2,1 --plane XY:3 --origin 2:1000,1000,0\n"
        "lays the x axis from station 2 to station 1 and the xy plane through station 3, and gives\n"

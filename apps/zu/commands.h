@@ -67,6 +67,7 @@ Runner DefinePhotoInfo(Options& options);
 Runner DefinePhotoRescale(Options& options);
 Runner DefinePhotoUndistort(Options& options);
 Runner DefinePlane(Options& options);
+Runner DefinePointsGsi(Options& options);
 Runner DefineProjectInfo(Options& options);
 Runner DefineProjectMerge(Options& options);
 Runner DefineProjectRenumber(Options& options);

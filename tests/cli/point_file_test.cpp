@@ -128,3 +128,16 @@ TEST(PointFile, IsWrittenWithTheColumnsItWasReadWith) {
     EXPECT_NEAR(copies[i]["z"].get<double>(), points[i]["z"].get<double>(), 1e-12);
   }
 }
+
+TEST(PointFile, OfATotalStation) {
+  const ScratchFolder folder;
+  folder.Write("known.coo", "S02 130 200 50\n101 117.678 217.678 50.1\n");
+  ExpectLines({{"zu points gsi $S/gsi/polar8.gsi -o a.coo", 0, "3 points, columns id,x,y,z",
+                "those of its station \"S02\""},
+               {"zu points gsi $S/gsi/polar8.gsi --strict -o b.coo", 3, "",
+                ":7: point \"104\" has no coord"},
+               {"zu points gsi $S/gsi/polar8.gsi --known known.coo --sigma-angle 1 -o c.coo", 0,
+                "4 points, columns id,x,y,z,dx,dy,dz", ""},
+               {"zu points gsi known.coo -o d.coo", 3, "", "known.coo:1:1"}},
+              folder);
+}
