@@ -105,6 +105,7 @@
 #include "zu/points/read_coordinates.h"
 #include "zu/points/spheron.h"
 #include "zu/points/units.h"
+#include "zu/points/update_points.h"
 #include "zu/project/camera_file.h"
 #include "zu/project/check.h"
 #include "zu/project/covariance.h"

@@ -166,6 +166,12 @@ const std::vector<Command>& Commands() {
        "  zu project renumber samples/chessboard/left.prj --start 101 -o left101.prj\n"
        "writes photos 101 to 113 with their measurements.",
        DefineProjectRenumber},
+      {"project update", "give object points of a project new coordinates",
+       "  zu project update house.prj measured.coo --columns id,x,y,z,dx,dy,dz --mode mean \\\n"
+       "     --sigma-old 0.01 --tolerance 0.05 -o updated.prj\n"
+       "takes the mean by the accuracies of both, adds the points that are new, and tells those\n"
+       "farther than 0.05 from their former place; exit code 1 where there are any.",
+       DefineProjectUpdate},
       {"check", "find what is wrong or not plausible in files",
        "  zu check samples/chessboard/left.prj samples/chessboard/board.coo\n"
        "finds nothing and ends with 0; what it finds stands one a line, file:line:column: "

@@ -72,6 +72,7 @@ Runner DefineProjectInfo(Options& options);
 Runner DefineProjectMerge(Options& options);
 Runner DefineProjectRenumber(Options& options);
 Runner DefineProjectSplit(Options& options);
+Runner DefineProjectUpdate(Options& options);
 Runner DefineRectify(Options& options);
 Runner DefineTrafo2d(Options& options);
 Runner DefineTransform(Options& options);

@@ -67,4 +67,21 @@ TEST(ProjectFiles, RescaledPhotosMeasureTheSame) {
   EXPECT_NEAR(full["rms_pixels"].get<double>(), 2.0 * half["rms_pixels"].get<double>(), 1e-3);
 }
 
+TEST(ProjectFiles, NewCoordinatesOfObjectPoints) {
+  const ScratchFolder folder;
+  folder.Write("p.prj", ReadFile(Source("samples/chessboard/left.prj")) +
+                            "POINTS {\n1 10 2 3\n2 20 2 3\n}\n");
+  folder.Write("new.coo", "1 5 2 3 0.01 0.01 0.01\n7 1 1 1 1 1 1\n");
+  const std::string strMean =
+      "zu project update p.prj new.coo --columns id,x,y,z,dx,dy,dz --mode mean --sigma-old 0.02 "
+      "--tolerance 4.9 -o mean.prj";
+  ExpectLines({{strMean.c_str(), 1, "1 point added", ""},
+               {"cat mean.prj | tr -s ' '", 0, "1 6 2 3", ""},
+               {"zu project update p.prj new.coo --mode mean -o m.prj", 0, "1 point changed",
+                "equal weights"},
+               {"zu project update p.prj new.coo --mode keep --known-only -o - | tr -s ' '", 0,
+                "1 10 2 3", ""}},
+              folder);
+}
+
 }  // namespace
