@@ -22,11 +22,12 @@ void AddTestLimits(Options& options, double* pdAlpha, double* pdAlphaTotal) {
   options.AtMost(0.5);
 }
 
-void AddSourceOptions(Options& options, std::string* pSource, std::string* pControl) {
+void AddSourceOptions(Options& options, std::string* pSource, std::string* pControl,
+                      bool bMustControl) {
   options.Positional("SOURCE", pSource, "coordinate file to be carried over");
   options.Option("--control", "CONTROL", pControl,
                  "coordinate file with points of the target system");
-  options.Required();
+  if (bMustControl) options.Required();
 }
 
 void AddTestFlag(Options& options, AdjustValues* pValues) {

@@ -31,8 +31,9 @@ constexpr char kSigmaOfControl[] =
 
 // Declares --sigma, --alpha, --alpha-total, --report and --unit.
 void AddAdjustOptions(Options& options, AdjustValues* pValues, const char* szSigma = kSigmaOfAll);
-// Declares SOURCE and --control.
-void AddSourceOptions(Options& options, std::string* pSource, std::string* pControl);
+// Declares SOURCE and --control, which must be given where a command has no other way.
+void AddSourceOptions(Options& options, std::string* pSource, std::string* pControl,
+                      bool bMustControl = true);
 // Declares --test.
 void AddTestFlag(Options& options, AdjustValues* pValues);
 // Declares --alpha and --alpha-total.

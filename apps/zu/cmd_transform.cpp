@@ -6,6 +6,7 @@
 
 #include "adjust_options.h"
 #include "commands.h"
+#include "geo_run.h"
 #include "point_columns.h"
 #include "point_input.h"
 #include "similarity_page.h"
@@ -21,6 +22,7 @@ namespace {
 constexpr double kProper = 1e-6;  // |det R - 1| of a rotation at most [-]
 
 struct Values {
+  GeoValues geo;
   std::string strSource;
   std::string strControl;
   std::string strOutput;
@@ -136,6 +138,16 @@ void AddPoints(const ZuPointList& out, int iSourcePoints, const ZuSortHelper<ZuP
 }
 
 ExitCode Run(const Values& values, Context& context) {
+  const bool bGeo = !values.geo.strFrom.empty() || !values.geo.strTo.empty();
+  if (bGeo == !values.strControl.empty()) {
+    throw CommandError(kUsage,
+                       bGeo ? "--from and --to need no --control; leave it out"
+                            : "--control is required: points of the target system; or --from "
+                              "and --to, where both systems are known on the earth");
+  }
+  if (bGeo) {
+    return RunGeo(values.geo, values.strSource, values.format, values.strOutput, context);
+  }
   Lists lists;
   ReadPoints(values.strSource, values.format, context, &lists.source);
   ReadPoints(values.strControl, values.format, context, &lists.control);
@@ -211,7 +223,8 @@ ExitCode Run(const Values& values, Context& context) {
 
 Runner DefineTransform(Options& options) {
   auto pValues = std::make_shared<Values>();
-  AddSourceOptions(options, &pValues->strSource, &pValues->strControl);
+  AddSourceOptions(options, &pValues->strSource, &pValues->strControl, false);
+  AddGeoOptions(options, &pValues->geo);
   options.Flag("--unit-scale", &pValues->bUnitScale, "rotate and shift only, scale 1");
   options.Choice("--fixed", {"scale", "levelled", "shift"}, &pValues->adjust.strFixed,
                  "scale 1; turned about the z axis only, scale 1; not turned, scale 1");

@@ -14,6 +14,11 @@ const std::vector<Command>& Commands() {
        "finds scale, rotation and shift from the stations that both files hold, prints the\n"
        "residual of each, and writes all stations in the control system to joined.coo.",
        DefineTransform},
+      {"geo", "carry positions on the earth into another system",
+       "  zu geo samples/datum/wgs84.coo --from geocentric --to utm -o map.coo\n"
+       "finds the zone, prints easting, northing and ellipsoidal height of each station with the\n"
+       "convergence and scale of the grid there, and writes them to map.coo.",
+       DefineGeo},
       {"plane", "fit a plane to points",
        "  zu plane samples/clouds/plane_scan.xyz --columns x,y,z -o feet.xyz\n"
        "fits a plane to a scan without point numbers, prints its coefficients and the distance of\n"

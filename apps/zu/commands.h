@@ -57,6 +57,7 @@ Runner DefineConvert(Options& options);
 Runner DefineDetectAruco(Options& options);
 Runner DefineDetectBoard(Options& options);
 Runner DefineDetectTargets(Options& options);
+Runner DefineGeo(Options& options);
 Runner DefineIntersect(Options& options);
 Runner DefineLocal(Options& options);
 Runner DefineMeasure(Options& options);

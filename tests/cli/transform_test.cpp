@@ -86,3 +86,27 @@ TEST(Transform, RefusesWhatDoesNotDetermineIt) {
                {"zu transform line --control a", 4, "", "on one straight line"}},
               folder);
 }
+
+TEST(Transform, CarriesPositionsOnTheEarthAsGeoDoes) {
+  const ScratchFolder folder;
+  folder.Write("p", "1 48 9 100\n2 89 9 100\n3 48 9.5 0\n");
+  const char szTo[] = " --from geographic --to utm:32 --json";
+  const auto result = RunLine(std::string("zu geo p") + szTo, folder).Json();
+  EXPECT_EQ(result, RunLine(std::string("zu transform p") + szTo, folder).Json());
+  EXPECT_EQ(result["refused"], 1);
+  ASSERT_EQ(result["points"].size(), 2U);
+  EXPECT_EQ(result["points"][1]["id"], 3);
+  EXPECT_NEAR(result["points"][0]["x"].get<double>(), 500000.0, 1e-8);
+  ExpectLines({{"zu transform p", 2, "", "--from and --to"},
+               {"zu transform p --control p --to utm", 2, "", "need no --control"},
+               {"zu geo p --from geographic", 2, "", "--to is needed"},
+               {"zu geo p --from moon --to utm", 2, "", "geocentric, utm[:ZONE[n|s]]"},
+               {"zu geo p --from utm --to geocentric", 2, "", "utm:32 would be right"},
+               {"zu geo p --from gk:3 --to geocentric", 2, "", "--ellipsoid"},
+               {"zu geo p --from gk:3 --to geographic --ellipsoid x", 2, "", "bessel1841"},
+               {"zu geo p --from geocentric --to geographic", 4, "", "no point can be told"},
+               {"zu geo p --from geographic --to geocentric --columns id,x,y,z,dx", 2, "", "skip"},
+               {"zu geo p --from geographic --to utm -o o", 1, "utm:32n", "point 2 is left out"},
+               {"zu geo o --from utm:32 --to geographic:gon", 0, "53.333333333", ""}},
+              folder);
+}

@@ -11,6 +11,10 @@
 #include <sstream>
 #endif
 
+#ifdef WITH_GEO
+#include <zu/geo/position_converter.h>
+#endif
+
 #ifdef WITH_IMAGE
 #include <zu/image/image_file.h>
 #endif
@@ -34,6 +38,9 @@ bool HasComponents() {
   std::ostringstream json;
   ZuExportProjectJson(json, ZuProject());
   if (json.str().empty()) return false;
+#endif
+#ifdef WITH_GEO
+  if (ZuFindEllipsoid("wgs84") == nullptr) return false;
 #endif
 #ifdef WITH_IMAGE
   ZuFindingList findings;
