@@ -122,6 +122,40 @@ TEST(Resample, GivesTheFieldBetweenThePixelsWhateverTheForm) {
   EXPECT_EQ(result.GetRow<std::uint8_t>(64)[2 * 160], 0);
 }
 
+// A picture continued by the pixels of its border gives the same bits inside of itself, where no
+// kernel reaches beyond it any more; and the same values as with 16 bits, which are not rounded.
+TEST(Resample, QuickRowsAgreeWithPlainOnes) {
+  const FieldMap shifted([](double* x, double* y) {
+    const bool bThere = kBent.Map(x, y);
+    *x += 16.0, *y += 16.0;
+    return bThere;
+  });
+  for (const int iChannels : {1, 3}) {
+    const auto pixel = [](double x, double y, int c) {
+      const int i = int(std::clamp(x, 0.0, 158.0)) * 7 + int(std::clamp(y, 0.0, 138.0)) * 31 + c;
+      return i * i % 256 / 255.0;
+    };
+    const auto bordered = [&](double x, double y, int c) { return pixel(x - 16, y - 16, c); };
+    const ZuImage small = Render<std::uint8_t>(159, 139, iChannels, pixel);
+    const ZuImage large = Render<std::uint8_t>(191, 171, iChannels, bordered);
+    const ZuImage fine = Render<std::uint16_t>(159, 139, iChannels, pixel);
+    for (const auto e :
+         {eZuInterpolationBilinear, eZuInterpolationCubic, eZuInterpolationLanczos}) {
+      const ZuImage a = Resampled(small, kBent, 157, 133, e);
+      const ZuImage b = Resampled(large, shifted, 157, 133, e);
+      const ZuImage c = Resampled(fine, kBent, 157, 133, e);
+      int iInside = 0;
+      for (int k = 0; k < 157 * 133 * (iChannels + 1); ++k) {
+        if (a.GetData()[k / (iChannels + 1) * (iChannels + 1) + iChannels] == 0) continue;
+        ++iInside;
+        ASSERT_EQ(a.GetData()[k], b.GetData()[k]) << e << ' ' << k;
+        ASSERT_NEAR(a.GetData()[k], c.GetRow<std::uint16_t>(0)[k] / 257.0, 1.3) << e << ' ' << k;
+      }
+      EXPECT_GT(iInside, 10000);
+    }
+  }
+}
+
 // The source tells where it was asked: 100 grey values a pixel.
 TEST(Resample, AsksEveryCameraToAHundredthOfAPixel) {
   for (const auto& named : test_cameras::Calibrations()) {

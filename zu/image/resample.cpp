@@ -97,10 +97,7 @@ std::int64_t MakeRun(const TileSource* pSource, int iColors, int iRow, int iFirs
     if (pSource->iAverage == 1 && pSource->sampler.HasQuick()) {
       double adX[kTile], adY[kTile];
       pSource->positions.Row(iRow, 0.0, 0.0, adX, adY);
-      pSource->sampler.Quick(adX + iFirst, adY + iFirst, n, pOut);
-      std::int64_t nUsed = 0;
-      for (int i = 0; i < n; ++i) nUsed += pOut[i * (iColors + 1) + iColors] != 0;
-      return nUsed;
+      return pSource->sampler.Quick(adX + iFirst, adY + iFirst, n, pOut);
     }
   }
   float af[kTile * 4];

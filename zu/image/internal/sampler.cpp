@@ -1,73 +1,15 @@
 #include "zu/image/internal/sampler.h"
 
 #include <algorithm>
-#include <array>
-#include <cmath>
 #include <cstring>
 #include <limits>
-#include <type_traits>
 
+#include "zu/image/internal/kernels.h"
 #include "zu/image/internal/tile_map.h"
 
 namespace zu::internal {
 
 namespace {
-
-// Kernels: the weights of their kTaps pixels at the fraction f behind the pixel kBefore.
-
-struct Bilinear {
-  static constexpr int kTaps = 2, kBefore = 0;
-  static void Weights(float f, float* w) {
-    w[0] = 1.0f - f;
-    w[1] = f;
-  }
-};
-
-struct Cubic {
-  static constexpr int kTaps = 4, kBefore = 1;
-  static void Weights(float f, float* w) {
-    w[0] = ((1.0f - 0.5f * f) * f - 0.5f) * f;
-    w[1] = (1.5f * f - 2.5f) * f * f + 1.0f;
-    w[2] = ((2.0f - 1.5f * f) * f + 0.5f) * f;
-    w[3] = (0.5f * f - 0.5f) * f * f;
-  }
-};
-
-struct Lanczos {
-  static constexpr int kTaps = 8, kBefore = 3;
-  static constexpr int kSteps = 1024;  // of the table, which is interpolated: good to 1e-6
-  using Table = std::array<std::array<float, kTaps>, kSteps + 1>;
-
-  static double Sinc(double x) {
-    constexpr double kPi = 3.14159265358979323846;
-    return x == 0.0 ? 1.0 : std::sin(kPi * x) / (kPi * x);
-  }
-  static Table MakeTable() {
-    Table table;
-    for (int k = 0; k <= kSteps; ++k) {
-      double adWeight[kTaps], dSum = 0.0;
-      for (int i = 0; i < kTaps; ++i) {
-        const double x = i - kBefore - static_cast<double>(k) / kSteps;
-        adWeight[i] = std::fabs(x) < kTaps / 2 ? Sinc(x) * Sinc(x / (kTaps / 2)) : 0.0;
-        dSum += adWeight[i];
-      }
-      for (int i = 0; i < kTaps; ++i) {
-        table[static_cast<size_t>(k)][static_cast<size_t>(i)] =
-            static_cast<float>(adWeight[i] / dSum);
-      }
-    }
-    return table;
-  }
-  static void Weights(float f, float* w) {
-    static const Table table = MakeTable();
-    const float s = f * kSteps;
-    const int k = std::min(static_cast<int>(s), kSteps - 1);
-    const float g = s - static_cast<float>(k);
-    const float* a = table[static_cast<size_t>(k)].data();
-    const float* b = table[static_cast<size_t>(k) + 1].data();
-    for (int i = 0; i < kTaps; ++i) w[i] = a[i] + g * (b[i] - a[i]);
-  }
-};
 
 // Four neighbouring samples as numbers, in vectors of the compiler: left to itself it takes the
 // samples one by one.
@@ -186,59 +128,6 @@ void AddRow(const Sampler& sampler, const double* pdX, const double* pdY, int n,
   }
 }
 
-// The same, rounded, of 8 bits without alpha.
-template <int C, class Kernel>
-void RoundRow(const Sampler& sampler, const double* pdX, const double* pdY, int n,
-              std::uint8_t* pOut) {
-  const Places<Kernel> places(sampler, pdX, pdY, n);
-  for (int i = 0; i < n; ++i, pOut += C + 1) {
-    float af[C] = {};
-    if (places.inside[i]) SumAt<std::uint8_t, C>(sampler, places, i, af);
-    for (int c = 0; c < C; ++c) {
-      pOut[c] = static_cast<std::uint8_t>(std::clamp(af[c] + 0.5f, 0.0f, 255.0f));
-    }
-    pOut[C] = places.inside[i] ? 255 : 0;
-  }
-}
-
-constexpr int kFixedBits = 11;  // of a weight
-constexpr int kFixed = 1 << kFixedBits;
-
-// One pixel at (x, y) in units of 1 / kFixed, which the pixels right and below belong to.
-template <int C>
-void QuickPixel(const std::uint8_t* pImage, std::ptrdiff_t nRow, int x, int y, std::uint8_t* pOut) {
-  const int a = x & (kFixed - 1), b = y & (kFixed - 1);
-  const std::uint8_t* p =
-      pImage + (y >> kFixedBits) * nRow + static_cast<std::ptrdiff_t>(x >> kFixedBits) * C;
-  const std::uint8_t* q = p + nRow;
-  for (int c = 0; c < C; ++c) {
-    const int iUpper = p[c] * kFixed + a * (p[c + C] - p[c]);
-    const int iLower = q[c] * kFixed + a * (q[c + C] - q[c]);
-    pOut[c] = static_cast<std::uint8_t>(
-        (iUpper * kFixed + b * (iLower - iUpper) + kFixed * kFixed / 2) >> (2 * kFixedBits));
-  }
-  pOut[C] = 255;
-}
-
-template <int C>
-void QuickRow(const Sampler& sampler, const double* pdX, const double* pdY, int n,
-              std::uint8_t* pOut) {
-  const std::ptrdiff_t nRow = static_cast<std::ptrdiff_t>(sampler.Width()) * C;
-  const std::uint8_t* pImage = sampler.Image().GetRow<std::uint8_t>(0);
-  // Rounded up to the next weight they still have a neighbour.
-  constexpr double kLast = 1.0 + 1.0 / kFixed;
-  const double dRight = sampler.Width() - kLast, dBottom = sampler.Height() - kLast;
-  for (int i = 0; i < n; ++i, pOut += C + 1) {
-    const double dX = pdX[i], dY = pdY[i];
-    if (dX >= 0.0 && dX <= dRight && dY >= 0.0 && dY <= dBottom) {
-      QuickPixel<C>(pImage, nRow, static_cast<int>(dX * kFixed + 0.5),
-                    static_cast<int>(dY * kFixed + 0.5), pOut);
-      continue;
-    }
-    RoundRow<C, Bilinear>(sampler, &dX, &dY, 1, pOut);
-  }
-}
-
 using AddFunction = void (*)(const Sampler&, const double*, const double*, int, float*);
 
 template <class T, int C>
@@ -251,13 +140,6 @@ AddFunction AddFor(eZuInterpolation eKernel) {
     default:
       return AddRow<T, C, Bilinear>;
   }
-}
-
-template <int C>
-auto QuickFor(eZuInterpolation eKernel) {
-  return eKernel == eZuInterpolationCubic     ? RoundRow<C, Cubic>
-         : eKernel == eZuInterpolationLanczos ? RoundRow<C, Lanczos>
-                                              : QuickRow<C>;
 }
 
 template <class T>
@@ -281,9 +163,7 @@ Sampler::Sampler(const ZuImage& image, eZuInterpolation eKernel)
   const int iChannels = image.GetChannels();
   m_pfnAdd = image.GetBits() == 8 ? AddFor<std::uint8_t>(iChannels, eKernel)
                                   : AddFor<std::uint16_t>(iChannels, eKernel);
-  if (image.GetBits() != 8) return;
-  if (iChannels == 1) m_pfnQuick = QuickFor<1>(eKernel);
-  if (iChannels == 3) m_pfnQuick = QuickFor<3>(eKernel);
+  if (image.GetBits() == 8 && iChannels % 2 == 1) m_pfnQuick = QuickRowFor(iChannels, eKernel);
 }
 
 }  // namespace zu::internal

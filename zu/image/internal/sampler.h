@@ -5,6 +5,7 @@
 #include <cstdint>
 
 #include "zu/image/image.h"
+#include "zu/image/internal/quick_row.h"
 #include "zu/image/resample.h"
 
 namespace zu::internal {
@@ -21,11 +22,10 @@ class Sampler {
     m_pfnAdd(*this, pdX, pdY, n, pf);
   }
 
-  // The quick way to the same, rounded, of an image of 8 bits without alpha. The weights of the
-  // bilinear kernel are whole numbers of 1 / 2048 then.
+  // The quick way to the same, rounded, of an image of 8 bits without alpha; see quick_row.h.
   bool HasQuick() const { return m_pfnQuick != nullptr; }
-  void Quick(const double* pdX, const double* pdY, int n, std::uint8_t* pOut) const {
-    m_pfnQuick(*this, pdX, pdY, n, pOut);
+  int Quick(const double* pdX, const double* pdY, int n, std::uint8_t* pOut) const {
+    return m_pfnQuick(*this, pdX, pdY, n, pOut);
   }
 
   const ZuImage& Image() const { return *m_pImage; }
@@ -39,7 +39,7 @@ class Sampler {
   const ZuImage* m_pImage;
   int m_iWidth, m_iHeight;
   void (*m_pfnAdd)(const Sampler&, const double*, const double*, int, float*) = nullptr;
-  void (*m_pfnQuick)(const Sampler&, const double*, const double*, int, std::uint8_t*) = nullptr;
+  QuickRow m_pfnQuick = nullptr;
 };
 
 }  // namespace zu::internal

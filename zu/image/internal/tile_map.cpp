@@ -28,6 +28,22 @@ double Bend(const double* p, int n, int iStride) {
   return dLargest;
 }
 
+// Values of the parabolas through iNodes nodes of a line, kStep pixels apart, at iWidth pixels and
+// those behind them to the next node.
+template <int kStep>
+void FillRow(const double* pdNode, int iNodes, int iWidth, double dx, double* pd) {
+  for (int iLeft = 0; iLeft < iWidth; iLeft += kStep) {
+    const int c = std::min(iLeft / kStep, iNodes - 3);
+    const double* q = pdNode + c;
+    const double dCurve = 0.5 * (q[0] - 2.0 * q[1] + q[2]) / (kStep * kStep);
+    const double dSlope = (q[1] - q[0]) / kStep - dCurve * kStep;
+    const double dFirst = iLeft - c * kStep + dx;  // pixels behind the first node
+    const double a = q[0] + dFirst * (dSlope + dFirst * dCurve);
+    const double b = dSlope + 2.0 * dFirst * dCurve;
+    for (int i = 0; i < kStep; ++i) pd[iLeft + i] = a + i * (b + i * dCurve);
+  }
+}
+
 // Lengths of the half axes of the ellipse into which the matrix (a b; c d) carries the unit circle.
 struct Axes {
   Axes(double a, double b, double c, double d) {
@@ -103,16 +119,13 @@ void TileMap::Row(int iRow, double dx, double dy, double* pdX, double* pdY) cons
     for (int c = 0; c < m_iNodesX; ++c) {
       adLine[c] = w0 * p[c] + w1 * p[c + m_iNodesX] + w2 * p[c + 2 * m_iNodesX];
     }
-    for (int iLeft = 0; iLeft < m_iWidth; iLeft += m_iStep) {
-      const int iCount = std::min(m_iStep, m_iWidth - iLeft);
-      const int c = std::min(iLeft / m_iStep, m_iNodesX - 3);
-      const double* q = adLine + c;
-      const double dCurve = 0.5 * (q[0] - 2.0 * q[1] + q[2]) / (m_iStep * m_iStep);
-      const double dSlope = (q[1] - q[0]) / m_iStep - dCurve * m_iStep;
-      const double dFirst = iLeft - c * m_iStep + dx;  // pixels behind the first node
-      const double a = q[0] + dFirst * (dSlope + dFirst * dCurve);
-      const double b = dSlope + 2.0 * dFirst * dCurve;
-      for (int i = 0; i < iCount; ++i) pd[iLeft + i] = a + i * (b + i * dCurve);
+    switch (m_iStep) {
+      case 16:
+        return FillRow<16>(adLine, m_iNodesX, m_iWidth, dx, pd);
+      case 8:
+        return FillRow<8>(adLine, m_iNodesX, m_iWidth, dx, pd);
+      default:
+        return FillRow<4>(adLine, m_iNodesX, m_iWidth, dx, pd);
     }
   };
   fill(m_x, pdX);

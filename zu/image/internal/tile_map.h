@@ -18,7 +18,7 @@ class TileMap {
   TileMap(const ZuPixelMap& map, int iLeft, int iTop, int iWidth, int iHeight);
 
   // Positions of the tile's row iRow, shifted by (dx, dy), |dx| and |dy| below 0.5: iWidth values
-  // each, NaN where there is none.
+  // each, NaN where there is none, in arrays of kTile.
   void Row(int iRow, double dx, double dy, double* pdX, double* pdY) const;
 
   // Source pixels to a pixel of the result: at column i of row iRow in the direction that has the
@@ -28,7 +28,7 @@ class TileMap {
   double Reduction() const;
 
  private:
-  static constexpr int kNarrowestStep = 4, kWidestStep = 16;
+  static constexpr int kNarrowestStep = 4, kWidestStep = 16;  // powers of two
   static constexpr int kMostNodes = kTile / kNarrowestStep + 1;
   using Nodes = std::array<double, static_cast<std::size_t>(kMostNodes) * kMostNodes>;
 
