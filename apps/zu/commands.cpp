@@ -45,6 +45,38 @@ const std::vector<Command>& Commands() {
        "finds the affine transformation by the ids that both files hold, prints its coefficients\n"
        "and residuals, and writes the transformed points to fitted.coo.",
        DefineTrafo2d},
+      {"construct arc", "construct an arc in a plane",
+       "  zu construct arc samples/constructions/points.coo --points 1,2,3,4,5,6 -o arc.coo\n"
+       "fits an arc through six points, prints radius, centre and how far each lies off it, and\n"
+       "writes its centre and ends.",
+       DefineConstructArc},
+      {"construct intersection", "find a point from bearings and distances of known ones",
+       "  zu construct intersection samples/constructions/points.coo \\\n"
+       "     --distance 21:5 --distance 22:5\n"
+       "finds the point to the left of 21 to 22 that is 5 from each.",
+       DefineConstructIntersection},
+      {"construct resection", "find a point from directions to known ones",
+       "  zu construct resection samples/constructions/points.coo --direction 31:153.0174 \\\n"
+       "     --direction 32:50.0230 --direction 33:375.1739 --direction 34:302.3899\n"
+       "finds where the directions were measured, and which bearing their zero has.",
+       DefineConstructResection},
+      {"construct line", "fit a line to points, whole or in parts",
+       "  zu construct line samples/constructions/points.coo --points 41,42,43,44,45,46,47,48 \\\n"
+       "     --tolerance 0.05\n"
+       "finds the fewest lines that no point lies more than 0.05 off, and where they break.",
+       DefineConstructLine},
+      {"construct rectangle", "fit a rectangle to corners or to points on its sides",
+       "  zu construct rectangle samples/constructions/points.coo --points 11,12,13,14\n"
+       "finds the rectangle closest to four measured corners.",
+       DefineConstructRectangle},
+      {"construct ortho", "find feet and offsets from a line, or points from them",
+       "  zu construct ortho samples/constructions/points.coo --line 21,22 --points 11,12\n"
+       "tells station and offset of two points from the line 21 to 22.",
+       DefineConstructOrtho},
+      {"construct match", "join two lines at their corner",
+       "  zu construct match samples/constructions/points.coo --lines 41,44,45,48 --plane xy\n"
+       "trims or extends both lines to where they meet in plan.",
+       DefineConstructMatch},
       {"cloud info", "show the figures of point clouds",
        "  zu cloud info samples/clouds/autzen.pts samples/clouds/milk_carton.ply\n"
        "shows points, limits, centre and normals of each cloud.",
