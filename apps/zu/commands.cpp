@@ -56,7 +56,7 @@ const std::vector<Command>& Commands() {
        "finds the point to the left of 21 to 22 that is 5 from each.",
        DefineConstructIntersection},
       {"construct resection", "find a point from directions to known ones",
-       "  zu construct resection samples/constructions/points.coo --direction 31:153.0174 \\\n"
+       "  zu construct resection samples/constructions/known.coo --direction 31:153.0174 \\\n"
        "     --direction 32:50.0230 --direction 33:375.1739 --direction 34:302.3899\n"
        "finds where the directions were measured, and which bearing their zero has.",
        DefineConstructResection},

@@ -5,7 +5,7 @@ namespace {
 // Values as in docs/constructions.md.
 TEST(Construct, EachKindGivesItsPoints) {
   const ScratchFolder folder;
-  const std::string strFile = " $S/constructions/points.coo --json ";
+
   const struct {
     const char* szLine;
     const char* szPoint;
@@ -27,7 +27,8 @@ TEST(Construct, EachKindGivesItsPoints) {
       {"match --lines 41,44,45,48 --plane xy", "match1", 4.0200, 0}};
   for (const auto& c : cases) {
     std::string strLine = c.szLine;
-    strLine.insert(strLine.find(' '), strFile);
+    strLine.insert(strLine.find(' '), strLine[2] == 's' ? " $S/constructions/known.coo --json"
+                                                        : " $S/constructions/points.coo --json");
     const Outcome outcome = RunLine("zu construct " + strLine, folder);
     ASSERT_EQ(outcome.iExit, 0) << c.szLine << outcome.strErr;
     bool bFound = false;
