@@ -1,12 +1,17 @@
-// Bytes as text, converted to wide characters and back and cut into lines, and as a program over
-// Strings.
+// Bytes as text, converted to wide characters and back and cut into lines, as a program over
+// Strings, and as lines of a measurement log.
+#include <algorithm>
 #include <cstdint>
+#include <cstdio>
 #include <sstream>
 #include <string>
 #include <string_view>
 
+#include "fuzz/input.h"
 #include "fuzz/string_program.h"
+#include "zu/foundation/crc32.h"
 #include "zu/foundation/unicode.h"
+#include "zu/project/measurement_log.h"
 
 namespace {
 
@@ -27,6 +32,31 @@ void CheckLines(std::string const& text) {
   Require(n == text.size() + 1);
 }
 
+// What a line gives, written again, gives the same.
+bool CheckLogLine(std::string const& line) {
+  ZuLoggedMeasurement m, again;
+  if (!ZuParseLogLine(line, &m)) return false;
+  Require(ZuIsLoggable(m) && ZuParseLogLine(ZuLogLine(m), &again));
+  Require(ZuLogLine(again) == ZuLogLine(m) && again.m_strWho == m.m_strWho);
+  return true;
+}
+
+// Each line with the check sum that it lacks, and all of them as a file.
+void CheckLog(std::string const& text) {
+  std::istringstream stream(text);
+  std::string log;
+  for (std::string line; std::getline(stream, line);) {
+    char sum[16];
+    std::snprintf(sum, sizeof(sum), " %08x", ZuCalcCRC32(line.data(), line.size()));
+    if (CheckLogLine(line + sum)) log += line + sum + '\n';
+  }
+  auto const reading = ZuReadMeasurementLog(Input::Path(log));
+  Require(reading.m_Findings.IsEmpty());
+  Require(reading.m_Measurements.size() ==
+          static_cast<std::size_t>(std::count(log.begin(), log.end(), '\n')));
+  ZuReadMeasurementLog(Input::Path(text));
+}
+
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* pData, std::size_t nSize) {
@@ -34,5 +64,6 @@ extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* pData, std::size_t nSi
   CheckUnicode(text);
   StringProgram(text).Run();
   CheckLines(text);
+  CheckLog(text);
   return 0;
 }

@@ -111,6 +111,8 @@
 #include "zu/project/covariance.h"
 #include "zu/project/finding_list.h"
 #include "zu/project/keyword_block.h"
+#include "zu/project/log_line.h"
+#include "zu/project/measurement_log.h"
 #include "zu/project/plane_measurement.h"
 #include "zu/project/project.h"
 #include "zu/project/project_edit.h"

@@ -209,6 +209,18 @@ const std::vector<Command>& Commands() {
        "takes the mean by the accuracies of both, adds the points that are new, and tells those\n"
        "farther than 0.05 from their former place; exit code 1 where there are any.",
        DefineProjectUpdate},
+      {"log append", "add measurements to a log",
+       "  zu log append house.zulog --photo 3 --point 17 --pixel 1204.25,873.5 --who Meyer\n"
+       "adds one line with the time of now, and returns when the disk has it.",
+       DefineLogAppend},
+      {"log show", "show the measurements of a log",
+       "  zu log show house.zulog --photos 1-4 --from 2026-11-22\n"
+       "lists what was measured in four photos since that day, and tells lines that are damaged.",
+       DefineLogShow},
+      {"log replay", "put the measurements of a log into a project",
+       "  zu log replay house.zulog house.prj -o measured.prj\n"
+       "gives each point of each photo its latest measurement, and writes the project.",
+       DefineLogReplay},
       {"check", "find what is wrong or not plausible in files",
        "  zu check samples/chessboard/left.prj samples/chessboard/board.coo\n"
        "finds nothing and ends with 0; what it finds stands one a line, file:line:column: "

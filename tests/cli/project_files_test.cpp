@@ -84,4 +84,20 @@ TEST(ProjectFiles, NewCoordinatesOfObjectPoints) {
               folder);
 }
 
+TEST(ProjectFiles, TheLogOfMeasurementsIsReplayed) {
+  const ScratchFolder folder;
+  folder.Write("rows", "1 1 5 6\n99 2 7 8\n");
+  ExpectLines(
+      {{"zu log append l --photo 1 --point 1 --pixel 1,2 --who A --time 2026-01-01 && "
+        "zu log append l --rows rows --who B --time 2026-01-02 --no-sync",
+        0, "2 measurements added", ""},
+       {"printf cut >> l; zu log show l --who B --photos 1", 0, "2026-01-02T00:00:00Z", "l:4: the"},
+       {"zu log replay l $S/chessboard/left.prj -o m.prj", 1, "0 measurements added, 1 replaced, 1",
+        "photo 99"},
+       {"zu log append l --photo 1 --point 1 --pixel 1x2", 2, "", "is no pixel"},
+       {"zu log show l --from noon", 2, "", "2026-11-22T16:28:30Z would be right"},
+       {"zu log append none/l --photo 1 --point 1 --pixel 1,2", 5, "", "No such file"}},
+      folder);
+}
+
 }  // namespace

@@ -39,7 +39,7 @@ class UpdateIndex {
   ZuSortHelper<ZuPoint> m_ids;
 };
 
-bool IsFinite(const ZuPoint& p) {
+bool IsFinitePoint(const ZuPoint& p) {
   return std::isfinite(p.m_dX) && std::isfinite(p.m_dY) && std::isfinite(p.m_dZ);
 }
 
@@ -73,7 +73,7 @@ void SetMean(const ZuPoint& news, const ZuUpdateOptions& options, ZuUpdatedPoint
   }
 }
 
-void Replace(const ZuPoint& news, double dSigmaNew, ZuPoint* pPoint) {
+void ReplaceCoordinate(const ZuPoint& news, double dSigmaNew, ZuPoint* pPoint) {
   pPoint->m_dX = news.m_dX;
   pPoint->m_dY = news.m_dY;
   pPoint->m_dZ = news.m_dZ;
@@ -82,7 +82,8 @@ void Replace(const ZuPoint& news, double dSigmaNew, ZuPoint* pPoint) {
   pPoint->m_dDZ = news.m_dDZ > 0.0 ? news.m_dDZ : dSigmaNew;
 }
 
-void Apply(const ZuPoint& news, const ZuUpdateOptions& options, ZuUpdatedPoint* pUpdated) {
+void ApplyCoordinate(const ZuPoint& news, const ZuUpdateOptions& options,
+                     ZuUpdatedPoint* pUpdated) {
   ZuPoint& p = *pUpdated->m_pPoint;
   pUpdated->m_adDifference[0] = news.m_dX - p.m_dX;
   pUpdated->m_adDifference[1] = news.m_dY - p.m_dY;
@@ -99,7 +100,7 @@ void Apply(const ZuPoint& news, const ZuUpdateOptions& options, ZuUpdatedPoint* 
   if (options.m_eMode == eZuUpdateMean) {
     SetMean(news, options, pUpdated);
   } else {
-    Replace(news, options.m_dSigmaNew, &p);
+    ReplaceCoordinate(news, options.m_dSigmaNew, &p);
   }
 }
 
@@ -124,16 +125,17 @@ ZuUpdateResult ZuUpdatePoints(ZuPointList* pPoints, const ZuPointList& news,
     const ZuPoint* const pSame = updated.m_pPoint != nullptr ? updated.m_pPoint : tolds.Find(*p);
     if (p->GetId() == 0) {
       updated.m_eStatus = eZuUpdateNoId;
-    } else if (!IsFinite(*p) || (updated.m_pPoint != nullptr && !IsFinite(*updated.m_pPoint))) {
+    } else if (!IsFinitePoint(*p) ||
+               (updated.m_pPoint != nullptr && !IsFinitePoint(*updated.m_pPoint))) {
       updated.m_eStatus = eZuUpdateNotFinite;
     } else if (!seen.insert(pSame != nullptr ? pSame : p).second) {
       updated.m_eStatus = eZuUpdateDouble;
     } else if (updated.m_pPoint != nullptr) {
-      Apply(*p, options, &updated);
+      ApplyCoordinate(*p, options, &updated);
     } else if (options.m_bAdd) {
       updated.m_eStatus = eZuUpdateAdded;
       updated.m_pPoint = zu::internal::Taken(pPoints->Add(*p));
-      Replace(*p, options.m_dSigmaNew, updated.m_pPoint);
+      ReplaceCoordinate(*p, options.m_dSigmaNew, updated.m_pPoint);
     } else {
       updated.m_eStatus = eZuUpdateUnknown;
     }
