@@ -3,6 +3,7 @@
 #include <Eigen/Cholesky>
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <numeric>
 
 namespace zu::internal {
@@ -50,12 +51,16 @@ void SymmetricEigen(int n, const double* pMatrix, double* pValues, double* pVect
   const size_t u = static_cast<size_t>(n);
   std::vector<double> a(pMatrix, pMatrix + u * u), v(u * u, 0.0);
   for (size_t i = 0; i < u; ++i) v[u * i + i] = 1.0;
+  double dPrevious = std::numeric_limits<double>::infinity();
   for (int iSweep = 0; iSweep < 60; ++iSweep) {
     double dOff = 0.0, dAll = 0.0;
     for (size_t i = 0; i < u; ++i) {
       for (size_t k = 0; k < u; ++k) (i == k ? dAll : dOff) += a[u * i + k] * a[u * i + k];
     }
     if (!(dOff > 1e-40 * (dAll + dOff))) break;
+    // Rounding that the last sweep left as it was.
+    if (dOff < 1e-28 * dAll && dOff > 0.5 * dPrevious) break;
+    dPrevious = dOff;
     for (size_t p = 0; p + 1 < u; ++p) {
       for (size_t q = p + 1; q < u; ++q) {
         if (a[u * p + q] == 0.0) continue;
