@@ -114,6 +114,7 @@
 #include "zu/project/camera_file.h"
 #include "zu/project/check.h"
 #include "zu/project/covariance.h"
+#include "zu/project/detect_folder.h"
 #include "zu/project/finding_list.h"
 #include "zu/project/keyword_block.h"
 #include "zu/project/log_line.h"

@@ -119,6 +119,13 @@ const std::vector<Command>& Commands() {
        "--mode digi-adjusted\n"
        "prints the pixel in mm, without distortion, from the principal point.",
        DefinePhotoConvert},
+      {"photo inner", "find the first transformation of a photo from measured crosses",
+       "  printf '11 -0.5 -0.5\\n12 639.5 -0.5\\n21 -0.5 479.5\\n22 639.5 479.5\\n' |\n"
+       "     zu photo inner samples/chessboard/pixels.prj --photo 1 --crosses - \\\n"
+       "     --reseau samples/chessboard/reseau.txt -o inner.prj\n"
+       "fits the affine transformation of the four corners to the reseau, prints what each misses\n"
+       "and writes the project with it.",
+       DefinePhotoInner},
       {"photo rescale", "adapt photos of a project to resampled images",
        "  zu photo rescale samples/chessboard/left.prj --factor 0.5 -o half.prj\n"
        "writes the project for images of half the width, its measurements carried along.",
@@ -186,6 +193,11 @@ const std::vector<Command>& Commands() {
        "  zu convert samples/chessboard/left.prj -o left.json\n"
        "writes all of the project as JSON; zu convert left.json -o left.prj writes it back.",
        DefineConvert},
+      {"project detect", "tell what the files of a folder are and which belong together",
+       "  zu project detect samples/older\n"
+       "lists each file with its kind, told by its content, and for each project the pictures and\n"
+       "reseaus that it names; exit code 1 where one is missing.",
+       DefineProjectDetect},
       {"project info", "show what a project holds",
        "  zu project info samples/chessboard/left.prj\n"
        "counts 13 photos, all oriented, and 702 measurements.",

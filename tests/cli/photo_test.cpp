@@ -266,3 +266,38 @@ TEST(Projects, RefuseWhatIsNotThere) {
 }
 
 }  // namespace
+
+TEST(Photo, FindsItsFirstTransformation) {
+  const ScratchFolder folder;
+  folder.Write("c", "11 -0.5 -0.5\n12 639.5 -0.5\n21 -0.5 479.5\n22 639.5 479.5\n");
+  const std::string strCall =
+      "zu photo inner $S/chessboard/pixels.prj --photo 1 --reseau $S/chessboard/reseau.txt ";
+  const auto result =
+      RunLine(strCall + "--crosses c --type helmert -o i.prj --json", folder).Json();
+  // What the project had.
+  EXPECT_NEAR(result["coefficients"][0].get<double>(), -3.168, 1e-12);
+  EXPECT_NEAR(result["coefficients"][1].get<double>(), 0.0099, 1e-14);
+  EXPECT_LT(result["rms"].get<double>(), 1e-12);
+  EXPECT_EQ(result["redundancy"], 4);
+  folder.Write("few", "11 0 0\n12 639 0\n77 5 5\n");
+  ExpectLines(
+      {{"zu photo info i.prj", 0, "reseau \"reseau.txt\"", ""},
+       {(strCall + "--crosses few").c_str(), 4, "", "affin needs 3"},
+       {(strCall + "--crosses c --type polynom").c_str(), 4, "", "polynom needs 10"},
+       {"zu photo inner $S/chessboard/pixels.prj --photo 99 --crosses c", 3, "", "no photo 99"},
+       {"zu photo inner $S/chessboard/pixels.prj --photo 1 --crosses c", 3, "", "--reseau"},
+       {"zu photo inner i.prj --photo 1 --crosses c --reseau c", 3, "", "no reseau"}},
+      folder);
+}
+
+TEST(Project, TellsWhatAFolderHolds) {
+  const ScratchFolder folder;
+  folder.Write("a.prj", "PHOTO { PHOTOID 1 \"gone.jpg\" }\n");
+  folder.Write("a.coo", "1 2.5 3 4\n");
+  const auto result = RunLine("zu project detect . --json", folder).Json();
+  EXPECT_EQ(result["missing"], 1);
+  EXPECT_EQ(result["projects"][0]["same_name"][0], "a.coo");
+  ExpectLines({{"zu project detect .", 1, "gone.jpg of photo 1: missing", ""},
+               {"zu project detect nowhere", 3, "", "no folder"}},
+              folder);
+}
