@@ -108,7 +108,7 @@ Runner DefineCameraInfo(Options& options) {
 
 namespace {
 
-struct AdjustValues {
+struct CorrectValues {
   std::string strPath, strOut;
   unsigned uId = 0;
   bool bInverse = false, bTable = false, bLibrary = false;
@@ -146,7 +146,7 @@ const char* AdjustExactly(const ZuCamera& camera, bool bInverse, double* x, doub
              : "outside the image that the camera is meant for";
 }
 
-AdjustedPoint AdjustOne(const ZuCamera& camera, const AdjustValues& values, const ZuPoint& point) {
+AdjustedPoint AdjustOne(const ZuCamera& camera, const CorrectValues& values, const ZuPoint& point) {
   AdjustedPoint result{point.GetId(), point.m_dX, point.m_dY, true, ""};
   const bool bLibrary = values.bLibrary || (values.bInverse && values.bTable);
   result.szWhy = bLibrary ? AdjustByLibrary(camera, values.bInverse, point, &result.x, &result.y)
@@ -155,7 +155,7 @@ AdjustedPoint AdjustOne(const ZuCamera& camera, const AdjustValues& values, cons
   return result;
 }
 
-ExitCode RunAdjust(const AdjustValues& values, Context& context) {
+ExitCode RunAdjust(const CorrectValues& values, Context& context) {
   const ZuCameraList cameras = ReadCameras(values.strPath, context);
   const ZuCamera& camera = FindCamera(cameras, values.uId, values.strPath);
   int iRefused = 0;
@@ -191,7 +191,7 @@ ExitCode RunAdjust(const AdjustValues& values, Context& context) {
 }  // namespace
 
 Runner DefineCameraAdjust(Options& options) {
-  auto pValues = std::make_shared<AdjustValues>();
+  auto pValues = std::make_shared<CorrectValues>();
   options.Positional("FILE", &pValues->strPath, "camera file, either form");
   options.Option("--id", "N", &pValues->uId, "the camera");
   options.Required();

@@ -16,7 +16,9 @@ namespace cli {
 
 namespace {
 
-constexpr size_t kMostFigures = 24, kWorst = 20, kMostTexts = 40;
+constexpr size_t kMostFigures = 24;
+constexpr size_t kWorst = 20;
+constexpr size_t kMostTexts = 40;
 constexpr double kPyramid = 0.08;  // length of a camera's pyramid over the extent of the network
 constexpr double kMilligon = 200.0e3 / std::numbers::pi;
 constexpr const char* kAxes[] = {"X", "Y", "Z"};
