@@ -136,6 +136,7 @@
 #include "zu/rectify/zusp_trafo.h"
 #include "zu/transform/calc_trafo2d.h"
 #include "zu/transform/lokal_system.h"
+#include "zu/transform/plane_conditions.h"
 #include "zu/transform/random_index.h"
 #include "zu/transform/trafo2d.h"
 #include "zu/transform/trafo3d.h"

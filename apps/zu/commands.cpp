@@ -50,6 +50,11 @@ const std::vector<Command>& Commands() {
        "fits an arc through six points, prints radius, centre and how far each lies off it, and\n"
        "writes its centre and ends.",
        DefineConstructArc},
+      {"construct conditions", "straighten points by parallels, right angles and ratios of lengths",
+       "  zu construct conditions samples/constructions/askew.coo \\\n"
+       "     --conditions samples/constructions/window.txt -o straight.coo\n"
+       "finds the affine map that makes four points the corners of a window, and writes them.",
+       DefineConstructConditions},
       {"construct intersection", "find a point from bearings and distances of known ones",
        "  zu construct intersection samples/constructions/points.coo \\\n"
        "     --distance 21:5 --distance 22:5\n"

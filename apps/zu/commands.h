@@ -54,6 +54,7 @@ Runner DefineCloudNormals(Options& options);
 Runner DefineCloudTransform(Options& options);
 Runner DefineCompare(Options& options);
 Runner DefineConstructArc(Options& options);
+Runner DefineConstructConditions(Options& options);
 Runner DefineConstructIntersection(Options& options);
 Runner DefineConstructLine(Options& options);
 Runner DefineConstructMatch(Options& options);

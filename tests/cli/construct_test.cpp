@@ -53,6 +53,16 @@ TEST(Construct, WorksInAnyPlaneAndTellsWhatIsWrong) {
        {"zu construct rectangle wall --points 1,2,3,4 --plane fit --limit 0.001", 1, "width", ""},
        {"zu construct arc wall --points 1,2,3 --plane 1,2,3", 0, "radius  2.5", ""},
        {"zu construct ortho wall --line 1,2 --plane yz --offsets off", 0, "5.000000", ""},
+       {"zu construct conditions $S/constructions/askew.coo --conditions "
+        "$S/constructions/window.txt",
+        0, "sigma0  ", ""},
+       {"printf 'right 1 2 1 5\\nparallel 1 2 1 5\\n' | zu construct conditions wall --plane yz "
+        "--conditions -",
+        4, "", "contradict"},
+       {"echo 'right 1 2 1 3' | zu construct conditions wall --plane yz --conditions -", 4, "",
+        "free is: "},
+       {"echo 'right 1 2 1' | zu construct conditions wall --conditions -", 3, "",
+        ":1: no condition; parallel"},
        {"zu construct arc line", 4, "", "the points stand in a line"},
        {"zu construct arc line --plane fit", 4, "", "determine no plane"},
        {"zu construct arc line --plane 1,2,3", 4, "", "stand in a line"},
