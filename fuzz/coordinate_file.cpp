@@ -5,7 +5,7 @@
 
 #include "fuzz/points_use.h"
 #include "zu/photo/detect_files.h"
-#include "zu/points/read_coordinates.h"
+#include "zu/points/table.h"
 
 namespace {
 
@@ -91,6 +91,21 @@ void ReadStrictly(const Input& input, const Columns& columns) {
   RequireSamePoints(tolerant, again);
 }
 
+// By what its first lines tell: points are what a line gave, and the form writes them.
+void ReadAsTable(const Input& input) {
+  for (const eZuReadMode eMode : {eZuReadStrict, eZuReadTolerant}) {
+    ZuPointList points;
+    const ZuTableReading reading = ZuReadTable(input.Path(), {}, points, eMode);
+    Require(reading.m_aLines.size() == static_cast<std::size_t>(points.Count()));
+    Require(reading.m_Form.m_aTitles.empty() ||
+            reading.m_Form.m_aTitles.size() == reading.m_Form.m_aColumns.size());
+    std::ostringstream os;
+    ZuWriteTable(os, points, reading.m_Form);
+    const std::string strText = os.str();
+    Require(std::count(strText.begin(), strText.end(), '\n') >= points.Count());
+  }
+}
+
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* pData, std::size_t uSize) {
@@ -111,5 +126,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* pData, std::size_t uSi
   UsePoints(list);
   CheckRoundTrip(list, uSize % 2 == 0);
   ReadStrictly(input, columns);
+  ReadAsTable(input);
   return 0;
 }

@@ -181,7 +181,10 @@ ExitCode RunOrtho(const OrthoValues& values, Context& context) {
     AddChain(values, line, made);
   } else if (!values.strOffsets.empty()) {
     ZuPointList offsets;
-    ReadPoints(values.strOffsets, PointFormat{"idname,x,y", "error", "xy"}, context, &offsets);
+    PointFormat format;
+    format.strToldColumns = "idname,x,y";
+    format.szCoordinates = "xy";
+    ReadPoints(values.strOffsets, format, context, &offsets);
     for (const ZuPoint* p = offsets.First(); p != nullptr; p = p->Next()) {
       made.AddPoint(PointLabel(*p), line.Point({p->m_dX, p->m_dY}));
     }

@@ -50,8 +50,9 @@ ZuEllipsoid GeoEllipsoidOf(const GeoValues& values) {
 }
 
 // The accuracies of a point would have to turn and scale with it.
-void CheckNoAccuracies(const PointFormat& format) {
-  const ColumnTable columns = ParseColumns(format.strColumns);
+void CheckNoAccuracies(const std::string& strColumns) {
+  if (strColumns.empty()) return;
+  const ColumnTable columns = ParseColumns(strColumns);
   for (const eZuPointRWMask eColumn : {eZuPointRWDX, eZuPointRWDY, eZuPointRWDZ}) {
     if (!columns.HasEntry(eColumn)) continue;
     throw CommandError(kUsage,
@@ -182,9 +183,10 @@ ExitCode RunGeo(const GeoValues& values, const std::string& strPoints, const Poi
   if (from.m_iZone == ZuPositionSystem::kZoneToFind) {
     throw CommandError(kUsage, "--from: coordinates do not tell their zone; utm:32 would be right");
   }
-  CheckNoAccuracies(format);
+  CheckNoAccuracies(format.strToldColumns);
   ZuPointList points;
   ReadPoints(strPoints, format, context, &points);
+  CheckNoAccuracies(format.strColumns);
   for (const ZuPoint* p = points.First();
        p != nullptr && to.m_iZone == ZuPositionSystem::kZoneToFind; p = p->Next()) {
     ZuFindUtmZone(ellipsoid, from, p->m_dX, p->m_dY, p->m_dZ, &to);
@@ -215,7 +217,15 @@ ExitCode RunGeo(const GeoValues& values, const std::string& strPoints, const Poi
                        {"inverse_flattening", ellipsoid.m_dInverseFlattening}};
   root["refused"] = refusals.size();
   if (context.IsJson()) root["points"] = GeoJson(result, bGrid);
-  if (!strOutput.empty()) WritePoints(&points, format.strColumns, &context.NewOutput(strOutput));
+  if (!strOutput.empty()) {
+    OutputFile& output = context.NewOutput(strOutput);
+    // Degrees need other decimals than metres: all digits, unless decimals are told.
+    if (format.iDecimals < 0) {
+      WritePoints(&points, format.strColumns, &output);
+    } else {
+      WritePoints(&points, format, &output);
+    }
+  }
   return !refusals.empty() ? kNotAcceptable : kGood;
 }
 

@@ -272,7 +272,7 @@ ExitCode Run(const Values& values, Context& context) {
     context.Warn("the scales disagree by more than --scale-tolerance; their mean was taken");
   }
   if (!values.strOutput.empty()) {
-    WritePoints(&points, values.format.strColumns, &context.NewOutput(values.strOutput));
+    WritePoints(&points, values.format, &context.NewOutput(values.strOutput));
   }
   return bScales ? kGood : kNotAcceptable;
 }

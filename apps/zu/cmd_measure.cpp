@@ -20,6 +20,7 @@ struct Values {
   std::string strProject, strCheck, strOut, strReport;
   std::string strUnit = "object units";
   MeasurePlane plane;
+  PointFormat check;
   AccuracyValues accuracy;
   bool bFlip = false, bLibrary = false, bPartial = false;
 };
@@ -160,10 +161,10 @@ ExitCode Run(const Values& values, bool bSigma, Context& context) {
   const InputFile planeFile(values.plane.strPoints, "a coordinate file");
   std::optional<InputFile> checkFile;
   ZuPointList planePoints, check;
-  ReadPoints(planeFile, values.plane.strColumns, context, &planePoints);
+  ReadPoints(planeFile, values.plane.format, context, &planePoints);
   if (!values.strCheck.empty()) {
     checkFile.emplace(values.strCheck, "a coordinate file");
-    ReadPoints(*checkFile, "id,x,y,z", context, &check);
+    ReadPoints(*checkFile, values.check, context, &check);
   }
   ZuPlaneMeasurement result;
   const auto plane = FitPlane(values.plane, planePoints, &result);

@@ -377,10 +377,10 @@ ExitCode Run(const Values& values, Context& context) {
   if (!values.adjust.strReport.empty()) WritePage(values, lists, context);
   const bool bRejected = !lists.rejected.IsEmpty();
   if (!values.strOutput.empty()) {
-    WritePoints(&lists.result, values.format.strColumns, &context.NewOutput(values.strOutput));
+    WritePoints(&lists.result, values.format, &context.NewOutput(values.strOutput));
   }
   if (!values.strRejected.empty()) {
-    WritePoints(&lists.rejected, values.format.strColumns, &context.NewOutput(values.strRejected));
+    WritePoints(&lists.rejected, values.format, &context.NewOutput(values.strRejected));
   }
   return bRejected && (context.IsStrict() || values.adjust.bTest) ? kNotAcceptable : kGood;
 }

@@ -153,8 +153,7 @@ ExitCode RunAxis(const Values& values, ZuPointList* pPoints, Context& context) {
   }
   if (!values.strLog.empty()) WriteLog(values.strLog, calc, context);
   if (!values.strOutput.empty()) {
-    WritePoints(calc.GetPointsInZuPlane(), values.format.strColumns,
-                &context.NewOutput(values.strOutput));
+    WritePoints(calc.GetPointsInZuPlane(), values.format, &context.NewOutput(values.strOutput));
   }
   return kGood;
 }

@@ -21,7 +21,7 @@ namespace {
 struct Values {
   std::string strSource, strControl, strOutput;
   std::string strType;
-  PointFormat format = {"id,x,y", "error", "xy"};
+  PointFormat format;
   AdjustValues adjust;
 };
 
@@ -406,7 +406,7 @@ std::string Page(const Values& values, const Result& result) {
 ExitCode Run(const Values& values, Context& context) {
   Lists lists;
   ReadPoints(values.strSource, values.format, context, &lists.source);
-  ReadPoints(values.strControl, values.format, context, &lists.control);
+  ReadControlPoints(values.strControl, values.format, context, &lists.control);
   CheckAccuracies(NameInMessages(values.strSource), lists.source, values.format.strColumns);
   CheckAccuracies(NameInMessages(values.strControl), lists.control, values.format.strColumns);
   GiveCommonIds(NameInMessages(values.strControl), context, &lists.source, &lists.control);
@@ -425,7 +425,7 @@ ExitCode Run(const Values& values, Context& context) {
       p->m_dDX = carried.Sd(0);
       p->m_dDY = carried.Sd(1);
     }
-    WritePoints(&out, values.format.strColumns, &context.NewOutput(values.strOutput));
+    WritePoints(&out, values.format, &context.NewOutput(values.strOutput));
   }
   if (!values.adjust.strReport.empty()) {
     context.NewOutput(values.adjust.strReport).Stream() << Page(values, result);
@@ -437,6 +437,7 @@ ExitCode Run(const Values& values, Context& context) {
 
 Runner DefineTrafo2d(Options& options) {
   auto pValues = std::make_shared<Values>();
+  pValues->format.szCoordinates = "xy";
   AddSourceOptions(options, &pValues->strSource, &pValues->strControl);
   options.Choice("--type", {"congruence", "helmert", "affin", "projektiv", "polynom", "auto"},
                  &pValues->strType,
@@ -445,6 +446,7 @@ Runner DefineTrafo2d(Options& options) {
   AddTestFlag(options, &pValues->adjust);
   AddAdjustOptions(options, &pValues->adjust, kSigmaOfControl);
   AddPointOptions(options, &pValues->format);
+  AddControlColumns(options, &pValues->format);
   options.Output("-o,--output", "OUT", &pValues->strOutput,
                  "coordinate file of SOURCE in the target system");
   return [pValues](Context& context) { return Run(*pValues, context); };

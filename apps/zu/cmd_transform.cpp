@@ -150,7 +150,7 @@ ExitCode Run(const Values& values, Context& context) {
   }
   Lists lists;
   ReadPoints(values.strSource, values.format, context, &lists.source);
-  ReadPoints(values.strControl, values.format, context, &lists.control);
+  ReadControlPoints(values.strControl, values.format, context, &lists.control);
   CheckAccuracies(NameInMessages(values.strSource), lists.source, values.format.strColumns);
   CheckAccuracies(NameInMessages(values.strControl), lists.control, values.format.strColumns);
   GiveCommonIds(NameInMessages(values.strControl), context, &lists.source, &lists.control);
@@ -214,7 +214,7 @@ ExitCode Run(const Values& values, Context& context) {
     context.NewOutput(adjust.strReport).Stream() << PageOf(page, result, control);
   }
   if (!values.strOutput.empty()) {
-    WritePoints(&out, values.format.strColumns, &context.NewOutput(values.strOutput));
+    WritePoints(&out, values.format, &context.NewOutput(values.strOutput));
   }
   return result.setAside.empty() ? kGood : kNotAcceptable;
 }
@@ -233,6 +233,7 @@ Runner DefineTransform(Options& options) {
   options.Option("--min-points", "N", &pValues->iMinPoints, "common points needed");
   options.AtLeast(3);
   AddPointOptions(options, &pValues->format);
+  AddControlColumns(options, &pValues->format);
   options.Output("-o,--output", "OUT", &pValues->strOutput,
                  "coordinate file of all points in the target system");
   return [pValues](Context& context) { return Run(*pValues, context); };

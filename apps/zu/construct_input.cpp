@@ -14,6 +14,7 @@ namespace cli {
 namespace {
 
 constexpr char kOutputColumns[] = "idname,x,y,z";
+constexpr int kFullDigits = 15;  // behind which numbers are noise
 
 Json Numbers(const _MVector& v) { return {v.x, v.y, v.z}; }
 
@@ -256,7 +257,12 @@ ExitCode Construction::Finish(const char* szKind, double dLargest) {
     root["plane"] = PlaneJson();
   }
   if (!m_values.strOutput.empty()) {
-    WritePoints(&m_made, kOutputColumns, &m_context.NewOutput(m_values.strOutput));
+    PointFormat format;
+    format.strColumns = kOutputColumns;
+    format.iDecimals = m_values.format.iDecimals;
+    format.form.emplace().m_aColumns = {eZuPointRWIdName, eZuPointRWX, eZuPointRWY, eZuPointRWZ};
+    format.form->m_iDecimals = kFullDigits;
+    WritePoints(&m_made, format, &m_context.NewOutput(m_values.strOutput));
   }
   return m_values.dLimit > 0.0 && dLargest > m_values.dLimit ? kNotAcceptable : kGood;
 }

@@ -28,6 +28,12 @@ void Context::Warn(const std::string& strText) const {
   m_warnings.push_back(strText);
 }
 
+void Context::Note(const std::string& strText) const {
+  if (IsQuiet()) return;
+  ClearProgress();
+  std::cerr << m_strCommand << ": " << strText << std::endl;
+}
+
 void Context::WarnAlways(const std::string& strText) const {
   m_warnings.push_back(strText);
   ClearProgress();

@@ -45,7 +45,9 @@ class Context {
   // One line on standard error, with the command's name in front, not under --quiet; and an entry
   // of "warnings" of the JSON object.
   void Warn(const std::string& strText) const;
-  // The same for what changes the result: under --quiet, too.
+  // One line on standard error of what was found in an input; not under --quiet.
+  void Note(const std::string& strText) const;
+  // The same as Warn for what changes the result: under --quiet, too.
   void WarnAlways(const std::string& strText) const;
 
   // Prints the result and renames the result files. A result file that goes to standard output

@@ -75,7 +75,7 @@ void AddPlaneOptions(Options& options, MeasurePlane* pPlane) {
   options.Option("--plane", "POINTS", &pPlane->strPoints,
                  "coordinate file of the points that the plane is fitted to");
   options.Required();
-  options.Option("--plane-columns", "COLUMNS", &pPlane->strColumns,
+  options.Option("--plane-columns", "COLUMNS", &pPlane->format.strToldColumns,
                  "columns of the file of --plane; dx, dy, dz bring standard deviations");
   options.Option("--plane-sigma", "S", &pPlane->dSigma,
                  "standard deviation of the coordinates of --plane without columns that tell it; "
@@ -88,7 +88,7 @@ void AddPlaneOptions(Options& options, MeasurePlane* pPlane) {
 
 std::optional<ZuPlaneFit> FitPlane(const MeasurePlane& values, ZuPointList& points,
                                    ZuPlaneMeasurement* pResult) {
-  CheckAccuracies(NameInMessages(values.strPoints), points, values.strColumns);
+  CheckAccuracies(NameInMessages(values.strPoints), points, values.format.strColumns);
   if (values.bAxis) {
     if (!pResult->FitPlane(points)) FailWithoutPlane();
     return std::nullopt;
@@ -96,7 +96,7 @@ std::optional<ZuPlaneFit> FitPlane(const MeasurePlane& values, ZuPointList& poin
   ZuFitOptions options;
   options.dSigma = values.dSigma;
   options.tests.bSnoop = false;
-  const ZuPlaneFit plane = ZuFitPlane(FitPointsOf(points, values.strColumns), options);
+  const ZuPlaneFit plane = ZuFitPlane(FitPointsOf(points, values.format.strColumns), options);
   if (plane.fit.eStatus != ZuAdjustStatus::Good) FailWithoutPlane();
   pResult->SetPlane(plane.plane, points);
   pResult->m_dPlaneSigma0 = plane.fit.dSigma0;

@@ -5,6 +5,7 @@
 
 #include "context.h"
 #include "options.h"
+#include "point_input.h"
 #include "zu/adjust/fit_primitives.h"
 #include "zu/project/plane_measurement.h"
 #include "zu/project/project.h"
@@ -13,7 +14,8 @@ namespace cli {
 
 // How the plane is fitted to its points.
 struct MeasurePlane {
-  std::string strPoints, strColumns = "id,x,y,z";
+  std::string strPoints;
+  PointFormat format;
   double dSigma = 0.0;  // of a coordinate [object units]; 0: not told
   bool bAxis = false;   // by ZuCalcPlane
 };

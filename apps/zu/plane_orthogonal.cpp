@@ -202,7 +202,7 @@ void OrthogonalPlane::WriteFeet(Context& context) const {
     foot.m_dRedu1 = row.pFitted->dDistance;
     feet.Add(foot);
   }
-  WritePoints(&feet, m_values.format.strColumns, &context.NewOutput(m_values.strOutput));
+  WritePoints(&feet, m_values.format, &context.NewOutput(m_values.strOutput));
 }
 
 std::string OrthogonalPlane::Page() const {

@@ -1,19 +1,22 @@
 #include "point_input.h"
 
+#include <cmath>
+#include <cstring>
+#include <utility>
 #include <vector>
 
 #include "exit_code.h"
 #include "point_columns.h"
 #include "reading.h"
+#include "zu/photo/detect_files.h"
+#include "zu/points/column_names.h"
+#include "zu/points/column_titles.h"
 #include "zu/points/read_coordinates.h"
 
 namespace cli {
 namespace {
 
-// A column for the id, which coordinate files need to keep their points.
-bool HasIds(const ColumnTable& columns) {
-  return columns.HasEntry(eZuPointRWId) || columns.HasEntry(eZuPointRWIdName);
-}
+constexpr int kMostDecimals = 15;
 
 Duplicates DuplicatesOf(const PointFormat& format) {
   if (format.strDuplicates == "first") return eDuplicatesFirst;
@@ -21,40 +24,181 @@ Duplicates DuplicatesOf(const PointFormat& format) {
   return format.strDuplicates == "mean" ? eDuplicatesMean : eDuplicatesError;
 }
 
-void CheckCoordinates(const PointFormat& format) {
-  const ColumnTable columns = ParseColumns(format.strColumns);
+// `strSource` is where the columns were told: --columns, or the titles of a file.
+void CheckCoordinates(const PointFormat& format, const std::string& strColumns,
+                      const std::string& strSource) {
+  const ColumnTable columns = ParseColumns(strColumns);
   for (const char* pc = format.szCoordinates; *pc != '\0'; ++pc) {
     const eZuPointRWMask eColumn = *pc == 'x'   ? eZuPointRWX
                                    : *pc == 'y' ? eZuPointRWY
                                                 : eZuPointRWZ;
     if (columns.HasEntry(eColumn)) continue;
-    throw CommandError(kUsage, "--columns: \"" + format.strColumns + "\" has no column " + *pc +
+    throw CommandError(kUsage, strSource + ": \"" + strColumns + "\" has no column " + *pc +
                                    ", which the command computes with");
   }
 }
 
-void CheckIdColumn(const std::string& strColumns) {
-  if (HasIds(ParseColumns(strColumns))) return;
-  throw CommandError(kUsage, "--columns: \"" + strColumns +
+void CheckIdColumn(const std::string& strColumns, const std::string& strSource) {
+  const ColumnTable columns = ParseColumns(strColumns);
+  if (columns.HasEntry(eZuPointRWId) || columns.HasEntry(eZuPointRWIdName)) return;
+  throw CommandError(kUsage, strSource + ": \"" + strColumns +
                                  "\" has no column for the id; add id, or idname for names");
 }
 
-void ReadRows(const InputFile& file, const PointFormat& format, Context& context,
+void TakePoints(const InputFile& file, const ZuCoordinateReading& reading,
+                const ColumnTable& columns, Duplicates eDuplicates, const std::string& strColumns,
+                Context& context, ZuPointList* pRead, ZuPointList* pPoints) {
+  TellFindings(reading.m_Findings, file.Name(), false, "--tolerant takes what is there", context);
+  if (pRead->Count() == 0) {
+    throw CommandError(
+        kBadInput, file.Name() + ": holds no point; lines of " + strColumns + " would be right");
+  }
+  if (!columns.HasEntry(eZuPointRWPhoto)) {
+    JoinDuplicates(file.Name(), reading.m_aLines, eDuplicates, context, pRead);
+  }
+  pPoints->SetMask(columns);
+  pRead->MoveTo(pPoints);
+}
+
+// In columns that are told, by nobody else than the command.
+void ReadRows(const InputFile& file, const std::string& strColumns, Context& context,
               ZuPointList* pPoints) {
-  const ColumnTable columns = ParseColumns(format.strColumns);
+  const ColumnTable columns = ParseColumns(strColumns);
   ZuPointList points;
   const ZuCoordinateReading reading =
       ZuReadCoordinates(file.Path().c_str(), columns, points, ReadMode(context));
-  TellFindings(reading.m_Findings, file.Name(), false, "--tolerant takes what is there", context);
-  if (points.Count() == 0) {
-    throw CommandError(kBadInput, file.Name() + ": holds no point; lines of " + format.strColumns +
-                                      " would be right");
+  TakePoints(file, reading, columns, eDuplicatesError, strColumns, context, &points, pPoints);
+}
+
+char DelimiterOf(const std::string& strDelimiter) {
+  const std::pair<const char*, char> words[] = {{"", '\0'},     {"tab", '\t'},      {"\\t", '\t'},
+                                                {"comma", ','}, {"semicolon", ';'}, {"blank", ' '}};
+  for (const auto& [szWord, cDelimiter] : words) {
+    if (strDelimiter == szWord) return cDelimiter;
   }
-  if (!columns.HasEntry(eZuPointRWPhoto)) {
-    JoinDuplicates(file.Name(), reading.m_aLines, DuplicatesOf(format), context, &points);
+  if (strDelimiter.size() == 1) return strDelimiter[0];
+  throw CommandError(kUsage, "--delimiter: \"" + strDelimiter +
+                                 "\" is no character; tab, comma, semicolon, blank or one "
+                                 "character would be right");
+}
+
+ZuTableOptions TableOptions(const PointFormat& format, const std::string& strColumns, bool bIds) {
+  ZuTableOptions options;
+  options.m_cDelimiter = DelimiterOf(format.strDelimiter);
+  options.m_bDecimalComma = format.bDecimalComma;
+  options.m_uSkipLines = format.uSkipLines;
+  options.m_bIds = bIds;
+  options.m_bHeights = std::strchr(format.szCoordinates, 'z') != nullptr;
+  if (strColumns.empty()) return options;
+  const ColumnTable columns = ParseColumns(strColumns);
+  for (int i = 0; i < columns.Size(); ++i) options.m_aColumns.push_back(columns[i]);
+  return options;
+}
+
+ColumnTable TableOf(const ZuTableForm& form) {
+  std::vector<eZuPointRWMask> columns = form.m_aColumns;
+  columns.push_back(eZuPointRWEnd);
+  return ColumnTable(columns.data());
+}
+
+// What was found and a reader would not take for granted, in a line.
+void TellForm(const ZuTableForm& form, const std::string& strColumns, const std::string& strName,
+              const Context& context) {
+  std::string strTitles, strFound;
+  for (const std::string& strTitle : form.m_aTitles) {
+    strTitles += (strTitles.empty() ? "" : ",") + strTitle;
   }
-  pPoints->SetMask(columns);
-  points.MoveTo(pPoints);
+  if (!strTitles.empty() && strTitles != strColumns) {
+    strFound = "columns " + strTitles + " taken as " + strColumns;
+  }
+  const auto add = [&strFound](const std::string& strText) {
+    strFound += (strFound.empty() ? "" : ", ") + strText;
+  };
+  if (form.m_cDecimal == ',') add("decimal comma");
+  if (form.m_eEncoding != eZuTextUtf8) add(GetZuTextEncodingName(form.m_eEncoding));
+  if (!strFound.empty()) context.Note(strName + ": " + strFound);
+}
+
+// Accuracies of a further file belong to the columns of all.
+void NoteColumns(const PointFormat& format, const std::string& strColumns) {
+  if (format.strColumns.empty()) {
+    format.strColumns = strColumns;
+    return;
+  }
+  const ColumnTable known = ParseColumns(format.strColumns), more = ParseColumns(strColumns);
+  for (const eZuPointRWMask eColumn : {eZuPointRWDX, eZuPointRWDY, eZuPointRWDZ}) {
+    if (known.HasEntry(eColumn) || !more.HasEntry(eColumn)) continue;
+    format.strColumns += std::string(",") + GetZuColumnName(eColumn);
+  }
+}
+
+// Lengths in the unit of the first file.
+void JoinUnits(const PointFormat& format, const ZuTableForm& form, const std::string& strName,
+               const Context& context, ZuPointList* pPoints) {
+  const std::string& strFirst = format.form->m_strUnit;
+  const double dFirst = GetZuUnitLength(strFirst), dOwn = GetZuUnitLength(form.m_strUnit);
+  if (dFirst == 0.0 || dOwn == 0.0 || dFirst == dOwn) return;
+  for (ZuPoint* p = pPoints->First(); p != nullptr; p = p->Next()) {
+    for (double* pd : {&p->m_dX, &p->m_dY, &p->m_dZ, &p->m_dDX, &p->m_dDY, &p->m_dDZ}) {
+      *pd *= dOwn / dFirst;
+    }
+  }
+  context.WarnAlways(strName + ": lengths in " + form.m_strUnit + " brought to " + strFirst);
+}
+
+ZuTableReading ReadAnyForm(const InputFile& file, const ZuTableOptions& options,
+                           const Context& context, ZuPointList* pPoints) {
+  const char* const szPath = file.Path().c_str();
+  if (!ZuDetectZuvoFiles(szPath).IsType(eZuvoFileGsi)) {
+    return ZuReadTable(szPath, options, *pPoints, ReadMode(context));
+  }
+  ZuTableReading reading;
+  static_cast<ZuCoordinateReading&>(reading) = ZuReadGsi(szPath, *pPoints, ReadMode(context));
+  reading.m_Form.m_aColumns = {eZuPointRWIdName, eZuPointRWX, eZuPointRWY, eZuPointRWZ};
+  reading.m_Form.m_iDecimals = 5;
+  return reading;
+}
+
+// What an option tells is refused with the option.
+void CheckFaults(const ZuReadFindings& findings, const InputFile& file) {
+  const std::pair<const char*, const char*> options[] = {
+      {"has a decimal comma", "where all numbers have one, --decimal-comma reads them"},
+      {"the titles do not fit", "--columns tells what the columns are"}};
+  const ZuReadFinding* const pFault = findings.First(eZuReadFault);
+  for (const auto& [szText, szOption] : options) {
+    if (pFault == nullptr || pFault->m_strText.find(szText) == std::string::npos) continue;
+    throw CommandError(kBadInput, Placed(*pFault, file.Name()) + '\n' + szOption);
+  }
+}
+
+// strTold: the columns that were told; empty: they are found.
+void ReadTable(const InputFile& file, const PointFormat& format, const std::string& strTold,
+               bool bIds, Context& context, ZuPointList* pPoints) {
+  const ZuTableOptions options = TableOptions(format, strTold, bIds);
+  ZuPointList points;
+  const ZuTableReading reading = ReadAnyForm(file, options, context, &points);
+  CheckFaults(reading.m_Findings, file);
+  const ColumnTable columns = TableOf(reading.m_Form);
+  const std::string strColumns = GetZuColumnNames(columns);
+  const std::string strSource = strTold.empty() ? file.Name() : "--columns";
+  CheckCoordinates(format, strColumns, strSource);
+  if (bIds) CheckIdColumn(strColumns, strSource);
+  TakePoints(file, reading, columns, DuplicatesOf(format), strColumns, context, &points, pPoints);
+  TellForm(reading.m_Form, strColumns, file.Name(), context);
+  NoteColumns(format, strColumns);
+  if (format.form) {
+    JoinUnits(format, reading.m_Form, file.Name(), context, pPoints);
+  } else {
+    format.form = reading.m_Form;
+  }
+}
+
+// Before a file is opened.
+void CheckTold(const PointFormat& format, const std::string& strColumns, bool bIds) {
+  DelimiterOf(format.strDelimiter);
+  if (strColumns.empty()) return;
+  CheckCoordinates(format, strColumns, "--columns");
+  if (bIds) CheckIdColumn(strColumns, "--columns");
 }
 
 }  // namespace
@@ -67,37 +211,58 @@ void AddColumnsOption(Options& options, std::string* pColumns) {
 }
 
 void AddPointOptions(Options& options, PointFormat* pFormat) {
-  AddColumnsOption(options, &pFormat->strColumns);
+  AddColumnsOption(options, &pFormat->strToldColumns);
   options.Choice("--duplicates", {"error", "first", "last", "mean"}, &pFormat->strDuplicates,
                  "what counts of a point that stands more than once in a file");
+  options.Option("--delimiter", "C", &pFormat->strDelimiter,
+                 "what separates the fields: tab, comma, semicolon, blank or a character");
+  options.Flag("--decimal-comma", &pFormat->bDecimalComma, "numbers have decimal commas");
+  options.Option("--skip-lines", "N", &pFormat->uSkipLines, "lines above the table, passed over");
+  options.Option("--decimals", "N", &pFormat->iDecimals,
+                 "decimals of the coordinates in result files");
+  options.AtLeast(-1);
+  options.AtMost(kMostDecimals);
+}
+
+void AddControlColumns(Options& options, PointFormat* pFormat) {
+  options.Option("--control-columns", "NAMES", &pFormat->strControlColumns,
+                 "columns of CONTROL, where they are others than those of SOURCE");
+}
+
+void ReadPoints(const InputFile& file, const PointFormat& format, Context& context,
+                ZuPointList* pPoints) {
+  ReadTable(file, format, format.strToldColumns, true, context, pPoints);
 }
 
 void ReadPoints(const std::string& strPath, const PointFormat& format, Context& context,
                 ZuPointList* pPoints) {
-  CheckIdColumn(format.strColumns);
-  ReadPointsOrRows(strPath, format, context, pPoints);
+  CheckTold(format, format.strToldColumns, true);
+  ReadPoints(InputFile(strPath, "a coordinate file"), format, context, pPoints);
+}
+
+void ReadControlPoints(const std::string& strPath, const PointFormat& format, Context& context,
+                       ZuPointList* pPoints) {
+  const bool bOwn = !format.strControlColumns.empty();
+  const std::string& strTold = bOwn ? format.strControlColumns : format.strToldColumns;
+  CheckTold(format, strTold, true);
+  ReadTable(InputFile(strPath, "a coordinate file"), format, strTold, true, context, pPoints);
 }
 
 void ReadPoints(const std::string& strPath, const std::string& strColumns, Context& context,
                 ZuPointList* pPoints) {
-  ReadPoints(strPath, PointFormat{strColumns, "error", ""}, context, pPoints);
-}
-
-void ReadPoints(const InputFile& file, const std::string& strColumns, Context& context,
-                ZuPointList* pPoints) {
-  CheckIdColumn(strColumns);
-  ReadRows(file, PointFormat{strColumns, "error", ""}, context, pPoints);
+  ReadRows(InputFile(strPath, "a coordinate file"), strColumns, context, pPoints);
 }
 
 void ReadPointsOrRows(const std::string& strPath, const PointFormat& format, Context& context,
                       ZuPointList* pPoints) {
-  CheckCoordinates(format);
-  ReadRows(InputFile(strPath, "a coordinate file"), format, context, pPoints);
+  const std::string& strTold = format.strToldColumns;
+  CheckTold(format, strTold, false);
+  ReadTable(InputFile(strPath, "a coordinate file"), format, strTold, false, context, pPoints);
 }
 
 void ReadPointsOrRows(const InputFile& file, const std::string& strColumns, Context& context,
                       ZuPointList* pPoints) {
-  ReadRows(file, PointFormat{strColumns, "error", ""}, context, pPoints);
+  ReadRows(file, strColumns, context, pPoints);
 }
 
 namespace {
@@ -130,6 +295,30 @@ void WritePoints(ZuPointList* pPoints, const std::string& strColumns, OutputFile
   DropSignsOfZero(pPoints);
   pPoints->Write(pOutput->Stream());
   if (pPoints->Count() > 0) pOutput->Stream() << '\n';
+}
+
+namespace {
+
+// Noise of a computation with numbers of so many decimals.
+void DropNoise(int iDecimals, ZuPointList* pPoints) {
+  const double dNoise = 1e-6 * std::pow(10.0, -iDecimals);
+  for (ZuPoint* p = pPoints->First(); p != nullptr; p = p->Next()) {
+    for (double* pd : {&p->m_dX, &p->m_dY, &p->m_dZ}) {
+      if (std::fabs(*pd) < dNoise) *pd = 0.0;
+    }
+  }
+}
+
+}  // namespace
+
+void WritePoints(ZuPointList* pPoints, const PointFormat& format, OutputFile* pOutput) {
+  ZuTableForm form = format.form.value_or(ZuTableForm());
+  if (format.iDecimals < 0 && form.m_cDelimiter == '\0' && form.m_aTitles.empty()) {
+    DropNoise(form.m_iDecimals, pPoints);
+    WritePoints(pPoints, format.strColumns, pOutput);
+    return;
+  }
+  ZuWriteTable(pOutput->Stream(), *pPoints, form, format.iDecimals);
 }
 
 std::string ReadWholeFile(const std::string& strPath) {

@@ -4,6 +4,7 @@
 // lines out.
 #pragma once
 
+#include <optional>
 #include <string>
 
 #include "context.h"
@@ -11,23 +12,35 @@
 #include "options.h"
 #include "point_names.h"
 #include "zu/points/point_list.h"
+#include "zu/points/table.h"
 
 namespace cli {
 
-// How the coordinate files of a command are read.
+// How the coordinate files of a command are read and written.
 struct PointFormat {
-  std::string strColumns = "id,x,y,z";
+  std::string strToldColumns;     // empty: found
+  std::string strControlColumns;  // of the second file, where they are told apart
+  // Those of the first file that was read; accuracies that a further one tells are among them.
+  mutable std::string strColumns;
   std::string strDuplicates = "error";
   const char* szCoordinates = "xyz";  // those that the command computes with
+  std::string strDelimiter;
+  bool bDecimalComma = false;
+  unsigned uSkipLines = 0;
+  int iDecimals = -1;                       // of numbers in result files; -1: not told
+  mutable std::optional<ZuTableForm> form;  // of the first file that was read
 };
 
-// Declares --columns and --duplicates.
+// Declares --columns, --duplicates, --delimiter, --decimal-comma, --skip-lines and --decimals.
 void AddPointOptions(Options& options, PointFormat* pFormat);
-// Declares --columns; its default is what *pColumns holds, "id,x,y,z" as a rule.
+// Declares --control-columns beside them.
+void AddControlColumns(Options& options, PointFormat* pFormat);
+// Declares --columns.
 void AddColumnsOption(Options& options, std::string* pColumns);
 
-// Appends the points of a coordinate file or pipe (input_file.h), as ZuReadCoordinates reads them;
-// findings become warnings.
+// Appends the points of a coordinate file, table or GSI file, or of a pipe (input_file.h), as
+// ZuReadTable and ZuReadGsi read them; findings become warnings. Lengths come in the unit of the
+// first file, where both tell theirs.
 //
 // Throws CommandError (bad input) naming file, line and column: input missing or unreadable, no
 // point in it, what ends a strict reading, a point that stands twice (unless there is a column for
@@ -35,12 +48,15 @@ void AddColumnsOption(Options& options, std::string* pColumns);
 // that the command needs, or for the id: points without one are not kept by coordinate files.
 void ReadPoints(const std::string& strPath, const PointFormat& format, Context& context,
                 ZuPointList* pPoints);
-// The same with those columns, whichever they are.
-void ReadPoints(const std::string& strPath, const std::string& strColumns, Context& context,
+// The same of the second file of a command.
+void ReadControlPoints(const std::string& strPath, const PointFormat& format, Context& context,
+                       ZuPointList* pPoints);
+// The same of an input that was opened before.
+void ReadPoints(const InputFile& file, const PointFormat& format, Context& context,
                 ZuPointList* pPoints);
 
-// The same of an input that was opened before.
-void ReadPoints(const InputFile& file, const std::string& strColumns, Context& context,
+// The same of a coordinate file with those columns, whichever they are.
+void ReadPoints(const std::string& strPath, const std::string& strColumns, Context& context,
                 ZuPointList* pPoints);
 
 // The same for a command that needs no ids: without a column for the id the points are numbered
@@ -49,6 +65,11 @@ void ReadPointsOrRows(const std::string& strPath, const PointFormat& format, Con
                       ZuPointList* pPoints);
 void ReadPointsOrRows(const InputFile& file, const std::string& strColumns, Context& context,
                       ZuPointList* pPoints);
+
+// Writes the points in the form of the first file that was read: a table stays one, with its
+// titles, delimiter and decimal mark. Where that is a coordinate file, what stands behind its
+// digits by a million times is 0.
+void WritePoints(ZuPointList* pPoints, const PointFormat& format, OutputFile* pOutput);
 
 // Writes the points so that ReadPoints with the same columns reads them again. Where the column is
 // idname, a point without name gets its id as name.

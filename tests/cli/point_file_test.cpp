@@ -94,7 +94,7 @@ TEST(PointFile, ALineIsAPointOrNamed) {
   folder.Write("long.coo", kGood + ("4 0 0 " + std::string(2000, '0')) + "\n");
   folder.Write("none.coo", std::string("# title\nnumber x y z\n\0 1 2 3\n", 29));
   ExpectLines({{"zu plane long.coo", 3, "", "long.coo:4: the line has 2006 bytes"},
-               {"zu plane none.coo", 3, "", "none.coo: holds no point; lines of id,x,y,z"},
+               {"zu plane none.coo", 3, "", "none.coo: holds no point; lines of id"},
                {"head -c 20000 " ZU_PROGRAM " | zu plane -", 3, "", "standard input"}},
               folder);
 }
@@ -140,4 +140,53 @@ TEST(PointFile, OfATotalStation) {
                 "4 points, columns id,x,y,z,dx,dy,dz", ""},
                {"zu points gsi known.coo -o d.coo", 3, "", "known.coo:1:1"}},
               folder);
+}
+
+// As spreadsheets and total stations write them, into the form in which they came.
+TEST(PointFile, MayBeATableOfAnotherProgram) {
+  const ScratchFolder folder;
+  folder.Write(
+      "a.csv",
+      "Punkt;Rechtswert [m];Hochwert [m];H\xF6he [m];Code\r\nEcke links oben am Tor;0,00;0;0;1\r\n"
+      "B;9,25;0;0;1\r\nC;0;7,5;0;\r\n17;0;0;5;x\r\n");
+  folder.Write("b.coo",
+               "Name N E Z\n\"Ecke links oben am Tor\" 100 200 0\nB 100 209.25 0\n"
+               "C 107.5 200 0\n17 100 200 5\n");
+  folder.Write("mm.txt",
+               "sheet 1\nName\tX [mm]\tY [mm]\tZ [mm]\nB\t9250\t0\t0\nC\t0\t7500\t0\n"
+               "Ecke links oben am Tor\t0\t0\t0\n17\t0\t0\t5000\n");
+  folder.Write("plain.txt", "B 0 0 0\nC 1 0 0\nD 0 1 0\n");
+  folder.Write("comma.txt", "B;0;0;0\nC;1,5;0;0\nD;0;1;0\n");
+  folder.Write("p.gsi",
+               "110001+00000001 81..00+00000000 82..00+00000000 83..00+00000000\n"
+               "110002+00000002 81..00+00001000 82..00+00000000 83..00+00000000\n"
+               "110003+00000003 81..00+00000000 82..00+00001000 83..00+00000000\n");
+  ExpectLines(
+      {{"zu transform a.csv --control b.coo -o -", 0,
+        "Punkt;Rechtswert [m];Hochwert [m];H\xC3\xB6he [m]\r\nEcke links oben am "
+        "Tor;200,00000;100,00000;",
+        "taken as idname,x,y,z, decimal comma, Latin-1"},
+       {"zu transform a.csv --control mm.txt --unit-scale --json", 0, "\"common\": 4",
+        "mm.txt: lengths in mm brought to m"},
+       {"zu transform a.csv --control b.coo --decimals 1 -o - --quiet", 0, "\nB;209,2;100,0;0,0\r",
+        ""},
+       {"zu transform b.coo --control b.coo --decimals 2 -o -", 0,
+        "\"Ecke links oben am Tor\" 100.00 200.00 0.00\n", ""},
+       {"zu plane plain.txt --json", 0, "\"name\": \"C\"", ""},
+       {"zu plane comma.txt", 3, "",
+        "comma.txt:2:3: \"1,5\" has a decimal comma; 1.5 would be right"},
+       {"zu plane comma.txt", 3, "", "--decimal-comma reads them"},
+       {"zu plane comma.txt --decimal-comma", 0, "3 points", ""},
+       {"zu plane <(sed 's/;/:/g' comma.txt) --decimal-comma --delimiter :", 0, "3 points", ""},
+       {"zu transform mm.txt --control mm.txt --skip-lines 2 --columns idname,x,y,z --delimiter "
+        "tab",
+        0, "4 common points", ""},
+       {"zu transform b.coo --control plain.txt --control-columns idname,y,x,z", 4, "", "2 points"},
+       {"zu plane plain.txt --delimiter ab", 2, "",
+        "tab, comma, semicolon, blank or one character"},
+       {"zu plane <(printf 'N E\\n1 2\\n')", 2, "", "\"y,x\" has no column z"},
+       {"zu plane p.gsi --json", 0, "GSI", ""},
+       {"zu plane <(printf '1 2.690000001 0 1\\n2 1 0 1\\n3 0 1 1\\n') -o - --quiet", 0, "!e-",
+        ""}},
+      folder);
 }

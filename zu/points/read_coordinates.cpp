@@ -10,6 +10,7 @@
 #include "zu/foundation/progress.h"
 #include "zu/points/internal/coordinate_rows.h"
 #include "zu/points/internal/line_reader.h"
+#include "zu/points/internal/read_rows.h"
 
 namespace {
 
@@ -88,6 +89,12 @@ void Reading::Run(std::FILE* pFile, std::int64_t nSize) {
 }
 
 }  // namespace
+
+void ZuReadCoordinateRows(std::FILE* pFile, std::int64_t nSize, const Table& columns,
+                          ZuPointList& points, eZuReadMode eMode, ZuCoordinateReading& reading) {
+  points.SetMask(columns);
+  Reading(columns, points, eMode, reading).Run(pFile, nSize);
+}
 
 ZuCoordinateReading ZuReadCoordinates(const char* szPath, const Table& columns, ZuPointList& points,
                                       eZuReadMode eMode) {
