@@ -1,12 +1,28 @@
 #include "point_columns.h"
 
 #include <algorithm>
+#include <sstream>
 #include <vector>
 
 #include "exit_code.h"
+#include "nearest_word.h"
 #include "zu/points/column_names.h"
+#include "zu/points/column_titles.h"
 
 namespace cli {
+namespace {
+
+// By spelling, or as other programs call it.
+std::string NearestColumn(const std::string& strName) {
+  const eZuPointRWMask eTitle = FindZuColumnTitle(strName).m_eColumn;
+  if (eTitle != eZuPointRWSkip) return GetZuColumnName(eTitle);
+  std::vector<std::string> names;
+  std::istringstream stream(GetZuColumnNames());
+  for (std::string strWord; stream >> strWord;) names.push_back(strWord);
+  return NearestWord(strName, names);
+}
+
+}  // namespace
 
 ColumnTable ParseColumns(const std::string& strColumns) {
   std::vector<eZuPointRWMask> columns;
@@ -15,8 +31,11 @@ ColumnTable ParseColumns(const std::string& strColumns) {
     const std::string strName = strColumns.substr(uBegin, uEnd - uBegin);
     const eZuPointRWMask eColumn = FindZuColumn(strName);
     if (eColumn == eZuPointRWEnd) {
-      throw CommandError(kUsage, "--columns: \"" + strName + "\" is no column; the columns are " +
-                                     GetZuColumnNames());
+      const std::string strNearest = NearestColumn(strName);
+      throw CommandError(kUsage,
+                         "--columns: \"" + strName + "\" is no column" +
+                             (strNearest.empty() ? "" : "; did you mean " + strNearest + "?") +
+                             "\nthe columns are " + GetZuColumnNames());
     }
     if (eColumn != eZuPointRWSkip &&
         std::find(columns.begin(), columns.end(), eColumn) != columns.end()) {

@@ -1,12 +1,15 @@
 #include "run_program.h"
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <iostream>
 #include <list>
 #include <map>
 #include <new>
+#include <utility>
 
 #include "commands.h"
+#include "nearest_word.h"
 #include "progress_line.h"
 #include "zu/version.h"
 
@@ -69,15 +72,49 @@ std::string FullName(const CLI::App* pApp) {
   return strName;
 }
 
+// "; did you mean transform?"
+std::string DidYouMean(const std::string& strText, const std::vector<std::string>& words) {
+  const std::string strWord = NearestWord(strText, words);
+  return strWord.empty() ? "" : "; did you mean " + strWord + "?";
+}
+
+std::vector<std::string> CommandNames(const CLI::App* pApp) {
+  std::vector<std::string> names;
+  for (const CLI::App* p : pApp->get_subcommands([](const CLI::App*) { return true; })) {
+    names.push_back(p->get_name());
+  }
+  return names;
+}
+
+std::vector<std::string> OptionNames(const CLI::App* pApp) {
+  std::vector<std::string> names;
+  for (const CLI::Option* p : pApp->get_options()) {
+    for (const std::string& strName : p->get_lnames()) names.push_back("--" + strName);
+  }
+  return names;
+}
+
+// Of an option that nobody knows, without its value.
+std::string NearestOption(const CLI::App* pApp) {
+  for (const std::string& strText : pApp->remaining()) {
+    const std::string strName = strText.substr(0, strText.find('='));
+    if (strName.size() > 2 && strName[0] == '-') return DidYouMean(strName, OptionNames(pApp));
+  }
+  return "";
+}
+
 ExitCode ComplainOfUsage(const CLI::App* pApp, std::string strText) {
   const std::string strName = FullName(pApp);
   for (char& c : strText) c = c == '\n' ? ' ' : c;
   if (pApp->get_require_subcommand_min() > 0) {
-    strText = pApp->remaining_size() == 0
-                  ? "a command is missing"
-                  : "\"" + pApp->remaining().front() + "\" is no command or option";
+    const std::string strGiven = pApp->remaining_size() == 0 ? "" : pApp->remaining().front();
+    strText = strGiven.empty() ? "a command is missing"
+                               : "\"" + strGiven + "\" is no command or option" +
+                                     DidYouMean(strGiven, CommandNames(pApp));
+    if (strText.back() == '?') return Complain(kUsage, strName + ": " + strText);
     return Complain(kUsage, strName + ": " + strText + ", " + strName + " --help lists them");
   }
+  strText += NearestOption(pApp);
   return Complain(kUsage, strName + ": " + strText + "\n" + strName +
                               " --help shows the options and an example");
 }
@@ -99,12 +136,19 @@ ExitCode RunProgram(int argc, char** argv) {
   CLI::App program("Close-range photogrammetry on the command line.", "zu");
   program.require_subcommand(1);
   program.set_version_flag("--version", std::string("zu ") + ZuVersion());
-  program.footer("zu COMMAND --help shows the options of a command and one worked example.");
+  program.footer("zu help COMMAND shows the options of a command and one worked example.");
   Selected selected;
   for (const Command& command : Commands()) AddCommand(command, &program, &selected);
 
+  // "zu help cloud info" is "zu cloud info --help".
+  std::vector<std::string> arguments(argv + 1, argv + argc);
+  if (!arguments.empty() && arguments.front() == "help") {
+    arguments.erase(arguments.begin());
+    arguments.emplace_back("--help");
+  }
+  std::reverse(arguments.begin(), arguments.end());  // the parser takes them from the back
   try {
-    program.parse(argc, argv);
+    program.parse(std::move(arguments));
   } catch (const CLI::CallForHelp&) {
     PrintAndClose(program.help());
     return kGood;

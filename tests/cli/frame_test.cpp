@@ -57,14 +57,22 @@ TEST(Program, EveryCommandShowsAWorkedExample) {
 
 TEST(Program, RefusesAWrongCommandLine) {
   const ScratchFolder folder;
-  ExpectLines({{"zu", 2, "", "zu: a command is missing"},
-               {"zu transfrom", 2, "", "\"transfrom\" is no command"},
-               {"zu transform", 2, "", "zu transform: SOURCE is required"},
-               {"zu transform a.coo", 2, "", "--control is required"},
-               {"zu transform a --control b --min-points=x", 2, "", "--min-points"},
-               {"zu transform a --control b --columns=id,x,q", 2, "", "\"q\" is no column"},
-               {"zu transform a --control b --columns=x,y,z", 2, "", "no column for the id"}},
-              folder);
+  ExpectLines(
+      {{"zu", 2, "", "zu: a command is missing"},
+       {"zu transfrom", 2, "", "\"transfrom\" is no command or option; did you mean transform?"},
+       {"zu cloud inof", 2, "", "did you mean info?"},
+       {"zu qqq", 2, "", "zu --help lists them"},
+       {"zu plane a --column id,x,y,z", 2, "", "; did you mean --columns?"},
+       {"zu plane a --columns idnmae,x,y,z", 2, "", "; did you mean idname?"},
+       {"zu plane a --columns id,Easting,y,z", 2, "", "; did you mean x?"},
+       {"zu help cloud info | cmp - <(zu cloud info --help)", 0, "", ""},
+       {"zu help | cmp - <(zu --help)", 0, "", ""},
+       {"zu transform", 2, "", "zu transform: SOURCE is required"},
+       {"zu transform a.coo", 2, "", "--control is required"},
+       {"zu transform a --control b --min-points=x", 2, "", "--min-points"},
+       {"zu transform a --control b --columns=id,x,q", 2, "", "\"q\" is no column"},
+       {"zu transform a --control b --columns=x,y,z", 2, "", "no column for the id"}},
+      folder);
 }
 
 // Every number of the JSON text is the shortest that reads back to its double.
