@@ -17,11 +17,18 @@
 namespace cli {
 namespace {
 
+PointFormat PixelsOfCrosses() {
+  PointFormat format;
+  format.strToldColumns = "id,x,y";
+  format.szCoordinates = "xy";
+  return format;
+}
+
 struct Values {
   std::string strProject, strOut, strCrosses, strReseau;
   std::string strType = "affin";
   unsigned uPhoto = 0;
-  PointFormat format = {"id,x,y", "error", "xy"};
+  PointFormat format = PixelsOfCrosses();
   double dSigma = 0.0;
   AdjustValues adjust;
 };
