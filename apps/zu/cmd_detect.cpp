@@ -54,8 +54,9 @@ ExitCode Run(const Values& values, Context& context) {
   WriteBoard(values, board, context, &project);
   return DetectPictures(values.detect, context, &project, [&](const Picture& picture) {
     ZuBoardDetection detection =
-        bMarkers ? ZuDetectCharuco(picture.image, board, values.strFamily, values.dMarker)
-                 : ZuDetectChessboard(picture.image, board);
+        bMarkers ? ZuDetectCharuco(picture.image, board, values.strFamily, values.dMarker,
+                                   values.detect.dSigmaFloor)
+                 : ZuDetectChessboard(picture.image, board, values.detect.dSigmaFloor);
     Found found;
     found.points = std::move(detection.m_points);
     found.strText = std::move(detection.m_strText);

@@ -32,7 +32,8 @@ Runner DefineDetectAruco(Options& options) {
     return DetectPictures(pValues->detect, context, &project, [&](const Picture& picture) {
       Found found;
       std::vector<ZuMarker> markers;
-      ZuDetectMarkers(picture.image, pValues->strFamily, &markers, &found.strText);
+      ZuDetectMarkers(picture.image, pValues->strFamily, &markers, &found.strText,
+                      pValues->detect.dSigmaFloor);
       found.more["markers"] = Json::array();
       for (const ZuMarker& marker : markers) {
         found.more["markers"].push_back(marker.m_uNumber);

@@ -72,10 +72,12 @@ ExitCode Run(const Values& values, Context& context) {
   ZuProject project;
   if (!values.strProject.empty()) ReadProjectFile(values.strProject, context, &project);
   const ZuPointList points = PointsOf(values, project, context);
+  ZuTargetOptions options = values.target;
+  options.m_dSigmaFloor = values.detect.dSigmaFloor;
   double dOffset = 0.0;
   const ExitCode eCode =
       DetectPictures(values.detect, context, &project, [&](const Picture& picture) {
-        std::vector<ZuTarget> targets = ZuDetectTargets(picture.image, values.target);
+        std::vector<ZuTarget> targets = ZuDetectTargets(picture.image, options);
         if (values.strProject.empty()) return Unnumbered(targets);
         Found found = Numbered(picture, points, values, std::move(targets));
         dOffset = std::max(dOffset, found.more["largest_offset_px"].get<double>());

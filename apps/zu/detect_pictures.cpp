@@ -156,6 +156,10 @@ void AddDetectOptions(Options& options, DetectValues* pValues) {
   options.Option("--focal", "MM", &pValues->dFocalLength,
                  "focal length; else as the picture tells it");
   options.Above(0.0);
+  options.Option("--sigma-floor", "PX", &pValues->dSigmaFloor,
+                 "joins the standard deviation that the picture tells of a point, in quadrature: "
+                 "what print, lens and sensor add");
+  options.AtLeast(0.0);
   options.Option("--overlay", "FOLDER", &pValues->strOverlay,
                  "pictures with what was found in them, for looking");
   options.Output("-o,--output", "PROJECT", &pValues->strOut,

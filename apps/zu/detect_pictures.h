@@ -19,9 +19,10 @@ struct DetectValues {
   std::vector<std::string> pictures;
   std::string strOut, strOverlay;
   double dPixelSize = 0.0, dFocalLength = 0.0;  // [mm]; 0: from the picture
+  double dSigmaFloor = kZuSigmaFloor;           // of the standard deviations [pixel]
 };
 
-// Declares the pictures, -o, --overlay, --pixel and --focal.
+// Declares the pictures, -o, --overlay, --pixel, --focal and --sigma-floor.
 void AddDetectOptions(Options& options, DetectValues* pValues);
 
 // A picture and the photo it becomes.

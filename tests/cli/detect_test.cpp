@@ -38,11 +38,25 @@ TEST(Detect, NumbersTargetsByAProject) {
           .Json()["photos"][0];
   EXPECT_EQ(photo["id"], 4);
   EXPECT_GE(photo["numbered"], 95);
-  EXPECT_LT(photo["points"][0]["sx"], 0.05);
+  EXPECT_LT(photo["points"][0]["sx"], 0.07);
   EXPECT_NEAR(photo["largest_offset_px"], 0.14, 0.03);
   const Outcome alone = RunLine(strLine + " --pixel 0.00319", folder);
   EXPECT_NEAR(alone.Json()["photos"][0]["camera"]["c"], 7.3, 0.05);  // from the file
   EXPECT_NE(alone.strErr.find("numbers of its own"), std::string::npos);
+}
+
+TEST(Detect, FloorJoinsTheStandardDeviationsInQuadrature) {
+  const ScratchFolder folder;
+  for (const std::string strLine : {"board --size 9x6 $S/chessboard/left01.jpg",
+                                    "targets $S/network/P8250024.JPG --pixel 0.00319"}) {
+    const auto deviation = [&](const std::string& strFloor) {
+      const Outcome outcome =
+          RunLine("zu detect " + strLine + strFloor + " -o out.prj --json", folder);
+      return outcome.Json()["photos"][0]["points"][0]["sx"].get<double>();
+    };
+    const double dNoise = deviation(" --sigma-floor 0");
+    EXPECT_NEAR(deviation(" --sigma-floor 0.4"), std::hypot(dNoise, 0.4), 1e-9) << strLine;
+  }
 }
 
 TEST(Detect, TellsWhatIsWrong) {

@@ -26,7 +26,7 @@ void ExpectAt(const ZuDetectedPoint& point, double x, double y) {
   const cv::Vec3d seen = kView * cv::Vec3d(x, y, 1.0);
   EXPECT_NEAR(point.m_dX, seen[0] / seen[2], 0.06) << point.m_uId;
   EXPECT_NEAR(point.m_dY, seen[1] / seen[2], 0.06) << point.m_uId;
-  EXPECT_TRUE(point.m_dDX > 0.0 && point.m_dDX < 0.3) << point.m_dDX;
+  EXPECT_TRUE(point.m_dDX > kZuSigmaFloor && point.m_dDX < 0.3) << point.m_dDX;
 }
 
 TEST(Marker, CornersStandClockwiseFromTheUpperLeft) {
@@ -49,6 +49,10 @@ TEST(Marker, CornersStandClockwiseFromTheUpperLeft) {
         ExpectAt(at.m_corners[k], x + (k == 1 || k == 2 ? 240 : 0), y + (k >= 2 ? 240 : 0));
       }
     }
+    std::vector<ZuMarker> noise;  // without a floor: what the picture alone tells
+    ASSERT_TRUE(ZuDetectMarkers(View(drawing), szFamily, &noise, nullptr, 0.0));
+    EXPECT_DOUBLE_EQ(found[1].m_corners[2].m_dDX,
+                     std::hypot(noise[1].m_corners[2].m_dDX, kZuSigmaFloor));
     // One number twice says nothing.
     marker.copyTo(drawing(cv::Rect(20, 450, 240, 240)));
     std::string strText;
@@ -73,6 +77,8 @@ TEST(Marker, CornersBetweenMarkersAreNumberedAsTheBoard) {
     const unsigned u = point.m_uId - 1;
     ExpectAt(point, 150.0 * (u % 5 + 1) - 0.5, 150.0 * (u / 5 + 1) - 0.5);
   }
+  const ZuBoardDetection noise = ZuDetectCharuco(View(drawing), {5, 4}, "5x5_100", 0.7, 0.0);
+  EXPECT_DOUBLE_EQ(found.m_points[0].m_dDY, std::hypot(noise.m_points[0].m_dDY, kZuSigmaFloor));
   EXPECT_TRUE(ZuDetectCharuco(ZuImage(1, 1, 1, 8), {5, 4}, "5x5_100", 0.7).m_points.empty());
   EXPECT_TRUE(ZuDetectCharuco(View(drawing), {50, 40}, "5x5_100", 0.7).m_points.empty());
 }

@@ -56,7 +56,7 @@ TEST(Target, CentresAndAxesAreThoseOfTheEllipses) {
         EXPECT_NEAR(found[i].m_dY, ellipses[i].y, 0.03);
         EXPECT_NEAR(found[i].m_dA, ellipses[i].a, 0.1);
         EXPECT_NEAR(found[i].m_dB, ellipses[i].b, 0.1);
-        EXPECT_TRUE(found[i].m_dDX > 0.0 && found[i].m_dDX < 0.03);
+        EXPECT_TRUE(found[i].m_dDX > kZuSigmaFloor && found[i].m_dDX < kZuSigmaFloor + 0.03);
       }
       options.m_bBright = !bBright;
       EXPECT_TRUE(ZuDetectTargets(image, options).empty());

@@ -136,7 +136,8 @@ void ZuChessboard::AddPoints(double dSquare, ZuPointList* pPoints) const {
   }
 }
 
-ZuBoardDetection ZuDetectChessboard(const ZuImage& image, const ZuChessboard& board) {
+ZuBoardDetection ZuDetectChessboard(const ZuImage& image, const ZuChessboard& board,
+                                    double dSigmaFloor) {
   ZuBoardDetection detection;
   if (image.IsEmpty() || board.m_iColumns < 3 || board.m_iRows < 3) {
     detection.m_strText =
@@ -151,7 +152,7 @@ ZuBoardDetection ZuDetectChessboard(const ZuImage& image, const ZuChessboard& bo
     return detection;
   }
   detection.m_strText = Number(grey.m_Eight, board, &grid);
-  detection.m_points = ZuRefineCorners(grey, grid.Corners(), grid.LeastDistance());
+  detection.m_points = ZuRefineCorners(grey, grid.Corners(), grid.LeastDistance(), dSigmaFloor);
   unsigned uId = 0;
   for (ZuDetectedPoint& point : detection.m_points) point.m_uId = ++uId;
   return detection;

@@ -34,5 +34,7 @@ struct ZuBoardDetection {
 // Finds all corners of the board, or none: a board that is not whole in the picture is not found.
 // At least 3 by 3 corners. A board that half a turn (a square one: a quarter) carries onto itself
 // is numbered so that its rows run to the right of the picture, and the text tells it. Takes some
-// tenths of a second; with OpenCV's threads, the same result for any number of them.
-ZU_IMAGE_API ZuBoardDetection ZuDetectChessboard(const ZuImage& image, const ZuChessboard& board);
+// tenths of a second; with OpenCV's threads, the same result for any number of them. The floor of
+// the standard deviations is in pixels.
+ZU_IMAGE_API ZuBoardDetection ZuDetectChessboard(const ZuImage& image, const ZuChessboard& board,
+                                                 double dSigmaFloor = kZuSigmaFloor);

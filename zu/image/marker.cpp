@@ -67,7 +67,7 @@ std::vector<std::string> ZuMarkerFamilies() {
 }
 
 bool ZuDetectMarkers(const ZuImage& image, const std::string& strFamily,
-                     std::vector<ZuMarker>* pMarkers, std::string* pstrText) {
+                     std::vector<ZuMarker>* pMarkers, std::string* pstrText, double dSigmaFloor) {
   pMarkers->clear();
   const cv::Ptr<aruco::Dictionary> pDictionary = DictionaryOf(strFamily);
   if (!pDictionary) return false;
@@ -89,6 +89,7 @@ bool ZuDetectMarkers(const ZuImage& image, const std::string& strFamily,
     if (corners.empty()) continue;
     for (unsigned k = 0; k < 4; ++k) {
       marker.m_corners[k] = corners[k];
+      marker.m_corners[k].AddDeviation(dSigmaFloor);
       marker.m_corners[k].m_uId = 10 * marker.m_uNumber + k + 1;
     }
     found[marker.m_uNumber] = marker;
@@ -103,7 +104,7 @@ bool ZuDetectMarkers(const ZuImage& image, const std::string& strFamily,
 }
 
 ZuBoardDetection ZuDetectCharuco(const ZuImage& image, const ZuChessboard& board,
-                                 const std::string& strFamily, double dMarker) {
+                                 const std::string& strFamily, double dMarker, double dSigmaFloor) {
   ZuBoardDetection detection;
   const cv::Ptr<aruco::Dictionary> pDictionary = DictionaryOf(strFamily);
   const int iColumns = board.m_iColumns + 1, iRows = board.m_iRows + 1;  // of squares
@@ -129,7 +130,7 @@ ZuBoardDetection ZuDetectCharuco(const ZuImage& image, const ZuChessboard& board
   }
   double dSide = 1e9;
   for (const auto& quad : quads) dSide = std::min(dSide, ShortestSide(quad));
-  detection.m_points = ZuRefineCorners(grey, corners, dSide * (1.0 / dMarker - 1.0));
+  detection.m_points = ZuRefineCorners(grey, corners, dSide * (1.0 / dMarker - 1.0), dSigmaFloor);
   for (std::size_t i = 0; i < ids.size(); ++i) {
     detection.m_points[i].m_uId = static_cast<unsigned>(ids[i]) + 1;
   }

@@ -24,13 +24,16 @@ struct ZuMarker {
 ZU_IMAGE_API std::vector<std::string> ZuMarkerFamilies();
 
 // Finds the markers of a family, by number. A number that is seen more than once is left out, and
-// *pstrText tells it, where not null. False, list empty, for an unknown family.
+// *pstrText tells it, where not null. False, list empty, for an unknown family. The floor of the
+// standard deviations is in pixels.
 ZU_IMAGE_API bool ZuDetectMarkers(const ZuImage& image, const std::string& strFamily,
-                                  std::vector<ZuMarker>* pMarkers, std::string* pstrText = nullptr);
+                                  std::vector<ZuMarker>* pMarkers, std::string* pstrText = nullptr,
+                                  double dSigmaFloor = kZuSigmaFloor);
 
 // Finds the inner corners of a chessboard whose bright squares hold markers 0, 1, ... row by row
 // from the upper left; the side of a marker is dMarker of that of a square, between 0 and 1.
 // Numbered as ZuChessboard tells, seen as the board is drawn. The board need not be whole in the
 // picture: the corners that two markers or more lie about are there.
 ZU_IMAGE_API ZuBoardDetection ZuDetectCharuco(const ZuImage& image, const ZuChessboard& board,
-                                              const std::string& strFamily, double dMarker);
+                                              const std::string& strFamily, double dMarker,
+                                              double dSigmaFloor = kZuSigmaFloor);

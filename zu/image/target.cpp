@@ -85,8 +85,9 @@ std::vector<ZuTarget> ZuDetectTargets(const ZuImage& image, const ZuTargetOption
     if (d >= dLargest) break;
   }
   for (ZuTarget& target : blobs) {
-    if (ZuFitEllipse(grey.m_Values, &target) && Keeps(target, options, dRange))
-      targets.push_back(target);
+    if (!ZuFitEllipse(grey.m_Values, &target) || !Keeps(target, options, dRange)) continue;
+    target.AddDeviation(options.m_dSigmaFloor);
+    targets.push_back(target);
   }
   return WithoutDoubles(std::move(targets));
 }

@@ -24,6 +24,7 @@ struct ZuTargetOptions {
   double m_dMostDiameter = 200.0;
   // Of disk and ground, as a part of the range of grey values (255, 65535).
   double m_dLeastContrast = 0.06;
+  double m_dSigmaFloor = kZuSigmaFloor;  // of the standard deviations [pixel]
 };
 
 // Finds all ellipses of one grey on another that keep to the options, in rows from the top and in

@@ -10,7 +10,7 @@ constexpr int kSteps = 30;
 constexpr double kMove = 0.001;  // after which a corner stands [pixel]
 
 // The residuals of the lines towards the corner against the normal equations of its place.
-void SetDeviations(const cv::Mat& values, int iHalf, ZuDetectedPoint* pPoint) {
+void SetDeviations(const cv::Mat& values, int iHalf, double dSigmaFloor, ZuDetectedPoint* pPoint) {
   const int iSide = 2 * iHalf + 1;
   cv::Mat patch;
   const cv::Point2f centre(static_cast<float>(pPoint->m_dX), static_cast<float>(pPoint->m_dY));
@@ -34,12 +34,13 @@ void SetDeviations(const cv::Mat& values, int iHalf, ZuDetectedPoint* pPoint) {
   const double dVariance = dSum / (iSide * iSide - 2);
   pPoint->m_dDX = std::sqrt(dVariance * dYY / dDet);
   pPoint->m_dDY = std::sqrt(dVariance * dXX / dDet);
+  pPoint->AddDeviation(dSigmaFloor);
 }
 
 }  // namespace
 
 std::vector<ZuDetectedPoint> ZuRefineCorners(const ZuGrey& grey, std::vector<cv::Point2f> corners,
-                                             double dDistance) {
+                                             double dDistance, double dSigmaFloor) {
   const int iHalf = std::clamp(static_cast<int>(dDistance / 2), 1, kZuCornerWindow);
   if (!corners.empty()) {
     const cv::TermCriteria criteria(cv::TermCriteria::COUNT + cv::TermCriteria::EPS, kSteps, kMove);
@@ -50,7 +51,7 @@ std::vector<ZuDetectedPoint> ZuRefineCorners(const ZuGrey& grey, std::vector<cv:
     ZuDetectedPoint point;
     point.m_dX = corner.x;
     point.m_dY = corner.y;
-    SetDeviations(grey.m_Values, iHalf, &point);
+    SetDeviations(grey.m_Values, iHalf, dSigmaFloor, &point);
     points.push_back(point);
   }
   return points;

@@ -13,5 +13,6 @@ constexpr int kZuCornerWindow = 5;
 // (W. Foerstner, E. Guelch: A fast operator for detection and precise location of distinct points,
 // corners and centres of circular features, 1987), and adds it with its standard deviations, with
 // id 0. A window is half as wide as the distance to the next corner at most.
+// dSigmaFloor is added to the deviations in quadrature [pixel].
 std::vector<ZuDetectedPoint> ZuRefineCorners(const ZuGrey& grey, std::vector<cv::Point2f> corners,
-                                             double dDistance);
+                                             double dDistance, double dSigmaFloor);
