@@ -22,7 +22,9 @@ constexpr double kShort = 1e-9;      // a label that misses the border by this p
 constexpr double kMostSide = 5000.0;
 constexpr double kLetter = 2.5, kTitle = 3.5;
 constexpr double kResolution = 25.4 / 300.0;
-constexpr SheetPaper::Color kBlack{0.0, 0.0, 0.0}, kGrid{0.55, 0.55, 0.55}, kPoint{0.8, 0.1, 0.1};
+constexpr SheetPaper::Color kBlack{0.0, 0.0, 0.0};
+constexpr SheetPaper::Color kGrid{0.55, 0.55, 0.55};
+constexpr SheetPaper::Color kPoint{0.8, 0.1, 0.1};
 
 std::string EndingOf(const std::string& strFile) {
   std::string strEnding = std::filesystem::path(strFile).extension().string();

@@ -15,7 +15,7 @@ constexpr double kConverged = 1e-6;     // a step against the standard deviation
 constexpr double kExact = 1e-7;         // the same of observations that fit exactly, against
                                         // their own standard deviations [-]
 constexpr double kFree = 1e-12;         // resistance of a motion that counts as none [-]
-constexpr double kSingular = 1e-13;     // least scaled eigenvalue [-]
+constexpr double kLeastScaled = 1e-13;  // least scaled eigenvalue [-]
 constexpr double kUnknown = 0.01;       // sd of c, xh, yh against c, sigma0 a priori [-]
 constexpr double kDampingStart = 1e-4;  // of the normal matrix's diagonal [-]
 constexpr double kDampingLeast = 1e-9;  // below it there is none
@@ -224,7 +224,7 @@ ZuAdjustStatus NetworkSolver::CheckCondition(const NetworkState& state) {
     return End(ZuAdjustStatus::RankDefect, strText);
   }
   m_dLeast = m_normals.LeastEigenvalue(&vector);
-  if (!(m_dLeast > kSingular)) {
+  if (!(m_dLeast > kLeastScaled)) {
     return End(ZuAdjustStatus::RankDefect, WeaknessText(m_model, vector));
   }
   for (size_t i = 0; i < state.cameras.size(); ++i) {
