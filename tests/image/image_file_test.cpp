@@ -6,6 +6,8 @@
 
 #include "tests/support/temp_file.h"
 #include "tests/support/test.h"
+#include "zu/image/image_writer.h"
+#include "zu/image/internal/image_format.h"
 
 namespace {
 
@@ -227,6 +229,70 @@ TEST(ReadImage, ExifStartsTheCameraAndTurnsNothing) {
   EXPECT_FALSE(lie.info.m_Exif.GetPixelSize(40, 20, &dSize, &bNominal));
   EXPECT_NE(lie.strText.find("EXIF tells 80 x 40 pixels, the picture has 40 x 20"),
             std::string::npos);
+}
+
+// 6 x 5 pixels of 16 bits.
+ZuImage Small() {
+  ZuImage image(6, 5, 1, 16);
+  for (int i = 0; i < 30; ++i) {
+    image.GetRow<std::uint16_t>(i / 6)[i % 6] = static_cast<std::uint16_t>(i * 2000);
+  }
+  return image;
+}
+
+template <typename T>
+std::vector<T> Field(TIFF* p, ttag_t uTag) {
+  std::uint32_t uCount = 0;
+  const T* pValues = nullptr;
+  if (TIFFGetField(p, uTag, &uCount, &pValues) != 1) return {};
+  return {pValues, pValues + uCount};
+}
+
+// Tags and keys by their numbers in the standard, read by the TIFF library alone.
+TEST(WriteImage, MapsHaveTheTagsOfGeoTiff) {
+  using Keys = std::vector<std::uint16_t>;
+  for (const auto& [iEpsg, keys] :
+       Cases<int, Keys>{{25832, {1, 1, 0, 3, 1024, 0, 1, 1, 1025, 0, 1, 1, 3072, 0, 1, 25832}},
+                        {0, {1, 1, 0, 2, 1024, 0, 1, 32767, 1025, 0, 1, 1}}}) {
+    const TempFile file("", ".tif");
+    ZuImageWriteOptions options{6, 5, 1, 16};
+    options.m_map = ZuImageGrid{500000.125, 5699999.875, 0.25};
+    options.m_iEpsg = iEpsg;
+    ZuImageWriter writer;
+    ASSERT_TRUE(writer.Open(file.Path(), options) && writer.Write(Small(), 5) && writer.Close())
+        << writer.GetError();
+    const TIFFErrorHandler pWarnings = TIFFSetWarningHandler(nullptr);  // of tags it does not know
+    TIFF* p = TIFFOpen(file.Path(), "r");
+    ASSERT_NE(p, nullptr);
+    EXPECT_EQ(Field<double>(p, 33550), (std::vector<double>{0.25, 0.25, 0.0}));
+    // The outer corner of the first pixel.
+    EXPECT_EQ(Field<double>(p, 33922),
+              (std::vector<double>{0.0, 0.0, 0.0, 500000.0, 5700000.0, 0.0}));
+    EXPECT_EQ(Field<std::uint16_t>(p, 34735), keys);
+    TIFFClose(p);
+    TIFFSetWarningHandler(pWarnings);
+  }
+}
+
+TEST(WriteImage, TiffBeyondTheLimitHasLongOffsets) {
+  const ZuImage image = Small();
+  for (const auto& [dLimit, iVersion] : Cases<double, int>{{59.0, 43}, {60.0, 42}}) {
+    const TempFile file("", ".tif");
+    std::string strError;
+    const auto pFormat = ZuWriteTiff(file.Path(), {6, 5, 1, 16}, &strError, dLimit);
+    ASSERT_NE(pFormat, nullptr) << strError;
+    for (int y = 0; y < 5; ++y) {
+      ASSERT_TRUE(pFormat->WriteRow(image.GetRow<std::uint16_t>(y))) << pFormat->m_strError;
+    }
+    ASSERT_TRUE(pFormat->Close()) << pFormat->m_strError;
+    const std::string bytes = file.Read();
+    EXPECT_EQ(bytes[2] + bytes[3], iVersion);
+    const Result result = Read(bytes);
+    ASSERT_TRUE(result.bWhole && result.image.GetRowBytes() == image.GetRowBytes())
+        << result.strText;
+    EXPECT_TRUE(std::equal(image.GetData(), image.GetData() + 5 * image.GetRowBytes(),
+                           result.image.GetData()));
+  }
 }
 
 }  // namespace

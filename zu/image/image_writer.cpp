@@ -88,11 +88,10 @@ bool ZuImageWriter::Open(const std::string& strPath, const ZuImageWriteOptions& 
     return Fail(eFormat == eZuImageJpeg ? "a JPEG picture has 8 bits; PNG or TIFF have 16"
                                         : "1 to 4 channels of 8 or 16 bits would be right");
   }
-  const auto open = eFormat == eZuImageJpeg  ? ZuWriteJpeg
-                    : eFormat == eZuImagePng ? ZuWritePng
-                                             : ZuWriteTiff;
   std::string strError;
-  m_pFormat = open(strPath, options, &strError);
+  m_pFormat = eFormat == eZuImageJpeg  ? ZuWriteJpeg(strPath, options, &strError)
+              : eFormat == eZuImagePng ? ZuWritePng(strPath, options, &strError)
+                                       : ZuWriteTiff(strPath, options, &strError);
   return m_pFormat != nullptr || Fail(strError);
 }
 

@@ -23,6 +23,10 @@ std::unique_ptr<ZuImageWriter::Format> ZuWritePng(const std::string& strPath,
 std::unique_ptr<ZuImageWriter::Format> ZuWriteJpeg(const std::string& strPath,
                                                    const ZuImageWriteOptions& options,
                                                    std::string* pError);
+// Bytes of pixels, not compressed, beyond which offsets take 64 bits (BigTIFF).
+constexpr double kZuMostClassicTiff = 3.9e9;
+// A lower limit is for tests.
 std::unique_ptr<ZuImageWriter::Format> ZuWriteTiff(const std::string& strPath,
                                                    const ZuImageWriteOptions& options,
-                                                   std::string* pError);
+                                                   std::string* pError,
+                                                   double dMostClassic = kZuMostClassicTiff);

@@ -11,7 +11,6 @@
 namespace {
 
 constexpr int kStripBytes = 1 << 18;
-constexpr double kMostClassic = 3.9e9;  // bytes; beyond them offsets take 64 bits
 
 // Tags and keys of GeoTIFF (OGC 19-008r4).
 constexpr ttag_t kPixelScale = 33550, kTiepoint = 33922, kGeoKeys = 34735;
@@ -30,7 +29,7 @@ class TiffFormat : public ZuImageWriter::Format {
     if (m_pTiff != nullptr) TIFFClose(m_pTiff);
   }
 
-  bool Open(const std::string& strPath, const ZuImageWriteOptions& options) {
+  bool Open(const std::string& strPath, const ZuImageWriteOptions& options, double dMostClassic) {
     const double dBytes =
         1.0 * options.m_iWidth * options.m_iHeight * options.m_iChannels * options.m_iBits / 8.0;
     TIFFOpenOptions* pOptions = TIFFOpenOptionsAlloc();
@@ -38,7 +37,7 @@ class TiffFormat : public ZuImageWriter::Format {
     TIFFOpenOptionsSetErrorHandlerExtR(pOptions, OnError, this);
     TIFFOpenOptionsSetWarningHandlerExtR(
         pOptions, [](TIFF*, void*, const char*, const char*, va_list) { return 1; }, nullptr);
-    m_pTiff = TIFFOpenExt(strPath.c_str(), dBytes > kMostClassic ? "w8" : "w", pOptions);
+    m_pTiff = TIFFOpenExt(strPath.c_str(), dBytes > dMostClassic ? "w8" : "w", pOptions);
     TIFFOpenOptionsFree(pOptions);
     if (m_pTiff == nullptr) return Fail("cannot be created");
     m_row.resize(static_cast<size_t>(options.m_iWidth) *
@@ -127,9 +126,9 @@ class TiffFormat : public ZuImageWriter::Format {
 
 std::unique_ptr<ZuImageWriter::Format> ZuWriteTiff(const std::string& strPath,
                                                    const ZuImageWriteOptions& options,
-                                                   std::string* pError) {
+                                                   std::string* pError, double dMostClassic) {
   auto pFormat = std::make_unique<TiffFormat>();
-  if (pFormat->Open(strPath, options)) return pFormat;
+  if (pFormat->Open(strPath, options, dMostClassic)) return pFormat;
   *pError = pFormat->m_strError;
   return nullptr;
 }
