@@ -2,6 +2,8 @@
 #include <sstream>
 
 #include "fuzz/there_and_back.h"
+#include "zu/photo/bundle_aob.h"
+#include "zu/photo/photo.h"
 #include "zu/photo/reseau_data_desc.h"
 #include "zu/photo/reseau_file.h"
 #include "zu/rectify/polygon.h"
@@ -91,6 +93,22 @@ void CheckDigitalForm(ZuReseaufileList& list) {
   }
 }
 
+// The same text as orientations: what is written reads back.
+void CheckOrientations(const char* szPath) {
+  ZuBundleAOBList list, again;
+  list.ReadFile(szPath);
+  std::ostringstream first, second;
+  list.Export(first);
+  Require(again.ReadFile(Input::Path(first.str())));
+  again.Export(second);
+  Require(first.str() == second.str() && again.Count() == list.Count());
+  ZuPhoto photo(1);
+  const double adCovariance[36] = {1e-6, 0.5, -2.0};
+  for (ZuBundleAOB* p = list.First(); p != nullptr; p = p->Next()) {
+    if (p->ApplyTo(&photo)) ZuBundleAOB(photo).SetSigmas(adCovariance);
+  }
+}
+
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* pData, std::size_t uSize) {
@@ -110,5 +128,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* pData, std::size_t uSi
   const ZuReseaufileList copy(list);
   Require(copy.Count() == list.Count());
   CheckDigitalForm(list);
+  CheckOrientations(input.Path());
   return 0;
 }
