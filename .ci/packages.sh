@@ -28,7 +28,7 @@ need_packages() {
 
 build_packages=(g++:g++ cmake:cmake ninja:ninja-build pkg-config:pkg-config libboost-dev
                 libcli11-dev nlohmann-json3-dev libeigen3-dev libopencv-contrib-dev libjpeg-dev
-                libpng-dev libtiff-dev libexif-dev libhpdf-dev libgeographiclib-dev)
+                libpng-dev libtiff-dev libexif-dev libhpdf-dev libgeographiclib-dev libcgal-dev)
 test_packages=("${build_packages[@]}" libgtest-dev locales)
 fuzz_packages=("${build_packages[@]}" clang:clang libomp-dev libclang-rt-14-dev)
 ci_packages=("${test_packages[@]}" "${fuzz_packages[@]}" git:git libbenchmark-dev

@@ -8,7 +8,7 @@ cmake_minimum_required(VERSION 3.25)
 
 # Folders on the same step do not know each other. The last steps are the components beside the core.
 set(ZU_LAYERS foundation points numerics rectify transform photo "cad|cloud|project" adjust
-    "image|exchange|geo")
+    "image|exchange|geo|mesh")
 
 # "<file> -> <header it may include>", paths below zu/.
 set(ZU_UPWARD_TIES

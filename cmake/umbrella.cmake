@@ -22,7 +22,7 @@ endforeach()
 file(GLOB_RECURSE _files RELATIVE ${_root}/zu ${_root}/zu/*.h)
 list(REMOVE_ITEM _files zu.h)
 list(FILTER _files EXCLUDE REGEX "(^|/)internal/")
-set(_components "^(adjust|image|exchange|geo)/")  # whose headers an application includes one by one
+set(_components "^(adjust|image|exchange|geo|mesh)/")  # whose headers an application includes one by one
 foreach(_file IN LISTS _files)
   if(_file MATCHES "/detail/")
     if(_file IN_LIST _named)

@@ -19,6 +19,11 @@ const std::vector<Command>& Commands() {
        "finds the zone, prints easting, northing and ellipsoidal height of each station with the\n"
        "convergence and scale of the grid there, and writes them to map.coo.",
        DefineGeo},
+      {"mesh", "triangulate points over a plane: areas, volumes, contours",
+       "  zu mesh samples/clouds/plane_scan.xyz --fit --max-edge 2 -o scan.ply\n"
+       "fits a plane to a scan, triangulates its points over it, prints holes, areas and the\n"
+       "volumes above and below the plane, and writes the mesh to scan.ply.",
+       DefineMesh},
       {"plane", "fit a plane to points",
        "  zu plane samples/clouds/plane_scan.xyz --columns x,y,z -o feet.xyz\n"
        "fits a plane to a scan without point numbers, prints its coefficients and the distance of\n"

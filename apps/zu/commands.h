@@ -73,6 +73,7 @@ Runner DefineLogReplay(Options& options);
 Runner DefineLogShow(Options& options);
 Runner DefineMeasure(Options& options);
 Runner DefineMerge(Options& options);
+Runner DefineMesh(Options& options);
 Runner DefineOrient(Options& options);
 Runner DefinePhotoConvert(Options& options);
 Runner DefinePhotoInfo(Options& options);

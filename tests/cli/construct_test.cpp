@@ -81,3 +81,27 @@ TEST(Construct, WorksInAnyPlaneAndTellsWhatIsWrong) {
 }
 
 }  // namespace
+
+TEST(Mesh, TellsWritesAndRefuses) {
+  const ScratchFolder folder;
+  folder.Write("p.coo", "1 0 0 0\n2 1 0 0\n3 1 1 0\n4 0 1 0\n5 0.5 0.5 1\n6 1 1 2\n");
+  folder.Write("lines", "# rim\n1,2 3\n\n4 9\n");
+  const auto result =
+      RunLine("zu mesh p.coo --step 0.5 --contours c.csv -o m.ply --binary --json", folder).Json();
+  EXPECT_NEAR(result["volume_above"].get<double>(), 1.0 / 3.0, 1e-9);
+  EXPECT_EQ(result["triangles"], 4);
+  EXPECT_EQ(result["doubles"][0]["dropped"], "6");
+  EXPECT_EQ(result["contours"][0]["closed"], true);
+  ExpectLines({{"zu cloud info m.ply", 0, "5 points", ""},
+               {"zu mesh p.coo --plane xy:1 --step 0.5 --contours c.svg", 0, "volume below", ""},
+               {"zu mesh p.coo --plane 1,2,4 -o m.obj", 0, "0.333333", ""},
+               {"zu mesh $S/clouds/plane_scan.xyz --fit --max-edge 2", 0, "holes", ""},
+               {"zu mesh p.coo --fit", 4, "", "no plane"},
+               {"zu mesh p.coo --breaklines lines", 3, "", "lines:4: no point \"9\""},
+               {"zu mesh p.coo --plane 1,2,2", 4, "", "in a line"},
+               {"zu mesh p.coo --plane moon", 2, "", "xy:12.5"},
+               {"zu mesh p.coo --step 1", 2, "", "--contours"},
+               {"zu mesh p.coo -o m.stl", 2, "", ".obj"},
+               {"zu mesh p.coo --max-edge 0.1", 4, "", "no triangle"}},
+              folder);
+}

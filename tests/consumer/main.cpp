@@ -15,6 +15,10 @@
 #include <zu/geo/position_converter.h>
 #endif
 
+#ifdef WITH_MESH
+#include <zu/mesh/mesh_file.h>
+#endif
+
 #ifdef WITH_IMAGE
 #include <zu/image/image_file.h>
 #endif
@@ -41,6 +45,10 @@ bool HasComponents() {
 #endif
 #ifdef WITH_GEO
   if (ZuFindEllipsoid("wgs84") == nullptr) return false;
+#endif
+#ifdef WITH_MESH
+  ZuPlaneMesh mesh;
+  if (ZuMakePlaneMesh({}, ZuCadPlane(), {}, {}, &mesh) != eZuMeshTooFew) return false;
 #endif
 #ifdef WITH_IMAGE
   ZuFindingList findings;
