@@ -7,7 +7,10 @@ cd "$(dirname "$0")"
 source .ci/packages.sh
 need_packages "${build_packages[@]}"
 
-cmake --preset release -DZU_BUILD_BENCH=OFF -DZU_BUILD_TESTS=OFF -DZU_BUILD_EXAMPLES=OFF >/dev/null
+# What is configured already, for the tests say, stays as it is and need not be compiled again.
+if [ ! -e build/release/build.ninja ]; then
+  cmake --preset release -DZU_BUILD_BENCH=OFF -DZU_BUILD_TESTS=OFF -DZU_BUILD_EXAMPLES=OFF >/dev/null
+fi
 cmake --build build/release -j "${JOBS:-$(nproc)}" --target zu_program
 zu=build/release/apps/zu
 mkdir -p out
