@@ -37,8 +37,8 @@ class ProjectFile : public LinkHdl {
     return 1;
   }
   int ReadPoints(ZuReaderObject* pObject) {
-    constexpr eZuPointRWMask kColumns[] = {eZuPointRWId, eZuPointRWX, eZuPointRWY, eZuPointRWEnd};
-    m_Read.SetMask(kColumns);
+    constexpr eZuPointRWMask kImageRow[] = {eZuPointRWId, eZuPointRWX, eZuPointRWY, eZuPointRWEnd};
+    m_Read.SetMask(kImageRow);
     ZuReaderObject rows(Link(&m_Read, &ZuPointList::Read));
     pObject->RegisterObject(rows);
     return pObject->DoProcess();
