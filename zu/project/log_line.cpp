@@ -104,6 +104,7 @@ bool DecodeWho(std::string_view text, std::string* pWho) {
   if (text == "-") return true;
   while (!text.empty()) {
     if (text.front() != '%') {
+      if (!IsPlain(text.front())) return false;  // is never written so
       pWho->push_back(text.front());
       text.remove_prefix(1);
       continue;
