@@ -23,8 +23,8 @@ std::unique_ptr<ZuImageWriter::Format> ZuWritePng(const std::string& strPath,
 std::unique_ptr<ZuImageWriter::Format> ZuWriteJpeg(const std::string& strPath,
                                                    const ZuImageWriteOptions& options,
                                                    std::string* pError);
-// Bytes of pixels, not compressed, beyond which offsets take 64 bits (BigTIFF). LZW makes noise up to
-// half as large again: 12 bits a byte.
+// Bytes of pixels, not compressed, beyond which offsets take 64 bits (BigTIFF). LZW makes noise up
+// to half as large again: 12 bits a byte.
 constexpr double kZuMostClassicTiff = 2.5e9;
 // A lower limit is for tests.
 std::unique_ptr<ZuImageWriter::Format> ZuWriteTiff(const std::string& strPath,
