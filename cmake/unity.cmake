@@ -2,7 +2,8 @@
 # is paid once a group. Files of one group see each other's file-local names, so two files that
 # have one in common never share a group.
 #
-# Groups are found when cmake runs: run it again where a new name meets one of its group. A file that must be an object of its own has SKIP_UNITY_BUILD_INCLUSION set.
+# Groups are found when cmake runs: run it again where a new name meets one of its group. A file that
+# must be an object of its own has SKIP_UNITY_BUILD_INCLUSION set.
 
 set(_zu_unity_files 8)      # of a group, at most
 set(_zu_unity_bytes 90000)  # of its files together, so that one group does not keep the others waiting
