@@ -1,4 +1,4 @@
-// zu photo: the photos of a project, and points along the chain of image coordinate systems.
+// zu photo convert: points along the chain of image coordinate systems.
 #include <cmath>
 #include <map>
 #include <memory>
@@ -29,106 +29,6 @@ const std::map<std::string, eConvertBikoMode>& Modes() {
       {"object-biko", eObjectToBiko},
       {"object-digi", eObjectToDigi}};
   return modes;
-}
-
-struct Angles {
-  double a = 0.0, b = 0.0, c = 0.0;
-};
-
-Angles AnglesOf(const ZuPhoto& photo) {
-  Angles angles;
-  photo.GetRotAOR(&angles.a, &angles.b, &angles.c);
-  return angles;
-}
-
-Json RegionJson(const ZuRegion& region) {
-  return {region.Left(), region.Bottom(), region.Right(), region.Top()};
-}
-
-Json PhotoJson(const ZuPhoto& photo, int iMeasured) {
-  Json json;
-  json["id"] = photo.GetId();
-  json["name"] = photo.GetName().chars();
-  json["comment"] = photo.GetComment().chars();
-  json["digital"] = photo.IsDigital();
-  json["state"] = photo.GetActiveFlag();
-  json["oriented"] = photo.HasAOR();
-  json["camera"] = photo.GetCamera().GetId();
-  json["reseau"] = photo.GetReseauData().GetName().chars();
-  json["digital_region"] = RegionJson(photo.GetDigiRegion());
-  json["biko_region"] = RegionJson(photo.GetBikoRegion());
-  json["pixel_size"] = photo.GetPixelSize();
-  json["transformation"] = photo.GetReseauTrafoName();
-  const ZuVector& X0 = photo.GetPosAOR();
-  json["position"] = {X0[1], X0[2], X0[3]};
-  const Angles angles = AnglesOf(photo);
-  json["angles"] = {{"x", angles.a}, {"y", angles.b}, {"z", angles.c}};
-  json["measured"] = iMeasured;
-  json["rectifications"] = Json::array();
-  for (const ZuZuspTrafo* p = photo.FirstZuspTrafo(); p != nullptr; p = p->Next()) {
-    json["rectifications"].push_back(
-        Json{{"id", p->GetId()}, {"name", p->GetName().chars()}, {"active", p->IsActive()}});
-  }
-  return json;
-}
-
-void PrintPhoto(const ZuPhoto& photo, int iMeasured, std::ostream& stream) {
-  stream << "Photo " << ZuPhotoGuiString(&photo, false).chars();
-  if (!photo.GetComment().empty()) stream << " (" << photo.GetComment().chars() << ")";
-  stream << "\n  " << (photo.IsDigital() ? "digital" : "analog") << ", "
-         << (photo.IsActive()   ? "active"
-             : photo.IsExtern() ? "external"
-                                : "inactive")
-         << ", " << (photo.HasAOR() ? "oriented" : "not oriented") << ", camera "
-         << photo.GetCamera().GetId() << " \"" << photo.GetCamera().GetName().chars()
-         << "\", reseau \"" << photo.GetReseauData().GetName().chars() << "\" "
-         << photo.GetReseauData().GetId() << '\n';
-  const ZuRegion& digi = photo.GetDigiRegion();
-  const ZuRegion& biko = photo.GetBikoRegion();
-  stream << "  image " << Shortest(digi.Width() + 1.0) << " x " << Shortest(digi.Height() + 1.0)
-         << " pixels, " << Fixed(std::fabs(biko.Width()), 4) << " x "
-         << Fixed(std::fabs(biko.Height()), 4) << " mm between the outer pixels, pixel "
-         << Fixed(photo.GetPixelSize() * 1000.0, 3) << " um\n";
-  if (photo.HasAOR()) {
-    const ZuVector& X0 = photo.GetPosAOR();
-    const Angles angles = AnglesOf(photo);
-    stream << "  position " << Fixed(X0[1], 4) << ' ' << Fixed(X0[2], 4) << ' ' << Fixed(X0[3], 4)
-           << "\n  angles, R = Ry(b) Rx(a) Rz(c): about X a " << Angle(angles.a)
-           << "\n                                 about Y b " << Angle(angles.b)
-           << "\n                                 about Z c " << Angle(angles.c) << '\n';
-  }
-  stream << "  " << Counted(iMeasured, "measured point") << ", "
-         << Counted(static_cast<size_t>(photo.CountZuspTrafo()), "rectification") << '\n';
-}
-
-struct InfoValues {
-  std::string strPath;
-  bool bPartial = false;
-};
-
-ExitCode RunInfo(const InfoValues& values, Context& context) {
-  const InputFile file(values.strPath, kProjectFile);
-  const auto pProject = OpenProject(file, values.bPartial);
-  ZuProject& project = *pProject;
-  Json& json = context.Root();
-  json["photos"] = Json::array();
-  for (ZuPhoto* p = project.PhotoList().First(); p != nullptr; p = p->Next()) {
-    const int iMeasured = project.Measurements(p->GetId()).Count();
-    PrintPhoto(*p, iMeasured, context.Text());
-    json["photos"].push_back(PhotoJson(*p, iMeasured));
-  }
-  json["orthophotos"] = Json::array();
-  for (ZuOrthoPhoto* p = project.OrthoPhotoList().First(); p != nullptr; p = p->Next()) {
-    context.Text() << "Orthophoto " << ZuPhotoGuiString(p, false).chars() << ", "
-                   << Counted(static_cast<size_t>(p->ZuspPlaneList().Count()), "plane") << ", "
-                   << Shortest(p->GetPixelSize()) << " object units a pixel\n";
-    json["orthophotos"].push_back(Json{{"id", p->GetId()},
-                                       {"name", p->GetName().chars()},
-                                       {"planes", p->ZuspPlaneList().Count()},
-                                       {"pixel_size", p->GetPixelSize()}});
-  }
-  WarnOf(project, file, context);
-  return kGood;
 }
 
 struct ConvertValues {
@@ -258,13 +158,6 @@ ExitCode RunConvert(const ConvertValues& values, Context& context) {
 }
 
 }  // namespace
-
-Runner DefinePhotoInfo(Options& options) {
-  auto pValues = std::make_shared<InfoValues>();
-  options.Positional("PROJECT", &pValues->strPath, "project file");
-  AddPartialOption(options, &pValues->bPartial);
-  return [pValues](Context& context) { return RunInfo(*pValues, context); };
-}
 
 Runner DefinePhotoConvert(Options& options) {
   auto pValues = std::make_shared<ConvertValues>();

@@ -121,6 +121,12 @@ TEST(Photo, InfoAndUnknownKeywords) {
   ASSERT_EQ(info["photos"].size(), 13U);
   EXPECT_EQ(info["photos"][0]["measured"], 54);
   EXPECT_NEAR(info["photos"][0]["angles"]["x"].get<double>(), -0.16422457858145698, 1e-12);
+  const auto pok = RunZu({"photo", "info", Chessboard("left.prj"), "--rotation", "pok", "--angle",
+                          "gon", "--json"})
+                       .Json()["photos"][0];
+  EXPECT_NEAR(pok["rotation"]["omega"].get<double>(),
+              -0.16422457858145698 * 200.0 / 3.14159265358979, 1e-9);
+  EXPECT_EQ(pok["rotation"]["gimbal"], false);
 
   const ScratchFolder folder;
   const std::string strNewer = folder.Write(
