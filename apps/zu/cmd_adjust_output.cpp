@@ -240,7 +240,6 @@ std::string SetAsideText(const ZuNetworkOfProject& made, const ZuNetworkSetAside
 void AddAdjustmentJson(const ZuNetworkOfProject& made, const ZuNetworkResult& result, Json* pRoot) {
   Json& root = *pRoot;
   const std::vector<Rms> rms = ImageRms(made, result);
-  root["status"] = ZuAdjustStatusText(result.status);
   root["sigma0"] = result.dSigma0;
   root["sigma_kind"] = ZuSigmaKindText(result.sigmaKind);
   root["redundancy"] = result.iRedundancy;

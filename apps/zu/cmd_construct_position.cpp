@@ -121,7 +121,7 @@ void AddSightOptions(Options& options, const std::shared_ptr<SightValues>& pValu
                      const char* szDirection, const char* szHelp) {
   AddConstructOptions(options, pValues.get());
   options.Option(szDirection, "P:ANGLE", &pValues->directions, szHelp);
-  options.Choice("--unit", {"gon", "deg", "rad"}, &pValues->strUnit, "unit of the angles, gon");
+  options.Choice("--angle", {"gon", "deg", "rad"}, &pValues->strUnit, "unit of the angles, gon");
   options.Option("--sigma-angle", "S", &pValues->dSigmaAngle,
                  "standard deviation of an angle, in its unit");
   options.Above(0.0);

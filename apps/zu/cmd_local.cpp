@@ -222,13 +222,10 @@ void WriteText(const ZuLokalSystem& system, const ZuPointList& points,
   text << "\nLOKAL {\n" << definition.str() << " }\n";
 }
 
-void FillJson(const ZuPointList& points, const std::vector<Scale>& scales, bool bScales,
-              const ZuTrafo3d& trafo, const Sureness& sure, Json* pRoot) {
+void FillJson(const ZuPointList& points, const std::vector<Scale>& scales, const ZuTrafo3d& trafo,
+              const Sureness& sure, Json* pRoot) {
   Json& root = *pRoot;
   const bool bSure = sure.parameters.IsGood();
-  const eTrafo3DStatus eStatus = bScales ? trafo.GetStatus() : eTrafo3DScaleMismatch;
-  root["status"] = static_cast<int>(eStatus);
-  root["status_text"] = GetTrafo3DStatusText(eStatus);
   AddParameters(trafo, &root);
   root["scales"] = Json::array();
   for (const Scale& s : scales) {
@@ -267,8 +264,9 @@ ExitCode Run(const Values& values, Context& context) {
   const Sureness sure = SurenessOf(values, system, trafo, context, &scales, &points);
   trafo.InPlaceTransform(&points);
   WriteText(system, points, scales, trafo, sure, context.Text());
-  FillJson(points, scales, bScales, trafo, sure, &context.Root());
+  FillJson(points, scales, trafo, sure, &context.Root());
   if (!bScales) {
+    context.SetStatus(eTrafo3DScaleMismatch, GetTrafo3DStatusText(eTrafo3DScaleMismatch));
     context.Warn("the scales disagree by more than --scale-tolerance; their mean was taken");
   }
   if (!values.strOutput.empty()) {

@@ -329,8 +329,6 @@ void Report(const Values& values, const Lists& lists, const Groups& groups, cons
   }
 
   Json& root = context.Root();
-  root["status"] = static_cast<int>(trafo.GetStatus());
-  root["status_text"] = GetTrafo3DStatusText(trafo.GetStatus());
   root["common"] = agreeing.size() + rejected.size();
   root["rejected"] = JsonLabels(rejectedPoints);
   AddParameters(trafo, &root);

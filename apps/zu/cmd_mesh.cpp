@@ -321,7 +321,6 @@ ExitCode RunMesh(const MeshValues& values, Context& context) {
     const eZuMeshStatus eContours = ZuCalcContours(mesh, values.dStep, &contours);
     if (eContours != eZuMeshOk) input.Fail(kUndetermined, ZuMeshStatusText(eContours));
   }
-  context.Root()["status"] = 0;
   TellMesh(mesh, context);
   TellDoubles(input, mesh, context);
   TellContours(contours, context);

@@ -113,8 +113,6 @@ void FillJson(ZuCalcPlane& calc, Json* pRoot) {
   const ZuPlane& plane = calc.GetPlane();
   const Figures figures = FiguresOf(*calc.GetPointsInZuPlane());
   Json& root = *pRoot;
-  root["status"] = static_cast<int>(calc.GetZuPlaneStatus());
-  root["status_text"] = calc.GetZuPlaneStatusAsText();
   root["normal"] = {plane.A(), plane.B(), plane.C()};
   root["d"] = plane.D();
   root["sigma0"] = calc.GetZuPlaneSigma0();
@@ -148,6 +146,7 @@ ExitCode RunAxis(const Values& values, ZuPointList* pPoints, Context& context) {
   Fit(values, pPoints, &calc);
   if (context.IsJson()) {
     FillJson(calc, &context.Root());
+    context.SetStatus(static_cast<int>(calc.GetZuPlaneStatus()), calc.GetZuPlaneStatusAsText());
   } else {
     WriteText(calc, context.Text());
   }

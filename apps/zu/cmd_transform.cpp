@@ -189,8 +189,6 @@ ExitCode Run(const Values& values, Context& context) {
   }
 
   Json& root = context.Root();
-  root["status"] = static_cast<int>(trafo.GetStatus());
-  root["status_text"] = GetTrafo3DStatusText(trafo.GetStatus());
   root["common"] = residuals.size();
   AddParameters(trafo, &root);
   root["unit_scale"] = values.bUnitScale;

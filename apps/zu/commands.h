@@ -9,7 +9,7 @@
 //     return [pValues](Context& context) {
 //       ...                                     // throw CommandError(kBadInput, text) on a fault
 //       context.Text() << ...;                  // the result as text
-//       context.Root()["status"] = ...;         // the same result as JSON
+//       context.Root()["common"] = ...;         // the same result as JSON; see Context::Root
 //       context.NewOutput(path).Stream() << ...;  // a result file
 //       return kGood;                           // or kNotAcceptable: the result is given all the
 //       same

@@ -216,8 +216,6 @@ ExitCode Construction::Finish(const char* szKind, double dLargest) {
   std::ostream& text = m_context.Text();
   Json& root = m_context.Root();
   root["kind"] = szKind;
-  root["status"] = 0;
-  root["status_text"] = ZuCadStatusText(eCadOk);
   root.update(m_facts);
   text << szKind << "\n\n";
   size_t uWidth = 0;

@@ -8,8 +8,8 @@
 #include <locale>
 #include <utility>
 
-#include "exit_code.h"
 #include "progress_line.h"
+#include "zu/version.h"
 
 namespace cli {
 
@@ -51,9 +51,35 @@ void FinishStandardOutput(bool bWritten, const std::string& strLost) {
                                        (strLost.empty() ? "" : "; " + strLost + " is not written"));
 }
 
+const char* StatusText(ExitCode eCode) {
+  return eCode == kGood            ? "good"
+         : eCode == kNotAcceptable ? "computed, but not acceptable"
+                                   : "faults in the input";
+}
+
 }  // namespace
 
-void Context::Finish() {
+void Context::SetStatus(int iStatus, const std::string& strText) {
+  m_iStatus = iStatus;
+  m_strStatus = strText;
+}
+
+void Context::SetUnit(const std::string& strUnit) {
+  if (m_strUnit.empty()) m_strUnit = strUnit;
+}
+
+Json Context::JsonOfCommand(ExitCode eCode) {
+  Json json = {{"zu_version", ZuVersion()},
+               {"command", m_strCommand.substr(m_strCommand.find(' ') + 1)},
+               {"status", m_iStatus != 0 ? m_iStatus : static_cast<int>(eCode)},
+               {"status_text", m_iStatus != 0 ? m_strStatus : StatusText(eCode)},
+               {"unit", m_strUnit.empty() ? Json() : Json(m_strUnit)}};
+  for (const auto& item : m_root.items()) json[item.key()] = std::move(item.value());
+  json["warnings"] = m_warnings;
+  return json;
+}
+
+void Context::Finish(ExitCode eCode) {
   std::string strLost;
   const OutputFile* pStandard = nullptr;
   for (const auto& pOutput : m_outputs) {
@@ -61,9 +87,8 @@ void Context::Finish() {
     if (pOutput->IsStandardOutput()) pStandard = pOutput.get();
     if (!pOutput->IsStandardOutput() && strLost.empty()) strLost = pOutput->Path();
   }
-  m_root["warnings"] = m_warnings;
   const std::string strText = pStandard != nullptr ? ""
-                              : IsJson()           ? JsonText(m_root)
+                              : IsJson()           ? JsonText(JsonOfCommand(eCode))
                                                    : m_text.str();
   FinishStandardOutput(pStandard != nullptr
                            ? pStandard->CopyToStandardOutput()

@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "exit_code.h"
 #include "json_text.h"
 #include "output_file.h"
 
@@ -35,8 +36,17 @@ class Context {
 
   // The result as text; not printed under --json.
   std::ostream& Text() { return m_text; }
-  // The result as JSON object; printed under --json only. Keys keep their order.
+  // The result as JSON object; printed under --json only. Keys keep their order. Finish puts the
+  // keys of every command around them: zu_version, command, status, status_text and unit in front,
+  // warnings behind. No command writes these itself.
   Json& Root() { return m_root; }
+
+  // A result that is worse than its exit code tells: `iStatus` is the estimate's own number, not 0.
+  // Without it, status is the exit code.
+  void SetStatus(int iStatus, const std::string& strText);
+  // Unit of the coordinates and lengths of the result, where it is known. The first one told
+  // counts.
+  void SetUnit(const std::string& strUnit);
 
   // A result file, to be filled before the command returns. Throws CommandError if it cannot be
   // made. The reference holds until the end of the run.
@@ -52,13 +62,17 @@ class Context {
 
   // Prints the result and renames the result files. A result file that goes to standard output
   // takes the place of the text. Throws CommandError.
-  void Finish();
+  void Finish(ExitCode eCode);
 
  private:
   std::string m_strCommand;
   Switches m_switches;
   std::ostringstream m_text;
+  Json JsonOfCommand(ExitCode eCode);
+
   Json m_root = Json::object();
+  int m_iStatus = 0;
+  std::string m_strStatus, m_strUnit;
   mutable Json m_warnings = Json::array();  // what was told, beside the result
   std::vector<std::unique_ptr<OutputFile>> m_outputs;
 };

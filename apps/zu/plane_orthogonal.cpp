@@ -148,8 +148,6 @@ void OrthogonalPlane::FillJson(Json* pRoot) const {
   Json& root = *pRoot;
   const ZuFitResult& fit = m_plane.fit;
   const ZuPlane& plane = m_plane.plane;
-  root["status"] = 0;
-  root["status_text"] = ZuAdjustStatusText(fit.eStatus);
   root["normal"] = {plane.A(), plane.B(), plane.C()};
   root["d"] = plane.D();
   root["sd"] = std::vector<double>(m_plane.adSd, m_plane.adSd + 4);

@@ -186,6 +186,7 @@ void ReadTable(const InputFile& file, const PointFormat& format, const std::stri
   TakePoints(file, reading, columns, DuplicatesOf(format), strColumns, context, &points, pPoints);
   TellForm(reading.m_Form, strColumns, file.Name(), context);
   NoteColumns(format, strColumns);
+  context.SetUnit(reading.m_Form.m_strUnit);
   if (format.form) {
     JoinUnits(format, reading.m_Form, file.Name(), context, pPoints);
   } else {

@@ -21,6 +21,7 @@ struct Selected {
   Runner runner;
   std::vector<Options::OutputOption> outputs;
   Context::Switches switches;
+  const CLI::Option* pUnit = nullptr;  // --unit, where a command has it
 };
 
 ExitCode Complain(ExitCode eCode, const std::string& strText) {
@@ -53,10 +54,11 @@ void AddCommand(const Command& command, CLI::App* pProgram, Selected* pSelected)
   options.Flag("--quiet", &switches.bQuiet, "leave out everything but the result");
   options.Flag("--strict", &switches.bStrict, options.StrictHelp().c_str());
   pApp->footer(std::string("Example:\n") + command.szExample);
-  pApp->callback([pSelected, strName, runner, outputs = options.Outputs()] {
+  pApp->callback([pSelected, pApp, strName, runner, outputs = options.Outputs()] {
     pSelected->strName = "zu " + strName;
     pSelected->runner = runner;
     pSelected->outputs = outputs;
+    pSelected->pUnit = pApp->get_option_no_throw("--unit");
   });
 }
 
@@ -122,13 +124,16 @@ ExitCode ComplainOfUsage(const CLI::App* pApp, std::string strText) {
 ExitCode RunCommand(const Selected& selected) {
   CheckOutputs(Options::GivenOutputs(selected.outputs), selected.switches.bJson);
   Context context(selected.strName, selected.switches);
+  if (selected.pUnit != nullptr && selected.pUnit->count() > 0) {
+    context.SetUnit(selected.pUnit->as<std::string>());
+  }
   ExitCode eCode = kGood;
   {
     const WorkLine line(selected.strName, context.IsQuiet());
     const LibraryProgress progress(context.IsQuiet());
     eCode = selected.runner(context);
   }
-  context.Finish();
+  context.Finish(eCode);
   return eCode;
 }
 

@@ -15,7 +15,7 @@ TEST(Construct, EachKindGivesItsPoints) {
       {"arc --points 21,22 --radius 5 --right", "centre", 3, -4},
       {"arc --points 22,14 --centre 21 --divide 2", "start", 6, 0},
       {"intersection --distance 21:5 --distance 22:5", "new", 3, 4},
-      {"intersection --bearing 21:45 --bearing 22:315 --unit deg", "new", 3, 3},
+      {"intersection --bearing 21:45 --bearing 22:315 --angle deg", "new", 3, 3},
       {"resection --direction 31:153.0174 --direction 32:50.0230 --direction 33:375.1739 "
        "--direction 34:302.3899 --name P",
        "P", 450.0203, 500.0231},

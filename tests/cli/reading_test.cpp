@@ -23,3 +23,21 @@ TEST(Reading, WarnsRefusesOrLeavesOut) {
   const auto json = RunZu({"plane", folder.Path("title.coo"), "--json", "--quiet"}).Json();
   EXPECT_EQ(json["warnings"].size(), 1u);
 }
+
+// Keys that stand around the result of every command.
+TEST(Reading, HeadsEveryResult) {
+  const ScratchFolder folder;
+  folder.Write("p.csv", "id;x [mm];y [mm];z [mm]\n1;0;0;0\n2;9;0;0\n3;0;9;0\n4;9;9;0\n5;4;4;40\n");
+  const auto head = [&folder](const char* szLine) {
+    const auto json = RunLine(szLine, folder).Json();
+    EXPECT_EQ("zu " + json["zu_version"].get<std::string>() + "\n", RunZu({"--version"}).strOut);
+    return json["command"].dump() + json["status"].dump() + json["status_text"].dump() +
+           json["unit"].dump();
+  };
+  EXPECT_EQ(head("zu plane p.csv --json"), R"("plane"0"good""mm")");
+  EXPECT_EQ(head("zu plane p.csv --json --unit m"), R"("plane"0"good""m")");
+  EXPECT_EQ(head("zu cloud info $S/clouds/autzen.pts --json"), R"("cloud info"0"good"null)");
+  EXPECT_EQ(head("zu check nowhere --json").substr(0, 8), R"("check"3)");
+  EXPECT_EQ(head("zu local p.csv --axis X:1,2 --plane XY:3 --scale 1,2:9 --scale 1,3:8 --json"),
+            R"("local"5"scales disagree""mm")");
+}
