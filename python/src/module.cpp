@@ -1,0 +1,13 @@
+// The compiled part of the package: zu._core.
+#include "types.h"
+#include "zu/version.h"
+
+PYBIND11_MODULE(_core, m) {
+  m.doc() = "The compiled part of the package zu.";
+  FollowProgress();
+  m.attr("__version__") = ZuVersion();
+  BindPoints(m);
+  BindPlanes(m);
+  BindSimilarity(m);
+  BindTrafo2d(m);
+}

@@ -1,0 +1,159 @@
+"""How results show themselves: one line or a table as text, the same as HTML in a notebook."""
+
+from __future__ import annotations
+
+import html
+from typing import Any, Callable, Iterable, List, Sequence, Tuple
+
+from . import _core
+
+_MOST_ROWS = 20  # of a table; the rest is counted
+
+Table = Tuple[str, Sequence[str], List[Sequence[str]]]  # headline, titles, rows
+
+
+def _number(value: float) -> str:
+    return f"{value:.6g}"
+
+
+def _cut(rows: Iterable[Sequence[str]], count: int) -> List[Sequence[str]]:
+    shown = [row for row, _ in zip(rows, range(_MOST_ROWS))]
+    if count > len(shown) and shown:
+        shown.append([f"{count - len(shown)} more"] + [""] * (len(shown[0]) - 1))
+    return shown
+
+
+def _text(table: Table) -> str:
+    headline, titles, rows = table
+    if not rows:
+        return headline
+    cells = [titles, *rows]
+    widths = [max(len(row[k]) for row in cells) for k in range(len(titles))]
+    lines = ["  ".join(text.rjust(w) for text, w in zip(row, widths)) for row in cells]
+    return "\n".join([headline, *lines])
+
+
+def _html(table: Table) -> str:
+    headline, titles, rows = table
+
+    def line(cells: Sequence[str], tag: str) -> str:
+        inner = "".join(f"<{tag}>{html.escape(cell)}</{tag}>" for cell in cells)
+        return f"<tr>{inner}</tr>"
+
+    body = "".join(line(row, "td") for row in rows)
+    head = line(titles, "th") if rows else ""
+    return f"<p>{html.escape(headline)}</p><table>{head}{body}</table>"
+
+
+def _points(points: Any) -> Table:
+    rows = (
+        [str(p.id), p.name, *(f"{v:.10g}" for v in (p.x, p.y, p.z))]
+        for p in (points[i] for i in range(min(len(points), _MOST_ROWS)))
+    )
+    return f"PointList of {len(points)}", ["id", "name", "x", "y", "z"], _cut(rows, len(points))
+
+
+def _tests(tests: Any) -> Table:
+    m = tests.residuals.shape[1]
+    axes = ["x", "y", "z"][:m] if m > 1 else [""]
+    titles = ["id", *(f"v {a}".strip() for a in axes), *(f"w {a}".strip() for a in axes), "T", ""]
+    marks = ["aside" if not u else "!" if r else "" for u, r in zip(tests.used, tests.rejected)]
+    rows = (
+        [str(i), *map(_number, v), *map(_number, w), _number(t), mark]
+        for i, v, w, t, mark in zip(tests.ids, tests.residuals, tests.w, tests.test, marks)
+    )
+    return f"PointTests of {len(tests)}", titles, _cut(rows, len(tests))
+
+
+def _similarity(result: Any) -> Table:
+    names = ["tx", "ty", "tz", "scale", "w x", "w y", "w z"]
+    values = [*result.target_centre, result.scale, *[0.0] * 3]
+    rows: List[Sequence[str]] = [
+        [name, repr(float(value)) if k < 4 else "", _number(sd)]
+        for k, (name, value, sd) in enumerate(zip(names, values, result.sd))
+        if sd > 0.0
+    ]
+    aside = f", set aside {', '.join(map(str, result.set_aside))}" if len(result.set_aside) else ""
+    headline = (
+        f"Similarity ({result.kind}) of {len(result.ids)} common points, redundancy "
+        f"{result.redundancy}, sigma0 {result.sigma0_kind} {_number(result.sigma0)}{aside}"
+    )
+    return headline, ["parameter", "value", "sd"], rows
+
+
+def _trafo2d_fit(fit: Any) -> Table:
+    headline = (
+        f"Trafo2dFit ({fit.kind}), redundancy {fit.redundancy}, sigma0 {fit.sigma0_kind} "
+        f"{_number(fit.sigma0)}, {fit.set_aside} set aside"
+    )
+    rows: List[Sequence[str]] = [
+        [f"a{k}", repr(float(value)), _number(sd)]
+        for k, (value, sd) in enumerate(zip(fit.coefficients, fit.sd))
+    ]
+    return headline, ["coefficient", "value", "sd"], rows
+
+
+def _fit(fit: Any) -> Table:
+    return (
+        f"FitResult of {len(fit.used)} points, {fit.set_aside} set aside, redundancy "
+        f"{fit.redundancy}, sigma0 {fit.sigma0_kind} {_number(fit.sigma0)}, rms {_number(fit.rms)}",
+        [],
+        [],
+    )
+
+
+def _vector(values: Any) -> str:
+    return "(" + ", ".join(repr(float(v)) for v in values) + ")"
+
+
+def _shape(name: str, *parts: Tuple[str, Callable[[Any], Any]]) -> Callable[[Any], Table]:
+    def show(shape: Any) -> Table:
+        texts = []
+        for title, get in parts:
+            value = get(shape)
+            texts.append(f"{title} " + (_vector(value) if hasattr(value, "__len__") else repr(value)))
+        tail = "; " + _fit(shape.fit)[0] if hasattr(shape, "fit") else ""
+        return f"{name}: " + ", ".join(texts) + tail, [], []
+
+    return show
+
+
+def _point(point: Any) -> Table:
+    name = f", name={point.name!r}" if point.name else ""
+    return f"Point({point.id}, {point.x!r}, {point.y!r}, {point.z!r}{name})", [], []
+
+
+def _plane(plane: Any) -> Table:
+    a, b, c = map(float, plane.normal)
+    return f"Plane({a!r}, {b!r}, {c!r}, {plane.d!r})", [], []
+
+
+def install() -> None:
+    """Gives the classes their __repr__ and _repr_html_."""
+    shown: List[Tuple[Any, Callable[[Any], Table]]] = [
+        (_core.PointList, _points),
+        (_core.PointTests, _tests),
+        (_core.Similarity, _similarity),
+        (_core.Trafo2dFit, _trafo2d_fit),
+        (_core.FitResult, _fit),
+        (_core.Point, _point),
+        (_core.Plane, _plane),
+        (_core.Frame, _shape("Frame", ("origin", lambda f: f.origin), ("x", lambda f: f.x),
+                             ("y", lambda f: f.y), ("z", lambda f: f.z))),
+        (_core.PlaneFit, _shape("PlaneFit", ("normal", lambda f: f.plane.normal),
+                                ("d", lambda f: f.plane.d))),
+        (_core.LineFit, _shape("LineFit", ("start", lambda f: f.start), ("end", lambda f: f.end))),
+        (_core.SphereFit, _shape("SphereFit", ("centre", lambda f: f.centre),
+                                 ("radius", lambda f: f.radius))),
+        (_core.CylinderFit, _shape("CylinderFit", ("start", lambda f: f.start),
+                                   ("end", lambda f: f.end), ("radius", lambda f: f.radius))),
+        (_core.CalcPlane, _shape("CalcPlane", ("normal", lambda c: c.plane.normal),
+                                 ("d", lambda c: c.plane.d), ("sigma0", lambda c: c.sigma0))),
+        (_core.Trafo3d, _shape("Trafo3d", ("scale", lambda t: t.scale),
+                               ("source_centre", lambda t: t.source_centre),
+                               ("target_centre", lambda t: t.target_centre))),
+        (_core.Trafo2d, _shape("Trafo2d", ("name", lambda t: t.name))),
+    ]
+    for kind, show in shown:
+        kind.__repr__ = lambda self, show=show: _text(show(self))
+        kind._repr_html_ = lambda self, show=show: _html(show(self))
