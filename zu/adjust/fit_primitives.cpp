@@ -11,6 +11,7 @@ namespace {
 
 using zu::internal::AdjustShape;
 using zu::internal::FitKind;
+using zu::internal::FitMatrix;
 using zu::internal::FitOutcome;
 using zu::internal::Vector3;
 
@@ -18,8 +19,8 @@ bool IsGood(const FitOutcome& outcome) { return outcome.result.eStatus == ZuAdju
 
 // Covariance of what the derivatives J carry the parameters to; by rows into pd. False where it is
 // not finite.
-bool Carry(const Eigen::MatrixXd& J, const FitOutcome& outcome, double* pd) {
-  const Eigen::MatrixXd cov = J * outcome.cov * J.transpose();
+bool Carry(const FitMatrix& J, const FitOutcome& outcome, double* pd) {
+  const FitMatrix cov = J * outcome.cov * J.transpose();
   bool bFinite = true;
   for (Eigen::Index i = 0; i < cov.rows(); ++i) {
     for (Eigen::Index j = 0; j < cov.cols(); ++j) {
@@ -56,9 +57,9 @@ ZuLine3d LineOf(const FitOutcome& outcome, const std::vector<ZuFitPoint>& points
 }
 
 // Derivatives of point, direction and, with a fifth parameter, radius.
-Eigen::MatrixXd AxisDerivatives(const FitOutcome& outcome) {
+FitMatrix AxisDerivatives(const FitOutcome& outcome) {
   const Eigen::Index u = outcome.cov.rows();
-  Eigen::MatrixXd J = Eigen::MatrixXd::Zero(u + 2, u);
+  FitMatrix J = FitMatrix::Zero(u + 2, u);
   J.block<3, 1>(0, 2) = outcome.dScale * outcome.shape.E1();
   J.block<3, 1>(0, 3) = outcome.dScale * outcome.shape.E2();
   J.block<3, 1>(3, 0) = outcome.shape.E1();
@@ -91,7 +92,7 @@ ZuPlaneFit ZuFitPlane(const std::vector<ZuFitPoint>& points, const ZuFitOptions&
     plane.plane.B() = n[1];
     plane.plane.C() = n[2];
     plane.plane.D() = -n.dot(outcome.centre) - plane.dHeight;
-    Eigen::MatrixXd J = Eigen::MatrixXd::Zero(4, 3);
+    FitMatrix J = FitMatrix::Zero(4, 3);
     J.block<3, 1>(0, 0) = outcome.shape.E1();
     J.block<3, 1>(0, 1) = outcome.shape.E2();
     J.row(3) << -outcome.centre.dot(outcome.shape.E1()), -outcome.centre.dot(outcome.shape.E2()),
@@ -124,7 +125,7 @@ ZuSphereFit ZuFitSphere(const std::vector<ZuFitPoint>& points, const ZuFitOption
   if (IsGood(outcome)) {
     Copy(World(outcome, outcome.shape.Point()), sphere.adCentre);
     sphere.dRadius = outcome.shape.Radius() * outcome.dScale;
-    const Eigen::MatrixXd J = Eigen::MatrixXd::Identity(4, 4) * outcome.dScale;
+    const FitMatrix J = FitMatrix::Identity(4, 4) * outcome.dScale;
     SetFinite(Carry(J, outcome, sphere.adCov) && AllFinite(sphere.adCentre) &&
                   std::isfinite(sphere.dRadius),
               &outcome);

@@ -22,16 +22,17 @@ class Hessenberg {
     Reduce();
   }
 
-  int Values(double* pValues) {
-    int iCount = 0, iLast = m_n - 1, iSteps = 0;
+  int Values(double* pReal, double* pImaginary) {
+    int iLast = m_n - 1, iSteps = 0;
     while (iLast >= 0) {
       const int iFirst = FirstOfBlock(iLast);
       if (iFirst == iLast) {
-        pValues[iCount++] = m_a[iLast][iLast];
+        pReal[iLast] = m_a[iLast][iLast];
+        pImaginary[iLast] = 0.0;
         --iLast;
         iSteps = 0;
       } else if (iFirst == iLast - 1) {
-        iCount += ValuesOfTwo(iFirst, pValues + iCount);
+        ValuesOfTwo(iFirst, pReal + iFirst, pImaginary + iFirst);
         iLast -= 2;
         iSteps = 0;
       } else {
@@ -39,7 +40,7 @@ class Hessenberg {
         Step(iFirst, iLast, iSteps % 10 == 0);
       }
     }
-    return iCount;
+    return m_n;
   }
 
  private:
@@ -100,16 +101,16 @@ class Hessenberg {
     return 0;
   }
 
-  int ValuesOfTwo(int i, double* pValues) const {
+  void ValuesOfTwo(int i, double* pReal, double* pImaginary) const {
     const double a = m_a[i][i], b = m_a[i][i + 1], c = m_a[i + 1][i], d = m_a[i + 1][i + 1];
     const double dMean = 0.5 * (a + d), p = 0.5 * (a - d), q = p * p + b * c;
-    if (q < 0.0 && std::sqrt(-q) > kNearlyReal) return 0;
+    pImaginary[0] = q < 0.0 ? std::sqrt(-q) : 0.0;
+    pImaginary[1] = -pImaginary[0];
     const double dRoot = q > 0.0 ? std::sqrt(q) : 0.0;
-    // The farther one first; the other by the product, which keeps its digits.
-    pValues[0] = dMean + (dMean < 0.0 ? -dRoot : dRoot);
-    pValues[1] = q > 0.0 && pValues[0] != 0.0 ? (a * d - b * c) / pValues[0]
-                                              : dMean - (dMean < 0.0 ? -dRoot : dRoot);
-    return 2;
+    // The farther one behind; the other by the product, which keeps its digits.
+    pReal[1] = dMean + (dMean < 0.0 ? -dRoot : dRoot);
+    pReal[0] = q > 0.0 && pReal[1] != 0.0 ? (a * d - b * c) / pReal[1]
+                                          : dMean - (dMean < 0.0 ? -dRoot : dRoot);
   }
 
   // A double step with the eigenvalues of the last two rows as shifts, or with others that break a
@@ -145,8 +146,18 @@ class Hessenberg {
 
 }  // namespace
 
+int Eigenvalues(int n, const double* pMatrix, double* pReal, double* pImaginary) {
+  return Hessenberg(n, pMatrix).Values(pReal, pImaginary);
+}
+
 int RealEigenvalues(int n, const double* pMatrix, double* pValues) {
-  return Hessenberg(n, pMatrix).Values(pValues);
+  double real[kMostRows], imaginary[kMostRows];
+  int iCount = 0;
+  const int iAll = Eigenvalues(n, pMatrix, real, imaginary);
+  for (int i = iAll - 1; i >= 0; --i) {
+    if (std::fabs(imaginary[i]) <= kNearlyReal) pValues[iCount++] = real[i];
+  }
+  return iCount;
 }
 
 // Gauss with the largest element of all as pivot; the last one, which vanishes, is left over.

@@ -1,8 +1,9 @@
 #include "zu/adjust/internal/three_point.h"
 
 #include <Eigen/Dense>
-#include <Eigen/Eigenvalues>
 #include <cmath>
+
+#include "zu/adjust/internal/real_eigen.h"
 
 namespace zu::internal {
 
@@ -69,14 +70,14 @@ std::vector<double> PositiveRoots(const double A[5], double dComplex) {
   while (n > 0 && std::fabs(A[n]) <= 1e-14 * dLargest) --n;
   std::vector<double> roots;
   if (n == 0 || !std::isfinite(dLargest)) return roots;
-  Eigen::MatrixXd companion = Eigen::MatrixXd::Zero(n, n);
+  double companion[4 * 4] = {}, real[4], imaginary[4];
   for (int i = 0; i < n; ++i) {
-    companion(i, n - 1) = -A[i] / A[n];
-    if (i > 0) companion(i, i - 1) = 1.0;
+    companion[i * n + n - 1] = -A[i] / A[n];
+    if (i > 0) companion[i * n + i - 1] = 1.0;
   }
-  const Eigen::VectorXcd values = companion.eigenvalues();
-  for (const auto& z : values) {
-    if (z.real() > 0.0 && std::fabs(z.imag()) <= dComplex * z.real()) roots.push_back(z.real());
+  const int iCount = Eigenvalues(n, companion, real, imaginary);
+  for (int i = 0; i < iCount; ++i) {
+    if (real[i] > 0.0 && std::fabs(imaginary[i]) <= dComplex * real[i]) roots.push_back(real[i]);
   }
   return roots;
 }

@@ -42,7 +42,7 @@ double Power(double d, int i) { return i <= 0 ? 1.0 : d * Power(d, i - 1); }
 // The point that the coefficients give, derivatives by them (2 x u) and by the point (2 x 2).
 struct Mapped {
   Vector2d X;
-  Eigen::Matrix<double, 2, Eigen::Dynamic> A;
+  Eigen::Matrix<double, 2, Eigen::Dynamic, 0, 2, 2 * kTerms> A;
   Matrix2d F;
 };
 
@@ -87,12 +87,10 @@ Mapped Map(Kind kind, const double* a, const Vector2d& p) {
   return m;
 }
 
-// Of the coefficients by the parameters: a congruence has the shift and the angle.
-Eigen::MatrixXd ByParameters(Kind kind, const std::vector<double>& a) {
-  if (kind != Kind::Congruence) {
-    return Eigen::MatrixXd::Identity(Coefficients(kind), Coefficients(kind));
-  }
-  Eigen::MatrixXd J = Eigen::MatrixXd::Zero(4, 3);
+// Of the coefficients of a congruence by its parameters, the shift and the angle. Those of the
+// other kinds are their coefficients.
+Eigen::Matrix<double, 4, 3> ByAngle(const std::vector<double>& a) {
+  Eigen::Matrix<double, 4, 3> J = Eigen::Matrix<double, 4, 3>::Zero();
   J(0, 0) = J(2, 1) = 1.0;
   J(1, 2) = -a[3];
   J(3, 2) = a[1];
@@ -122,22 +120,22 @@ class Model : public GroupModel {
     Vector2d v = Vector2d::Zero();
     const bool bExact = m_sourceCov[i].isZero(0.0);
     for (int k = 0;; ++k) {
-      const Mapped m = Map(m_kind, m_a.data(), m_source[i] + v);
+      Mapped m = Map(m_kind, m_a.data(), m_source[i] + v);
       const Vector2d e = m.X - m.F * v - m_target[i];
       const Matrix2d M = m.F * m_sourceCov[i] * m.F.transpose() + m_targetCov[i];
       if (bExact || k == 4) {
-        const Eigen::MatrixXd A = m.A * ByParameters(m_kind, m_a);
+        if (m_kind == Kind::Congruence) m.A = (m.A.leftCols<4>() * ByAngle(m_a)).eval();
         p->m = 2;
         for (int a = 0; a < 2; ++a) {
           p->w[a] = e[a];
           for (int b = 0; b < 2; ++b) p->M[2 * a + b] = M(a, b);
           for (int j = 0; j < Parameters(); ++j) {
-            p->A[static_cast<size_t>(a * Parameters() + j)] = A(a, j);
+            p->A[static_cast<size_t>(a * Parameters() + j)] = m.A(a, j);
           }
         }
         return;
       }
-      v = -m_sourceCov[i] * m.F.transpose() * M.ldlt().solve(e);
+      v = -m_sourceCov[i] * m.F.transpose() * (M.inverse() * e);
     }
   }
 
@@ -356,10 +354,12 @@ class Fitter {
       m_fit.adTargetCentre[a] = m_target.centre[a];
     }
     const Eigen::Index u = m_model.Parameters();
-    const Eigen::MatrixXd J = ByParameters(m_fit.kind, m_model.m_a);
-    const Eigen::MatrixXd cov =
-        J * Eigen::Map<const Eigen::MatrixXd>(m_engine.covariance.data(), u, u) * J.transpose() *
-        std::pow(bPosteriori ? dSigma : m_dApriori, 2);
+    Eigen::MatrixXd cov = Eigen::Map<const Eigen::MatrixXd>(m_engine.covariance.data(), u, u);
+    if (m_fit.kind == Kind::Congruence) {
+      const Eigen::Matrix<double, 4, 3> J = ByAngle(m_model.m_a);
+      cov = (J * cov.topLeftCorner<3, 3>() * J.transpose()).eval();
+    }
+    cov *= std::pow(bPosteriori ? dSigma : m_dApriori, 2);
     const size_t c = m_model.m_a.size();
     bool bFinite = std::isfinite(m_fit.dSigma0);
     for (size_t i = 0; i < c; ++i) {
@@ -423,9 +423,9 @@ void ZuTrafo2dFit::Transform(double* x, double* y, double* pdCov) const {
   const Eigen::Index c = static_cast<Eigen::Index>(coefficients.size());
   Matrix2d cov;
   cov << pdCov[0], pdCov[1], pdCov[2], pdCov[3];
-  cov = (m.F * cov * m.F.transpose() +
-         m.A * Eigen::Map<const Eigen::MatrixXd>(covariance.data(), c, c) * m.A.transpose())
-            .eval();
+  const Eigen::Matrix<double, 2, Eigen::Dynamic, 0, 2, 2 * kTerms> AC =
+      m.A.lazyProduct(Eigen::Map<const Eigen::MatrixXd>(covariance.data(), c, c));
+  cov = (m.F * cov * m.F.transpose() + AC.lazyProduct(m.A.transpose())).eval();
   for (int i = 0; i < 4; ++i) pdCov[i] = cov(i / 2, i % 2);
 }
 

@@ -6,6 +6,7 @@
 #include <limits>
 #include <numeric>
 
+#include "zu/adjust/internal/dense_cholesky.h"
 #include "zu/adjust/internal/fit_start.h"
 #include "zu/adjust/internal/group_engine.h"
 #include "zu/adjust/internal/snooping.h"
@@ -23,6 +24,15 @@ constexpr size_t kSingly = 300;  // points up to which one at a time is set asid
 
 using Matrix3 = Eigen::Matrix3d;
 
+using Conditions = Eigen::Matrix<double, Eigen::Dynamic, 1, 0, 2, 1>;
+using OfConditions = Eigen::Matrix<double, Eigen::Dynamic, Eigen::Dynamic, 0, 2, 2>;
+
+// M^-1 e of one or two conditions.
+Conditions SolveSmall(const OfConditions& M, const Conditions& e) {
+  if (e.size() == 1) return e / M(0, 0);
+  return M.topLeftCorner<2, 2>().inverse() * e;
+}
+
 // Points in the frame of the fit, and the shape that is moved onto them.
 class ShapeModel : public GroupModel {
  public:
@@ -33,7 +43,7 @@ class ShapeModel : public GroupModel {
   bool IsUsed(int i) const override { return m_used[static_cast<size_t>(i)] != 0; }
   double Unit(int) const override { return 1.0; }
   void Step(const double* pd) override {
-    m_shape.Update(Eigen::Map<const Eigen::VectorXd>(pd, Parameters()));
+    m_shape.Update(Eigen::Map<const FitShape::Parameters>(pd, Parameters()));
   }
   void Linearize(int i, GroupEquation* p) const override { Move(static_cast<size_t>(i), p); }
 
@@ -47,9 +57,10 @@ class ShapeModel : public GroupModel {
     for (int k = 0;; ++k) {
       if (!m_shape.Linearize(m_x[i] + v, &row)) row.w[0] = std::nan("");
       const auto B = row.B.topRows(c);
-      const Eigen::VectorXd e = row.w.head(c) - B * v;
-      Eigen::MatrixXd M = Eigen::MatrixXd::Identity(c, c);  // B has orthonormal rows
-      Eigen::MatrixXd QB = B.transpose();
+      const Conditions e = row.w.head(c) - B * v;
+      OfConditions M;
+      M.setIdentity(c, c);  // B has orthonormal rows
+      Eigen::Matrix<double, 3, Eigen::Dynamic, 0, 3, 2> QB = B.transpose();
       if (!m_cov.empty()) {
         QB = m_cov[i] * B.transpose();
         M = B * QB;
@@ -64,7 +75,7 @@ class ShapeModel : public GroupModel {
         }
         return v;
       }
-      v = -QB * M.ldlt().solve(e);
+      v = -QB * SolveSmall(M, e);
     }
   }
 
@@ -296,12 +307,12 @@ class Adjustment {
   // Covariance of the parameters for sigma0 = 1. The inverse of the normal matrix N is that of
   // points whose noise is small against their spread. Beyond that the tilt answers to H, the second
   // derivatives of the sum of squares, in which the noise is taken off the spread: H^-1 N H^-1.
-  Eigen::MatrixXd Covariance() const {
+  FitMatrix Covariance() const {
     const Eigen::Index u = m_model.Parameters();
-    const Eigen::MatrixXd Q = Eigen::Map<const Eigen::MatrixXd>(m_engine.covariance.data(), u, u);
+    const FitMatrix Q = Eigen::Map<const FitMatrix>(m_engine.covariance.data(), u, u);
     const FitShape& shape = m_model.m_shape;
     if (shape.Kind() != FitKind::kPlane && shape.Kind() != FitKind::kLine) return Q;
-    Eigen::MatrixXd noise = Eigen::MatrixXd::Zero(u, u);
+    FitMatrix noise = FitMatrix::Zero(u, u);
     GroupEquation equation;
     equation.A.resize(static_cast<size_t>(kMaxGroup * u));
     Eigen::Matrix<double, 3, 2> E;
@@ -314,15 +325,17 @@ class Adjustment {
         const double d = equation.w[0] / equation.M[0];
         noise.topLeftCorner<2, 2>() += d * d * E.transpose() * cov * E;
       } else {
-        const Eigen::Vector2d d = Eigen::Map<const Eigen::Matrix2d>(equation.M)
-                                      .ldlt()
-                                      .solve(Eigen::Map<const Eigen::Vector2d>(equation.w));
+        const Eigen::Vector2d d = SolveSmall(Eigen::Map<const Eigen::Matrix2d>(equation.M),
+                                             Eigen::Map<const Eigen::Vector2d>(equation.w));
         noise.topLeftCorner<2, 2>() +=
             shape.Direction().dot(cov * shape.Direction()) * d * d.transpose();
       }
     }
-    const Eigen::MatrixXd left = (Eigen::MatrixXd::Identity(u, u) - Q * noise).inverse();
-    const Eigen::MatrixXd result = left * Q * left.transpose();
+    const FitMatrix right = FitMatrix::Identity(u, u) - Q * noise;
+    FitMatrix left(u, u);
+    if (!InvertSquare(static_cast<int>(u), right.data(), left.data()))
+      return FitMatrix::Constant(u, u, kInfinite);
+    const FitMatrix result = left * Q * left.transpose();
     return 0.5 * (result + result.transpose());
   }
 
@@ -460,7 +473,7 @@ class Adjustment {
     if (n[iLargest] >= 0.0) return;
     m_out.shape.Flip();
     m_bFlipped = kind == FitKind::kPlane || kind == FitKind::kLine;
-    Eigen::VectorXd sign = Eigen::VectorXd::Ones(m_out.cov.rows());
+    FitShape::Parameters sign = FitShape::Parameters::Ones(m_out.cov.rows());
     sign[0] = -1.0;
     sign[kind == FitKind::kPlane ? 2 : 3] = -1.0;
     m_out.cov = (sign.asDiagonal() * m_out.cov * sign.asDiagonal()).eval();

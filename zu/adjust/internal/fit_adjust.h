@@ -7,6 +7,11 @@
 
 namespace zu::internal {
 
+// As large as the parameters and what follows from them: products of matrices so small are plain
+// loops on the stack, where those without a bound bring the kernels for large ones with them.
+using FitMatrix = Eigen::Matrix<double, Eigen::Dynamic, Eigen::Dynamic, 0,
+                                FitShape::kMostParameters + 2, FitShape::kMostParameters + 2>;
+
 struct FitOutcome {
   explicit FitOutcome(FitKind kind) : shape(kind) {}
 
@@ -16,7 +21,7 @@ struct FitOutcome {
   Vector3 centre = Vector3::Zero();
   double dScale = 1.0;
   // Covariance of the parameters in the coordinates of the shape.
-  Eigen::MatrixXd cov;
+  FitMatrix cov;
 };
 
 FitOutcome AdjustShape(FitKind kind, const std::vector<ZuFitPoint>& points,

@@ -3,6 +3,8 @@
 #include <Eigen/Dense>
 #include <cmath>
 
+#include "zu/adjust/internal/dense_cholesky.h"
+
 namespace zu::internal {
 namespace {
 
@@ -13,6 +15,21 @@ Vector3 MeanOf(std::span<const Vector3> points) {
   Vector3 mean = Vector3::Zero();
   for (const Vector3& x : points) mean += x;
   return mean / static_cast<double>(points.size());
+}
+
+template <int N>
+struct EigenPairs {
+  Eigen::Matrix<double, N, 1> values;   // ascending
+  Eigen::Matrix<double, N, N> vectors;  // columns
+};
+
+template <int N>
+EigenPairs<N> EigenPairsOf(const Eigen::Matrix<double, N, N>& symmetric) {
+  EigenPairs<N> pairs;
+  Eigen::Matrix<double, N, N> rows;
+  SymmetricEigen(N, symmetric.data(), pairs.values.data(), rows.data());
+  pairs.vectors = rows.transpose();
+  return pairs;
 }
 
 // Directions of the scatter about the mean, the widest first, and the root mean squares along them.
@@ -37,13 +54,13 @@ Axes AxesOf(std::span<const Vector3> points) {
     const double n = static_cast<double>(points.size());
     axes.mean += axes.directions * (drift / n);
     // Of a scale of its own on each axis the thin ones are as exact as the wide ones.
-    const Eigen::JacobiSVD<Eigen::Matrix3d> svd(sums / n, Eigen::ComputeFullU);
-    if (svd.info() != Eigen::Success) {  // sums beyond the numbers: no axes
+    if (!sums.allFinite()) {  // no axes
       axes.extents.setZero();
       break;
     }
-    axes.directions = (axes.directions * svd.matrixU()).eval();
-    axes.extents = svd.singularValues().cwiseSqrt();
+    const EigenPairs<3> pairs = EigenPairsOf<3>(sums / n);
+    axes.directions = (axes.directions * pairs.vectors.rowwise().reverse()).eval();
+    axes.extents = pairs.values.reverse().cwiseMax(0.0).cwiseSqrt();
   }
   return axes;
 }
@@ -68,11 +85,9 @@ bool CenterOf(std::span<const Eigen::Matrix<double, N, 1>> points,
     sums += d * d.transpose();
     right += d * (d.squaredNorm() - dMean);
   }
-  const Eigen::SelfAdjointEigenSolver<Eigen::Matrix<double, N, N>> solver(sums);
-  const auto& values = solver.eigenvalues();
+  const auto [values, vectors] = EigenPairsOf<N>(sums);
   if (!(values[0] > kSpan * kSpan * values[N - 1]) || !(values[N - 1] > 0.0)) return false;
-  const Vector center = 0.5 * (solver.eigenvectors() *
-                               (solver.eigenvectors().transpose() * right).cwiseQuotient(values));
+  const Vector center = 0.5 * (vectors * (vectors.transpose() * right).cwiseQuotient(values));
   *pdRadius = std::sqrt(center.squaredNorm() + dMean);
   *pCenter = mean + center;
   return std::isfinite(*pdRadius) && *pdRadius < kFarthest;

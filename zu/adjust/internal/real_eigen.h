@@ -1,4 +1,4 @@
-// Real eigenvalues and eigenvectors of small square matrices that are not symmetric.
+// Eigenvalues and eigenvectors of small square matrices that are not symmetric.
 #pragma once
 
 namespace zu::internal {
@@ -10,6 +10,10 @@ inline constexpr int kMostRows = 16;
 // pair so close to each other that they come out complex by at most 1e-8 both count, with their
 // real part. 0 where the steps do not end.
 int RealEigenvalues(int n, const double* pMatrix, double* pValues);
+
+// All n of them, complex ones in pairs, real and imaginary parts; n, or 0 where the steps do not
+// end.
+int Eigenvalues(int n, const double* pMatrix, double* pReal, double* pImaginary);
 
 // A vector v with (A - lambda) v = 0 to rounding, its largest component 1.
 void Eigenvector(int n, const double* pMatrix, double dValue, double* pVector);
