@@ -1,11 +1,12 @@
 // A project as JSON, or a project file that becomes JSON: both ways, to the same file byte for
-// byte.
+// byte. The same bytes as a saved transformation or a matrix.
 #include "zu/exchange/project_json.h"
 
 #include <nlohmann/json.hpp>
 
 #include "fuzz/there_and_back.h"
 #include "tests/support/project_json.h"
+#include "zu/exchange/transformation.h"
 
 namespace {
 
@@ -18,11 +19,41 @@ bool ReadJson(const std::string& strJson, ZuProject* pProject) {
   return bGood;
 }
 
+bool ReadTransformation(const std::string& strText, ZuTransformation* p) {
+  std::istringstream stream(strText);
+  ZuFindingList findings;
+  const bool bGood = ZuReadTransformation(stream, p, &findings);
+  Require(bGood == (findings.GetErrorCount() == 0));
+  return bGood;
+}
+
+std::string TextOf(const ZuTransformation& transformation) {
+  std::ostringstream os;
+  ZuExportTransformation(os, transformation);
+  return os.str();
+}
+
+// What is read is written and read again as the same; it carries any point, and back.
+void CheckTransformation(const std::string& strInput) {
+  ZuTransformation transformation, again;
+  if (!ReadTransformation(strInput, &transformation)) return;
+  const std::string strText = TextOf(transformation);
+  Require(ReadTransformation(strText, &again));
+  Require(TextOf(again) == strText);
+  ZuPointList points;
+  points.Add(ZuPoint(1, 3.0, -4.0, 5.0));
+  transformation.Carry(&points);
+  if (!transformation.Invert()) return;
+  transformation.Carry(&points);
+  Require(points.Count() == 1);
+}
+
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* pData, std::size_t uSize) {
   const Input input(pData, uSize);
   const std::string strInput(input.Text());
+  CheckTransformation(strInput);
   ZuProject project, again;
   if (strInput.find_first_not_of(" \t\r\n") == strInput.find('{')) {
     if (!ReadJson(strInput, &project)) return 0;

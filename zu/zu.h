@@ -127,6 +127,7 @@
 #include "zu/project/plane_measurement.h"
 #include "zu/project/project.h"
 #include "zu/project/project_edit.h"
+#include "zu/project/project_transform.h"
 #include "zu/rectify/calc_plane.h"
 #include "zu/rectify/calc_zusp.h"
 #include "zu/rectify/plane.h"

@@ -1,4 +1,6 @@
 // zu cloud: figures of point clouds, conversion, transformation, normals.
+#include "cmd_cloud.h"
+
 #include <algorithm>
 #include <array>
 #include <charconv>
@@ -9,6 +11,7 @@
 #include "cloud_files.h"
 #include "commands.h"
 #include "point_input.h"
+#include "save_trafo.h"
 #include "text_table.h"
 #include "zu/numerics/affin_map3d.h"
 
@@ -75,16 +78,6 @@ void WriteText(const ZuPointCloud& cloud, std::ostream& stream) {
   table.Write(stream);
 }
 
-// What a command tells of its clouds.
-void Report(const ZuPointCloudContainer& clouds, Context& context) {
-  Json all = Json::array();
-  for (const ZuPointCloud* p = clouds.First(); p != nullptr; p = p->Next()) {
-    all.push_back(CloudJson(*p));
-    WriteText(*p, context.Text());
-  }
-  context.Root()["clouds"] = std::move(all);
-}
-
 // Numbers between commas or blanks. Throws CommandError where there are others than numbers.
 std::vector<double> Numbers(std::string strText, ExitCode code, const std::string& strWhere) {
   std::replace(strText.begin(), strText.end(), ',', ' ');
@@ -111,27 +104,21 @@ std::array<double, 3> Triple(const std::string& strText, const char* szOption) {
   return {numbers[0], numbers[1], numbers[2]};
 }
 
-ZuAffinMap3d ReadMatrix(const std::string& strPath) {
-  const auto numbers = Numbers(ReadWholeFile(strPath), kBadInput, strPath);
-  const bool bLastRow = numbers.size() == 16 && numbers[12] == 0.0 && numbers[13] == 0.0 &&
-                        numbers[14] == 0.0 && numbers[15] == 1.0;
-  if (numbers.size() != 12 && !bLastRow) {
-    throw CommandError(kBadInput, strPath +
-                                      ": three rows of four numbers, translation last, with or "
-                                      "without a row 0 0 0 1, would be right");
-  }
+ZuAffinMap3d ReadMatrix(const std::string& strPath, Context& context) {
   ZuAffinMap3d map;
-  std::copy_n(numbers.begin(), 12, map.asDblArray());
-  return map;
+  if (ReadTransformation(strPath, context).AsMap(&map)) return map;
+  throw CommandError(kBadInput, strPath +
+                                    ": is a plane transformation\none of space, from zu transform, "
+                                    "zu merge or zu local with --save, would be right");
 }
 
-ZuAffinMap3d MapOf(const Values& values) {
+ZuAffinMap3d MapOf(const Values& values, Context& context) {
   const int iGiven = (values.strMatrix.empty() ? 0 : 1) + (values.strTranslate.empty() ? 0 : 1) +
                      (values.strRotate.empty() ? 0 : 1);
   if (iGiven != 1) {
     throw CommandError(kUsage, "one of --matrix, --translate and --rotate is needed");
   }
-  if (!values.strMatrix.empty()) return ReadMatrix(values.strMatrix);
+  if (!values.strMatrix.empty()) return ReadMatrix(values.strMatrix, context);
   if (!values.strTranslate.empty()) {
     const auto v = Triple(values.strTranslate, "--translate");
     return ZuAffinMap3d::Translate(v[0], v[1], v[2]);
@@ -145,7 +132,7 @@ ExitCode RunInfo(const Values& values, Context& context) {
   for (const std::string& strFile : values.files) {
     ReadClouds(strFile, values.cloud, context, &clouds);
   }
-  Report(clouds, context);
+  ReportClouds(clouds, context);
   return kGood;
 }
 
@@ -157,18 +144,8 @@ ExitCode RunOn(const Values& values, Context& context, Work work) {
   const eZuIntensityScale eIntensity = ReadClouds(values.strIn, values.cloud, context, &clouds);
   for (ZuPointCloud* p = clouds.GetClouds().First(); p != nullptr; p = p->Next()) work(*p);
   WriteClouds(&clouds, values.strOut, values.cloud, eIntensity, context);
-  Report(clouds, context);
+  ReportClouds(clouds, context);
   return kGood;
-}
-
-// Moves a cloud, its normals with it.
-void Move(const ZuAffinMap3d& map, ZuPointCloud& cloud) {
-  if (CountNormals(cloud) > 0 && !cloud.TransformNormals(map)) {
-    throw CommandError(kUndetermined,
-                       "the map has no inverse: it makes the cloud flat, and its normals cannot be "
-                       "turned");
-  }
-  cloud.Transform(map);
 }
 
 // Points on the eye have no direction to it.
@@ -208,6 +185,24 @@ std::shared_ptr<Values> InAndOut(Options& options) {
 
 }  // namespace
 
+void ReportClouds(const ZuPointCloudContainer& clouds, Context& context) {
+  Json all = Json::array();
+  for (const ZuPointCloud* p = clouds.First(); p != nullptr; p = p->Next()) {
+    all.push_back(CloudJson(*p));
+    WriteText(*p, context.Text());
+  }
+  context.Root()["clouds"] = std::move(all);
+}
+
+void MoveCloud(const ZuAffinMap3d& map, ZuPointCloud& cloud) {
+  if (CountNormals(cloud) > 0 && !cloud.TransformNormals(map)) {
+    throw CommandError(kUndetermined,
+                       "the map has no inverse: it makes the cloud flat, and its normals cannot be "
+                       "turned");
+  }
+  cloud.Transform(map);
+}
+
 Runner DefineCloudInfo(Options& options) {
   auto pValues = std::make_shared<Values>();
   AddCloudInput(options, &pValues->cloud);
@@ -225,13 +220,14 @@ Runner DefineCloudConvert(Options& options) {
 
 Runner DefineCloudTransform(Options& options) {
   auto pValues = InAndOut(options);
-  options.Option("--matrix", "FILE", &pValues->strMatrix, "rows of four numbers, translation last");
+  options.Option("--matrix", "FILE", &pValues->strMatrix,
+                 "4 x 4 matrix row by row, translation last in each row; or the file of a --save");
   options.Option("--translate", "X,Y,Z", &pValues->strTranslate, "shift");
   options.Option("--rotate", "A,B,C", &pValues->strRotate,
                  "turn about x, then y, then z, in degrees");
   return [pValues](Context& context) {
-    const ZuAffinMap3d map = MapOf(*pValues);
-    return RunOn(*pValues, context, [&map](ZuPointCloud& cloud) { Move(map, cloud); });
+    const ZuAffinMap3d map = MapOf(*pValues, context);
+    return RunOn(*pValues, context, [&map](ZuPointCloud& cloud) { MoveCloud(map, cloud); });
   };
 }
 

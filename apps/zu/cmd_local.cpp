@@ -10,6 +10,7 @@
 #include "commands.h"
 #include "lokal_input.h"
 #include "point_input.h"
+#include "save_trafo.h"
 #include "similarity_report.h"
 #include "svg.h"
 #include "text_table.h"
@@ -26,6 +27,7 @@ struct Values {
   LokalOptions lokal;
   ZuLokalAccuracy accuracy;
   double dScaleTolerance = 0.01;
+  SaveValues save;
 };
 
 // A scale pair as it is reported.
@@ -269,6 +271,15 @@ ExitCode Run(const Values& values, Context& context) {
     context.SetStatus(eTrafo3DScaleMismatch, GetTrafo3DStatusText(eTrafo3DScaleMismatch));
     context.Warn("the scales disagree by more than --scale-tolerance; their mean was taken");
   }
+  if (!values.save.strFile.empty()) {
+    SaveValues save = values.save;
+    save.strSource = NameInMessages(values.strPoints);
+    save.strTarget = NameInMessages(values.lokal.strDefinition);
+    for (const unsigned uId : {system.m_uIdA, system.m_uIdB, system.m_uIdC}) {
+      save.used.push_back(LabelOf(uId, points));
+    }
+    SaveSimilarity(save, trafo, &sure.parameters, values.format, context);
+  }
   if (!values.strOutput.empty()) {
     WritePoints(&points, values.format, &context.NewOutput(values.strOutput));
   }
@@ -303,6 +314,7 @@ Runner DefineLocal(Options& options) {
   AddPointOptions(options, &pValues->format);
   options.Output("-o,--output", "OUT", &pValues->strOutput,
                  "coordinate file of all points in the local system");
+  AddSaveOption(options, &pValues->save);
   return [pValues](Context& context) { return Run(*pValues, context); };
 }
 

@@ -9,6 +9,7 @@
 #include "cmd_merge_adjust.h"
 #include "commands.h"
 #include "point_input.h"
+#include "save_trafo.h"
 #include "similarity_page.h"
 #include "similarity_report.h"
 #include "text_table.h"
@@ -37,6 +38,7 @@ struct Values {
   unsigned uSeed = 1;
   std::string strSearch;  // "": exhaustive for few common points, else random
   SimilarityValues adjust;
+  SaveValues save;
 
   bool IsLibrary() const { return strSearch == "library"; }
 };
@@ -353,6 +355,18 @@ void WritePage(const Values& values, const Lists& lists, Context& context) {
   context.NewOutput(values.adjust.strReport).Stream() << PageOf(page, adjusted, indexA);
 }
 
+void Save(const Values& values, const Lists& lists, const Groups& groups, const ZuTrafo3d& trafo,
+          Context& context) {
+  SaveValues save = values.save;
+  for (const ZuPoint* p : groups.agreeing) save.used.push_back(PointLabel(*p));
+  for (const ZuPoint* p = lists.rejected.First(); p != nullptr; p = p->Next()) {
+    save.setAside.push_back(PointLabel(*p));
+  }
+  save.strSource = NameInMessages(values.strB);
+  save.strTarget = NameInMessages(values.strA);
+  SaveSimilarity(save, trafo, &lists.adjusted, values.format, context);
+}
+
 ExitCode Run(const Values& values, Context& context) {
   CheckUsage(values);
   Lists lists;
@@ -373,6 +387,7 @@ ExitCode Run(const Values& values, Context& context) {
   Report(values, lists, groups, trafo, context);
 
   if (!values.adjust.strReport.empty()) WritePage(values, lists, context);
+  if (!values.save.strFile.empty()) Save(values, lists, groups, trafo, context);
   const bool bRejected = !lists.rejected.IsEmpty();
   if (!values.strOutput.empty()) {
     WritePoints(&lists.result, values.format, &context.NewOutput(values.strOutput));
@@ -418,6 +433,7 @@ Runner DefineMerge(Options& options) {
   AddPointOptions(options, &pValues->format);
   options.Output("-o,--output", "OUT", &pValues->strOutput,
                  "coordinate file of both lists in the system of A, without rejected points");
+  AddSaveOption(options, &pValues->save);
   options.Output("--rejected", "FILE", &pValues->strRejected,
                  "coordinate file of the rejected points of B, in the system of A");
   return [pValues, options](Context& context) {

@@ -7,6 +7,7 @@
 #include "adjust_options.h"
 #include "commands.h"
 #include "point_input.h"
+#include "save_trafo.h"
 #include "svg.h"
 #include "text_table.h"
 #include "trafo_check.h"
@@ -23,6 +24,7 @@ struct Values {
   std::string strType;
   PointFormat format;
   AdjustValues adjust;
+  SaveValues save;
 };
 
 struct Kind {
@@ -403,6 +405,27 @@ std::string Page(const Values& values, const Result& result) {
   return AdjustReportPage(report);
 }
 
+void Save(const Values& values, const Result& result, Context& context) {
+  const ZuTrafo2dFit& fit = result.fit;
+  ZuTransformation t;
+  t.kind = ZuTransformationKind::Plane;
+  t.ePlane = fit.Uncentred().GetType();
+  std::copy_n(fit.adSourceCentre, 2, t.adSourceCentre);
+  std::copy_n(fit.adTargetCentre, 2, t.adTargetCentre);
+  t.coefficients = fit.coefficients;
+  t.covariance = fit.covariance;
+  t.dSigma0 = fit.dSigma0;
+  t.iRedundancy = fit.iRedundancy;
+  t.strSigmaKind = ZuSigmaKindText(fit.sigmaOfResults);
+  SaveValues save = values.save;
+  for (const Row& row : result.rows) {
+    (row.pTest->bUsed ? save.used : save.setAside).push_back(PointLabel(*row.pSource));
+  }
+  save.strSource = NameInMessages(values.strSource);
+  save.strTarget = NameInMessages(values.strControl);
+  SaveTransformation(save, std::move(t), values.format, context);
+}
+
 ExitCode Run(const Values& values, Context& context) {
   Lists lists;
   ReadPoints(values.strSource, values.format, context, &lists.source);
@@ -427,6 +450,7 @@ ExitCode Run(const Values& values, Context& context) {
     }
     WritePoints(&out, values.format, &context.NewOutput(values.strOutput));
   }
+  if (!values.save.strFile.empty()) Save(values, result, context);
   if (!values.adjust.strReport.empty()) {
     context.NewOutput(values.adjust.strReport).Stream() << Page(values, result);
   }
@@ -449,6 +473,7 @@ Runner DefineTrafo2d(Options& options) {
   AddControlColumns(options, &pValues->format);
   options.Output("-o,--output", "OUT", &pValues->strOutput,
                  "coordinate file of SOURCE in the target system");
+  AddSaveOption(options, &pValues->save);
   return [pValues](Context& context) { return Run(*pValues, context); };
 }
 

@@ -9,6 +9,7 @@
 #include "geo_run.h"
 #include "point_columns.h"
 #include "point_input.h"
+#include "save_trafo.h"
 #include "similarity_page.h"
 #include "similarity_report.h"
 #include "text_table.h"
@@ -28,6 +29,7 @@ struct Values {
   std::string strOutput;
   PointFormat format;
   SimilarityValues adjust;
+  SaveValues save;
   bool bUnitScale = false;
   int iMinPoints = 3;
 };
@@ -145,6 +147,9 @@ ExitCode Run(const Values& values, Context& context) {
                             : "--control is required: points of the target system; or --from "
                               "and --to, where both systems are known on the earth");
   }
+  if (bGeo && !values.save.strFile.empty()) {
+    throw CommandError(kUsage, "--save keeps what --control gives; --from and --to say it all");
+  }
   if (bGeo) {
     return RunGeo(values.geo, values.strSource, values.format, values.strOutput, context);
   }
@@ -196,6 +201,15 @@ ExitCode Run(const Values& values, Context& context) {
   AddSimilarity(result, names, &root);
   if (context.IsJson()) AddPoints(out, iSourcePoints, control, residuals, result, &root);
 
+  if (!values.save.strFile.empty()) {
+    SaveValues save = values.save;
+    std::vector<unsigned> aside;
+    for (const ZuSetAside& point : result.setAside) aside.push_back(point.uId);
+    NotePoints(lists.commonSource, aside, &save);
+    save.strSource = NameInMessages(values.strSource);
+    save.strTarget = NameInMessages(values.strControl);
+    SaveSimilarity(save, trafo, &result, values.format, context);
+  }
   const SimilarityValues& adjust = values.adjust;
   if (!adjust.strReport.empty()) {
     if (!result.IsGood())
@@ -234,6 +248,7 @@ Runner DefineTransform(Options& options) {
   AddControlColumns(options, &pValues->format);
   options.Output("-o,--output", "OUT", &pValues->strOutput,
                  "coordinate file of all points in the target system");
+  AddSaveOption(options, &pValues->save);
   return [pValues](Context& context) { return Run(*pValues, context); };
 }
 

@@ -45,6 +45,12 @@ const std::vector<Command>& Commands() {
        "carries the second list into the system of the first, names the common points that do\n"
        "not fit within 1, and writes the others to joined.coo.",
        DefineMerge},
+      {"apply", "apply a saved transformation to points, a cloud or a project",
+       "  zu transform samples/datum/local.coo --control samples/datum/wgs84.coo --save T.json\n"
+       "  zu apply T.json samples/datum/local.coo carried.coo\n"
+       "carries all stations into the control system by the transformation that was saved; with\n"
+       "--inverse back again. T.json may be a 4 x 4 matrix from another program.",
+       DefineApply},
       {"trafo2d", "fit a plane transformation",
        "  zu trafo2d measured.coo --control nominal.coo --type affin -o fitted.coo\n"
        "finds the affine transformation by the ids that both files hold, prints its coefficients\n"

@@ -42,6 +42,7 @@ struct Command {
 };
 
 Runner DefineAdjust(Options& options);
+Runner DefineApply(Options& options);
 Runner DefineCalibrate(Options& options);
 Runner DefineCameraAdjust(Options& options);
 Runner DefineCameraGentri(Options& options);

@@ -6,6 +6,7 @@
 #include <memory>
 #include <sstream>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "exit_code.h"
@@ -26,6 +27,11 @@ class Context {
 
   // `strCommand` is the name in messages ("zu plane").
   Context(std::string strCommand, const Switches& switches);
+
+  // The name in messages, and the arguments behind it as they were given.
+  const std::string& Command() const { return m_strCommand; }
+  const std::vector<std::string>& Arguments() const { return m_arguments; }
+  void SetArguments(std::vector<std::string> arguments) { m_arguments = std::move(arguments); }
 
   bool IsJson() const { return m_switches.bJson; }
   bool IsQuiet() const { return m_switches.bQuiet; }
@@ -67,6 +73,7 @@ class Context {
  private:
   std::string m_strCommand;
   Switches m_switches;
+  std::vector<std::string> m_arguments;
   std::ostringstream m_text;
   Json JsonOfCommand(ExitCode eCode);
 

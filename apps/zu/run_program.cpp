@@ -19,6 +19,7 @@ namespace {
 struct Selected {
   std::string strName;
   Runner runner;
+  std::vector<std::string> arguments;  // the name and what stands behind it
   std::vector<Options::OutputOption> outputs;
   Context::Switches switches;
   const CLI::Option* pUnit = nullptr;  // --unit, where a command has it
@@ -127,6 +128,8 @@ ExitCode RunCommand(const Selected& selected) {
   if (selected.pUnit != nullptr && selected.pUnit->count() > 0) {
     context.SetUnit(selected.pUnit->as<std::string>());
   }
+  const auto iWords = std::count(selected.strName.begin(), selected.strName.end(), ' ');
+  context.SetArguments({selected.arguments.begin() + iWords, selected.arguments.end()});
   ExitCode eCode = kGood;
   {
     const WorkLine line(selected.strName, context.IsQuiet());
@@ -151,6 +154,7 @@ ExitCode RunProgram(int argc, char** argv) {
     arguments.erase(arguments.begin());
     arguments.emplace_back("--help");
   }
+  selected.arguments = arguments;
   std::reverse(arguments.begin(), arguments.end());  // the parser takes them from the back
   try {
     program.parse(std::move(arguments));

@@ -7,6 +7,7 @@
 #include <sstream>
 #include <vector>
 
+#include "zu/exchange/internal/json_finding.h"
 #include "zu/exchange/internal/json_shapes.h"
 #include "zu/exchange/internal/json_to_keywords.h"
 #include "zu/exchange/internal/keywords_to_json.h"
@@ -14,7 +15,9 @@
 
 using zu::internal::Json;
 using zu::internal::JsonFault;
+using zu::internal::JsonFinding;
 using zu::internal::JsonItemShape;
+using zu::internal::JsonSyntaxFinding;
 
 namespace {
 
@@ -110,26 +113,6 @@ ProjectText ToText(const Json& root) {
   return text;
 }
 
-ZuFinding Finding(const std::string& strName, const std::string& strText,
-                  const std::string& strRight) {
-  ZuFinding finding;
-  finding.m_strFile = strName;
-  finding.m_strText = strText;
-  finding.m_strRight = strRight;
-  return finding;
-}
-
-// Where the JSON library stopped; byte counts from 1.
-ZuFinding SyntaxFinding(const std::string& strName, const std::string& strText, std::size_t uByte) {
-  ZuFinding finding = Finding(strName, "is no JSON from here on", "");
-  const auto pEnd = strText.begin() + static_cast<std::ptrdiff_t>(
-                                          std::min(uByte > 0 ? uByte - 1 : 0, strText.size()));
-  finding.m_uLine = 1 + static_cast<std::uint64_t>(std::count(strText.begin(), pEnd, '\n'));
-  const auto pLine = std::find(std::make_reverse_iterator(pEnd), strText.rend(), '\n').base();
-  finding.m_uColumn = 1 + static_cast<std::uint64_t>(pEnd - pLine);
-  return finding;
-}
-
 // What the project found in the text that was made for it, told of the items.
 void AddProjectFindings(const ZuProject& project, const ProjectText& text,
                         const std::string& strName, ZuFindingList* pFindings) {
@@ -183,7 +166,7 @@ bool ZuReadProjectJson(std::istream& stream, ZuProject* pProject, ZuFindingList*
   pProject->Clear();
   const std::string strText{std::istreambuf_iterator<char>(stream), {}};
   if (stream.bad()) {
-    pFindings->Add(Finding(strName, "cannot be read", ""));
+    pFindings->Add(JsonFinding(strName, "cannot be read", ""));
     return false;
   }
   try {
@@ -194,11 +177,11 @@ bool ZuReadProjectJson(std::istream& stream, ZuProject* pProject, ZuFindingList*
     return bGood;
   } catch (const JsonFault& fault) {
     const std::string strWhere = fault.m_strWhere.empty() ? "" : fault.m_strWhere + ": ";
-    pFindings->Add(Finding(strName, strWhere + fault.m_strText, fault.m_strRight));
+    pFindings->Add(JsonFinding(strName, strWhere + fault.m_strText, fault.m_strRight));
   } catch (const Json::parse_error& error) {
-    pFindings->Add(SyntaxFinding(strName, strText, error.byte));
+    pFindings->Add(JsonSyntaxFinding(strName, strText, error.byte));
   } catch (const Json::exception& error) {  // a number beyond a double
-    pFindings->Add(Finding(strName, error.what(), ""));
+    pFindings->Add(JsonFinding(strName, error.what(), ""));
   }
   return false;
 }
