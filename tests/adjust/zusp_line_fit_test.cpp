@@ -133,9 +133,15 @@ TEST(ZuspLineFit, RectifiesAFacade) {
     if (bEstimateC) {
       EXPECT_NEAR(fit.dC, 20.0, 4.0 * fit.dCSd);
     }
-    // The first line is the X axis, from the origin, as long as told.
+    // The first line is the X axis, from the origin, as long as told. Inverses kept of the matrices
+    // before go with them.
+    ZuPoint there(1, 3.0, 2.0, 0.0), back(there);
+    trafo.InvTransform(&back);
     fit.Store(&trafo);
     trafo.SetDistortCameraFlag(false);
+    trafo.Transform(&there, &back);
+    trafo.InvTransform(&back);
+    EXPECT_NEAR(std::hypot(back.m_dX - there.m_dX, back.m_dY - there.m_dY), 0.0, 1e-9);
     ZuPoint ends[2] = {*trafo.GetBikoList().First(), *trafo.GetBikoList().GetPoints().Find(14)};
     for (ZuPoint& end : ends) {
       Lens().AdjustExact(&end.m_dX, &end.m_dY);

@@ -546,8 +546,7 @@ class Fit {
 void ZuZuspLineFit::Store(ZuZuspTrafo* pTrafo) const {
   ZuMatrix identity(4, 4);
   identity.SetIdent();
-  pTrafo->SetZuspMat(zusp);
-  pTrafo->SetTransMat(identity);
+  pTrafo->SetMatrices(zusp, identity);
 }
 
 ZuZuspLineFit ZuFitZuspLines(const ZuZuspTrafo& trafo, const ZuCamera& camera,

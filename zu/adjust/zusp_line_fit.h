@@ -43,8 +43,7 @@ struct ZuZuspLineResidual {
 };
 
 struct ZU_ADJUST_API ZuZuspLineFit {
-  // Into the record, which then carries image points to the plane (Z stays); its inverses must not
-  // have been formed before (see ZuZuspTrafo::InvTransform).
+  // Into the record, which then carries image points to the plane (Z stays) and back.
   void Store(ZuZuspTrafo* pTrafo) const;
 
   ZuAdjustStatus eStatus = ZuAdjustStatus::TooFew;

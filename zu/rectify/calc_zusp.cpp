@@ -184,21 +184,6 @@ ZuCalcZusp::eStatus Collect(const ZuZuspTrafo& trafo, std::vector<Pair>* pPairs)
   return pPairs->size() < 4 ? ZuCalcZusp::TooLessPoints : ZuCalcZusp::StatusOk;
 }
 
-// What defines the rectification; its kept inverses would outlive the matrices.
-ZuZuspTrafo WithoutInverses(const ZuZuspTrafo& trafo) {
-  ZuZuspTrafo fresh;
-  fresh.SetId(trafo.GetId());
-  fresh.SetName(trafo.GetName());
-  static_cast<ZuFlag&>(fresh) = trafo;
-  fresh.GetPPList() = trafo.GetPPList();
-  fresh.GetBikoList() = trafo.GetBikoList();
-  fresh.GetRegion() = trafo.GetRegion();
-  fresh.GetParallelDef() = trafo.GetParallelDef();
-  fresh.SetDistortCameraParam(trafo.GetDistortCameraParam());
-  fresh.SetAutoConnect(trafo.IsAutoConnect());
-  return fresh;
-}
-
 }  // namespace
 
 bool ZuCalcZusp::Fail(eStatus eWhy) {
@@ -235,10 +220,7 @@ bool ZuCalcZusp::Calc(ZuZuspTrafo* pTrafo) {
   if (!std::isfinite(dSum)) return Fail(NotFinite);
   const double dRedundancy = 2.0 * static_cast<double>(pairs.size()) - kUnknowns;
   m_dSigma0 = dRedundancy > 0.0 ? std::sqrt(dSum / dRedundancy) : 0.0;
-  ZuZuspTrafo made = WithoutInverses(*pTrafo);
-  made.SetZuspMat(map);
-  made.SetTransMat(toObject);
-  *pTrafo = made;
+  pTrafo->SetMatrices(map, toObject);
   m_eStatus = StatusOk;
   return true;
 }

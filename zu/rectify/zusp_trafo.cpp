@@ -76,6 +76,12 @@ int ZuZuspTrafo::Transform(ZuPointList* pList) const {
   return n;
 }
 
+void ZuZuspTrafo::SetMatrices(const ZuMatrix& zusp, const ZuMatrix& trans) {
+  m_matZusp = zusp;
+  m_matTrans = trans;
+  m_bInverseValid = false;
+}
+
 void ZuZuspTrafo::ApplyInverse(double* x, double* y, double* z) const {
   if (!m_bInverseValid) {
     m_matZuspInv = m_matZusp;

@@ -54,7 +54,7 @@ class ZU_API ZuZuspTrafo : public ZuListnode, public ZuFlag {
   //
   // Required: the inverses are formed once. SetZuspMat and SetTransMat leave them in force; who
   // sets a matrix after an inverse call makes a new record, as drawings hold on to the old one. A
-  // record that is read anew is a new one.
+  // record that is read anew, or gets both by SetMatrices, is a new one.
   bool InvTransform(ZuPoint* pPoint) const;
   bool InvTransform(const ZuPoint* pIn, ZuPoint* pOut) const;
 
@@ -77,6 +77,8 @@ class ZU_API ZuZuspTrafo : public ZuListnode, public ZuFlag {
   void SetZuspMat(const ZuMatrix& matrix) { m_matZusp = matrix; }
   const ZuMatrix& GetTransMat() const { return m_matTrans; }  // 4x4
   void SetTransMat(const ZuMatrix& matrix) { m_matTrans = matrix; }
+  // Both matrices, as of a new record: the next inverse call forms the inverses anew.
+  void SetMatrices(const ZuMatrix& zusp, const ZuMatrix& trans);
 
   ZuPolygon& GetPPList() { return m_polyPP; }      // definition points: id, X, Y, Z
   ZuPolygon& GetBikoList() { return m_polyBiko; }  // measured image points: id, X, Y
