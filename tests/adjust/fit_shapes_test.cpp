@@ -209,6 +209,31 @@ TEST(FitShapes, WeighPointsByTheirAccuracy) {
   }
 }
 
+// Of coordinates that hang together, far off the line: single numbers lie beyond 0 and 1, and the
+// adjustment ends slowly.
+TEST(FitShapes, SumRedundancyOfCorrelatedCoordinates) {
+  FitPoints random(17);
+  ZuFitOptions options;
+  options.tests.bSnoop = false;
+  int iGood = 0;
+  for (int k = 0; k < 60; ++k) {
+    Made made = Make(eLine, 12, k % 2 == 0 ? 0.01 : 1.0, 0.0, random);
+    for (ZuFitPoint& p : made.points) {
+      Eigen::Matrix3d L;
+      for (int a = 0; a < 9; ++a) L(a / 3, a % 3) = random.Normal();
+      Eigen::Map<Eigen::Matrix3d>(p.adCov) =
+          std::pow(10.0, random.Uniform(-6.0, -2.0)) * L * L.transpose();
+    }
+    const ZuFitResult fit = Fit(eLine, made, 0.0, options).fit;
+    if (fit.eStatus != ZuAdjustStatus::Good) continue;
+    ++iGood;
+    double dSum = 0.0;
+    for (const ZuFittedPoint& p : fit.points) dSum += p.test.Redundancy();
+    EXPECT_NEAR(dSum, 20.0, 1e-9) << k;
+  }
+  EXPECT_GE(iGood, 30);
+}
+
 TEST(FitShapes, RefuseWhatThePointsDoNotDecide) {
   FitPoints random(14);
   std::vector<ZuFitPoint> one(8), circle, four(4);
@@ -250,7 +275,12 @@ TEST(FitShapes, AreNeverGoodWithNumbersThatAreNotFinite) {
     if (errors.fit.eStatus != ZuAdjustStatus::Good) continue;
     ++iGood;
     ASSERT_TRUE(std::isfinite(errors.fit.dSigma0) && std::isfinite(errors.fit.dRms)) << k;
-    for (const auto& p : errors.fit.points) ASSERT_TRUE(std::isfinite(p.dDistance)) << k;
+    double dRedundancy = 0.0;
+    for (const auto& p : errors.fit.points) {
+      ASSERT_TRUE(std::isfinite(p.dDistance)) << k;
+      dRedundancy += p.bUsed ? p.test.Redundancy() : 0.0;
+    }
+    EXPECT_NEAR(dRedundancy, errors.fit.iRedundancy, 1e-9) << k;
   }
   EXPECT_GT(iGood, iSets / 200);
 }

@@ -200,6 +200,74 @@ EngineResult Adjust(GroupModel& model, int iMaxSteps) {
   return result;
 }
 
+namespace {
+
+// Puts the derivatives by the parameters along the axes in place of those by the parameters.
+void TurnColumns(int m, const std::vector<double>& axes, std::vector<double>* pA) {
+  const std::size_t u = pA->size() / kMaxGroup;
+  std::vector<double> row(u);
+  for (std::size_t i = 0; i < static_cast<std::size_t>(m); ++i) {
+    double* const pd = pA->data() + i * u;
+    std::copy_n(pd, u, row.begin());
+    for (std::size_t j = 0; j < u; ++j) {
+      pd[j] = 0.0;
+      for (std::size_t k = 0; k < u; ++k) pd[j] += row[k] * axes[k * u + j];
+    }
+  }
+}
+
+// A model with parameters along the axes, each in its own unit; its equations are all it gives.
+class TurnedModel final : public GroupModel {
+ public:
+  TurnedModel(const GroupModel& model, const std::vector<double>& axes)
+      : m_model(model), m_axes(axes) {}
+  int Parameters() const override { return m_model.Parameters(); }
+  int Groups() const override { return m_model.Groups(); }
+  bool IsUsed(int i) const override { return m_model.IsUsed(i); }
+  void Step(const double*) override {}
+  void Linearize(int i, GroupEquation* pEquation) const override {
+    m_model.Linearize(i, pEquation);
+    TurnColumns(pEquation->m, m_axes, &pEquation->A);
+  }
+
+ private:
+  const GroupModel& m_model;
+  const std::vector<double>& m_axes;
+};
+
+}  // namespace
+
+void Refresh(GroupModel& model, EngineResult* pResult) {
+  const int n = model.Parameters();
+  const auto u = static_cast<std::size_t>(n);
+  GroupNormals normals(n), turned(n);
+  pResult->status = ZuAdjustStatus::NotFinite;
+  if (!model.AddNormals(&normals) || !IsFinite(normals)) return;
+  std::vector<double> values(u);
+  pResult->axes.resize(u * u);
+  SymmetricEigen(n, normals.N.data(), values.data(), pResult->axes.data());
+  TurnedModel along(model, pResult->axes);
+  if (!along.AddNormals(&turned) || !IsFinite(turned)) return;
+  EngineResult ofAxes;
+  const ScaledNormals scaled(along, turned, &ofAxes);
+  if (!scaled.IsGood()) return;
+  pResult->principal = scaled.Inverse();
+  for (std::size_t i = 0; i < u; ++i) {
+    for (std::size_t j = 0; j <= i; ++j) {
+      double d = 0.0;
+      for (std::size_t k = 0; k < u; ++k) {
+        for (std::size_t l = 0; l < u; ++l) {
+          d += pResult->axes[i * u + k] * pResult->principal[k * u + l] * pResult->axes[j * u + l];
+        }
+      }
+      if (!std::isfinite(d)) return;
+      pResult->covariance[i * u + j] = pResult->covariance[j * u + i] = d;
+    }
+  }
+  pResult->dSquares = turned.dSquares;
+  pResult->status = ZuAdjustStatus::Good;
+}
+
 Sigma ChooseSigma(const EngineResult& result, ZuSigmaKind kind, bool bGivenByUser) {
   if (kind == ZuSigmaKind::Automatic) {
     kind = bGivenByUser ? ZuSigmaKind::APriori : ZuSigmaKind::APosteriori;
@@ -262,8 +330,14 @@ void GroupTester::Test(const GroupEquation& equation, bool bUsed, ZuPointTest* p
                        double* pdAQA) const {
   const int u = static_cast<int>(std::lround(std::sqrt(m_result.covariance.size())));
   const int m = equation.m;
-  const double* const A = equation.A.data();
-  const double* const Q = m_result.covariance.data();
+  const bool bTurned = !m_result.axes.empty();
+  std::vector<double> turned;
+  if (bTurned) {
+    turned = equation.A;
+    TurnColumns(m, m_result.axes, &turned);
+  }
+  const double* const A = bTurned ? turned.data() : equation.A.data();
+  const double* const Q = (bTurned ? m_result.principal : m_result.covariance).data();
   double adAQA[kMaxGroup * kMaxGroup] = {};
   for (int k = 0; k < u; ++k) {
     for (int i = 0; i < m; ++i) {
@@ -311,16 +385,16 @@ void GroupTester::TestUsed(const GroupEquation& equation, const double* pdAQA,
       dSeen += P[i * m + k] * R[k * m + i];
     }
     const double dWeight = P[i * m + i];
-    const double r = std::clamp(R[i * m + i], 0.0, 1.0);
+    const double r = R[i * m + i];
     if (!(dSeen > kSeen * dWeight)) dSeen = 0.0;
     const double dRoot = std::sqrt(dSeen);
-    pTest->adRedundancy[i] = r;
+    pTest->adRedundancy[i] = std::fabs(r) > kSeen ? r : 0.0;
     pTest->adResidualSd[i] = m_dSigma0 * std::sqrt(std::max(Q[i * m + i], 0.0));
     pTest->adW[i] = Quotient(dPe, m_dSigma0 * dRoot);
     pTest->adNabla[i] = dSeen > 0.0 ? m_dLeastError * m_dSigma0 / dRoot : kNever;
     pTest->adEffect[i] =
         dSeen > 0.0 ? m_dLeastError * std::sqrt(std::max(dWeight - dSeen, 0.0)) / dRoot : kNever;
-    if (r < m_dLeastRedundancy) pTest->bControlled = false;
+    if (dSeen < m_dLeastRedundancy * dWeight) pTest->bControlled = false;
   }
   if (!TestWhole(equation, Q, pTest)) TestByDirections(equation, Q, pTest);
 }

@@ -17,7 +17,8 @@ struct ZuPointTest {
   double adResidualSd[3] = {};  // its standard deviation [the same]
 
   // Redundancy numbers, the share of an error that shows in its own residual: diagonal of Qee M^-1,
-  // from 0 (the observation alone decides) to 1. 0 for a group that is set aside.
+  // from 0 (the observation alone decides) to 1. Where M correlates the axes single ones may lie
+  // beyond; the sum over all groups is the redundancy always. 0 for a group that is set aside.
   double adRedundancy[3] = {};
 
   // Standardised by axis, w (a priori) or tau (a posteriori): M^-1 e over its standard deviation,
@@ -40,7 +41,9 @@ struct ZuPointTest {
   double dTest = 0.0;
   double dLimit = std::numeric_limits<double>::infinity();
 
-  bool bControlled = false;  // every redundancy number reaches the least one
+  // An error of each axis, the others free of it, shows to the least redundancy number at least:
+  // (M^-1 Qee M^-1) over M^-1 on the diagonals, the number itself where M is diagonal.
+  bool bControlled = false;
 
   double Redundancy() const { return adRedundancy[0] + adRedundancy[1] + adRedundancy[2]; }
   bool IsRejected() const { return dTest > dLimit; }

@@ -230,8 +230,9 @@ class Adjustment {
       m_model.m_shape.FromPoints(points, Vector3::Zero());
     }
     m_engine = zu::internal::Adjust(m_model);
-    // Once more, so that covariance and tests belong to the last parameters to all digits.
+    // Once more, and covariance and tests at the last parameters.
     if (m_engine.status == ZuAdjustStatus::Good) m_engine = zu::internal::Adjust(m_model);
+    if (m_engine.status == ZuAdjustStatus::Good) Refresh(m_model, &m_engine);
     if (m_engine.status != ZuAdjustStatus::Good) return false;
     m_sigma = ChooseSigma(m_engine, m_options.tests.sigmaKind, m_result.bSigmaTold);
     const bool bApriori = m_sigma.kind == ZuSigmaKind::APriori;

@@ -75,10 +75,12 @@ class GroupModel {
 struct EngineResult {
   ZuAdjustStatus status = ZuAdjustStatus::TooFew;
   int iSteps = 0;
-  int iObservations = 0;              // equations of the groups used
-  int iRedundancy = 0;                // less the parameters
-  double dSquares = 0.0;              // e' M^-1 e
-  std::vector<double> covariance;     // u x u, for sigma0 = 1; empty unless good
+  int iObservations = 0;           // equations of the groups used
+  int iRedundancy = 0;             // less the parameters
+  double dSquares = 0.0;           // e' M^-1 e
+  std::vector<double> covariance;  // u x u, for sigma0 = 1; empty unless good
+  // The same along axes of the normal matrix, columns of u x u, and in these; empty before Refresh.
+  std::vector<double> axes, principal;
   double dCondition = 0.0;            // smallest over largest eigenvalue, see kSingular
   int iDefect = 0;                    // eigenvalues below kSingular
   std::vector<double> freeDirection;  // of a rank defect: the direction in the parameters, length 1
@@ -91,6 +93,12 @@ struct EngineResult {
 // Adjusts from the present parameters of the model to convergence: largest change of a parameter
 // below 1e-6 of its standard deviation. The parameters keep what they have where it fails.
 EngineResult Adjust(GroupModel& model, int iMaxSteps = 100);
+
+// Forms covariance and squares of a good result anew, at the present parameters, which the last
+// step may have left by 1e-6 of their standard deviations, and in sums along the axes: what is
+// known badly beside what is known well keeps its digits. The redundancy numbers then sum to the
+// redundancy to rounding. Another status where that fails.
+void Refresh(GroupModel& model, EngineResult* pResult);
 
 // The sigma0 that scales standard deviations and tests.
 struct Sigma {
