@@ -1,8 +1,9 @@
 // The fit: against least squares by QR, its status for degenerate input, its definitions.
 #include "zu/rectify/calc_plane.h"
 
-#include <Eigen/Dense>
+#include <Eigen/Core>
 
+#include "tests/support/eigen_solvers.h"
 #include "tests/support/planes.h"
 #include "tests/support/random_geometry.h"
 #include "tests/support/test.h"
@@ -54,7 +55,7 @@ Eigen::Vector3d HeightFit(const Points& points, int iAxis) {
     rows.row(r) << points[i][u], points[i][v], 1.0;
     heights(r) = points[i][iAxis];
   }
-  return rows.colPivHouseholderQr().solve(heights);  // slopes along u and v, height at the origin
+  return SolveByQr(rows, heights);  // slopes along u and v, height at the origin
 }
 
 TEST(CalcPlane, PointsOfAPlaneGiveThatPlane) {

@@ -1,8 +1,9 @@
 // Estimates of plane transformations beside a least-squares solution by QR.
 #include "zu/transform/calc_trafo2d.h"
 
-#include <Eigen/Dense>
+#include <Eigen/Core>
 
+#include "tests/support/eigen_solvers.h"
 #include "tests/support/random_geometry.h"
 #include "tests/support/test.h"
 #include "zu/rectify/region.h"
@@ -115,7 +116,7 @@ TEST(CalcTrafo2D, EqualsLeastSquaresByQr) {
         Eigen::MatrixXd a;
         Eigen::VectorXd b;
         Observations(eType, lists.source, lists.reference, &a, &b);
-        const Eigen::VectorXd expected = a.colPivHouseholderQr().solve(b);
+        const Eigen::VectorXd expected = SolveByQr(a, b);
         Eigen::VectorXd ours(expected.size());
         for (int i = 0; i < ours.size(); ++i) ours(i) = trafo.GetCoef(i);
         EXPECT_LT((a * (ours - expected)).norm() / b.norm(), scale.dTolerance);
