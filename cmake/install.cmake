@@ -19,6 +19,11 @@ write_basic_package_version_file(${PROJECT_BINARY_DIR}/zu-config-version.cmake
 install(FILES ${PROJECT_BINARY_DIR}/zu-config.cmake ${PROJECT_BINARY_DIR}/zu-config-version.cmake
         DESTINATION ${_package_dir})
 
+# For zu examples, which looks beside the program.
+if(ZU_BUILD_APPS)
+  install(DIRECTORY ${PROJECT_SOURCE_DIR}/samples DESTINATION ${CMAKE_INSTALL_DATADIR}/zu)
+endif()
+
 # The prefix is found from the place of the file, so that an installed tree can be moved.
 file(RELATIVE_PATH ZU_PC_PREFIX ${CMAKE_INSTALL_PREFIX}/${CMAKE_INSTALL_LIBDIR}/pkgconfig
      ${CMAKE_INSTALL_PREFIX})

@@ -5,7 +5,7 @@ namespace cli {
 const std::vector<Command>& Commands() {
   static const std::vector<Command> commands = {
       {"compare", "find the points that moved between two measurements",
-       "  zu compare epoch1.coo epoch2.coo --sigma 0.002\n"
+       "  zu compare samples/merge/first.coo samples/merge/second.coo --sigma 0.1\n"
        "carries the first epoch onto the second over the points that did not move, found by\n"
        "itself, and tests each; exit code 1 where points moved.",
        DefineCompare},
@@ -52,7 +52,8 @@ const std::vector<Command>& Commands() {
        "--inverse back again. T.json may be a 4 x 4 matrix from another program.",
        DefineApply},
       {"trafo2d", "fit a plane transformation",
-       "  zu trafo2d measured.coo --control nominal.coo --type affin -o fitted.coo\n"
+       "  zu trafo2d samples/plans/digitised.csv --control samples/plans/map.csv --type affin \\\n"
+       "     -o fitted.csv\n"
        "finds the affine transformation by the ids that both files hold, prints its coefficients\n"
        "and residuals, and writes the transformed points to fitted.coo.",
        DefineTrafo2d},
@@ -119,7 +120,7 @@ const std::vector<Command>& Commands() {
        "prints the point without distortion, reduced to the principal point",
        DefineCameraAdjust},
       {"camera plot", "draw a camera's distortion",
-       "  zu camera plot samples/chessboard/left.prj --photo 1 -o out/curve.svg\n"
+       "  zu camera plot samples/chessboard/left.prj --photo 1 -o curve.svg\n"
        "draws the distortion curve and the displacement over the image",
        DefineCameraPlot},
       {"camera gentri", "print the cameras as lines of the adjustment program",
@@ -177,7 +178,7 @@ const std::vector<Command>& Commands() {
        "at.",
        DefineDetectBoard},
       {"detect aruco", "find ArUco and AprilTag markers in pictures",
-       "  zu detect aruco --family apriltag_36h11 hall1.jpg hall2.jpg -o detected.prj\n"
+       "  zu detect aruco --family apriltag_36h11 samples/markers/hall.png -o detected.prj\n"
        "measures the four corners of each marker; marker 17 has the points 171 to 174.",
        DefineDetectAruco},
       {"detect targets", "find circular targets in pictures",
@@ -201,7 +202,7 @@ const std::vector<Command>& Commands() {
        DefineAdjust},
       {"measure", "carry measured pixels of photos to object points on a plane",
        "  zu measure samples/chessboard/left.prj --plane samples/chessboard/board.coo \\\n"
-       "     --check samples/chessboard/board.coo --unit mm --report out/report.html\n"
+       "     --check samples/chessboard/board.coo --unit mm --report report.html\n"
        "meets 702 measurements of thirteen photos with the board, compares them with its points,\n"
        "and writes a report to look at.",
        DefineMeasure},
@@ -232,23 +233,31 @@ const std::vector<Command>& Commands() {
        "writes photos 101 to 113 with their measurements.",
        DefineProjectRenumber},
       {"project update", "give object points of a project new coordinates",
-       "  zu project update house.prj measured.coo --columns id,x,y,z,dx,dy,dz --mode mean \\\n"
-       "     --sigma-old 0.01 --tolerance 0.05 -o updated.prj\n"
-       "takes the mean by the accuracies of both, adds the points that are new, and tells those\n"
-       "farther than 0.05 from their former place; exit code 1 where there are any.",
+       "  zu project update samples/chessboard/left.prj samples/chessboard/board.coo \\\n"
+       "     --tolerance 0.05 -o updated.prj\n"
+       "adds the points that are new, replaces the others (--mode mean takes the mean by the\n"
+       "accuracies of both), and tells those farther than 0.05 from their former place; exit code\n"
+       "1 where there are any.",
        DefineProjectUpdate},
       {"log append", "add measurements to a log",
-       "  zu log append house.zulog --photo 3 --point 17 --pixel 1204.25,873.5 --who Meyer\n"
+       "  zu log append left.zulog --photo 3 --point 17 --pixel 204.25,173.5 --who Meyer\n"
        "adds one line with the time of now, and returns when the disk has it.",
        DefineLogAppend},
       {"log show", "show the measurements of a log",
-       "  zu log show house.zulog --photos 1-4 --from 2026-11-22\n"
+       "  zu log append left.zulog --photo 3 --point 17 --pixel 204.25,173.5 --who Meyer\n"
+       "  zu log show left.zulog --photos 1-4 --from 2026-11-22\n"
        "lists what was measured in four photos since that day, and tells lines that are damaged.",
        DefineLogShow},
       {"log replay", "put the measurements of a log into a project",
-       "  zu log replay house.zulog house.prj -o measured.prj\n"
+       "  zu log append left.zulog --photo 3 --point 17 --pixel 204.25,173.5 --who Meyer\n"
+       "  zu log replay left.zulog samples/chessboard/left.prj -o measured.prj\n"
        "gives each point of each photo its latest measurement, and writes the project.",
        DefineLogReplay},
+      {"examples", "copy small data to try a command on, and print what to type",
+       "  zu examples transform\n"
+       "copies the points that the example of zu transform needs to zu-examples, and prints its\n"
+       "command line.",
+       DefineExamples},
       {"check", "find what is wrong or not plausible in files",
        "  zu check samples/chessboard/left.prj samples/chessboard/board.coo\n"
        "finds nothing and ends with 0; what it finds stands one a line, file:line:column: "

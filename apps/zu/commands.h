@@ -66,6 +66,7 @@ Runner DefineConvert(Options& options);
 Runner DefineDetectAruco(Options& options);
 Runner DefineDetectBoard(Options& options);
 Runner DefineDetectTargets(Options& options);
+Runner DefineExamples(Options& options);
 Runner DefineGeo(Options& options);
 Runner DefineIntersect(Options& options);
 Runner DefineLocal(Options& options);

@@ -44,6 +44,11 @@ void Options::Positionals(const char* szName, std::vector<std::string>* pValues,
   m_pLast = m_pApp->add_option(szName, *pValues, szHelp)->required()->type_name("");
 }
 
+void Options::OptionalPositionals(const char* szName, std::vector<std::string>* pValues,
+                                  const char* szHelp) {
+  m_pLast = m_pApp->add_option(szName, *pValues, szHelp)->type_name("");
+}
+
 void Options::Flag(const char* szName, bool* pValue, const char* szHelp) {
   m_pLast = m_pApp->add_flag(szName, *pValue, szHelp);
 }

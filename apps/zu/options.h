@@ -24,6 +24,10 @@ class Options {
   // One or more arguments without a name, behind all others.
   void Positionals(const char* szName, std::vector<std::string>* pValues, const char* szHelp);
 
+  // The same, or none.
+  void OptionalPositionals(const char* szName, std::vector<std::string>* pValues,
+                           const char* szHelp);
+
   // The same for the name of a result file, which is looked at before the command runs.
   void PositionalOutput(const char* szName, std::string* pValue, const char* szHelp);
 

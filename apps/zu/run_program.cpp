@@ -9,6 +9,7 @@
 #include <utility>
 
 #include "commands.h"
+#include "help_format.h"
 #include "nearest_word.h"
 #include "progress_line.h"
 #include "zu/version.h"
@@ -142,9 +143,12 @@ ExitCode RunCommand(const Selected& selected) {
 
 ExitCode RunProgram(int argc, char** argv) {
   CLI::App program("Close-range photogrammetry on the command line.", "zu");
+  program.formatter(MakeHelpFormatter());
   program.require_subcommand(1);
   program.set_version_flag("--version", std::string("zu ") + ZuVersion());
-  program.footer("zu help COMMAND shows the options of a command and one worked example.");
+  program.footer(
+      "zu help COMMAND shows the options of a command and one worked example; "
+      "zu examples COMMAND copies small data to try it on.");
   Selected selected;
   for (const Command& command : Commands()) AddCommand(command, &program, &selected);
 
