@@ -1,6 +1,7 @@
 // zu check: what is wrong or not plausible in files, one finding a line.
 #include <algorithm>
 #include <cctype>
+#include <fstream>
 #include <memory>
 
 #include "commands.h"
@@ -10,11 +11,16 @@
 #include "zu/cloud/ply_file.h"
 #include "zu/cloud/point_cloud_container.h"
 #include "zu/cloud/pts_file.h"
+#include "zu/exchange/project_json.h"
+#include "zu/exchange/transformation.h"
 #include "zu/photo/detect_files.h"
 #include "zu/project/check.h"
+#include "zu/project/project.h"
 
 namespace cli {
 namespace {
+
+constexpr size_t kJsonHead = 4096;  // bytes in which a file says what it is
 
 struct Values {
   std::vector<std::string> files;
@@ -40,6 +46,28 @@ void CheckCloud(const char* szPath, ZuFindingList* pFindings) {
   }
 }
 
+// A project as JSON, or a saved transformation. False for any other file.
+bool CheckJson(const char* szPath, ZuFindingList* pFindings) {
+  std::ifstream stream(szPath, std::ios::in | std::ios::binary);
+  std::string strHead(kJsonHead, '\0');
+  stream.read(strHead.data(), static_cast<std::streamsize>(kJsonHead));
+  strHead.resize(static_cast<size_t>(stream.gcount()));
+  const size_t uFirst = strHead.find_first_not_of(" \t\r\n");
+  if (uFirst == std::string::npos || strHead[uFirst] != '{') return false;
+  const bool bProject = strHead.find("\"zu-project\"") != std::string::npos;
+  if (!bProject && strHead.find("\"zu-transformation\"") == std::string::npos) return false;
+  stream.clear();
+  stream.seekg(0);
+  if (bProject) {
+    ZuProject project;
+    ZuReadProjectJson(stream, &project, pFindings);
+  } else {
+    ZuTransformation transformation;
+    ZuReadTransformation(stream, &transformation, pFindings);
+  }
+  return true;
+}
+
 // Appends the findings of one file, under the name that the caller gave.
 void CheckInput(const std::string& strPath, const Values& values, ZuFindingList* pFindings) {
   ZuFindingList found;
@@ -49,7 +77,8 @@ void CheckInput(const std::string& strPath, const Values& values, ZuFindingList*
     strName = file.Name();
     strRead = file.Path();
     const char* const szPath = file.Path().c_str();
-    if (!ZuCheckFile(szPath, ParseColumns(values.strColumns), &found)) CheckCloud(szPath, &found);
+    if (!CheckJson(szPath, &found) && !ZuCheckFile(szPath, ParseColumns(values.strColumns), &found))
+      CheckCloud(szPath, &found);
   } catch (const CommandError& error) {
     if (error.Code() != kBadInput) throw;
     std::string strText = error.what();
@@ -99,8 +128,9 @@ ExitCode Run(const Values& values, Context& context) {
 Runner DefineCheck(Options& options) {
   auto pValues = std::make_shared<Values>();
   AddColumnsOption(options, &pValues->strColumns);
-  options.Positionals("FILE", &pValues->files,
-                      "project, camera, reseau, plane, coordinate or cloud files");
+  options.Positionals(
+      "FILE", &pValues->files,
+      "project, camera, reseau, plane, coordinate or cloud files, projects as JSON");
   return [pValues](Context& context) { return Run(*pValues, context); };
 }
 

@@ -53,7 +53,7 @@ class MeshInput {
       m_bCloud = m_bCloud || strEnding == szCloud;
     }
     if (!m_bCloud) {
-      ReadPoints(values.strFile, values.format, context, &m_list);
+      ReadPointsOrRows(values.strFile, values.format, context, &m_list);
       GiveCommonIds("", context, &m_list, nullptr);
       for (const ZuPoint* p = m_list.First(); p != nullptr; p = p->Next()) {
         m_index.emplace(p, points.size());

@@ -3,6 +3,7 @@
 #include <memory>
 
 #include "commands.h"
+#include "id_list.h"
 #include "project_input.h"
 #include "text_table.h"
 #include "zu/numerics/rotation_convention.h"
@@ -12,7 +13,7 @@ namespace cli {
 namespace {
 
 struct InfoValues {
-  std::string strPath, strRotation, strAngle;
+  std::string strPath, strPhotos, strRotation, strAngle;
   bool bPartial = false;
 
   bool IsAsked() const { return !strRotation.empty() || !strAngle.empty(); }
@@ -184,7 +185,9 @@ ExitCode RunInfo(const InfoValues& values, Context& context) {
   ZuProject& project = *pProject;
   Json& json = context.Root();
   json["photos"] = Json::array();
+  const std::set<unsigned> photos = PhotosOf(project, values.strPhotos, "--photo");
   for (ZuPhoto* p = project.PhotoList().First(); p != nullptr; p = p->Next()) {
+    if (photos.count(p->GetId()) == 0) continue;
     const int iMeasured = project.Measurements(p->GetId()).Count();
     PrintPhoto(*p, iMeasured, values, context.Text());
     json["photos"].push_back(PhotoJson(*p, iMeasured, values));
@@ -208,6 +211,7 @@ ExitCode RunInfo(const InfoValues& values, Context& context) {
 Runner DefinePhotoInfo(Options& options) {
   auto pValues = std::make_shared<InfoValues>();
   options.Positional("PROJECT", &pValues->strPath, "project file");
+  options.Option("--photo", "IDS", &pValues->strPhotos, "these photos: 1,4,7-9; all without");
   options.Choice("--rotation", {"abc", "opk", "pok", "ypr", "opencv", "colmap"},
                  &pValues->strRotation,
                  "convention of the rotation: abc R = Ry(b) Rx(a) Rz(c), opk omega phi kappa, pok "

@@ -78,6 +78,10 @@ std::string WrapCommand(const std::string& strLine, std::size_t uWidth) {
     } else {
       strPiece += (bBlank ? " " : "") + strWord;
     }
+    if (strWord == "|") {  // ends a line by itself
+      strWrapped += strPiece + '\n';
+      strPiece = std::string(kContinued, ' ');
+    }
     strWord.clear();
   };
   for (const char c : strLine) {

@@ -106,8 +106,30 @@ void CheckNothingLacks(const ZuProject& project, const ZuPhoto& photo, unsigned 
                      file.Name() + ": photo " + std::to_string(photo.GetId()) + " " + strLacks);
 }
 
+namespace {
+
+// Those of its own and of its photos, one of each id.
+ZuCameraList CamerasOf(const ZuProject& project) {
+  ZuCameraList cameras;
+  const auto take = [&cameras](const ZuCamera& camera) {
+    if (cameras.Find(camera.GetId()) == nullptr) cameras.Add(new ZuCamera(camera));
+  };
+  for (const ZuCamera* p = project.CameraList().First(); p != nullptr; p = p->Next()) take(*p);
+  for (const ZuPhoto* p = project.PhotoList().First(); p != nullptr; p = p->Next()) {
+    take(p->GetCamera());
+  }
+  return cameras;
+}
+
+}  // namespace
+
 ZuCameraList ReadCameras(const std::string& strPath, Context& context) {
   const InputFile file(strPath, "a camera file");
+  if (ZuDetectZuvoFiles(file.Path().c_str()).IsType(eZuvoFileProject)) {
+    const auto pProject = OpenProject(file, false);
+    WarnOf(*pProject, file, context);
+    return CamerasOf(*pProject);
+  }
   ZuCameraFile cameras;
   const bool bGood = cameras.Read(file.Path().c_str());
   if (cameras.IsForeign()) {

@@ -45,8 +45,9 @@ constexpr char kProjectFile[] = "a project file";
 void CheckNothingLacks(const ZuProject& project, const ZuPhoto& photo, unsigned uNeeds,
                        const InputFile& file);
 
-// The cameras of a camera file, either form. A keyword that was probably meant as another is a
-// fault here: the camera would lack a coefficient. Throws CommandError (bad input).
+// The cameras of a camera file, either form, or of a project and its photos, one of each id. A
+// keyword that was probably meant as another is a fault here: the camera would lack a coefficient.
+// Throws CommandError (bad input).
 ZuCameraList ReadCameras(const std::string& strPath, Context& context);
 
 }  // namespace cli
