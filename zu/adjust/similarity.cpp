@@ -80,23 +80,17 @@ class SimilarityRun {
  private:
   // Of the coordinates [unit of the target].
   double Rounding() const {
-    double dSource = 0.0, dTarget = 0.0;
-    for (const CommonPoint& p : m_common.points) {
-      for (int k = 0; k < 3; ++k) {
-        dSource = std::max(dSource, std::fabs(p.x[k]));
-        dTarget = std::max(dTarget, std::fabs(p.y[k]));
-      }
-    }
-    return kRounding * std::max(dTarget, m_model.Scale() * dSource);
+    return kRounding * std::max(m_common.dTargetLargest, m_model.Scale() * m_common.dSourceLargest);
   }
 
   // Which points the adjustment begins with.
   std::vector<char> Start() const {
     std::vector<unsigned> aside = m_options.startAside;
+    std::vector<char> start(m_common.points.size(), 1);
+    if (aside.empty()) return start;
     std::sort(aside.begin(), aside.end());
-    std::vector<char> start;
-    for (const CommonPoint& p : m_common.points) {
-      start.push_back(!std::binary_search(aside.begin(), aside.end(), p.uId));
+    for (std::size_t u = 0; u < start.size(); ++u) {
+      start[u] = !std::binary_search(aside.begin(), aside.end(), m_common.points[u].uId);
     }
     return start;
   }

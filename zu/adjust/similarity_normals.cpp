@@ -132,15 +132,19 @@ bool SimilarityModel::AddNormals(GroupNormals* pNormals) {
   const std::size_t n = m_points.size();
   if (m_bScalar) {
     ScalarSums sums;
+    double dM = 0.0, dWeight = 0.0, dShare = 0.0;
     for (std::size_t u = 0; u < n; ++u) {
       if (!m_used[u]) continue;
       const CommonPoint& p = m_points[u];
       double z[3], e[3];
       Misclosure(p, z, e);
-      const double dSource = m_s * m_s * p.sx[0] * p.sx[0];
-      const double dM = p.sy[0] * p.sy[0] + dSource;
-      if (!(dM > 0.0) || !std::isfinite(dM)) return false;
-      const double dWeight = 1.0 / dM, dShare = dSource * dWeight;
+      if (!m_bEqual || pNormals->iObservations == 0) {
+        const double dSource = m_s * m_s * p.sx[0] * p.sx[0];
+        dM = p.sy[0] * p.sy[0] + dSource;
+        if (!(dM > 0.0) || !std::isfinite(dM)) return false;
+        dWeight = 1.0 / dM;
+        dShare = dSource * dWeight;
+      }
       for (int k = 0; k < 3; ++k) z[k] += dShare * e[k];
       sums.Add(dWeight, z, e);
       pNormals->iObservations += 3;

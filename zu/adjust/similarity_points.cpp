@@ -129,8 +129,19 @@ CommonPoints FindCommonPoints(const ZuSortHelper<ZuPoint>& target, const ZuPoint
   std::vector<CommonPoint>& points = common.points;
   points.reserve(static_cast<std::size_t>(target.Count()));
   bool bAscending = true;
+  // As long as the lists agree in their ids, the partner stands behind that of the point before.
+  ZuSortHelper<ZuPoint>::Iterator next = target.begin();
   for (const ZuPoint* p = source.First(); p != nullptr; p = p->Next()) {
-    const ZuPoint* const q = p->GetId() != 0 ? target.Find(p->GetId()) : nullptr;
+    const unsigned uId = p->GetId();
+    if (uId == 0) continue;
+    const ZuPoint* q = nullptr;
+    if (next != target.end() && (*next)->GetId() == uId) {
+      q = *next;
+      ++next;
+    } else {
+      next = target.end();
+      q = target.Find(uId);
+    }
     if (q == nullptr) continue;
     bAscending = bAscending && (points.empty() || points.back().uId < p->GetId());
     points.push_back({p,
@@ -151,6 +162,10 @@ CommonPoints FindCommonPoints(const ZuSortHelper<ZuPoint>& target, const ZuPoint
   for (CommonPoint& p : points) {
     toldSource.Add(p.sx);
     toldTarget.Add(p.sy);
+    for (int k = 0; k < 3; ++k) {
+      common.dSourceLargest = std::max(common.dSourceLargest, std::fabs(p.x[k]));
+      common.dTargetLargest = std::max(common.dTargetLargest, std::fabs(p.y[k]));
+    }
     if (!IsUsable(p) && common.strFault.empty()) common.strFault = FaultOf(p);
     if (!options.sourceCovariances.empty()) {
       p.iSourceCovariance = IndexOf(options.sourceCovariances, p.uId);

@@ -5,6 +5,9 @@
 
 #include "zu/adjust/internal/similarity_model.h"
 
+// Part of a kernel that is compiled for each width of registers.
+#define ZU_IN_KERNEL [[gnu::always_inline]] inline
+
 namespace zu::internal {
 
 // A factor F of the covariance of the parameters for sigma0 = 1, Q = F F', its rotation in the
@@ -121,7 +124,7 @@ struct Block {
 
 constexpr int kDiagonal[3] = {0, 3, 5};  // of a symmetric matrix row by row
 
-void FindCovariances(const ScalarTester& t, Block* pBlock) {
+ZU_IN_KERNEL void FindCovariances(const ScalarTester& t, Block* pBlock) {
   Block& b = *pBlock;
   for (std::size_t i = 0; i < kLanes; ++i) {
     const double x = b.z[0][i], y = b.z[1][i], z = b.z[2][i];
@@ -148,7 +151,7 @@ void FindCovariances(const ScalarTester& t, Block* pBlock) {
   }
 }
 
-void Solve(Block* pBlock) {
+ZU_IN_KERNEL void Solve(Block* pBlock) {
   Block& b = *pBlock;
   for (std::size_t i = 0; i < kLanes; ++i) {
     const double m = b.m[i], e0 = b.e[0][i];
@@ -176,8 +179,9 @@ void Solve(Block* pBlock) {
 }
 
 // One of the points.
-void Store(const ScalarTester& t, const Block& b, std::size_t i, const SimilarityModel& model,
-           const CommonPoint& point, ZuSimilarityPoint* p) {
+ZU_IN_KERNEL void Store(const ScalarTester& t, const Block& b, std::size_t i,
+                        const SimilarityModel& model, const CommonPoint& point,
+                        ZuSimilarityPoint* p) {
   const double m = b.m[i], dWeight = b.w[i];
   p->uId = point.uId;
   p->iDimension = 3;
@@ -218,8 +222,8 @@ void Store(const ScalarTester& t, const Block& b, std::size_t i, const Similarit
 
 }  // namespace
 
-bool SimilarityModel::TestScalar(const EngineResult& engine, const GroupTester& tester,
-                                 std::vector<ZuSimilarityPoint>* pPoints) const {
+ZU_IN_KERNEL bool SimilarityModel::TestBlocks(const EngineResult& engine, const GroupTester& tester,
+                                              std::vector<ZuSimilarityPoint>* pPoints) const {
   const ScalarTester t(engine, tester, m_columns, m_R, m_dWeight);
   const std::size_t n = m_points.size();
   bool bFinite = true;
@@ -251,6 +255,23 @@ bool SimilarityModel::TestScalar(const EngineResult& engine, const GroupTester& 
     }
   }
   return bFinite;
+}
+
+#if defined(__x86_64__)
+// Four numbers at a time in place of two; without fused operations every bit stays the same.
+[[gnu::target("avx2")]] bool SimilarityModel::TestWide(
+    const EngineResult& engine, const GroupTester& tester,
+    std::vector<ZuSimilarityPoint>* pPoints) const {
+  return TestBlocks(engine, tester, pPoints);
+}
+#endif
+
+bool SimilarityModel::TestScalar(const EngineResult& engine, const GroupTester& tester,
+                                 std::vector<ZuSimilarityPoint>* pPoints) const {
+#if defined(__x86_64__)
+  if (__builtin_cpu_supports("avx2")) return TestWide(engine, tester, pPoints);
+#endif
+  return TestBlocks(engine, tester, pPoints);
 }
 
 bool SimilarityModel::Test(const EngineResult& engine, const GroupTester& tester,
@@ -311,3 +332,5 @@ void SimilarityModel::Complete(const SimilarityTerms& t, const double* pdAQA, do
 }
 
 }  // namespace zu::internal
+
+#undef ZU_IN_KERNEL

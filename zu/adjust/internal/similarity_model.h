@@ -79,8 +79,13 @@ class SimilarityModel final : public GroupModel {
   }
   // False where M has no inverse; z is then that of the observed point.
   bool FindTerms(const CommonPoint& point, SimilarityTerms* pTerms) const;
+  // The same where all covariances are multiples of the identity.
   bool TestScalar(const EngineResult& engine, const GroupTester& tester,
                   std::vector<ZuSimilarityPoint>* pPoints) const;
+  bool TestBlocks(const EngineResult& engine, const GroupTester& tester,
+                  std::vector<ZuSimilarityPoint>* pPoints) const;
+  bool TestWide(const EngineResult& engine, const GroupTester& tester,
+                std::vector<ZuSimilarityPoint>* pPoints) const;
   void TestPoint(const CovarianceFactor& factor, const GroupTester& tester, std::size_t uPoint,
                  ZuSimilarityPoint* pPoint) const;
   // Residuals of both sides and the covariance of the transformed source point.

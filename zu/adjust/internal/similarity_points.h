@@ -9,7 +9,8 @@
 namespace zu::internal {
 
 struct CommonPoints {
-  std::vector<CommonPoint> points;  // by id
+  std::vector<CommonPoint> points;                    // by id
+  double dSourceLargest = 0.0, dTargetLargest = 0.0;  // |coordinate|
   bool bSigmaGiven = false;
   double dOwnVariance = 0.0;  // of a source coordinate that is not told
   double dOwnTargetVariance = 0.0;
