@@ -27,9 +27,9 @@ class NamedRotation {
 
   void Add(const char* szName, double d) { m_values.emplace_back(szName, d); }
   void Add(const char* szName, ZuRad angle) {
-    Add(szName, m_strUnit == "rad"   ? angle.value
-                : m_strUnit == "deg" ? ZuDeg(angle).value
-                                     : ZuGon(angle).value);
+    m_values.emplace_back(szName + ('_' + m_strUnit), m_strUnit == "rad"   ? angle.value
+                                                      : m_strUnit == "deg" ? ZuDeg(angle).value
+                                                                           : ZuGon(angle).value);
   }
   template <class Angles>
   void CheckGimbal(const Angles& angles) {
@@ -41,22 +41,22 @@ class NamedRotation {
   }
 
   cli::Json Json() const {
-    cli::Json json{{"convention", m_strConvention}, {"angle", m_strUnit}};
+    cli::Json json{{"convention", m_strConvention}};
     for (const auto& value : m_values) json[value.first] = value.second;
     json["gimbal"] = m_bGimbal;
     return json;
   }
   std::string Text() const {
-    std::string strText = "  rotation " + m_strConvention + " [" + m_strUnit + "]:";
+    std::string strText = "  rotation " + m_strConvention + ':';
     for (const auto& value : m_values) {
-      strText += std::string(" ") + value.first + ' ' + Shortest(value.second);
+      strText += ' ' + value.first + ' ' + Shortest(value.second);
     }
     return strText + (m_bGimbal ? "; gimbal: first and third angle are one turn\n" : "\n");
   }
 
  private:
   std::string m_strConvention, m_strUnit;
-  std::vector<std::pair<const char*, double>> m_values;
+  std::vector<std::pair<std::string, double>> m_values;
   bool m_bGimbal = false;
 };
 
@@ -93,7 +93,7 @@ NamedRotation RotationOf(const ZuPhoto& photo, const InfoValues& values) {
     named.Add("roll", angles.roll);
     named.CheckGimbal(angles);
   } else if (strConvention == "opencv") {
-    named.Add<3>({"rx", "ry", "rz"}, ZuVectorOpenCv::From(pose.R).v);
+    named.Add<3>({"rx_rad", "ry_rad", "rz_rad"}, ZuVectorOpenCv::From(pose.R).v);
   } else {
     const auto q = ZuQuaternionColmap::From(pose.R);
     named.Add<4>({"qw", "qx", "qy", "qz"}, {q.w, q.x, q.y, q.z});

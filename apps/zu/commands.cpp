@@ -210,6 +210,15 @@ const std::vector<Command>& Commands() {
        "  zu convert samples/chessboard/left.prj -o left.json\n"
        "writes all of the project as JSON; zu convert left.json -o left.prj writes it back.",
        DefineConvert},
+      {"import", "make a project of the photos of another program",
+       "  zu import colmap samples/colmap -o imported.prj\n"
+       "makes a project of thirteen photos with their camera, orientations and 702 measurements.",
+       DefineImport},
+      {"export", "write the photos of a project for another program",
+       "  zu export colmap samples/chessboard/left.prj out --points samples/chessboard/board.coo\n"
+       "writes cameras.txt, images.txt and points3D.txt to the folder out, and tells how well the\n"
+       "other camera model meets this one.",
+       DefineExport},
       {"project detect", "tell what the files of a folder are and which belong together",
        "  zu project detect samples/older\n"
        "lists each file with its kind, told by its content, and for each project the pictures and\n"

@@ -124,7 +124,7 @@ TEST(Photo, InfoAndUnknownKeywords) {
   const auto pok = RunZu({"photo", "info", Chessboard("left.prj"), "--rotation", "pok", "--angle",
                           "gon", "--json"})
                        .Json()["photos"][0];
-  EXPECT_NEAR(pok["rotation"]["omega"].get<double>(),
+  EXPECT_NEAR(pok["rotation"]["omega_gon"].get<double>(),
               -0.16422457858145698 * 200.0 / 3.14159265358979, 1e-9);
   EXPECT_EQ(pok["rotation"]["gimbal"], false);
 

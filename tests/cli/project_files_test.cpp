@@ -100,4 +100,23 @@ TEST(ProjectFiles, TheLogOfMeasurementsIsReplayed) {
       folder);
 }
 
+TEST(ProjectFiles, PhotosGoToOtherProgramsAndBack) {
+  const ScratchFolder folder;
+  ExpectLines(
+      {{"zu export colmap $S/chessboard/left.prj m --points $S/chessboard/board.coo", 0,
+        "camera 1, FULL_OPENCV: fitted, largest error 0.000043 px", ""},
+       {"cmp m/images.txt $S/colmap/images.txt && zu import colmap m -o a.prj", 0,
+        "13 photos, 54 points, 702 measurements", ""},
+       {"zu export colmap a.prj b --binary && zu import colmap b -o c.prj && cmp a.prj c.prj", 0,
+        "", ""},
+       {"zu export colmap a.prj m --binary", 2, "", "m/cameras.txt is there, too"},
+       {"zu export colmap $S/chessboard/left.prj n --max-error 1e-9", 3, "", "is met to 4.2"},
+       {"test ! -e n; zu import colmap n -o d.prj", 3, "", "n: has none of the files"},
+       {"zu import map m -o d.prj", 2, "", "map is no format; colmap"},
+       {"mkdir x; cp m/cameras.txt m/points3D.txt x; echo 1 2 > x/images.txt; "
+        "zu import colmap x -o d.prj",
+        3, "", "x/images.txt:1: a number is missing"}},
+      folder);
+}
+
 }  // namespace

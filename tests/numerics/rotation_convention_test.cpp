@@ -1,7 +1,7 @@
 #include "zu/numerics/rotation_convention.h"
 
 #include "tests/support/eigen_bridge.h"
-#include "tests/support/python.h"
+#include "tests/support/other_program.h"
 #include "tests/support/random_geometry.h"
 #include "tests/support/temp_file.h"
 #include "tests/support/test.h"

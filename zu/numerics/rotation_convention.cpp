@@ -88,13 +88,13 @@ Rows TurnedBack(const Rows& r) {
   return {r[0], r[3], r[6], -r[1], -r[4], -r[7], -r[2], -r[5], -r[8]};
 }
 
-// a0 b0 + a1 b1 + a2 b2 with twofold precision (T. Ogita, S. M. Rump, S. Oishi, "Accurate sum and
-// dot product", 2005).
-double Dot(double a0, double b0, double a1, double b1, double a2, double b2) {
-  const double a[] = {a0, a1, a2}, b[] = {b0, b1, b2};
-  double dSum = 0.0, dRest = 0.0;
-  for (int i = 0; i < 3; ++i) {
-    const double p = a[i] * b[i], e = std::fma(a[i], b[i], -p);
+// c plus a row of r times v, with twofold precision (T. Ogita, S. M. Rump, S. Oishi, "Accurate sum
+// and dot product", 2005).
+double RowTimes(const Rows& r, int iRow, const std::array<double, 3>& v, double c) {
+  double dSum = c, dRest = 0.0;
+  for (int k = 0; k < 3; ++k) {
+    const double a = r[At(iRow, k)], b = v[static_cast<size_t>(k)];
+    const double p = a * b, e = std::fma(a, b, -p);
     const double t = dSum + p, z = t - dSum;
     dRest += (dSum - (t - z)) + (p - z) + e;
     dSum = t;
@@ -102,9 +102,10 @@ double Dot(double a0, double b0, double a1, double b1, double a2, double b2) {
   return dSum + dRest;
 }
 
-std::array<double, 3> Times(const Rows& r, const std::array<double, 3>& v) {
-  return {Dot(r[0], v[0], r[1], v[1], r[2], v[2]), Dot(r[3], v[0], r[4], v[1], r[5], v[2]),
-          Dot(r[6], v[0], r[7], v[1], r[8], v[2])};
+// r v + c.
+std::array<double, 3> Times(const Rows& r, const std::array<double, 3>& v,
+                            const std::array<double, 3>& c = {}) {
+  return {RowTimes(r, 0, v, c[0]), RowTimes(r, 1, v, c[1]), RowTimes(r, 2, v, c[2])};
 }
 
 std::array<double, 3> Opposed(const std::array<double, 3>& v) { return {-v[0], -v[1], -v[2]}; }
@@ -227,5 +228,10 @@ ZuPoseOpenCv ZuToOpenCv(const ZuPose& pose) {
 }
 
 ZuPose ZuFromOpenCv(const ZuPoseOpenCv& pose) {
-  return {pose.R.Rotation(), Opposed(Times(Transposed(pose.R.r), pose.t))};
+  // The transposed matrix is the inverse to rounding alone: what it leaves of R X0 + t is taken
+  // off, so that the way back gives t.
+  const Rows inverse = Transposed(pose.R.r);
+  std::array<double, 3> X0 = Opposed(Times(inverse, pose.t));
+  X0 = Opposed(Times(inverse, Times(pose.R.r, X0, pose.t), Opposed(X0)));
+  return {pose.R.Rotation(), X0};
 }

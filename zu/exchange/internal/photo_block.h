@@ -1,0 +1,72 @@
+// Photos as programs of computer vision know them: what lies between a project and their files.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "zu/exchange/internal/photo_camera.h"
+#include "zu/exchange/photo_exchange.h"
+#include "zu/numerics/rotation_convention.h"
+
+namespace zu::internal {
+
+struct BlockCamera {
+  unsigned uId = 0;
+  std::string strModel;  // its name in the other program
+  ZuImageSize size;
+  PinholeModel model;
+};
+
+struct BlockMeasure {
+  unsigned uPoint = 0;
+  ZuPixel pixel;
+};
+
+struct BlockImage {
+  unsigned uId = 0, uCamera = 0;
+  std::string strName;
+  ZuPose pose;
+  std::vector<BlockMeasure> measures;  // each point once
+};
+
+struct BlockPoint {
+  unsigned uId = 0;
+  std::array<double, 3> X{};
+};
+
+struct PhotoBlock {
+  std::vector<BlockCamera> cameras;
+  std::vector<BlockImage> images;
+  std::vector<BlockPoint> points;
+};
+
+// What ends the reading or writing of a format.
+struct ExchangeFault {
+  ZuFinding finding;
+};
+[[noreturn]] void FailExchange(const std::string& strFile, std::uint64_t uLine,
+                               const std::string& strText, const std::string& strRight);
+void WarnExchange(const std::string& strFile, const std::string& strText,
+                  ZuExchangeReport* pReport);
+
+// Where an image sees a point; false behind the camera.
+bool SeePoint(const BlockImage& image, const PinholeModel& model, const BlockPoint& point,
+              ZuPixel* pPixel);
+
+// Throws where a photo cannot have that name: empty, with control characters or quotes, or a path
+// that leads out of its folder.
+void CheckPhotoName(const std::string& strName, const std::string& strFile, std::uint64_t uLine);
+// Throws for what is no size of an image.
+void CheckImageSize(const ZuImageSize& size, const std::string& strFile, std::uint64_t uLine);
+
+// Both throw ExchangeFault. ThroughFile: see HoldCamera.
+void BlockToProject(const PhotoBlock& block, const ZuImportOptions& options,
+                    PinholeModel (*ThroughFile)(const PinholeModel&), ZuProject* pProject,
+                    ZuExchangeReport* pReport);
+PhotoBlock ProjectToBlock(const ZuProject& project, const ZuPointList& points,
+                          const std::vector<unsigned>& parameters, const ZuExportOptions& options,
+                          ZuExchangeReport* pReport);
+
+}  // namespace zu::internal
