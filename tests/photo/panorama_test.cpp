@@ -93,6 +93,42 @@ TEST(Panorama, LooksWhereItIsTold) {
   }
 }
 
+// Code that knows photos alone gets the panorama's results, and a list as point by point.
+TEST(Panorama, IsAPhotoAmongPhotos) {
+  ZuPhotoVivaPano round = MakePanorama(eZuPanoramaSphere);
+  ZuPhoto* const pPhoto = &round;
+  const ZuPlane wall = MakePlane(0.6, -0.48, 0.64, -31.0);
+  ZuPointList list;
+  for (const double x : {-16.0, -7.0, 1.0, 9.0, 17.0}) {
+    const ZuPoint image(list.Count() + 1U, x, 0.3 * x);
+    pPhoto->AddImo(image, static_cast<eConvertBikoMode>(0));
+    list.Add(image);
+  }
+  int iMet = 0;
+  ASSERT_EQ(pPhoto->CalcSipList(&list, wall, static_cast<eConvertBikoMode>(0)), 5);
+  for (const ZuPoint* p = list.First(); p != nullptr; p = p->Next()) {
+    ZuPoint met;
+    EXPECT_EQ(pPhoto->CalcSip(&met, wall, p->GetId(), true), std::isfinite(p->m_dX));
+    if (!std::isfinite(p->m_dX)) continue;
+    ++iMet;
+    EXPECT_EQ(met.m_dX, p->m_dX);
+    EXPECT_NEAR(wall.Dist(met), 0.0, 1e-12);
+    EXPECT_TRUE(pPhoto->IsInPhotoView(met, true));
+    const ZuPoint& image = *pPhoto->FindImo(p->GetId());
+    ZuLine3d ray;
+    pPhoto->SetBikoTransform(eBikoToAdjusted, false);
+    pPhoto->CalcRayDirection(ray, image.m_dX, image.m_dY);
+    ZuVector3d toPoint(met.m_dX - 10.0, met.m_dY - 20.0, met.m_dZ - 30.0);
+    EXPECT_NEAR(ray.getDirection() * toPoint, toPoint.length(), 1e-12 * toPoint.length());
+    ASSERT_TRUE(ZuBikoTransform(pPhoto, eObjectToBiko, false).Transform(&met));
+    EXPECT_NEAR(met.m_dX, image.m_dX, 1e-11);
+    EXPECT_NEAR(met.m_dY, image.m_dY, 1e-11);
+  }
+  EXPECT_GT(iMet, 0);
+  EXPECT_LT(iMet, 5);
+  EXPECT_TRUE(ZuPhoto(round).IsRound());
+}
+
 // The deviations of the angles against differences of the angles themselves; there and back through
 // a file to the last bit.
 TEST(BundleAOB, CarriesOrientationAndAccuracy) {

@@ -191,7 +191,7 @@ bool ZuBikoTransform::SolvePolynomial(double* x, double* y) const {
 
 // The collinearity equations: x = -c (r1 . d) / (r3 . d), y = -c (r2 . d) / (r3 . d), with d from
 // the projection centre to the point and r1, r2, r3 the columns of the rotation.
-bool ZuBikoTransform::FromObject(double* x, double* y, double* z) const {
+bool ZuBikoTransform::ToPlane(double* x, double* y, double* z) const {
   const ZuVector& X0 = m_pPhoto->GetPosAOR();
   const double* R = m_pPhoto->GetRotAOR().GetData();
   const double dConstant = m_pPhoto->GetCamera().m_dC;
@@ -205,6 +205,11 @@ bool ZuBikoTransform::FromObject(double* x, double* y, double* z) const {
   *x = -(R[0] * dx + R[3] * dy + R[6] * dz) * c / dDenominator;
   *y = -(R[1] * dx + R[4] * dy + R[7] * dz) * c / dDenominator;
   *z = 0.0;
+  return true;
+}
+
+bool ZuBikoTransform::FromObject(double* x, double* y, double* z) const {
+  if (m_pPhoto->IsRound() ? !m_pPhoto->ToSurface(x, y, z) : !ToPlane(x, y, z)) return false;
 
   bool bResult = true;
   if (m_eMode != eObjectToAdjusted && !Uncorrect(x, y)) return false;
@@ -240,6 +245,7 @@ void ZuBikoTransform::Transform(ZuPointList* pList) const {
 
 bool ZuBikoTransform::IsInPhotoView(double x, double y, double z) const {
   if (m_pPhoto == nullptr) return false;
+  if (m_pPhoto->IsRound()) return true;
   ZuVector n = m_pPhoto->GetPosAOR() - ZuVector(x, y, z);
   n.Normalize();
   return (m_ViewDirection + n).Abs() >= kInView;

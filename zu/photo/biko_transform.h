@@ -72,7 +72,9 @@ class ZU_API ZuBikoTransform {
   //   - to Biko and Digi from Object where the camera's inverse refuses the point, which is then
   //     left in Adjusted;
   //   - from Object with bFlipY, in all three modes, for a point nearer than one pixel to the
-  //     border of the image or outside; its coordinates are changed all the same.
+  //     border of the image or outside; its coordinates are changed all the same;
+  //   - from Object where a round picture (ZuPhoto::IsRound) has no image of the point, which
+  //   stays.
   //
   // Required: eDigiToAdjusted leaves a polynomial main transformation out, unlike eDigiToBiko;
   // ZuPhoto::ConvertBiko applies it. Stored measurements were made with both.
@@ -84,7 +86,7 @@ class ZU_API ZuBikoTransform {
   void Transform(ZuPointList* pList) const;
 
   // Rough test that an object point lies before the camera: the direction from the point to the
-  // projection centre is at most 120 degrees from the viewing axis.
+  // projection centre is at most 120 degrees from the viewing axis. True for a round picture.
   bool IsInPhotoView(double x, double y, double z) const;
 
   bool IsPolyTrafo() const { return m_bPolyTrafo; }
@@ -103,6 +105,7 @@ class ZU_API ZuBikoTransform {
   void Flip(double* y) const {
     if (m_bFlipY) *y = m_dHeight - *y;
   }
+  bool ToPlane(double* x, double* y, double* z) const;
   bool FromObject(double* x, double* y, double* z) const;
   bool Correct(double* x, double* y) const;    // Biko to Adjusted
   bool Uncorrect(double* x, double* y) const;  // Adjusted to Biko

@@ -52,6 +52,9 @@ enum eZuSipError : int {
   eZuSipNoPoint = 3   // none given or found, or a ray that meets the plane in none
 };
 
+// The surface of the picture; any value but sphere and cylinder is a plane.
+enum eZuPanorama : int { eZuPanoramaPlane = 0, eZuPanoramaSphere = 1, eZuPanoramaCylinder = 2 };
+
 class ZU_API ZuPhoto : public ZuListnode, public ZuFlag {
  public:
   explicit ZuPhoto(unsigned int uId = 0);
@@ -65,6 +68,15 @@ class ZU_API ZuPhoto : public ZuListnode, public ZuFlag {
   virtual const ZuRegion& GetDigiRegion() const { return m_DigiRegion; }
   virtual bool IsOrthoPhoto() const { return false; }
   virtual bool IsVivaPanorama() const { return false; }
+  // The picture is an unrolled sphere or cylinder about the projection centre (ZuPhotoVivaPano):
+  // its rays and what is projected into it follow that surface, in all operations here and in
+  // ZuBikoTransform. A copy of the record keeps it.
+  bool IsRound() const {
+    return m_iPanorama == eZuPanoramaSphere || m_iPanorama == eZuPanoramaCylinder;
+  }
+  // An object point, in place, in adjusted coordinates of a round picture, z 0. False, the point
+  // untouched, where there is none: the projection centre, a cylinder's axis, not finite.
+  bool ToSurface(double* x, double* y, double* z) const;
   // Length of a pixel in the image [mm]: along x, along y, and the root of their product, which is
   // kept; Init and RescaleTo reset it.
   virtual double GetPixelSize() const;
@@ -319,7 +331,7 @@ class ZU_API ZuPhoto : public ZuListnode, public ZuFlag {
   // Image points here are adjusted ones. Rays of an unoriented photo start where it stands.
 
   void SetRayStart(ZuLine3d& line) const;
-  // Start X0 and unit direction R (x, y, -|c|).
+  // Start X0 and unit direction R (x, y, -|c|), or that of the surface of a round picture.
   void CalcRay(ZuLine3d& line, const ZuPoint* pAdjusted) const;
   // The direction of a point in the system that SetBikoTransform converts from; the start stays.
   void CalcRayDirection(ZuLine3d& line, double x, double y) const;
@@ -333,7 +345,8 @@ class ZU_API ZuPhoto : public ZuListnode, public ZuFlag {
   // Meets the ray of an image point with a plane; only x, y, z of the result are written. False
   // with GetSipError(): 1 no orientation, 2 a plane without normal, 3 no point, in this order of
   // tests, and 3 for a ray parallel to the plane, the result untouched. A successful call does not
-  // reset it.
+  // reset it. A round picture looks in all directions: a plane that a ray meets behind its start
+  // alone is error 3, too.
   bool CalcSip(ZuPoint* pResult, const ZuPlane& plane, const ZuPoint* pAdjusted);
   // Of a point of the Imo list, in Bikos unless bAdjusted; its id goes to the result. An unknown
   // id is error 3 before any other test.
@@ -342,7 +355,7 @@ class ZU_API ZuPhoto : public ZuListnode, public ZuFlag {
   void CalcSipNoErrorCheck(ZuPoint* pResult, const ZuPlane& plane, const ZuPoint* pAdjusted) const;
   // Every point of a list in place: converted by ConvertBiko (eDigiToAdjusted, eBikoToAdjusted; 0
   // for adjusted points), then met with the plane; the same results as point by point, not finite
-  // for a ray parallel to the plane. Returns the number of points, 0 with GetSipError() without
+  // where CalcSip refuses the ray. Returns the number of points, 0 with GetSipError() without
   // orientation, normal or points.
   int CalcSipList(ZuPointList* pList, const ZuPlane& plane, eConvertBikoMode eMode);
   int GetSipError() const { return m_iSipError; }
@@ -363,7 +376,8 @@ class ZU_API ZuPhoto : public ZuListnode, public ZuFlag {
   const ZuPlane& GetFovPlane(int i) const { return m_FovPlanes.Own()[i]; }    // 0..3 sides, 4 image
   const ZuPoint& GetFovCorner(int i) const { return m_FovCorners.Own()[i]; }  // 0..3, 4 the centre
   // The object point lies in the image of an active, oriented photo; with bCheckDirection before
-  // the camera too.
+  // the camera too. Of a round picture the direction is never against it, and a point is in view,
+  // too, where the picture shows it a whole turn further.
   bool IsInPhotoView(const ZuPoint& point, bool bCheckDirection) const;
   bool Overlap(const ZuPoint* pPoint) const { return GetDigiRegion().Overlap(pPoint); }
   bool Overlap(const ZuRegion* pRegion) const { return GetDigiRegion().Overlap(pRegion); }
@@ -406,6 +420,8 @@ class ZU_API ZuPhoto : public ZuListnode, public ZuFlag {
   void MoveConverted(ZuPointList& from, ZuPointList& to, unsigned int uId, eConvertBikoMode eMode);
   void SetPhotoIdTo(ZuPointList& list);
   void RayVector(double x, double y, double* pdVector) const;
+  void SurfaceVector(double x, double y, double* pdVector) const;
+  bool IsInRoundView(const ZuPoint& point) const;
   double PixelLength(double dx, double dy) const;
 
   String m_sComment;
@@ -455,7 +471,7 @@ class ZU_API ZuPhoto : public ZuListnode, public ZuFlag {
   ZuSeldom<RegoiList> m_RegoiList;
   ZuSeldom<ZuBikoTransform> m_BikoTransform;
   double m_adPanorama[4] = {};  // of panoramas; carried along
-  int m_iPanorama = 0;
+  int m_iPanorama = eZuPanoramaPlane;
 };
 
 ZU_DECLARE_LIST(ZuPhoto);

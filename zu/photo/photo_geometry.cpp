@@ -76,6 +76,7 @@ bool ZuPhoto::CalcFieldOfViewPlanes() {
 
 bool ZuPhoto::IsInPhotoView(const ZuPoint& point, bool bCheckDirection) const {
   if (!IsActive() || !m_bOriented) return false;
+  if (IsRound()) return IsInRoundView(point);
   ZuPoint image(point);
   ConvertBiko(&image, eObjectToBiko);
   ZuRegion region(GetBikoRegion());

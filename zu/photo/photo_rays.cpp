@@ -1,5 +1,6 @@
 // Rays of a photo and their intersection with a plane.
 #include <cmath>
+#include <limits>
 
 #include "zu/cloud/scan_point3d.h"
 #include "zu/numerics/line3d.h"
@@ -24,9 +25,10 @@ struct SipPlane {
   double a, b, c, dHeight;
 };
 
-// X0 + t v, t = (w . n) / (v . n).
-ZuPoint3d Meet(const SipPlane& plane, const double* X0, const double* v) {
-  const double t = plane.dHeight / (v[0] * plane.a + v[1] * plane.b + v[2] * plane.c);
+// X0 + t v, t = (w . n) / (v . n). bAhead: not finite where that lies behind X0.
+ZuPoint3d Meet(const SipPlane& plane, const double* X0, const double* v, bool bAhead) {
+  double t = plane.dHeight / (v[0] * plane.a + v[1] * plane.b + v[2] * plane.c);
+  if (bAhead && t < 0.0) t = std::numeric_limits<double>::quiet_NaN();
   return ZuPoint3d(X0[0] + t * v[0], X0[1] + t * v[1], X0[2] + t * v[2]);
 }
 
@@ -47,6 +49,7 @@ void Direction(const double* R, double x, double y, double c, double* v) {
 }  // namespace
 
 void ZuPhoto::RayVector(double x, double y, double* v) const {
+  if (IsRound()) return SurfaceVector(x, y, v);
   Direction(m_RotAOR.GetData(), x, y, m_Camera.m_dC, v);
 }
 
@@ -95,7 +98,7 @@ void ZuPhoto::CalcSipNoErrorCheck(ZuPoint* pResult, const ZuPlane& plane,
   const double* X0 = m_PosAOR.GetData();
   double v[3];
   RayVector(pAdjusted->m_dX, pAdjusted->m_dY, v);
-  Store(Meet(SipPlane(plane, X0), X0, v), pResult);
+  Store(Meet(SipPlane(plane, X0), X0, v, false), pResult);
 }
 
 bool ZuPhoto::CalcSip(ZuPoint* pResult, const ZuPlane& plane, const ZuPoint* pAdjusted) {
@@ -109,7 +112,7 @@ bool ZuPhoto::CalcSip(ZuPoint* pResult, const ZuPlane& plane, const ZuPoint* pAd
     const double* X0 = m_PosAOR.GetData();
     double v[3];
     RayVector(pAdjusted->m_dX, pAdjusted->m_dY, v);
-    const ZuPoint3d p = Meet(SipPlane(plane, X0), X0, v);
+    const ZuPoint3d p = Meet(SipPlane(plane, X0), X0, v, IsRound());
     if (std::isfinite(p.x) && std::isfinite(p.y) && std::isfinite(p.z)) {
       Store(p, pResult);
       return true;
@@ -141,12 +144,13 @@ int ZuPhoto::CalcSipList(ZuPointList* pList, const ZuPlane& plane, eConvertBikoM
   }
   const double* X0 = m_PosAOR.GetData();
   const SipPlane sip(plane, X0);
+  const bool bAhead = IsRound();
   int n = 0;
   for (; p != nullptr; p = p->Next(), ++n) {
     ConvertBiko(p, eMode);
     double v[3];
     RayVector(p->m_dX, p->m_dY, v);
-    Store(Meet(sip, X0, v), p);
+    Store(Meet(sip, X0, v, bAhead), p);
   }
   return n;
 }

@@ -15,6 +15,7 @@ constexpr double kBorder = 1e-9;  // rounding of a point on the border [mm]
 }  // namespace
 
 bool ZuIsBeforeCamera(const ZuPhoto& photo, const ZuPoint& object) {
+  if (photo.IsRound()) return true;
   const double* R = photo.GetRotAOR().GetData();
   const double* X0 = photo.GetPosAOR().GetData();
   const double dDepth =

@@ -8,7 +8,8 @@ class ZuPhoto;
 class ZuPoint;
 
 // The object point lies before the camera: its image vector R' (P - X0) has a third component below
-// 0. The collinearity equations give an image point for the others too, mirrored.
+// 0. The collinearity equations give an image point for the others too, mirrored. Before a round
+// picture (ZuPhoto::IsRound) is everything.
 ZU_API bool ZuIsBeforeCamera(const ZuPhoto& photo, const ZuPoint& object);
 
 // The pixel lies in the image, whose outer pixels reach half a pixel beyond their centres. True
