@@ -1,6 +1,7 @@
 // Meshes over a plane against solids with known volume, area and contours.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <numbers>
 #include <random>
@@ -150,6 +151,28 @@ TEST(PlaneMesh, IsDelaunayAndTellsDoublesAndHoles) {
   EXPECT_EQ(holed.LongTriangles(), 2);
   EXPECT_NEAR(std::min(rims[0].dArea, rims[1].dArea), -2.0, 1e-9);
   EXPECT_NEAR(holed.Figures().dArea, 34.0, 1e-9);
+}
+
+// Beside the line stand points whose circles would put the edges across it.
+TEST(PlaneMesh, ABreaklinePassesThroughThePointsOnItsWay) {
+  for (const double dShift : {0.0, 4.5e6}) {
+    std::vector<ZuPoint3d> points;
+    for (int k = 0; k < 10; ++k) points.emplace_back(dShift + 0.1 * k, dShift + 0.3 * k, k);
+    for (int k = 0; k < 9; ++k) {
+      const double x = dShift + 0.1 * k + 0.05, y = dShift + 0.3 * k + 0.15;
+      points.emplace_back(x + 0.03, y - 0.01, 0.0);
+      points.emplace_back(x - 0.03, y + 0.01, 0.0);
+    }
+    const ZuPlaneMesh mesh = MeshOf(points, {{9, 0}});
+    EXPECT_EQ(mesh.Crossings(), 0);
+    for (int k = 0; k < 9; ++k) {
+      int iEdges = 0;
+      for (const ZuPlaneMesh::Triangle& t : mesh.Triangles()) {
+        iEdges += std::count(t.begin(), t.end(), k) + std::count(t.begin(), t.end(), k + 1) == 2;
+      }
+      EXPECT_EQ(iEdges, 2) << k << " at " << dShift;
+    }
+  }
 }
 
 TEST(PlaneMesh, ContoursRunAtTheirLevels) {

@@ -5,7 +5,9 @@
 #include <cmath>
 #include <cstdint>
 #include <functional>
+#include <limits>
 #include <map>
+#include <numeric>
 #include <unordered_map>
 #include <utility>
 
@@ -81,6 +83,7 @@ class ZuMeshBuilder {
     if (eSpread != eZuMeshOk) return eSpread;
     std::vector<std::pair<int, int>> segments;
     if (!SegmentsOf(breaklines, &segments)) return eZuMeshBadBreakline;
+    segments = ThroughPlacesOnTheWay(segments);
     std::vector<ZuPoint2d> places;
     places.reserve(m_mesh.m_vertices.size());
     for (const ZuMeshVertex& vertex : m_mesh.m_vertices) places.push_back(vertex.place);
@@ -100,6 +103,9 @@ class ZuMeshBuilder {
     for (size_t u = 0; u < m_points.size(); ++u) {
       ZuMeshVertex vertex;
       vertex.point = m_points[u];
+      for (const double d : {vertex.point.x, vertex.point.y, vertex.point.z}) {
+        m_dLargest = std::max(m_dLargest, std::fabs(d));
+      }
       vertex.place = m_mesh.m_plane.ToPlane(vertex.point, &vertex.dHeight);
       vertex.iSource = static_cast<int>(u);
       if (!IsMeshable(vertex.place.x) || !IsMeshable(vertex.place.y) ||
@@ -160,6 +166,51 @@ class ZuMeshBuilder {
       }
     }
     return true;
+  }
+
+  // Each segment in pieces between the places that stand on it as far as rounding tells. Places are
+  // walked in the order of the coordinate in which the segment is shorter.
+  std::vector<std::pair<int, int>> ThroughPlacesOnTheWay(
+      const std::vector<std::pair<int, int>>& segments) const {
+    std::vector<std::pair<int, int>> pieces;
+    if (segments.empty()) return pieces;
+    const auto value = [this](int i, bool bX) { return bX ? Place(i).x : Place(i).y; };
+    std::vector<int> orders[2];
+    for (const bool bX : {false, true}) {
+      std::vector<int>& order = orders[bX ? 1 : 0];
+      order.resize(m_mesh.m_vertices.size());
+      std::iota(order.begin(), order.end(), 0);
+      std::sort(order.begin(), order.end(),
+                [&](int i, int k) { return value(i, bX) < value(k, bX); });
+    }
+    const double dOff = kOnLine * m_dLargest;
+    std::vector<std::pair<double, int>> onTheWay;
+    for (const auto& [iFrom, iTo] : segments) {
+      const ZuPoint2d &from = Place(iFrom), &to = Place(iTo);
+      const ZuVector2d way = to - from;
+      const bool bX = std::fabs(way.x) < std::fabs(way.y);
+      const double dFrom = bX ? from.x : from.y, dTo = bX ? to.x : to.y;
+      const std::vector<int>& order = orders[bX ? 1 : 0];
+      auto it = std::lower_bound(order.begin(), order.end(), std::min(dFrom, dTo) - dOff,
+                                 [&](int i, double d) { return value(i, bX) < d; });
+      const double dLength = way.Norm();
+      onTheWay.clear();
+      for (; it != order.end() && value(*it, bX) <= std::max(dFrom, dTo) + dOff; ++it) {
+        const ZuVector2d d = Place(*it) - from;
+        const double dAlong = d * way / dLength;
+        if (*it == iFrom || *it == iTo || !(dAlong > 0.0) || !(dAlong < dLength)) continue;
+        if (std::fabs(way.x * d.y - way.y * d.x) > dOff * dLength) continue;
+        onTheWay.emplace_back(dAlong, *it);
+      }
+      std::sort(onTheWay.begin(), onTheWay.end());
+      int iLast = iFrom;
+      for (const auto& place : onTheWay) {
+        pieces.emplace_back(iLast, place.second);
+        iLast = place.second;
+      }
+      pieces.emplace_back(iLast, iTo);
+    }
+    return pieces;
   }
 
   void AddCrossings(const ZuTriangulation& result) {
@@ -243,10 +294,14 @@ class ZuMeshBuilder {
   const ZuPoint2d& Place(int i) const { return m_mesh.m_vertices[static_cast<size_t>(i)].place; }
 
   static constexpr double kSliver = 1e-14;  // height over longest edge [-]
+  // Distance from a breakline over the largest coordinate of a point that stands on it: what
+  // rounding of the points and of their places in the plane may have left [-].
+  static constexpr double kOnLine = 8.0 * std::numeric_limits<double>::epsilon();
 
   const std::vector<ZuPoint3d>& m_points;
   const ZuMeshOptions& m_options;
   double m_dExtent = 0.0;
+  double m_dLargest = 0.0;      // coordinate of a point
   std::vector<int> m_vertexOf;  // of a point
 };
 

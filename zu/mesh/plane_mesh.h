@@ -110,7 +110,8 @@ class ZU_MESH_API ZuPlaneMesh {
 };
 
 // Breaklines are indices of points, from 0, in the order of the line; they may cross, share points
-// and be closed. A point on the way that rounding may have put beside it must be named. *pMesh is
+// and be closed. One that is named by its ends alone passes through the points that stand on the
+// way, to 8 epsilon (1.8e-15) of the largest coordinate. *pMesh is
 // untouched unless the status is good; there may be no triangle left where all had a long edge.
 ZU_MESH_API eZuMeshStatus ZuMakePlaneMesh(const std::vector<ZuPoint3d>& points,
                                           const ZuCadPlane& plane,
