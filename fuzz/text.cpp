@@ -1,5 +1,5 @@
 // Bytes as text, converted to wide characters and back and cut into lines, as a program over
-// Strings, and as lines of a measurement log.
+// Strings, as lines of a measurement log, of names and of conditions, and as a position system.
 #include <algorithm>
 #include <cstdint>
 #include <cstdio>
@@ -11,7 +11,10 @@
 #include "fuzz/string_program.h"
 #include "zu/foundation/crc32.h"
 #include "zu/foundation/unicode.h"
+#include "zu/geo/position_system.h"
+#include "zu/points/name_line.h"
 #include "zu/project/measurement_log.h"
+#include "zu/transform/condition_line.h"
 
 namespace {
 
@@ -57,6 +60,34 @@ void CheckLog(std::string const& text) {
   ZuReadMeasurementLog(Input::Path(text));
 }
 
+// Lines that name points, as breaklines and conditions do.
+void CheckNameLine(std::string const& line) {
+  std::vector<std::string> words, again;
+  if (!ZuParseNameLine(line, &words)) return;
+  Require(ZuParseNameLine(ZuNameLine(words), &again) && again == words);
+  ZuConditionLine condition, back;
+  if (!ZuParseConditionLine(line, &condition)) return;
+  Require(ZuParseConditionLine(ZuConditionLineText(condition), &back));
+  Require(back.kind == condition.kind && back.points == condition.points);
+  Require(back.dValue == condition.dValue && condition.dValue > 0.0);
+}
+
+void CheckPositionSystem(std::string const& line) {
+  ZuPositionSystem system, again;
+  if (!ZuParsePositionSystem(line, &system)) return;
+  Require(system.IsValid());
+  const std::string text = ZuPositionSystemText(system);
+  Require(ZuParsePositionSystem(text, &again) && ZuPositionSystemText(again) == text);
+}
+
+void CheckOtherLines(std::string const& text) {
+  std::istringstream stream(text);
+  for (std::string line; std::getline(stream, line);) {
+    CheckNameLine(line);
+    CheckPositionSystem(line);
+  }
+}
+
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* pData, std::size_t nSize) {
@@ -65,5 +96,6 @@ extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* pData, std::size_t nSi
   StringProgram(text).Run();
   CheckLines(text);
   CheckLog(text);
+  CheckOtherLines(text);
   return 0;
 }

@@ -6,6 +6,7 @@
 
 #include "tests/support/test.h"
 #include "zu/adjust/internal/image_ray.h"
+#include "zu/photo/zusp_conditions.h"
 #include "zu/rectify/zusp_trafo.h"
 
 namespace {
@@ -79,7 +80,8 @@ class Facade {
 
   // Of the true corners in the rectified picture, as far as a plane similarity does not take it, in
   // pixels of the mean size [px].
-  double CornerError(const ZuZuspLineFit& fit) {
+  template <class Fit>
+  double CornerError(const Fit& fit) {
     ZuZuspTrafo exact;
     Measure(0.0, &exact);
     fit.Store(&exact);
@@ -158,6 +160,34 @@ TEST(ZuspLineFit, RectifiesAFacade) {
 }
 
 // Predicted standard deviations of tilt and constant are those of many measurements.
+// By a known ratio of two lengths in the place of the camera constant.
+TEST(ZuspConditions, RectifyTheFacadeWithoutTheCameraConstant) {
+  Facade facade;
+  ZuZuspTrafo trafo;
+  facade.Measure(0.2, &trafo);
+  Facade::Define(&trafo);
+  trafo.GetParallelDef().GetLines().First()->m_iXAxis = 1;
+  trafo.GetParallelDef().GetLines().First()->m_dValue = 12.4;
+  ZuZuspConditions conditions(trafo);
+  EXPECT_EQ(conditions.Calc(), eConditionsOpen);
+  EXPECT_EQ(conditions.GetFree(), "ratio of the axes");
+  ZuConditionLine line;
+  ASSERT_TRUE(ZuParseConditionLine("length 1 35 8.2", &line));
+  ASSERT_TRUE(conditions.Add(line));
+  line.points[1] = "99";
+  EXPECT_FALSE(conditions.Add(line));
+  ASSERT_EQ(conditions.Calc(), eConditionsOk);
+  EXPECT_EQ(conditions.GetRedundancy(), 10);
+  EXPECT_NEAR(conditions.GetSigma0() / kPixel, 0.2, 0.1);
+  EXPECT_LT(facade.CornerError(conditions), 0.2);
+  // Point 1 is the origin, and 14 lies 12.4 along x.
+  trafo.SetZuspMat(conditions.GetZuspMat());
+  ZuPoint p(*trafo.GetBikoList().GetPoints().TZuListHeader<ZuPoint>::Find(14));
+  trafo.Transform(&p, &p);
+  EXPECT_NEAR(p.m_dX, 12.4, 0.02);
+  EXPECT_NEAR(p.m_dY, 0.0, 0.02);
+}
+
 TEST(ZuspLineFit, PredictsItsErrors) {
   Facade facade;
   ZuZuspLineOptions options;
