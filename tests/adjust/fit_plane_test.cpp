@@ -7,6 +7,7 @@
 
 #include "tests/adjust/fit_support.h"
 #include "tests/support/trials.h"
+#include "zu/adjust/cloud_plane.h"
 
 namespace {
 
@@ -47,6 +48,18 @@ TEST(FitPlane, EqualsTheSingularValueDecomposition) {
     double dSum = 0.0;  // the plane holds the centre of the points
     for (const auto& p : fit.fit.points) dSum += p.dDistance;
     ASSERT_LT(std::fabs(dSum) / n, 1e-12 * dExtent) << k;
+    // And as a cloud, in two parts.
+    std::vector<ZuScanPoint3d> parts[2];
+    for (const auto& p : points) {
+      parts[parts[0].size() < 3 ? 0 : 1].emplace_back(p.adX[0], p.adX[1], p.adX[2], 0);
+    }
+    const ZuCloudPlane cloud = ZuFitCloudPlane({&parts[0], &parts[1]});
+    ASSERT_EQ(cloud.eStatus, ZuAdjustStatus::Good) << k;
+    Vector n2(cloud.plane.A(), cloud.plane.B(), cloud.plane.C());
+    ASSERT_LT((n2.dot(n1) < 0.0 ? -n2 - n1 : n2 - n1).norm(), 1e-12) << k;
+    ASSERT_NEAR(cloud.dRms / fit.fit.dRms, 1.0, 1e-6) << k;
+    ASSERT_NEAR(std::sqrt(cloud.adCov[15]) / fit.adSd[3], 1.0, 1e-4) << k;
+    ASSERT_NEAR(cloud.dHigh - cloud.dLow, fit.fit.dFlatness, 1e-6 * fit.fit.dFlatness) << k;
   }
 }
 
