@@ -9,6 +9,7 @@
 #include "commands.h"
 #include "input_file.h"
 #include "network_page.h"
+#include "orientation_records.h"
 #include "picture_files.h"
 #include "progress_line.h"
 #include "project_input.h"
@@ -25,7 +26,8 @@ namespace fs = std::filesystem;
 constexpr int kPictureWidth = 680;  // twice that of the figure, for fine screens [pixel]
 
 struct Values {
-  std::string strProject, strControl, strApprox, strBars, strMeasurements, strOut, strPoints;
+  std::string strProject, strControl, strApprox, strBars, strMeasurements, strOut, strPoints,
+      strOrientations;
   std::string strReport, strPictures, strUnit = "object units";
   std::string strSigma = "0.1px", strEstimate = "none", strDatum = "control";
   double dAlpha = 0.001, dAlphaTotal = 0.0;
@@ -112,10 +114,11 @@ ExitCode Run(const Values& values, Context& context) {
     }
     context.NewOutput(values.strReport).Stream() << NetworkReport(page, made, result, project);
   }
-  if (!values.strOut.empty()) {
+  if (!values.strOut.empty() || !values.strOrientations.empty()) {
     ZuStoreNetwork(made.network, result, &project);
-    project.Export(context.NewOutput(values.strOut).Stream());
   }
+  if (!values.strOut.empty()) project.Export(context.NewOutput(values.strOut).Stream());
+  if (!values.strOrientations.empty()) WriteOrientations(project, values.strOrientations, context);
   return made.warnings.empty() && result.setAside.empty() ? kGood : kNotAcceptable;
 }
 
@@ -151,6 +154,7 @@ Runner DefineAdjust(Options& options) {
                  "the project with adjusted orientations and cameras");
   options.Output("--points-out", "FILE", &pValues->strPoints,
                  "the points with standard deviations: id x y z dx dy dz");
+  options.Output("--orientations", "FILE", &pValues->strOrientations, kOrientationsHelp);
   options.Output("--report", "FILE", &pValues->strReport, "report, one HTML file");
   options.Option("--pictures", "FOLDER", &pValues->strPictures,
                  "the report shows residuals over the pictures of the photos, which lie there");

@@ -3,13 +3,12 @@
 #include <algorithm>
 #include <cmath>
 #include <memory>
-#include <sstream>
 
 #include "commands.h"
+#include "condition_file.h"
 #include "construct_input.h"
 #include "svg.h"
 #include "text_table.h"
-#include "zu/foundation/strict_number.h"
 #include "zu/transform/plane_conditions.h"
 
 namespace cli {
@@ -21,40 +20,21 @@ struct ConditionValues : ConstructValues {
 
 constexpr const char* kKinds[] = {"parallel", "right", "ratio"};
 
-// "right 1 2 1 4", or "ratio 1 2 1 4 1.5".
-ZuPlaneCondition ConditionOf(const std::string& strLine, const std::string& strPlace,
-                             const Construction& made, const PointRefs& points) {
-  std::istringstream line(strLine);
-  std::vector<std::string> words;
-  for (std::string strWord; line >> strWord;) words.push_back(strWord);
-  ZuLenghtRatioConstraint condition(0, 0, 0, 0);
-  const bool bRatio = words[0] == "ratio";
-  const auto* pKind = std::find(std::begin(kKinds), std::end(kKinds), words[0]);
-  if ((pKind == std::end(kKinds) && words[0] != "equal") || words.size() != (bRatio ? 6U : 5U) ||
-      (bRatio && !(ZuParseNumber(words[5], &condition.dRatio) && condition.dRatio > 0.0))) {
-    throw CommandError(kBadInput, strPlace +
-                                      ": no condition; parallel, right or equal A B C D, or ratio "
-                                      "A B C D R would be right");
-  }
-  if (words[0] != "equal") {
-    condition.kind = static_cast<ZuPlaneCondition::eKind>(pKind - std::begin(kKinds));
-  }
-  for (size_t k = 0; k < 4; ++k) {
-    const auto found = std::find(points.begin(), points.end(), &made.Find(words[k + 1]));
-    condition.auPoint[k] = static_cast<size_t>(found - points.begin());
-  }
-  return condition;
-}
-
 void AddConditions(const ConditionValues& values, const Construction& made, const PointRefs& points,
                    ZuPlaneConditions* pSolver) {
-  std::istringstream text(ReadWholeFile(values.strConditions));
-  int iLine = 0;
-  for (std::string strLine; std::getline(text, strLine);) {
-    ++iLine;
-    if (strLine.find_first_not_of(" \t\r") == std::string::npos || strLine[0] == '#') continue;
-    const std::string strPlace = NameInMessages(values.strConditions) + ":" + std::to_string(iLine);
-    pSolver->Add(ConditionOf(strLine, strPlace, made, points));
+  for (const ConditionOfFile& line : ReadConditions(values.strConditions)) {
+    if (!line.condition.IsOfLines()) {
+      throw CommandError(kBadInput, line.strPlace +
+                                        ": lengths and axes are for zu rectify; parallel, right or "
+                                        "equal A B C D, or ratio A B C D R would be right");
+    }
+    std::array<size_t, 4> numbers = {};
+    for (size_t k = 0; k < 4; ++k) {
+      const auto found =
+          std::find(points.begin(), points.end(), &made.Find(line.condition.points[k]));
+      numbers[k] = static_cast<size_t>(found - points.begin());
+    }
+    pSolver->Add(line.condition.Condition(numbers));
   }
 }
 

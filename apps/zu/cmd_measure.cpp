@@ -5,8 +5,10 @@
 
 #include "commands.h"
 #include "measure_accuracy.h"
+#include "measure_joined.h"
 #include "measure_report.h"
 #include "measure_run.h"
+#include "plane_option.h"
 #include "point_input.h"
 #include "project_input.h"
 #include "text_table.h"
@@ -22,6 +24,7 @@ struct Values {
   MeasurePlane plane;
   PointFormat check;
   AccuracyValues accuracy;
+  JoinValues join;
   bool bFlip = false, bLibrary = false, bPartial = false;
 };
 
@@ -125,9 +128,11 @@ void Print(const ZuPlaneMeasurement& result, const MeasureAccuracy& accuracy, co
   }
   table.Write(stream);
   const ZuPlane& plane = result.m_plane;
-  stream << "\nplane of " << result.m_iPlanePoints << " points: normal (" << Fixed(plane.A(), 9)
-         << ", " << Fixed(plane.B(), 9) << ", " << Fixed(plane.C(), 9) << "), D "
-         << Fixed(plane.D() + 0.0, 6) << ", longest deviation "
+  stream << (result.m_iPlanePoints > 0
+                 ? "\nplane of " + std::to_string(result.m_iPlanePoints) + " points"
+                 : std::string("\nplane as told"))
+         << ": normal (" << Fixed(plane.A(), 9) << ", " << Fixed(plane.B(), 9) << ", "
+         << Fixed(plane.C(), 9) << "), D " << Fixed(plane.D() + 0.0, 6) << ", longest deviation "
          << Fixed(result.m_dPlaneDeviation, 6) << '\n'
          << accuracy.Note() << '\n';
   accuracy.PrintChain(values.strUnit, stream);
@@ -158,16 +163,32 @@ ReportInput::File ReportFile(const char* szWhat, const InputFile& file) {
 ExitCode Run(const Values& values, bool bSigma, Context& context) {
   const InputFile projectFile(values.strProject, kProjectFile);
   const auto pProject = OpenProject(projectFile, values.bPartial);
-  const InputFile planeFile(values.plane.strPoints, "a coordinate file");
-  std::optional<InputFile> checkFile;
+  if (values.bFlip && values.join.strJoin == "rays") {
+    throw CommandError(kUsage,
+                       "--join rays takes the pixels as the project counts them: not with "
+                       "--flip");
+  }
+  ZuPlane told;
+  const bool bTold = FindToldPlane(values.plane.strPoints, *pProject, projectFile.Name(), &told);
+  std::optional<InputFile> planeFile, checkFile;
   ZuPointList planePoints, check;
-  ReadPoints(planeFile, values.plane.format, context, &planePoints);
+  if (!bTold) {
+    planeFile.emplace(values.plane.strPoints, "a coordinate file");
+    ReadPoints(*planeFile, values.plane.format, context, &planePoints);
+  }
   if (!values.strCheck.empty()) {
     checkFile.emplace(values.strCheck, "a coordinate file");
     ReadPoints(*checkFile, values.check, context, &check);
   }
   ZuPlaneMeasurement result;
-  const auto plane = FitPlane(values.plane, planePoints, &result);
+  std::optional<ZuPlaneFit> plane;
+  if (bTold) {
+    const double dLength = std::hypot(told.A(), told.B(), told.C());
+    for (double* pd : {&told.A(), &told.B(), &told.C(), &told.D()}) *pd /= dLength;
+    result.SetPlane(told);
+  } else {
+    plane = FitPlane(values.plane, planePoints, &result);
+  }
   MeasureProject(*pProject, check, values.bFlip, values.bLibrary, context.IsQuiet(), &result);
   const MeasureAccuracy accuracy(*pProject, result, plane, values.bFlip, values.accuracy);
 
@@ -176,13 +197,19 @@ ExitCode Run(const Values& values, bool bSigma, Context& context) {
   accuracy.Warn(result, context);
   Print(result, accuracy, values, context.Text());
   AddJson(result, accuracy, context);
+  const std::vector<JoinedPoint> joined = JoinPoints(values.join, result, *pProject, context);
+  if (context.IsJson()) context.Root()["joined"] = JoinedJson(joined);
+  if (!values.join.strJoined.empty()) {
+    WriteJoined(joined, context.NewOutput(values.join.strJoined).Stream());
+  }
   if (!values.strOut.empty()) {
     WriteObjectPoints(result, accuracy, bSigma || accuracy.IsTold(),
                       context.NewOutput(values.strOut).Stream());
   }
   if (!values.strReport.empty()) {
     ReportInput input;
-    input.files = {ReportFile("project", projectFile), ReportFile("plane", planeFile)};
+    input.files = {ReportFile("project", projectFile)};
+    if (planeFile) input.files.push_back(ReportFile("plane", *planeFile));
     if (checkFile) input.files.push_back(ReportFile("check points", *checkFile));
     input.strUnit = values.strUnit;
     input.pCheck = &check;
@@ -210,6 +237,7 @@ Runner DefineMeasure(Options& options) {
       "-o,--output", "FILE", &pValues->strOut,
       "object points: photo, id, x, y, z; with --sigma, or where the project tells of accuracy, "
       "sx, sy, sz behind");
+  AddJoinOptions(options, &pValues->join);
   options.Output("--report", "FILE", &pValues->strReport, "report, one HTML file");
   AddAccuracyOptions(options, &pValues->accuracy);
   return [pValues, options](Context& context) {

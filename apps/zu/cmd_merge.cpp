@@ -8,6 +8,7 @@
 
 #include "cmd_merge_adjust.h"
 #include "commands.h"
+#include "point_choice.h"
 #include "point_input.h"
 #include "save_trafo.h"
 #include "similarity_page.h"
@@ -39,6 +40,7 @@ struct Values {
   std::string strSearch;  // "": exhaustive for few common points, else random
   SimilarityValues adjust;
   SaveValues save;
+  PointChoice choice;
 
   bool IsLibrary() const { return strSearch == "library"; }
 };
@@ -367,6 +369,46 @@ void Save(const Values& values, const Lists& lists, const Groups& groups, const 
   SaveSimilarity(save, trafo, &lists.adjusted, values.format, context);
 }
 
+// Common points without part: those of --without leave both lists, check points that of B alone,
+// which are returned.
+ZuPointList TakeOut(const PointRoles& roles, Lists* pLists) {
+  ZuPointList checks, restA, restB;
+  const ZuSortHelper<ZuPoint> indexA(&pLists->listA), indexB(&pLists->listB);
+  for (const ZuPoint* p = pLists->listA.First(); p != nullptr; p = p->Next()) {
+    if (!roles.IsWithout(p->GetId()) || indexB.Find(p->GetId()) == nullptr) restA.Add(*p);
+  }
+  for (const ZuPoint* p = pLists->listB.First(); p != nullptr; p = p->Next()) {
+    const bool bCommon = indexA.Find(p->GetId()) != nullptr;
+    if (!bCommon || roles.TakesPart(p->GetId())) {
+      restB.Add(*p);
+    } else if (roles.IsCheck(p->GetId())) {
+      checks.Add(*p);
+    }
+  }
+  pLists->listA = restA;
+  pLists->listB = restB;
+  return checks;
+}
+
+// Of check points of B, carried over, against A.
+ExitCode TellChecks(const Values& values, const PointRoles& roles, const ZuPointList& listA,
+                    const ZuPointList& carried, Context& context) {
+  std::vector<Deviation> checks;
+  const ZuSortHelper<ZuPoint> indexA(&listA);
+  for (const ZuPoint* p = carried.First(); p != nullptr; p = p->Next()) {
+    const ZuPoint& a = *indexA.Find(p->GetId());
+    checks.push_back({&a, {p->m_dX - a.m_dX, p->m_dY - a.m_dY, p->m_dZ - a.m_dZ}});
+  }
+  roles.Write(checks, 3, context.Text());
+  roles.AddJson(checks, 3, &context.Root());
+  if (values.bRelative) return kGood;
+  PointChoice choice;
+  choice.dTolerance = values.dTolerance;
+  std::vector<std::pair<std::string, double>> lengths;
+  AddLengths(checks, &lengths);
+  return WithinTolerance(choice, lengths, context, kGood);
+}
+
 ExitCode Run(const Values& values, Context& context) {
   CheckUsage(values);
   Lists lists;
@@ -375,6 +417,8 @@ ExitCode Run(const Values& values, Context& context) {
   CheckAccuracies(NameInMessages(values.strA), lists.listA, values.format.strColumns);
   CheckAccuracies(NameInMessages(values.strB), lists.listB, values.format.strColumns);
   GiveCommonIds(NameInMessages(values.strB), context, &lists.listA, &lists.listB);
+  const PointRoles roles(values.choice, Files(values), {&lists.listA, &lists.listB});
+  ZuPointList checkPoints = TakeOut(roles, &lists);
   lists.iCommon = CountCommon(lists);
   ZuTrafo3d trafo;
   if (values.IsLibrary()) {
@@ -385,6 +429,8 @@ ExitCode Run(const Values& values, Context& context) {
   const Groups groups = GroupsOf(lists, lists.iCommon);
   CheckGeometry(values, lists, groups, trafo);
   Report(values, lists, groups, trafo, context);
+  trafo.InPlaceTransform(&checkPoints);
+  const ExitCode eChecks = TellChecks(values, roles, lists.listA, checkPoints, context);
 
   if (!values.adjust.strReport.empty()) WritePage(values, lists, context);
   if (!values.save.strFile.empty()) Save(values, lists, groups, trafo, context);
@@ -395,7 +441,7 @@ ExitCode Run(const Values& values, Context& context) {
   if (!values.strRejected.empty()) {
     WritePoints(&lists.rejected, values.format, &context.NewOutput(values.strRejected));
   }
-  return bRejected && (context.IsStrict() || values.adjust.bTest) ? kNotAcceptable : kGood;
+  return bRejected && (context.IsStrict() || values.adjust.bTest) ? kNotAcceptable : eChecks;
 }
 
 }  // namespace
@@ -430,6 +476,7 @@ Runner DefineMerge(Options& options) {
                  "up to 15 common points, else random ones");
   AddTestFlag(options, &pValues->adjust);
   AddAdjustOptions(options, &pValues->adjust);
+  AddPointChoice(options, &pValues->choice, false);
   AddPointOptions(options, &pValues->format);
   options.Output("-o,--output", "OUT", &pValues->strOutput,
                  "coordinate file of both lists in the system of A, without rejected points");

@@ -17,6 +17,7 @@
 #include "zu/foundation/strict_number.h"
 #include "zu/mesh/mesh_contours.h"
 #include "zu/mesh/mesh_file.h"
+#include "zu/points/name_line.h"
 
 namespace cli {
 namespace {
@@ -119,19 +120,22 @@ class MeshInput {
     return plane;
   }
 
-  // Lines of names between blanks or commas; what stands behind # is left out.
+  // A breakline a line (zu/points/name_line.h).
   std::vector<std::vector<size_t>> Breaklines() const {
     std::vector<std::vector<size_t>> lines;
     if (m_values.strBreaklines.empty()) return lines;
     const std::string strName = NameInMessages(m_values.strBreaklines);
     int iLine = 0;
-    for (std::string strLine : PartsOf(ReadWholeFile(m_values.strBreaklines), '\n')) {
+    for (const std::string& strLine : PartsOf(ReadWholeFile(m_values.strBreaklines), '\n')) {
       ++iLine;
-      strLine = strLine.substr(0, strLine.find('#'));
-      for (char& c : strLine) c = c == ',' || c == '\t' || c == '\r' ? ' ' : c;
       std::vector<size_t> line;
-      for (const std::string& strPoint : PartsOf(strLine, ' ')) {
-        if (strPoint.empty()) continue;
+      std::vector<std::string> names;
+      if (!ZuParseNameLine(strLine, &names)) {
+        throw CommandError(kBadInput,
+                           strName + ":" + std::to_string(iLine) +
+                               ": a quote is not closed; \"north corner\" would be right");
+      }
+      for (const std::string& strPoint : names) {
         line.push_back(0);
         if (!Find(strPoint, &line.back())) {
           throw CommandError(kBadInput, strName + ":" + std::to_string(iLine) + ": no point \"" +

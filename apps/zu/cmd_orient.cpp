@@ -7,6 +7,7 @@
 #include "cmd_adjust_input.h"
 #include "commands.h"
 #include "input_file.h"
+#include "orientation_records.h"
 #include "project_input.h"
 #include "text_table.h"
 
@@ -17,7 +18,8 @@ namespace {
 constexpr double kDegree = 0.017453292519943295;
 
 struct Values {
-  std::string strProject, strControl, strApprox, strOut, strSigma = "0.1px";
+  std::string strProject, strControl, strApprox, strOut, strFrom, strOrientations,
+      strSigma = "0.1px";
   bool bMissing = false, bPartial = false, bSigmaGiven = false;
 };
 
@@ -124,7 +126,8 @@ ExitCode Run(const Values& values, Context& context) {
   options.dSigma = input.dSigma;
   options.bSigmaInPixels = input.bSigmaInPixels;
   options.bSigmaGiven = values.bSigmaGiven;
-  options.bAll = !values.bMissing;
+  options.bAll = !values.bMissing && values.strFrom.empty();
+  if (!values.strFrom.empty()) ReadOrientations(values.strFrom, pProject.get(), context);
   const ZuProjectOrientation result =
       ZuOrientProject(pProject.get(), control, approximations, options);
   if (result.CountGood() == 0) FailWithout(result, file);
@@ -142,6 +145,9 @@ ExitCode Run(const Values& values, Context& context) {
   }
   Print(result, context.Text());
   if (!values.strOut.empty()) pProject->Export(context.NewOutput(values.strOut).Stream());
+  if (!values.strOrientations.empty()) {
+    WriteOrientations(*pProject, result, values.strOrientations, context);
+  }
   const bool bAll = result.CountGood() == static_cast<int>(result.photos.size());
   return bAll ? kGood : kNotAcceptable;
 }
@@ -202,6 +208,10 @@ Runner DefineOrient(Options& options) {
       "standard deviation of a measured coordinate, 0.1px or 0.0005mm; without it, it is "
       "estimated photo by photo");
   options.Flag("--missing", &pValues->bMissing, "keep the photos that are oriented already");
+  options.Option("--from", "FILE", &pValues->strFrom,
+                 "orientations as --orientations writes them; they are kept, as all that the "
+                 "project has");
+  options.Output("--orientations", "FILE", &pValues->strOrientations, kOrientationsHelp);
   AddPartialOption(options, &pValues->bPartial);
   options.Output("-o,--output", "PROJECT2", &pValues->strOut, "the project with orientations");
   return [pValues, options](Context& context) {

@@ -116,14 +116,16 @@ Json RegionJson(const ZuRegion& region) {
   return {region.Left(), region.Bottom(), region.Right(), region.Top()};
 }
 
-Json PhotoJson(const ZuPhoto& photo, int iMeasured, const InfoValues& values) {
+// strLacks: what the orientation lacks; empty for an oriented photo.
+Json PhotoJson(const ZuPhoto& photo, int iMeasured, const std::string& strLacks,
+               const InfoValues& values) {
   Json json;
   json["id"] = photo.GetId();
   json["name"] = photo.GetName().chars();
   json["comment"] = photo.GetComment().chars();
   json["digital"] = photo.IsDigital();
   json["state"] = photo.GetActiveFlag();
-  json["oriented"] = photo.HasAOR();
+  json["oriented"] = strLacks.empty();
   json["camera"] = photo.GetCamera().GetId();
   json["reseau"] = photo.GetReseauData().GetName().chars();
   json["digital_region"] = RegionJson(photo.GetDigiRegion());
@@ -134,7 +136,7 @@ Json PhotoJson(const ZuPhoto& photo, int iMeasured, const InfoValues& values) {
   json["position"] = {X0[1], X0[2], X0[3]};
   const Angles angles = AnglesOf(photo);
   json["angles"] = {{"x", angles.a}, {"y", angles.b}, {"z", angles.c}};
-  if (photo.HasAOR() && values.IsAsked()) json["rotation"] = RotationOf(photo, values).Json();
+  if (strLacks.empty() && values.IsAsked()) json["rotation"] = RotationOf(photo, values).Json();
   json["measured"] = iMeasured;
   json["rectifications"] = Json::array();
   for (const ZuZuspTrafo* p = photo.FirstZuspTrafo(); p != nullptr; p = p->Next()) {
@@ -144,15 +146,15 @@ Json PhotoJson(const ZuPhoto& photo, int iMeasured, const InfoValues& values) {
   return json;
 }
 
-void PrintPhoto(const ZuPhoto& photo, int iMeasured, const InfoValues& values,
-                std::ostream& stream) {
+void PrintPhoto(const ZuPhoto& photo, int iMeasured, const std::string& strLacks,
+                const InfoValues& values, std::ostream& stream) {
   stream << "Photo " << ZuPhotoGuiString(&photo, false).chars();
   if (!photo.GetComment().empty()) stream << " (" << photo.GetComment().chars() << ")";
   stream << "\n  " << (photo.IsDigital() ? "digital" : "analog") << ", "
          << (photo.IsActive()   ? "active"
              : photo.IsExtern() ? "external"
                                 : "inactive")
-         << ", " << (photo.HasAOR() ? "oriented" : "not oriented") << ", camera "
+         << ", " << (strLacks.empty() ? "oriented" : "not oriented") << ", camera "
          << photo.GetCamera().GetId() << " \"" << photo.GetCamera().GetName().chars()
          << "\", reseau \"" << photo.GetReseauData().GetName().chars() << "\" "
          << photo.GetReseauData().GetId() << '\n';
@@ -167,7 +169,9 @@ void PrintPhoto(const ZuPhoto& photo, int iMeasured, const InfoValues& values,
     const Angles angles = AnglesOf(photo);
     stream << "  position " << Fixed(X0[1], 4) << ' ' << Fixed(X0[2], 4) << ' ' << Fixed(X0[3], 4)
            << '\n';
-    if (values.IsAsked()) {
+    if (!strLacks.empty()) {
+      stream << "  it " << strLacks << '\n';
+    } else if (values.IsAsked()) {
       stream << RotationOf(photo, values).Text();
     } else {
       stream << "  angles, R = Ry(b) Rx(a) Rz(c): about X a " << Angle(angles.a)
@@ -189,8 +193,9 @@ ExitCode RunInfo(const InfoValues& values, Context& context) {
   for (ZuPhoto* p = project.PhotoList().First(); p != nullptr; p = p->Next()) {
     if (photos.count(p->GetId()) == 0) continue;
     const int iMeasured = project.Measurements(p->GetId()).Count();
-    PrintPhoto(*p, iMeasured, values, context.Text());
-    json["photos"].push_back(PhotoJson(*p, iMeasured, values));
+    const std::string strLacks = project.Lacks(*p, eZuNeedOrientation);
+    PrintPhoto(*p, iMeasured, strLacks, values, context.Text());
+    json["photos"].push_back(PhotoJson(*p, iMeasured, strLacks, values));
   }
   json["orthophotos"] = Json::array();
   for (ZuOrthoPhoto* p = project.OrthoPhotoList().First(); p != nullptr; p = p->Next()) {

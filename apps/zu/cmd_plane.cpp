@@ -6,10 +6,12 @@
 #include <utility>
 
 #include "commands.h"
+#include "plane_cloud.h"
 #include "plane_orthogonal.h"
 #include "plane_values.h"
 #include "point_input.h"
 #include "text_table.h"
+#include "trafo_check.h"
 #include "trafo_report.h"
 #include "zu/foundation/logfile.h"
 #include "zu/rectify/calc_plane.h"
@@ -141,7 +143,40 @@ void WriteLog(const std::string& strLog, ZuCalcPlane& calc, Context& context) {
   if (!log) file.setstate(std::ios::badbit);
 }
 
-ExitCode RunAxis(const Values& values, ZuPointList* pPoints, Context& context) {
+// The points without part, out of the list; the check points are returned.
+ZuPointList TakeOut(const PointRoles& roles, ZuPointList* pPoints) {
+  ZuPointList checks, rest;
+  for (const ZuPoint* p = pPoints->First(); p != nullptr; p = p->Next()) {
+    if (roles.TakesPart(p->GetId())) rest.Add(*p);
+    if (roles.IsCheck(p->GetId())) checks.Add(*p);
+  }
+  *pPoints = rest;
+  return checks;
+}
+
+using Lengths = std::vector<std::pair<std::string, double>>;
+
+// Check points against the plane, and what stands out where nothing was tested.
+ExitCode TellChoice(const Values& values, const PointRoles& roles, const ZuPlane& plane,
+                    const ZuPointList& points, const ZuPointList& checkPoints, Lengths lengths,
+                    Context& context, ExitCode eCode) {
+  std::vector<Deviation> checks;
+  for (const ZuPoint* p = checkPoints.First(); p != nullptr; p = p->Next()) {
+    checks.push_back({p, {plane.Dist(*p), 0.0, 0.0}});
+  }
+  roles.Write(checks, 1, context.Text());
+  roles.AddJson(checks, 1, &context.Root());
+  if (values.bAxis || values.bAll) {
+    std::vector<Residual> residuals;
+    for (const auto& length : lengths) residuals.push_back({length.first, length.second, 0.0, 0.0});
+    WarnOfWrongPoint(residuals, points, context);
+  }
+  AddLengths(checks, &lengths);
+  return WithinTolerance(values.choice, lengths, context, eCode);
+}
+
+ExitCode RunAxis(const Values& values, ZuPointList* pPoints, const PointRoles& roles,
+                 const ZuPointList& checkPoints, Context& context) {
   ZuCalcPlane calc;
   Fit(values, pPoints, &calc);
   if (context.IsJson()) {
@@ -154,31 +189,42 @@ ExitCode RunAxis(const Values& values, ZuPointList* pPoints, Context& context) {
   if (!values.strOutput.empty()) {
     WritePoints(calc.GetPointsInZuPlane(), values.format, &context.NewOutput(values.strOutput));
   }
-  return kGood;
+  Lengths lengths;
+  for (const ZuPoint* p = calc.GetPointsInZuPlane()->First(); p != nullptr; p = p->Next()) {
+    lengths.emplace_back(PointLabel(*p), std::fabs(p->m_dRedu1));
+  }
+  return TellChoice(values, roles, calc.GetPlane(), *pPoints, checkPoints, lengths, context, kGood);
 }
 
 ExitCode Run(const Values& values, Context& context) {
+  if (IsPlaneCloud(values)) return RunPlaneCloud(values, context);
   ZuPointList points;
   ReadPointsOrRows(values.strPoints, values.format, context, &points);
-  if (values.bAxis) return RunAxis(values, &points, context);
+  const PointRoles roles(values.choice, NameInMessages(values.strPoints), {&points});
+  ZuPointList checkPoints;
+  if (values.choice.IsAsked()) checkPoints = TakeOut(roles, &points);
+  if (values.bAxis) return RunAxis(values, &points, roles, checkPoints, context);
   CheckAccuracies(NameInMessages(values.strPoints), points, values.format.strColumns);
   OrthogonalPlane plane(values, points);
   const ExitCode eCode = plane.Report(context);
   if (!values.strLog.empty()) WriteLog(values.strLog, plane.Log(), context);
-  return eCode;
+  return TellChoice(values, roles, plane.Plane(), points, checkPoints, plane.Distances(), context,
+                    eCode);
 }
 
 }  // namespace
 
 Runner DefinePlane(Options& options) {
   auto pValues = std::make_shared<Values>();
-  options.Positional("POINTS", &pValues->strPoints, "coordinate file");
+  options.Positional("POINTS", &pValues->strPoints,
+                     "coordinate file, or a cloud (.zpc, .ply, .pts, .xyz)");
   options.Flag("--axis", &pValues->bAxis,
                "residuals along the axis closest to the normal, as the library's fit has them");
   options.Flag("--force", &pValues->bForce, "with --axis: take points that are close to a line");
   options.Flag("--all", &pValues->bAll, "set no point aside");
   options.AlsoStrict("end with exit code 1 where points were set aside");
   AddAdjustOptions(options, &pValues->adjust);
+  AddPointChoice(options, &pValues->choice);
   options.Output("--log", "FILE", &pValues->strLog, "append the log of the fit to this file");
   AddPointOptions(options, &pValues->format);
   options.Output("-o,--output", "FEET", &pValues->strOutput,

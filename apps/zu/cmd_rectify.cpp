@@ -135,8 +135,9 @@ void CheckPoints(Values* pValues) {
   const std::set<unsigned> photos = ParseIds(pValues->strPhotos, "--photo");
   if (photos.size() != 1) throw CommandError(kUsage, "--photo: one photo is needed for points");
   pValues->uPhoto = *photos.begin();
-  for (const std::string* p : {&pValues->strPlane, &pValues->strControl, &pValues->strRegion,
-                               &pValues->strPictures, &pValues->strProjectOut}) {
+  for (const std::string* p :
+       {&pValues->strPlane, &pValues->strControl, &pValues->strRegion, &pValues->strPictures,
+        &pValues->strProjectOut, &pValues->strConditions}) {
     if (!p->empty()) throw CommandError(kUsage, *p + " belongs to --image, which is missing");
   }
 }

@@ -8,8 +8,10 @@
 
 #include "adjust_options.h"
 #include "id_list.h"
+#include "plane_option.h"
 #include "project_files.h"
 #include "project_input.h"
+#include "rectify_conditions.h"
 #include "rectify_control.h"
 #include "svg.h"
 #include "text_table.h"
@@ -67,7 +69,7 @@ class RectifyImage {
     if (m_values.sheet.IsAsked()) WriteSheet();
     if (!m_values.strProjectOut.empty()) WriteOrthoPhoto();
     Report();
-    return m_bControl && m_control.fit.iSetAside > 0 ? kNotAcceptable : kGood;
+    return m_bControl ? m_control.eCode : kGood;
   }
 
  private:
@@ -76,10 +78,17 @@ class RectifyImage {
   }
 
   void CheckCall() const {
+    const bool bZusp = m_values.uZusp != 0, bConditions = !m_values.strConditions.empty();
     const int iWays =
-        !m_values.strPlane.empty() + !m_values.strControl.empty() + (m_values.uZusp != 0 ? 1 : 0);
+        !m_values.strPlane.empty() + !m_values.strControl.empty() + (bZusp || bConditions ? 1 : 0);
     if (iWays != 1) {
-      throw CommandError(kUsage, "--image needs one of --plane, --zusp and --control");
+      throw CommandError(kUsage,
+                         "--image needs one of --plane, --zusp, --control and --conditions; of "
+                         "these --zusp and --conditions go together");
+    }
+    if (bConditions && m_values.bLines) {
+      throw CommandError(kUsage,
+                         "--conditions and --lines are two ways to the same: leave one out");
     }
     if (m_values.strOut.empty()) throw CommandError(kUsage, "--image needs -o FILE");
     if (!(m_values.dPixel > 0.0)) {
@@ -116,19 +125,9 @@ class RectifyImage {
     }
   }
 
-  // A plane of the project by id or name, or the one through the points of a file.
+  // A plane that is told, or the one through the points of a file.
   void FindPlane() {
-    unsigned uId = 0;
-    const bool bId = ZuParseId(m_values.strPlane, &uId);
-    for (const ZuPlane* p = m_project.PlaneList().First(); p != nullptr; p = p->Next()) {
-      if (!(bId && p->GetId() == uId) && m_values.strPlane != p->GetName().chars()) continue;
-      if (p->IsValid() == 0) Fail("plane " + m_values.strPlane + " has no normal");
-      m_plane = *p;
-      return;
-    }
-    if (bId && !std::filesystem::exists(m_values.strPlane)) {
-      Fail("no plane " + m_values.strPlane + ", and no coordinate file of that name", kBadInput);
-    }
+    if (FindToldPlane(m_values.strPlane, m_project, m_strName, &m_plane)) return;
     ReadPoints(m_values.strPlane, m_values.format, m_context, &m_points);
     ZuFitOptions options;
     options.tests.bSnoop = false;
@@ -180,7 +179,9 @@ class RectifyImage {
       throw CommandError(kUsage, "several photos are joined with --plane alone");
     }
     const ZuPhoto& photo = *m_photos[0];
-    if (m_values.uZusp != 0) {
+    if (!m_values.strConditions.empty()) {
+      FitConditions(photo);
+    } else if (m_values.uZusp != 0) {
       TakeStored(photo);
     } else {
       FitControl(photo);
@@ -188,11 +189,11 @@ class RectifyImage {
     m_raster.m_toObject = m_trafo.GetTransMat();
     const double* M = m_raster.m_toObject.GetData();
     constexpr double adLevel[] = {1, 0, 0, 1};
-    m_bMap = !m_bLines && M[0] == adLevel[0] && M[1] == adLevel[1] && M[4] == adLevel[2] &&
-             M[5] == adLevel[3];
+    m_bMap = !m_bLines && !m_bConditions && M[0] == adLevel[0] && M[1] == adLevel[1] &&
+             M[4] == adLevel[2] && M[5] == adLevel[3];
   }
 
-  void TakeStored(const ZuPhoto& photo) {
+  void FindStored(const ZuPhoto& photo) {
     const ZuZuspTrafo* p = photo.FindZuspTrafo(m_values.uZusp);
     if (p == nullptr) {
       Fail("photo " + std::to_string(photo.GetId()) + " has no rectification " +
@@ -200,6 +201,10 @@ class RectifyImage {
            kBadInput);
     }
     m_trafo = *p;
+  }
+
+  void TakeStored(const ZuPhoto& photo) {
+    FindStored(photo);
     const std::string strLacks = m_project.LacksRectification(photo.GetId(), m_values.uZusp);
     if (!strLacks.empty()) Fail("rectification " + std::to_string(m_values.uZusp) + " " + strLacks);
     const bool bEmpty = IsIdentity(m_trafo.GetZuspMat());
@@ -227,6 +232,23 @@ class RectifyImage {
     m_bLines = true;
   }
 
+  // From a file of conditions between the points of the record, or between those measured.
+  void FitConditions(const ZuPhoto& photo) {
+    if (m_values.uZusp != 0) {
+      FindStored(photo);
+    } else {
+      DefineByMeasured(photo, Measured(photo), &m_trafo);
+    }
+    m_conditions = FitConditionsOf(
+        m_values.strConditions, m_strName + ", photo " + std::to_string(photo.GetId()), &m_trafo);
+    m_bConditions = true;
+    for (const RectifyConditions::Point& p : m_conditions.points) {
+      m_labels.push_back({p.uId, p.x, p.y});
+      Grow(p.x, p.y);
+    }
+    if (m_trafo.HasRegion()) ZuZuspFootprint(photo, m_trafo, &m_region);
+  }
+
   // A record that has its points and no matrices yet.
   void ComputeStored() {
     ZuCalcZusp calc;
@@ -239,20 +261,29 @@ class RectifyImage {
     m_context.Root()["sigma0"] = calc.GetSigma0();
   }
 
-  void FitControl(const ZuPhoto& photo) {
+  // Pixels as the photo's transformations take them.
+  ZuPointList Measured(const ZuPhoto& photo) const {
     const ZuPointList* pMeasured = m_project.FindMeasurements(photo.GetId());
     ZuPointList measured;
     if (pMeasured != nullptr) measured = *pMeasured;
     for (ZuPoint* p = measured.First(); p != nullptr; p = p->Next()) {
       if (m_values.bFlip) p->m_dY = ZuTurnPixelY(photo, p->m_dY);
     }
+    return measured;
+  }
+
+  void FitControl(const ZuPhoto& photo) {
+    const ZuPointList measured = Measured(photo);
     ReadPoints(m_values.strControl, m_values.format, m_context, &m_points);
     ZuTrafo2dOptions options;
     options.dSigma = m_values.adjust.dSigma;
     options.tests = TestsOf(m_values.adjust, m_values.adjust.bTest);
+    const PointRoles roles(m_values.choice, NameInMessages(m_values.strControl), {&m_points});
+    const ZuPointList checks = roles.TakeOut(measured, &m_points);
     m_control = FitRectification(photo, measured, m_points, m_values.format.strColumns, options,
                                  m_strName + ", photo " + std::to_string(photo.GetId()), &m_trafo);
     m_bControl = true;
+    CheckControl(photo, measured, checks, m_values.choice, roles, m_trafo, &m_control, m_context);
     for (const ZuTrafo2dPair& pair : m_control.pairs) {
       m_labels.push_back({pair.uId, pair.adTarget[0], pair.adTarget[1]});
       Grow(pair.adTarget[0], pair.adTarget[1]);
@@ -423,6 +454,10 @@ class RectifyImage {
       WriteControl(m_control, m_context.Text());
     }
     if (m_bLines) ReportLines();
+    if (m_bConditions) {
+      root["conditions"] = ConditionsJson(m_conditions);
+      WriteConditions(m_conditions, m_context.Text());
+    }
     m_context.Text() << m_values.strOut << ": " << m_raster.m_iWidth << " x " << m_raster.m_iHeight
                      << " pixels of " << Shortest(m_raster.m_dPixel) << ", region " << RegionText()
                      << (m_bMap ? ", a map" : "") << "\n\n";
@@ -503,7 +538,8 @@ class RectifyImage {
   ZuZuspTrafo m_trafo;
   RectifyControl m_control;
   ZuZuspLineFit m_lines;
-  bool m_bControl = false, m_bLines = false, m_bMap = false;
+  RectifyConditions m_conditions;
+  bool m_bControl = false, m_bLines = false, m_bConditions = false, m_bMap = false;
   ZuRegion m_region;
   ZuPlaneRaster m_raster;
   std::vector<Source> m_sources;
@@ -515,14 +551,18 @@ class RectifyImage {
 void AddRectifyImageOptions(Options& options, RectifyImageValues* pValues) {
   options.Option(
       "--plane", "PLANE", &pValues->strPlane,
-      "--image: id or name of a plane of the project, or coordinate file of points that a "
-      "plane is fitted to");
+      "--image: plane of the project by id or name; A,B,C,D; three points of the project, as "
+      "1,2,P7; or coordinate file of points that a plane is fitted to");
   options.Option("--control", "POINTS", &pValues->strControl,
                  "--image: coordinate file of points in the plane, measured in the photo");
   options.Flag("--lines", &pValues->bLines,
                "--image: compute --zusp from the lines and constraints of its PARALLELDEF");
   options.Flag("--estimate-c", &pValues->bEstimateC,
                "--image: find the camera constant from these lines, too");
+  options.Option("--conditions", "FILE", &pValues->strConditions,
+                 "--image: what is known of lines between measured points, one a line: parallel, "
+                 "right or equal A B C D, ratio A B C D R, length A B L, xaxis A B; with --zusp "
+                 "between its points, beside its constraints");
   options.Option("--pixel", "S", &pValues->dPixel, "--image: size of a pixel in object units");
   options.Above(0.0);
   options.Option("--region", "X1,Y1,X2,Y2", &pValues->strRegion,
@@ -535,6 +575,7 @@ void AddRectifyImageOptions(Options& options, RectifyImageValues* pValues) {
   options.AtMost(65534);
   options.Flag("--flip", &pValues->bFlip,
                "--image: y of the pixels counts the other way than the transformations take it");
+  AddPointChoice(options, &pValues->choice);
   AddTestFlag(options, &pValues->adjust);
   options.Option("--sigma", "S", &pValues->adjust.dSigma, kSigmaOfControl);
   options.AtLeast(0.0);

@@ -7,6 +7,7 @@
 #include "adjust_options.h"
 #include "commands.h"
 #include "picture_files.h"
+#include "point_choice.h"
 #include "point_input.h"
 #include "rectify_sheet.h"
 
@@ -15,7 +16,7 @@ namespace cli {
 struct RectifyImageValues {
   std::string strProject, strPhotos, strOut;  // as zu rectify declares them
   unsigned uZusp = 0;                         // 0: none
-  std::string strPlane, strControl, strRegion, strPictures, strProjectOut;
+  std::string strPlane, strControl, strRegion, strPictures, strProjectOut, strConditions;
   double dPixel = 0.0;
   unsigned uEpsg = 0;
   bool bFlip = false, bLines = false, bEstimateC = false;
@@ -23,6 +24,7 @@ struct RectifyImageValues {
   PictureOptions picture;
   SheetOptions sheet;
   PointFormat format;
+  PointChoice choice;
 };
 
 // Declares what --image has beside zu rectify.

@@ -6,6 +6,7 @@
 
 #include "adjust_options.h"
 #include "commands.h"
+#include "point_choice.h"
 #include "point_input.h"
 #include "save_trafo.h"
 #include "svg.h"
@@ -25,6 +26,7 @@ struct Values {
   PointFormat format;
   AdjustValues adjust;
   SaveValues save;
+  PointChoice choice;
 };
 
 struct Kind {
@@ -426,6 +428,16 @@ void Save(const Values& values, const Result& result, Context& context) {
   SaveTransformation(save, std::move(t), values.format, context);
 }
 
+std::vector<Deviation> ChecksOf(const Values& values, const ZuPointList& checks,
+                                const ZuPointList& source, const ZuTrafo2dFit& fit) {
+  std::vector<Deviation> deviations;
+  for (const ZuPoint* p = checks.First(); p != nullptr; p = p->Next()) {
+    const Carried q(*source.TZuListHeader<ZuPoint>::Find(p->GetId()), values, fit);
+    deviations.push_back({p, {q.x - p->m_dX, q.y - p->m_dY, 0.0}});
+  }
+  return deviations;
+}
+
 ExitCode Run(const Values& values, Context& context) {
   Lists lists;
   ReadPoints(values.strSource, values.format, context, &lists.source);
@@ -433,12 +445,25 @@ ExitCode Run(const Values& values, Context& context) {
   CheckAccuracies(NameInMessages(values.strSource), lists.source, values.format.strColumns);
   CheckAccuracies(NameInMessages(values.strControl), lists.control, values.format.strColumns);
   GiveCommonIds(NameInMessages(values.strControl), context, &lists.source, &lists.control);
+  const PointRoles roles(values.choice, Files(values), {&lists.source, &lists.control});
+  const ZuPointList checkPoints = roles.TakeOut(lists.source, &lists.control);
   FindCommon(&lists);
   const Kind& kind = KindFor(values, &lists);
   const ZuTrafo2dFit fit = Estimate(values, kind, lists);
   const Result result(kind, lists, fit);
   WriteText(values, result, context.Text());
   FillJson(values, result, &context.Root());
+  if (fit.iSetAside == 0 && kind.kind != ZuTrafo2dKind::Polynomial) {
+    std::vector<Residual> residuals;
+    for (const Row& row : result.rows) {
+      const double* const pd = row.pTest->adResidual;
+      residuals.push_back({PointLabel(*row.pSource), -pd[0], -pd[1], 0.0});
+    }
+    WarnOfWrongPoint(residuals, lists.commonControl, context);
+  }
+  const std::vector<Deviation> checks = ChecksOf(values, checkPoints, lists.source, fit);
+  roles.Write(checks, 2, context.Text());
+  roles.AddJson(checks, 2, &context.Root());
   if (!values.strOutput.empty()) {
     ZuPointList out(lists.source);
     for (ZuPoint* p = out.First(); p != nullptr; p = p->Next()) {
@@ -454,7 +479,13 @@ ExitCode Run(const Values& values, Context& context) {
   if (!values.adjust.strReport.empty()) {
     context.NewOutput(values.adjust.strReport).Stream() << Page(values, result);
   }
-  return fit.iSetAside > 0 ? kNotAcceptable : kGood;
+  std::vector<std::pair<std::string, double>> lengths;
+  for (const Row& row : result.rows) {
+    if (row.pTest->bUsed) lengths.emplace_back(PointLabel(*row.pSource), row.Length());
+  }
+  AddLengths(checks, &lengths);
+  return WithinTolerance(values.choice, lengths, context,
+                         fit.iSetAside > 0 ? kNotAcceptable : kGood);
 }
 
 }  // namespace
@@ -469,6 +500,7 @@ Runner DefineTrafo2d(Options& options) {
   options.Required();
   AddTestFlag(options, &pValues->adjust);
   AddAdjustOptions(options, &pValues->adjust, kSigmaOfControl);
+  AddPointChoice(options, &pValues->choice);
   AddPointOptions(options, &pValues->format);
   AddControlColumns(options, &pValues->format);
   options.Output("-o,--output", "OUT", &pValues->strOutput,

@@ -2,11 +2,13 @@
 // the ids that both lists hold.
 #include <cmath>
 #include <memory>
+#include <set>
 #include <utility>
 
 #include "adjust_options.h"
 #include "commands.h"
 #include "geo_run.h"
+#include "point_choice.h"
 #include "point_columns.h"
 #include "point_input.h"
 #include "save_trafo.h"
@@ -30,6 +32,7 @@ struct Values {
   PointFormat format;
   SimilarityValues adjust;
   SaveValues save;
+  PointChoice choice;
   bool bUnitScale = false;
   int iMinPoints = 3;
 };
@@ -139,6 +142,17 @@ void AddPoints(const ZuPointList& out, int iSourcePoints, const ZuSortHelper<ZuP
   (*pRoot)["only_control"] = JsonLabels(onlyControl);
 }
 
+// What the transformation leaves to the check points, which stand in `out` carried over.
+std::vector<Deviation> ChecksOf(const ZuPointList& checks, const ZuPointList& out) {
+  std::vector<Deviation> deviations;
+  const ZuSortHelper<ZuPoint> carried(&out);
+  for (const ZuPoint* p = checks.First(); p != nullptr; p = p->Next()) {
+    const ZuPoint& q = *carried.Find(p->GetId());
+    deviations.push_back({p, {q.m_dX - p->m_dX, q.m_dY - p->m_dY, q.m_dZ - p->m_dZ}});
+  }
+  return deviations;
+}
+
 ExitCode Run(const Values& values, Context& context) {
   const bool bGeo = !values.geo.strFrom.empty() || !values.geo.strTo.empty();
   if (bGeo == !values.strControl.empty()) {
@@ -159,6 +173,8 @@ ExitCode Run(const Values& values, Context& context) {
   CheckAccuracies(NameInMessages(values.strSource), lists.source, values.format.strColumns);
   CheckAccuracies(NameInMessages(values.strControl), lists.control, values.format.strColumns);
   GiveCommonIds(NameInMessages(values.strControl), context, &lists.source, &lists.control);
+  const PointRoles roles(values.choice, Files(values), {&lists.source, &lists.control});
+  const ZuPointList checkPoints = roles.TakeOut(lists.source, &lists.control);
   const ZuSortHelper<ZuPoint> control(&lists.control);
   FindCommon(control, &lists);
 
@@ -184,7 +200,12 @@ ExitCode Run(const Values& values, Context& context) {
                  << " only in " << NameInMessages(values.strControl)
                  << "\nresiduals: control minus transformed source\n\n";
   WriteResiduals(residuals, context.Text());
-  if (result.setAside.empty()) WarnOfWrongPoint(residuals, lists.commonControl, context);
+  if (result.setAside.empty()) {
+    WarnOfWrongPoint(residuals, lists.commonControl, context,
+                     "; zu merge finds common points that are wrong");
+  }
+  const std::vector<Deviation> checks = ChecksOf(checkPoints, out);
+  roles.Write(checks, 3, context.Text());
   context.Text() << '\n';
   WriteParameters(trafo, context.Text());
   const ZuSortHelper<ZuPoint> names(&lists.commonSource);
@@ -199,6 +220,7 @@ ExitCode Run(const Values& values, Context& context) {
   root["unit_scale"] = values.bUnitScale;
   root["rms"] = ToJson(RmsOf(residuals));
   AddSimilarity(result, names, &root);
+  roles.AddJson(checks, 3, &root);
   if (context.IsJson()) AddPoints(out, iSourcePoints, control, residuals, result, &root);
 
   if (!values.save.strFile.empty()) {
@@ -228,7 +250,15 @@ ExitCode Run(const Values& values, Context& context) {
   if (!values.strOutput.empty()) {
     WritePoints(&out, values.format, &context.NewOutput(values.strOutput));
   }
-  return result.setAside.empty() ? kGood : kNotAcceptable;
+  std::set<std::string> aside;
+  for (const ZuSetAside& point : result.setAside) aside.insert(LabelOf(point.uId, out));
+  std::vector<std::pair<std::string, double>> lengths;
+  for (const Residual& r : residuals) {
+    if (aside.count(r.strLabel) == 0) lengths.emplace_back(r.strLabel, r.Length());
+  }
+  AddLengths(checks, &lengths);
+  return WithinTolerance(values.choice, lengths, context,
+                         result.setAside.empty() ? kGood : kNotAcceptable);
 }
 
 }  // namespace
@@ -244,6 +274,7 @@ Runner DefineTransform(Options& options) {
   AddAdjustOptions(options, &pValues->adjust, kSigmaOfControl);
   options.Option("--min-points", "N", &pValues->iMinPoints, "common points needed");
   options.AtLeast(3);
+  AddPointChoice(options, &pValues->choice);
   AddPointOptions(options, &pValues->format);
   AddControlColumns(options, &pValues->format);
   options.Output("-o,--output", "OUT", &pValues->strOutput,

@@ -23,6 +23,35 @@ OutputFile& Context::NewOutput(const std::string& strPath) {
   return *m_outputs.back();
 }
 
+std::string Context::CommandWith(const std::string& strOption, const std::string& strValue) const {
+  std::vector<std::string> words = m_arguments;
+  bool bThere = false;
+  for (size_t i = 0; i < words.size() && !bThere; ++i) {
+    bThere = words[i] == strOption && i + 1 < words.size();
+    if (bThere) words[i + 1] += "," + strValue;
+    if (words[i].rfind(strOption + "=", 0) == 0) {
+      bThere = true;
+      words[i] += "," + strValue;
+    }
+  }
+  if (!bThere) words.insert(words.end(), {strOption, strValue});
+  std::string strLine = m_strCommand;
+  for (const std::string& strWord : words) {
+    const bool bPlain = !strWord.empty() && strWord.find_first_not_of(
+                                                "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwx"
+                                                "yz0123456789_-./,:=+@%") == std::string::npos;
+    strLine += ' ';
+    if (bPlain) {
+      strLine += strWord;
+      continue;
+    }
+    strLine += '\'';
+    for (const char c : strWord) strLine += c == '\'' ? std::string("'\\''") : std::string(1, c);
+    strLine += '\'';
+  }
+  return strLine;
+}
+
 void Context::Warn(const std::string& strText) const {
   if (!IsQuiet()) return WarnAlways(strText);
   m_warnings.push_back(strText);

@@ -32,6 +32,9 @@ class Context {
   const std::string& Command() const { return m_strCommand; }
   const std::vector<std::string>& Arguments() const { return m_arguments; }
   void SetArguments(std::vector<std::string> arguments) { m_arguments = std::move(arguments); }
+  // The command line to type next: the same with a further value of a list option, quoted for a
+  // shell.
+  std::string CommandWith(const std::string& strOption, const std::string& strValue) const;
 
   bool IsJson() const { return m_switches.bJson; }
   bool IsQuiet() const { return m_switches.bQuiet; }

@@ -209,8 +209,10 @@ std::string PlaneText(const ZuPlaneMeasurement& result, const std::string& strUn
   const ZuPlane& plane = result.m_plane;
   const std::string strFirst = Term(plane.A(), 9, " X");
   const std::string strText =
-      "Best-fit plane of " + Counted(static_cast<size_t>(result.m_iPlanePoints), "point") + ":" +
-      (strFirst[1] == '+' ? strFirst.substr(2) : strFirst) + Term(plane.B(), 9, " Y") +
+      (result.m_iPlanePoints > 0
+           ? "Best-fit plane of " + Counted(static_cast<size_t>(result.m_iPlanePoints), "point")
+           : std::string("Plane as told")) +
+      ":" + (strFirst[1] == '+' ? strFirst.substr(2) : strFirst) + Term(plane.B(), 9, " Y") +
       Term(plane.C(), 9, " Z") + Term(plane.D(), 6, "") + " = 0 [" + strUnit +
       "]; longest distance of a point from it " + Fixed(result.m_dPlaneDeviation, 6) + " " +
       strUnit + ".";

@@ -4,6 +4,7 @@
 
 #include "adjust_options.h"
 #include "exit_code.h"
+#include "plane_option.h"
 #include "point_input.h"
 #include "progress_line.h"
 #include "text_table.h"
@@ -72,8 +73,7 @@ void WarnOf(const ZuPlaneMeasurement& result, const Context& context) {
 }
 
 void AddPlaneOptions(Options& options, MeasurePlane* pPlane) {
-  options.Option("--plane", "POINTS", &pPlane->strPoints,
-                 "coordinate file of the points that the plane is fitted to");
+  options.Option("--plane", "PLANE", &pPlane->strPoints, kPlaneHelp);
   options.Required();
   options.Option("--plane-columns", "COLUMNS", &pPlane->format.strToldColumns,
                  "columns of the file of --plane; dx, dy, dz bring standard deviations");

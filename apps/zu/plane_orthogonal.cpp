@@ -6,6 +6,7 @@
 #include "adjust_report.h"
 #include "svg.h"
 #include "text_table.h"
+#include "trafo_report.h"
 
 namespace cli {
 namespace {
@@ -19,10 +20,7 @@ std::string Term(double dCoefficient, const char* szUnknown) {
          szUnknown;
 }
 
-std::string Equation(const ZuPlane& plane) {
-  return Fixed(plane.A(), 12) + " x " + Term(plane.B(), " y ") + Term(plane.C(), " z ") +
-         Term(plane.D(), " = 0");
-}
+constexpr double kBody = 0.1;  // spread across a line of points that stand about none [-]
 
 std::string Test(const ZuPointTest& test) {
   return std::isfinite(test.dLimit) ? Fixed(test.adW[0], 2) : "-";
@@ -31,6 +29,11 @@ std::string Test(const ZuPointTest& test) {
 std::string Finite(double d, int iDecimals) { return std::isfinite(d) ? Fixed(d, iDecimals) : "-"; }
 
 }  // namespace
+
+std::string EquationOf(const ZuPlane& plane) {
+  return Fixed(plane.A(), 12) + " x " + Term(plane.B(), " y ") + Term(plane.C(), " z ") +
+         Term(plane.D(), " = 0");
+}
 
 OrthogonalPlane::OrthogonalPlane(const PlaneValues& values, const ZuPointList& points)
     : m_values(values), m_points(points) {
@@ -71,17 +74,29 @@ void OrthogonalPlane::Fail() const {
       throw CommandError(kUndetermined, strFile + "holds " + Counted(m_points.Count(), "point") +
                                             ", a plane needs 3");
     case ZuAdjustStatus::RankDefect: {
-      throw CommandError(kUndetermined,
-                         strFile +
-                             "the points do not determine a plane: in one place or on one "
-                             "line as far as they are exact\nfree is: " +
-                             m_plane.fit.strFree + "\npoints that span a triangle are needed");
+      const bool bBody = SpreadAcrossLine(m_points) > kBody;
+      throw CommandError(
+          kUndetermined,
+          strFile + "the points do not determine a plane: " +
+              (bBody ? "they spread as far across one as along it"
+                     : "in one place or on one line as far as they are exact") +
+              "\nfree is: " + m_plane.fit.strFree +
+              (bBody ? "\npoints that are farther apart in the plane than off it are needed"
+                     : "\npoints that span a triangle are needed"));
     }
     default:
       throw CommandError(kUndetermined,
                          strFile + ZuAdjustStatusText(m_plane.fit.eStatus) +
                              "; coordinates of finite size that stand about a plane are needed");
   }
+}
+
+std::vector<std::pair<std::string, double>> OrthogonalPlane::Distances() const {
+  std::vector<std::pair<std::string, double>> distances;
+  for (const Row& row : m_rows) {
+    if (row.pFitted->bUsed) distances.emplace_back(PointLabel(*row.pPoint), Distance(*row.pFitted));
+  }
+  return distances;
 }
 
 double OrthogonalPlane::TestLimit() const {
@@ -120,7 +135,7 @@ void OrthogonalPlane::WriteText(std::ostream& stream) const {
   stream << Counted(static_cast<long long>(m_rows.size()), "point");
   if (fit.iSetAside > 0) stream << ", " << fit.iSetAside << " of them set aside";
   stream << ", largest distance " << Fixed(dLargest, iDecimals) << "\n\n"
-         << Equation(m_plane.plane) << "\nsd of A, B, C, D";
+         << EquationOf(m_plane.plane) << "\nsd of A, B, C, D";
   for (const double d : m_plane.adSd) stream << "  " << Significant(d);
   stream << "\n\nsigma0     " << SigmaText(fit.dSigma0, fit.sigmaOfResults, fit.iRedundancy)
          << "\nRMS        " << Fixed(fit.dRms, iDecimals) << "\nflatness   "

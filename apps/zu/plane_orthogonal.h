@@ -1,12 +1,19 @@
 // The orthogonal fit of zu plane: text, JSON, foot points, log and report.
 #pragma once
 
+#include <string>
+#include <utility>
+#include <vector>
+
 #include "commands.h"
 #include "plane_values.h"
 #include "zu/adjust/fit_primitives.h"
 #include "zu/rectify/calc_plane.h"
 
 namespace cli {
+
+// "0.6 x + 0.8 y + 0.0 z - 2.5 = 0".
+std::string EquationOf(const ZuPlane& plane);
 
 class OrthogonalPlane {
  public:
@@ -17,6 +24,9 @@ class OrthogonalPlane {
   ExitCode Report(Context& context);
   // The fit as the library's log shows it.
   ZuCalcPlane& Log() { return m_log; }
+  const ZuPlane& Plane() const { return m_plane.plane; }
+  // Of the points used, as they stand in the file.
+  std::vector<std::pair<std::string, double>> Distances() const;
 
  private:
   // A fit whose log is that of points fitted elsewhere.

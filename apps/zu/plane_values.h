@@ -4,6 +4,7 @@
 #include <string>
 
 #include "adjust_options.h"
+#include "point_choice.h"
 #include "point_input.h"
 
 namespace cli {
@@ -14,6 +15,7 @@ struct PlaneValues {
   std::string strOutput;
   PointFormat format;
   AdjustValues adjust;
+  PointChoice choice;
   bool bAxis = false, bForce = false, bAll = false;
 };
 

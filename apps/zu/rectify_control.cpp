@@ -2,10 +2,14 @@
 
 #include <algorithm>
 #include <cmath>
+#include <locale>
+#include <sstream>
 
 #include "adjust_options.h"
 #include "svg.h"
 #include "text_table.h"
+#include "trafo_check.h"
+#include "trafo_report.h"
 #include "zu/foundation/sort_helper.h"
 #include "zu/photo/photo.h"
 #include "zu/rectify/calc_zusp.h"
@@ -99,6 +103,47 @@ RectifyControl FitRectification(const ZuPhoto& photo, const ZuPointList& measure
   return result;
 }
 
+void CheckControl(const ZuPhoto& photo, const ZuPointList& measured, const ZuPointList& checks,
+                  const PointChoice& choice, const PointRoles& roles, const ZuZuspTrafo& trafo,
+                  RectifyControl* pControl, Context& context) {
+  ZuMatrix fromObject(trafo.GetTransMat());
+  fromObject.Invert();
+  const ZuBikoTransform toBiko(&photo, eDigiToBiko, false);
+  const ZuSortHelper<ZuPoint> index(&measured);
+  ZuPointList inPlane;
+  std::vector<Deviation> deviations;
+  for (const ZuPoint* p = checks.First(); p != nullptr; p = p->Next()) {
+    ZuPoint image(*index.Find(p->GetId())), known(*p);
+    toBiko.Transform(&image);
+    if (trafo.CompensateDistortion()) {
+      trafo.GetDistortCameraParam().AdjustExact(&image.m_dX, &image.m_dY);
+    }
+    trafo.GetZuspMat().PTrans2D(&image.m_dX, &image.m_dY);
+    fromObject.PTrans3D(&known.m_dX, &known.m_dY, &known.m_dZ);
+    deviations.push_back(
+        {inPlane.Add(known), {image.m_dX - known.m_dX, image.m_dY - known.m_dY, 0}});
+  }
+  std::ostringstream text;
+  text.imbue(std::locale::classic());
+  roles.Write(deviations, 2, text);
+  pControl->strChecks = text.str();
+  roles.AddJson(deviations, 2, &pControl->checks);
+  std::vector<std::pair<std::string, double>> lengths;
+  std::vector<Residual> residuals;
+  ZuPointList used;
+  for (size_t i = 0; i < pControl->fit.points.size(); ++i) {
+    const ZuPointTest& t = pControl->fit.points[i];
+    if (!t.bUsed) continue;
+    residuals.push_back({std::to_string(t.uId), t.adResidual[0], t.adResidual[1], 0.0});
+    lengths.emplace_back(residuals.back().strLabel, residuals.back().Length());
+    used.Add(ZuPoint(t.uId, pControl->pairs[i].adTarget[0], pControl->pairs[i].adTarget[1]));
+  }
+  if (pControl->fit.iSetAside == 0) WarnOfWrongPoint(residuals, used, context);
+  AddLengths(deviations, &lengths);
+  pControl->eCode = WithinTolerance(choice, lengths, context,
+                                    pControl->fit.iSetAside > 0 ? kNotAcceptable : kGood);
+}
+
 void WriteControl(const RectifyControl& control, std::ostream& text) {
   const ZuTrafo2dFit& fit = control.fit;
   double dLargest = 0.0, dSum = 0.0, dLimit = 0.0;
@@ -129,12 +174,13 @@ void WriteControl(const RectifyControl& control, std::ostream& text) {
   text << "\nRMS     " << Significant(std::sqrt(dSum / std::max(iUsed, 1))) << "\nsigma0  "
        << SigmaText(fit.dSigma0, fit.sigmaOfResults, fit.iRedundancy) << "\ntest    "
        << ZuSigmaKindText(fit.sigmaOfTests) << ", limit of T "
-       << (std::isfinite(dLimit) ? Fixed(dLimit, 2) : "-") << "\n\n";
+       << (std::isfinite(dLimit) ? Fixed(dLimit, 2) : "-") << '\n'
+       << control.strChecks << '\n';
 }
 
 Json ControlJson(const RectifyControl& control) {
   const ZuTrafo2dFit& fit = control.fit;
-  Json json;
+  Json json = control.checks;
   json["sigma0"] = fit.dSigma0;
   json["sigma_kind"] = ZuSigmaKindText(fit.sigmaOfResults);
   json["redundancy"] = fit.iRedundancy;

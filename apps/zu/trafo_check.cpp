@@ -105,7 +105,7 @@ void CheckMirrored(const std::string& strFiles, const std::string& strSource, Fi
 }
 
 void WarnOfWrongPoint(const std::vector<Residual>& residuals, const ZuPointList& control,
-                      Context& context) {
+                      Context& context, const std::string& strMore) {
   if (residuals.size() < kFewest) return;
   std::vector<double> lengths;
   for (const Residual& r : residuals) lengths.push_back(r.Length());
@@ -116,9 +116,13 @@ void WarnOfWrongPoint(const std::vector<Residual>& residuals, const ZuPointList&
   if (!(worst.Length() > dOutlier * dMedian && worst.Length() > kRounding * ExtentOf(control))) {
     return;
   }
-  context.Warn("point " + worst.strLabel + " is off by " + Figure(worst.Length(), worst.Length()) +
-               ", the median is " + Figure(dMedian, worst.Length()) +
-               "; zu merge finds common points that are wrong");
+  // In quotes where it would count as two names.
+  const bool bPlain = worst.strLabel.find_first_of(" \t,#") == std::string::npos;
+  context.Warn(
+      "point " + worst.strLabel + " is off by " + Figure(worst.Length(), worst.Length()) +
+      ", the median is " + Figure(dMedian, worst.Length()) + "; without it: " +
+      context.CommandWith("--without", bPlain ? worst.strLabel : '"' + worst.strLabel + '"') +
+      strMore);
 }
 
 }  // namespace cli

@@ -21,8 +21,8 @@ void CheckMirrored(const std::string& strFiles, const std::string& strSource, Fi
                    const ZuPointList& source, const ZuPointList& control);
 
 // Warns of a point that is off by three times the median or more (five times among many): a wrong
-// one bends the whole fit.
+// one bends the whole fit. Tells the command to type next, and strMore.
 void WarnOfWrongPoint(const std::vector<Residual>& residuals, const ZuPointList& control,
-                      Context& context);
+                      Context& context, const std::string& strMore = "");
 
 }  // namespace cli

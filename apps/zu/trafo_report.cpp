@@ -62,9 +62,11 @@ Rms RmsOf(const std::vector<Residual>& residuals) {
   return {std::sqrt(sum.dX / n), std::sqrt(sum.dY / n), std::sqrt(sum.dZ / n)};
 }
 
-bool AreCollinear(const ZuPointList& points) {
+bool AreCollinear(const ZuPointList& points) { return SpreadAcrossLine(points) <= kCollinear; }
+
+double SpreadAcrossLine(const ZuPointList& points) {
   const ZuPoint* pFirst = points.First();
-  if (pFirst == nullptr) return true;
+  if (pFirst == nullptr) return 0.0;
   ZuPoint far;  // from the first point to the one farthest from it
   double dFar = 0.0;
   for (const ZuPoint* p = pFirst; p != nullptr; p = p->Next()) {
@@ -75,16 +77,17 @@ bool AreCollinear(const ZuPointList& points) {
       dFar = dLength;
     }
   }
-  if (dFar == 0.0) return true;
+  if (dFar == 0.0) return 0.0;
   far = far / dFar;
+  double dMost = 0.0;
   for (const ZuPoint* p = pFirst; p != nullptr; p = p->Next()) {
     const ZuPoint d = *p - *pFirst;
     const double dOff =
         Length(d.m_dY * far.m_dZ - d.m_dZ * far.m_dY, d.m_dZ * far.m_dX - d.m_dX * far.m_dZ,
                d.m_dX * far.m_dY - d.m_dY * far.m_dX);
-    if (dOff > kCollinear * dFar) return false;
+    if (!(dOff <= dMost)) dMost = dOff;
   }
-  return true;
+  return dMost / dFar;
 }
 
 void WriteResiduals(std::vector<Residual> residuals, std::ostream& stream) {

@@ -33,6 +33,9 @@ Rms RmsOf(const std::vector<Residual>& residuals);
 // The common points of less than three directions: all in one point or on one straight line, to a
 // millionth of their extent. A rotation about the line is then free, whatever an estimate says.
 bool AreCollinear(const ZuPointList& points);
+// The largest distance of a point from the line from the first point to the one farthest from it,
+// over the length of that; 0 for points in one place.
+double SpreadAcrossLine(const ZuPointList& points);
 
 // Table of residuals, the largest first, and the RMS for each axis.
 void WriteResiduals(std::vector<Residual> residuals, std::ostream& stream);

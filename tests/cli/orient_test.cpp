@@ -1,4 +1,6 @@
 // zu orient, intersect and calibrate: from pixels to cameras and points.
+#include <algorithm>
+
 #include "tests/cli/program.h"
 
 TEST(Orient, LeadsFromPixelsToPoints) {
@@ -24,7 +26,25 @@ TEST(Orient, LeadsFromPixelsToPoints) {
   ASSERT_EQ(points.size(), 100U);
   EXPECT_NEAR(points[0]["x"], 0.30, 0.02);
   EXPECT_GT(points[0]["angle"], 1.0);
-  EXPECT_EQ(RunLine("zu adjust out.prj --approx out.coo --datum inner", folder).iExit, 0);
+  // The records of the adjustment orient the project that has no orientations, to the last bit.
+  EXPECT_EQ(RunLine("zu adjust out.prj --approx out.coo --datum inner -o adjusted.prj "
+                    "--orientations adjusted.txt",
+                    folder)
+                .iExit,
+            0);
+  EXPECT_EQ(RunLine("zu orient $S/network/camcal_unoriented.prj --from adjusted.txt -o back.prj "
+                    "--orientations back.txt",
+                    folder)
+                .iExit,
+            0);
+  const auto info = [&](const char* szProject) {
+    return RunLine(std::string("zu photo info ") + szProject + " --json", folder).Json()["photos"];
+  };
+  const nlohmann::json adjusted = info("adjusted.prj"), back = info("back.prj");
+  for (size_t i = 0; i < 21; ++i) EXPECT_EQ(back[i]["position"], adjusted[i]["position"]);
+  const std::string strRecords = ReadFile(folder.Path("adjusted.txt"));
+  EXPECT_EQ(std::count(strRecords.begin(), strRecords.end(), '{'), 21);
+  EXPECT_EQ(strRecords.find(" 0 0 0 }"), std::string::npos);  // with deviations
 }
 
 TEST(Orient, CalibratesABoardForMeasuring) {
@@ -55,6 +75,7 @@ TEST(Orient, TellsWhatIsWrong) {
       {"zu calibrate $S/network/camcal.prj --board one.coo", 4, "no photo could be oriented"},
       {"zu intersect $S/network/camcal_unoriented.prj", 4, "two or more oriented photos"},
       {"zu orient $S/network/approx.coo", 3, "project file"},
+      {"zu orient $S/network/camcal.prj --from one.coo", 3, "no block of 13 numbers"},
   };
   for (const auto& at : cases) {
     const Outcome outcome = RunLine(at.strLine, folder);

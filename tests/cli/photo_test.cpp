@@ -296,6 +296,21 @@ TEST(Photo, FindsItsFirstTransformation) {
       folder);
 }
 
+TEST(Photo, IsNotOrientedByAMatrixThatIsNoRotation) {
+  const ScratchFolder folder;
+  std::string strText = ReadFile(Source("samples/chessboard/left.prj"));
+  const size_t uMatrix = strText.find("AORM");
+  strText.replace(uMatrix, strText.find('}', uMatrix) + 1 - uMatrix,
+                  "AORM { 3 3 2 0 0 0 2 0 0 0 2 }");
+  folder.Write("p.prj", strText);
+  const Outcome outcome = RunLine("zu photo info p.prj", folder);
+  EXPECT_NE(outcome.strOut.find("not oriented"), std::string::npos) << outcome.strOut;
+  EXPECT_NE(outcome.strOut.find("AORM that is no rotation"), std::string::npos);
+  const auto photos = RunLine("zu photo info p.prj --json", folder).Json()["photos"];
+  EXPECT_EQ(photos[0]["oriented"], false);
+  EXPECT_EQ(photos[1]["oriented"], true);
+}
+
 TEST(Project, TellsWhatAFolderHolds) {
   const ScratchFolder folder;
   folder.Write("a.prj", "PHOTO { PHOTOID 1 \"gone.jpg\" }\n");

@@ -238,22 +238,40 @@ TEST(RectifyImage, ShowsEveryPointWhereItLies) {
   }
   EXPECT_LT(WorstMiss(control, Read(folder.Path("r.tif")), places), 0.05);
   EXPECT_NEAR(control["control"]["sigma0"].get<double>(), 0.099, 1e-3);
+  const auto checked =
+      run(Chessboard("left.prj"), {"--photo", "1", "--control", strBoard, "--without", "7",
+                                   "--check-points", "5,30"})["control"];
+  EXPECT_EQ(checked["points"].size(), 51U);
+  ASSERT_EQ(checked["check_points"]["points"].size(), 2U);
+  EXPECT_LT(std::fabs(checked["check_points"]["rms"]["x"].get<double>()), 0.3);
   result = run(strStored, {"--photo", "1", "--zusp", "3"});
   EXPECT_LT(WorstMiss(result, Read(folder.Path("r.tif")), places), 0.05);
 
   // By what is parallel and perpendicular alone, and one length: the origin is point 1.
-  result = run(strStored, {"--photo", "1", "--zusp", "4", "--region", "-20,-145,220,20"});
-  places = pointsOf(1);
-  double dSquares = 0.0;
-  const ZuImage byLines = Read(folder.Path("r.tif"));
-  for (unsigned k = 0; k < 54; ++k) {
-    const double dMiss =
-        Miss(byLines, (25.0 * (k % 9) + 20.0) / 0.5 - 0.5, (20.0 + 25.0 * (k / 9)) / 0.5 - 0.5);
-    dSquares += dMiss * dMiss / 54.0;
+  // Or, without the camera constant, by the ratio of the sides as well.
+  for (const bool bRatio : {false, true}) {
+    std::vector<std::string> more = {"--photo", "1", "--zusp", "4", "--region", "-20,-145,220,20"};
+    if (bRatio) {
+      more.insert(more.end(), {"--conditions", folder.Write("sides.txt", "ratio 1 9 1 46 1.6\n")});
+    }
+    result = run(strStored, more);
+    double dSquares = 0.0;
+    const ZuImage byLines = Read(folder.Path("r.tif"));
+    for (unsigned k = 0; k < 54; ++k) {
+      const double dMiss =
+          Miss(byLines, (25.0 * (k % 9) + 20.0) / 0.5 - 0.5, (20.0 + 25.0 * (k / 9)) / 0.5 - 0.5);
+      dSquares += dMiss * dMiss / 54.0;
+    }
+    // mm; origin and scale come from two corners, each measured to 0.15.
+    EXPECT_LT(std::sqrt(dSquares) * 0.5, 0.45);
+    if (!bRatio) {
+      EXPECT_EQ(result["lines"]["lines"].size(), 15U);
+      continue;
+    }
+    EXPECT_EQ(result["conditions"]["conditions"].size(), 15U);
+    EXPECT_EQ(result["conditions"]["redundancy"], 11);
+    EXPECT_LT(result["conditions"]["sigma0"].get<double>(), 0.002);  // mm of a pixel of 0.0092
   }
-  // mm; origin and scale come from two corners, each measured to 0.15.
-  EXPECT_LT(std::sqrt(dSquares) * 0.5, 0.45);
-  EXPECT_EQ(result["lines"]["lines"].size(), 15U);
 
   // Two photos: each point is that of the photo that shows it better.
   result = run(Chessboard("left.prj"), {"--photo", "1,2", "--plane", strBoard});

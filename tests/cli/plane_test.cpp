@@ -71,6 +71,7 @@ TEST(Plane, PrintsTheLargestDeviationFirstOrRefuses) {
   const ScratchFolder folder;
   folder.Write("line", "1 0 0 0\n2 1 1 1\n3 2 2 2\n4 5 5 5\n");
   folder.Write("near", "1 0 0 0\n2 1 0.0005 0\n3 2 0 0\n");
+  folder.Write("body", "1 1 1 1\n2 1 -1 -1\n3 -1 1 -1\n4 -1 -1 1\n");
   folder.Write("rows", "# x y z\n0 0 1\n\n4 0 1 remark\n0 4 1\n4 4 1\n");
   const std::string strScan = kScan;
   ExpectLines(
@@ -83,6 +84,10 @@ TEST(Plane, PrintsTheLargestDeviationFirstOrRefuses) {
        {"yes 3 4 5 | head -5 | zu plane --axis - --columns x,y,z", 4, "",
         "in one place or on one line"},
        {"zu plane --axis line", 4, "", "in one place or on one line"},
+       {"zu plane $S/clouds/milk_carton.ply", 0, " of the file\n", ""},
+       {"zu plane $S/clouds/milk_carton.ply --tolerance 1e-9", 1, "", "beyond --tolerance"},
+       {"zu plane $S/clouds/milk_carton.ply --axis", 2, "", "fitted as a cloud"},
+       {"zu plane body", 4, "", "spread as far across one as along it"},
        {"zu plane --axis line --force", 4, "", "do not determine"},
        {"zu plane --axis near", 4, "", "--force"},
        {"zu plane --axis near --force --json", 0, "\"deviation\": ", ""},

@@ -119,7 +119,7 @@ TEST(Panorama, IsAPhotoAmongPhotos) {
     pPhoto->SetBikoTransform(eBikoToAdjusted, false);
     pPhoto->CalcRayDirection(ray, image.m_dX, image.m_dY);
     ZuVector3d toPoint(met.m_dX - 10.0, met.m_dY - 20.0, met.m_dZ - 30.0);
-    EXPECT_NEAR(ray.getDirection() * toPoint, toPoint.length(), 1e-12 * toPoint.length());
+    EXPECT_NEAR(ray.getDirection() * toPoint, toPoint.Norm(), 1e-12 * toPoint.Norm());
     ASSERT_TRUE(ZuBikoTransform(pPhoto, eObjectToBiko, false).Transform(&met));
     EXPECT_NEAR(met.m_dX, image.m_dX, 1e-11);
     EXPECT_NEAR(met.m_dY, image.m_dY, 1e-11);
