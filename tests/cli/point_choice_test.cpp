@@ -10,10 +10,10 @@ namespace {
 
 constexpr double kWrong = 0.5;  // K4 in the control list
 
-// Seven points about a plane, and the same shifted and turned by a quarter; K4 is wrong there.
+// Twelve points, and the same shifted and turned by a quarter; K4 is wrong there.
 void WriteLists(const ScratchFolder& folder) {
   std::string strSource, strControl;
-  for (int i = 1; i <= 7; ++i) {
+  for (int i = 1; i <= 12; ++i) {
     const double x = 10.0 * std::cos(i), y = 10.0 * std::sin(2.0 * i), z = i % 3;
     const std::string strName = "K" + std::to_string(i) + " ";
     const auto row = [&](double a, double b, double c) {
@@ -64,7 +64,7 @@ TEST(PointChoice, CheckPointsAreToldApart) {
     const Outcome outcome = RunLine(strCall, folder);
     ASSERT_EQ(outcome.iExit, 0) << strCall << outcome.strErr;
     const auto result = outcome.Json();
-    EXPECT_EQ(result["common"], 5);
+    EXPECT_EQ(result["common"], 10);
     const auto& checks = result["check_points"]["points"];
     ASSERT_EQ(checks.size(), 2U) << strCall;
     EXPECT_EQ(checks[0]["name"], "K4");
@@ -81,8 +81,8 @@ TEST(PointChoice, CheckPointsAreToldApart) {
        {"zu trafo2d source.txt --control control.txt --type affin --tolerance 0.01", 1, "", "K4"},
        {"zu plane wall.txt --without E --tolerance 0.01", 0, "left out by --without: E", ""},
        {"zu plane wall.txt --all --tolerance 0.1", 1, "", "beyond --tolerance"},
-       {"zu merge control.txt source.txt --tolerance 0.1 --without K4", 0, "6 common", "!K4"},
-       {"zu transform source.txt --control control.txt --without K44", 3, "", "did you mean K4?"},
+       {"zu merge control.txt source.txt --tolerance 0.1 --without K4", 0, "11 common", "!K4"},
+       {"zu transform source.txt --control control.txt --without K44", 3, "", "no point \"K44\""},
        {"zu transform source.txt --control control.txt --without K4 --check-points K4", 2, "",
         "one of them would be right"}},
       folder);
