@@ -170,7 +170,7 @@ TEST(ZuspConditions, RectifyTheFacadeWithoutTheCameraConstant) {
   trafo.GetParallelDef().GetLines().First()->m_dValue = 12.4;
   ZuZuspConditions conditions(trafo);
   EXPECT_EQ(conditions.Calc(), eConditionsOpen);
-  EXPECT_EQ(conditions.GetFree(), "ratio of the axes");
+  EXPECT_EQ(conditions.GetFree(), "shear against the ratio of the axes");
   ZuConditionLine line;
   ASSERT_TRUE(ZuParseConditionLine("length 1 35 8.2", &line));
   ASSERT_TRUE(conditions.Add(line));

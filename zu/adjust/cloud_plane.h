@@ -21,7 +21,7 @@ struct ZuCloudPlane {
   double adCov[16] = {};    // of A, B, C, D, by rows
   double adSpread[3] = {};  // root mean square of the coordinates less the centre along three axes
                             // at right angles, the shortest, that of the normal, first
-  double dSigma0 = 0.0;                        // of a distance; 0 for three points
+  double dSigma0 = 0.0;     // of a distance; 0 for three points
   double dRms = 0.0, dLow = 0.0, dHigh = 0.0;  // of the signed distances
   size_t uPoints = 0, uFarthest = 0;           // uFarthest: counted over all clouds, from 0
   double dFarthest = 0.0;                      // its signed distance

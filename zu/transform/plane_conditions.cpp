@@ -17,6 +17,7 @@ constexpr size_t kMostConditions = 300;
 constexpr double kEnd = 1e-13;         // change of unknowns and points that ends the search
 constexpr double kRoundingEnd = 1e-9;  // the same where rounding keeps it from shrinking
 constexpr double kOpen = 1e-10;        // eigenvalue of the normal matrix, of the largest [-]
+constexpr double kLost = 1e-5;         // the same where the search has no end [-]
 constexpr double kAlike = 1e-12;       // an extent below which the ends of a line are one [-]
 
 // Eigenvalues of a symmetric n x n matrix, rising, with their vectors in columns (C. G. J. Jacobi,
@@ -130,6 +131,11 @@ class ZuPlaneConditions::Adjustment {
     if (eStatus != eConditionsOk) return eStatus;
     Start();
     eStatus = Iterate();
+    if (eStatus == eConditionsNotConverged && m_szWeakest[0] != '\0') {
+      m_owner.m_iDefect = 1;
+      m_owner.m_szFree = m_szWeakest;
+      return eConditionsOpen;
+    }
     return eStatus == eConditionsOk ? Store() : eStatus;
   }
 
@@ -332,6 +338,7 @@ class ZuPlaneConditions::Adjustment {
         pdStep[u] += v[u][k] * d / adValues[k];
       }
     }
+    m_szWeakest = adValues[0] < kLost * adValues[n - 1] ? FreeText(1, v) : "";
     m_owner.m_iDefect = iDefect;
     if (iDefect > 0) m_owner.m_szFree = FreeText(iDefect, v);
     return iDefect == 0;
@@ -427,6 +434,7 @@ class ZuPlaneConditions::Adjustment {
   ZuPlaneConditions& m_owner;
   int m_iUnknowns;
   double m_x[kMostUnknowns] = {};
+  const char* m_szWeakest = "";  // unknown, where the last step hardly decided one
   std::vector<ZuVector2d> m_measured, m_adjusted;  // reduced
   std::vector<ZuPlaneCondition*> m_used;
   std::vector<std::array<ZuVector2d, 4>> m_rows;  // by the coordinates of the four points
