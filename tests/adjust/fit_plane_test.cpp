@@ -56,7 +56,8 @@ TEST(FitPlane, EqualsTheSingularValueDecomposition) {
     const ZuCloudPlane cloud = ZuFitCloudPlane({&parts[0], &parts[1]});
     ASSERT_EQ(cloud.eStatus, ZuAdjustStatus::Good) << k;
     Vector n2(cloud.plane.A(), cloud.plane.B(), cloud.plane.C());
-    ASSERT_LT((n2.dot(n1) < 0.0 ? -n2 - n1 : n2 - n1).norm(), 1e-12) << k;
+    if (n2.dot(n1) < 0.0) n2 = -n2;
+    ASSERT_LT((n2 - n1).norm(), 1e-12) << k;
     ASSERT_NEAR(cloud.dRms / fit.fit.dRms, 1.0, 1e-6) << k;
     ASSERT_NEAR(std::sqrt(cloud.adCov[15]) / fit.adSd[3], 1.0, 1e-4) << k;
     ASSERT_NEAR(cloud.dHigh - cloud.dLow, fit.fit.dFlatness, 1e-6 * fit.fit.dFlatness) << k;
