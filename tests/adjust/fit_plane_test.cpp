@@ -59,7 +59,8 @@ TEST(FitPlane, EqualsTheSingularValueDecomposition) {
     if (n2.dot(n1) < 0.0) n2 = -n2;
     ASSERT_LT((n2 - n1).norm(), 1e-12) << k;
     ASSERT_NEAR(cloud.dRms / fit.fit.dRms, 1.0, 1e-6) << k;
-    ASSERT_NEAR(std::sqrt(cloud.adCov[15]) / fit.adSd[3], 1.0, 1e-4) << k;
+    // To first order in the noise over the extent.
+    ASSERT_NEAR(std::sqrt(cloud.adCov[15]) / fit.adSd[3], 1.0, 0.05) << k;
     ASSERT_NEAR(cloud.dHigh - cloud.dLow, fit.fit.dFlatness, 1e-6 * fit.fit.dFlatness) << k;
   }
 }
