@@ -164,6 +164,14 @@ void AddParameterJson(const std::vector<std::string>& names, const std::vector<d
   (*pRoot)["covariance"] = std::move(rows);
 }
 
+void TurnResiduals(std::vector<ZuPointTest>* pTests) {
+  for (ZuPointTest& test : *pTests) {
+    for (int i = 0; i < test.iDimension; ++i) {
+      for (double* pd : {&test.adResidual[i], &test.adW[i], &test.adLeaveOneOut[i]}) *pd = -*pd;
+    }
+  }
+}
+
 void AddTestJson(const ZuPointTest* pTest, Json* pPoint) {
   const auto byAxis = [pTest](const double(ZuPointTest::*pValues)[3]) {
     if (pTest == nullptr) return Json();

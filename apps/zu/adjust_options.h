@@ -66,6 +66,10 @@ std::string SigmaText(double dSigma0, ZuSigmaKind kind, int iRedundancy);
 void AddParameterJson(const std::vector<std::string>& names, const std::vector<double>& values,
                       const double* pdCov, Json* pRoot);
 
+// Residuals as every command gives them, given minus computed; the fits of the plane have them the
+// other way.
+void TurnResiduals(std::vector<ZuPointTest>* pTests);
+
 // Adds r, w, test, limit, nabla, leave_one_out to the JSON of a point: r, w, nabla and
 // leave_one_out by axis, a number for a single one; each null without a test.
 void AddTestJson(const ZuPointTest* pTest, Json* pPoint);

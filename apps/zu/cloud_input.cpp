@@ -48,9 +48,13 @@ eZuCloudFile KindOf(const InputFile& file, const std::string& strHead,
   const eZuCloudFile eKind = ZuDetectCloudFile(strHead.data(), strHead.size(), &strLooksLike);
   const std::string strEnding = EndingOf(file.Name());
   if (eKind == eZuCloudFileBinary || eKind == eZuCloudFilePly) return eKind;
+  const bool bText = strLooksLike.compare(0, 5, "text:") == 0;
+  const bool bTable = eKind != eZuCloudFileNone || bText ||
+                      strLooksLike.find("GSI") != strLooksLike.npos ||
+                      strLooksLike.find("column names") != strLooksLike.npos;
+  if (bTable && options.strColumns.empty() && TellsItsColumns(file)) return eZuCloudFileCoordinates;
   if (eKind == eZuCloudFileNone) {
     // Titles may stand above the points of a coordinate file.
-    const bool bText = strLooksLike.compare(0, 5, "text:") == 0;
     if (bText && !options.strColumns.empty()) return eZuCloudFileCoordinates;
     Refuse(file, "looks like " + strLooksLike + ", not like a point cloud");
   }
@@ -90,22 +94,6 @@ bool IsWholeNumber(const std::string& strText) {
   return !strText.empty() && strText.find_first_not_of("0123456789") == strText.npos;
 }
 
-// The columns that a first line of their names tells; empty for any other line.
-std::string ColumnsByNames(const std::vector<std::string>& fields) {
-  static const char* const kNames[] = {"id", "name", "x", "y", "z"};
-  std::string strColumns;
-  int iAxes = 0;
-  for (std::string strName : fields) {
-    for (char& c : strName) c = static_cast<char>(c >= 'A' && c <= 'Z' ? c + ('a' - 'A') : c);
-    if (IsWholeNumber(strName)) return "";
-    iAxes += strName == "x" || strName == "y" || strName == "z" ? 1 : 0;
-    const bool bKnown =
-        std::find(std::begin(kNames), std::end(kNames), strName) != std::end(kNames);
-    strColumns += (strColumns.empty() ? "" : ",") + (bKnown ? strName : "skip");
-  }
-  return iAxes == 3 ? strColumns : "";
-}
-
 std::string ColumnsByContent(const std::vector<std::string>& fields) {
   if (fields.size() < 4) return "x,y,z";
   if (IsWholeNumber(fields[0])) return "id,x,y,z";
@@ -115,9 +103,10 @@ std::string ColumnsByContent(const std::vector<std::string>& fields) {
 
 void ReadCoordinateFile(const InputFile& file, const std::string& strHead, std::string strColumns,
                         Context& context, ZuPointList* pList) {
-  const auto fields = FirstFields(strHead);
-  if (strColumns.empty()) strColumns = ColumnsByNames(fields);
-  if (strColumns.empty()) strColumns = ColumnsByContent(fields);
+  if (strColumns.empty() && TellsItsColumns(file)) {
+    return ReadPointsOrRows(file, PointFormat(), context, pList);
+  }
+  if (strColumns.empty()) strColumns = ColumnsByContent(FirstFields(strHead));
   ReadPointsOrRows(file, strColumns, context, pList);
 }
 

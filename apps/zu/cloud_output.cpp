@@ -44,11 +44,11 @@ bool WriteCsv(const ZuPointCloudContainer& clouds, OutputFile* pOutput) {
   unsigned int uId = 0;
   for (const ZuPointCloud* pCloud = clouds.First(); pCloud != nullptr; pCloud = pCloud->Next()) {
     for (const ZuScanPoint3d& p : pCloud->GetPoints()) {
-      char acLine[128];
+      char acLine[1200];
       char* pOut = std::to_chars(acLine, acLine + 16, ++uId).ptr;
       for (const double dValue : {p.x, p.y, p.z}) {
         *pOut++ = ',';
-        pOut = std::to_chars(pOut, pOut + 32, dValue).ptr;
+        pOut = std::to_chars(pOut, pOut + 390, dValue, std::chars_format::fixed).ptr;
       }
       *pOut++ = '\n';
       pOutput->Stream().write(acLine, pOut - acLine);

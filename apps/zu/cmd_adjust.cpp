@@ -11,6 +11,7 @@
 #include "network_page.h"
 #include "orientation_records.h"
 #include "picture_files.h"
+#include "point_input.h"
 #include "progress_line.h"
 #include "project_input.h"
 #include "text_table.h"
@@ -31,6 +32,7 @@ struct Values {
   std::string strReport, strPictures, strUnit = "object units";
   std::string strSigma = "0.1px", strEstimate = "none", strDatum = "control";
   double dAlpha = 0.001, dAlphaTotal = 0.0;
+  int iDecimals = -1;
   bool bTest = false, bPartial = false, bCameraPerPhoto = false;
 };
 
@@ -70,8 +72,8 @@ ExitCode Run(const Values& values, Context& context) {
   const auto pProject = OpenProject(file, values.bPartial);
   ZuProject& project = *pProject;
   ZuPointList control, approximations;
-  if (!values.strControl.empty()) control = ReadAdjustPoints(values.strControl);
-  if (!values.strApprox.empty()) approximations = ReadAdjustPoints(values.strApprox);
+  if (!values.strControl.empty()) control = ReadAdjustPoints(values.strControl, context);
+  if (!values.strApprox.empty()) approximations = ReadAdjustPoints(values.strApprox, context);
   if (!values.strMeasurements.empty()) ReadMeasurements(values.strMeasurements, &project);
   const ZuProjectOrientation orientation =
       OrientUnoriented(&project, control, approximations, input, context);
@@ -101,7 +103,7 @@ ExitCode Run(const Values& values, Context& context) {
   PrintAdjustment(made, result, context.Text());
   if (context.IsJson()) AddAdjustmentJson(made, result, &context.Root());
   if (!values.strPoints.empty()) {
-    WriteAdjustedPoints(made, result, context.NewOutput(values.strPoints).Stream());
+    WriteAdjustedPoints(made, result, values.iDecimals, &context.NewOutput(values.strPoints));
   }
   if (!values.strReport.empty()) {
     NetworkPage page{values.strUnit, values.strSigma, values.dAlpha, Inputs(values)};
@@ -155,6 +157,7 @@ Runner DefineAdjust(Options& options) {
   options.Output("--points-out", "FILE", &pValues->strPoints,
                  "the points with standard deviations: id x y z dx dy dz");
   options.Output("--orientations", "FILE", &pValues->strOrientations, kOrientationsHelp);
+  AddDecimals(options, &pValues->iDecimals);
   options.Output("--report", "FILE", &pValues->strReport, "report, one HTML file");
   options.Option("--pictures", "FOLDER", &pValues->strPictures,
                  "the report shows residuals over the pictures of the photos, which lie there");

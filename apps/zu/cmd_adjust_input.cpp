@@ -5,8 +5,9 @@
 #include <set>
 #include <string_view>
 
+#include "adjust_options.h"
 #include "exit_code.h"
-#include "input_file.h"
+#include "point_input.h"
 #include "zu/foundation/number_text.h"
 #include "zu/project/project.h"
 
@@ -44,7 +45,11 @@ int FindPoint(const ZuNetwork& network, double dId) {
 
 std::vector<NumberRow> ReadNumberRows(const std::string& strPath, size_t uIds, size_t uLeast,
                                       size_t uMost, const char* szRight) {
-  const InputFile file(strPath, szRight);
+  return ReadNumberRows(InputFile(strPath, szRight), uIds, uLeast, uMost, szRight);
+}
+
+std::vector<NumberRow> ReadNumberRows(const InputFile& file, size_t uIds, size_t uLeast,
+                                      size_t uMost, const char* szRight) {
   const std::string strText = file.Text();
   std::vector<NumberRow> rows;
   int iLine = 0;
@@ -78,11 +83,18 @@ std::vector<NumberRow> ReadNumberRows(const std::string& strPath, size_t uIds, s
   return rows;
 }
 
-ZuPointList ReadAdjustPoints(const std::string& strPath) {
+ZuPointList ReadAdjustPoints(const std::string& strPath, Context& context) {
   constexpr char kRight[] = "a row \"id x y z\" or \"id x y z dx dy dz\"";
   ZuPointList points;
+  const InputFile file(strPath, kRight);
+  if (TellsItsColumns(file)) {
+    const PointFormat format;
+    ReadPoints(file, format, context, &points);
+    CheckAccuracies(file.Name(), points, format.strColumns);
+    return points;
+  }
   std::map<double, int> lines;
-  for (const NumberRow& row : ReadNumberRows(strPath, 1, 4, 7, kRight)) {
+  for (const NumberRow& row : ReadNumberRows(file, 1, 4, 7, kRight)) {
     const std::vector<double>& v = row.values;
     if (v.size() != 4 && v.size() != 7) {
       FailAt(NameInMessages(strPath), row.iLine, std::to_string(v.size()) + " fields", kRight);

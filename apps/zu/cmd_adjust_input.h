@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "context.h"
+#include "input_file.h"
 #include "zu/adjust/network_project.h"
 #include "zu/points/point_list.h"
 
@@ -22,10 +23,12 @@ struct NumberRow {
 // file, line and what would be right (szRight).
 std::vector<NumberRow> ReadNumberRows(const std::string& strPath, size_t uIds, size_t uLeast,
                                       size_t uMost, const char* szRight);
+std::vector<NumberRow> ReadNumberRows(const InputFile& file, size_t uIds, size_t uLeast,
+                                      size_t uMost, const char* szRight);
 
-// Points of rows "id x y z" or "id x y z dx dy dz". Throws CommandError (bad input), also for one
-// that stands twice.
-ZuPointList ReadAdjustPoints(const std::string& strPath);
+// Points of rows "id x y z" or "id x y z dx dy dz", of a table with titles or a GSI file. Throws
+// CommandError (bad input), also for one that stands twice.
+ZuPointList ReadAdjustPoints(const std::string& strPath, Context& context);
 
 // Adds the distances of rows "id_a id_b distance sigma". Throws CommandError (bad input) for a
 // point that the network has not.

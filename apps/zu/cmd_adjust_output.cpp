@@ -4,6 +4,7 @@
 #include <cmath>
 #include <numeric>
 
+#include "point_input.h"
 #include "text_table.h"
 #include "zu/adjust/error_ellipsoid.h"
 
@@ -83,20 +84,18 @@ Json PhotoJson(const ZuNetworkOfProject& made, const ZuNetworkResult& result, si
   const ZuNetworkPhoto& photo = result.photos[i];
   const auto& r = photo.adRotation;
   const auto& sd = result.photoSd[i];
-  const auto& angles = result.photoAngles[i];
-  const auto& anglesSd = result.photoAnglesSd[i];
-  return Json{
-      {"id", photo.uId},
-      {"name", made.photoNames[i]},
-      {"rotation", {{r[0], r[1], r[2]}, {r[3], r[4], r[5]}, {r[6], r[7], r[8]}}},
-      {"position", photo.adPosition},
-      {"sd_position", {Number(sd[0]), Number(sd[1]), Number(sd[2])}},
-      {"angles", {{"a", angles[0]}, {"b", angles[1]}, {"c", angles[2]}}},
-      {"sd_angles",
-       {{"a", Number(anglesSd[0])}, {"b", Number(anglesSd[1])}, {"c", Number(anglesSd[2])}}},
-      {"sd_rotation", {Number(sd[3]), Number(sd[4]), Number(sd[5])}},
-      {"points", rms.n},
-      {"rms", Number(rms.Value())}};
+  Json json{{"id", photo.uId},
+            {"name", made.photoNames[i]},
+            {"rotation", {{r[0], r[1], r[2]}, {r[3], r[4], r[5]}, {r[6], r[7], r[8]}}},
+            {"position", photo.adPosition},
+            {"sd_position", {Number(sd[0]), Number(sd[1]), Number(sd[2])}},
+            {"sd_rotation", {Number(sd[3]), Number(sd[4]), Number(sd[5])}},
+            {"points", rms.n},
+            {"rms", Number(rms.Value())},  // the key of published adjustments
+            {"rms_px", Number(rms.Value())}};
+  AddPhotoAngles("angles", result.photoAngles[i], &json);
+  AddPhotoAngles("sd_angles", result.photoAnglesSd[i], &json);
+  return json;
 }
 
 // Half axes and directions of the 95 % ellipsoid.
@@ -333,15 +332,18 @@ void PrintAdjustment(const ZuNetworkOfProject& made, const ZuNetworkResult& resu
 }
 
 void WriteAdjustedPoints(const ZuNetworkOfProject& made, const ZuNetworkResult& result,
-                         std::ostream& stream) {
+                         int iDecimals, OutputFile* pOutput) {
+  ZuPointList points;
   for (const size_t i : PointsById(made, result)) {
-    stream << made.network.points[i].uId;
-    for (const double d : result.points[i]) stream << ' ' << Shortest(d);
-    for (size_t k = 0; k < 3; ++k) {
-      stream << ' ' << Shortest(std::sqrt(result.pointCovariance[i][k]));
-    }
-    stream << '\n';
+    const auto& p = result.points[i];
+    const auto& cov = result.pointCovariance[i];
+    ZuPoint point(made.network.points[i].uId, p[0], p[1], p[2]);
+    point.m_dDX = std::sqrt(cov[0]);
+    point.m_dDY = std::sqrt(cov[1]);
+    point.m_dDZ = std::sqrt(cov[2]);
+    points.Add(point);
   }
+  WritePoints(&points, kPointsWithSd, pOutput, iDecimals);
 }
 
 }  // namespace cli

@@ -34,7 +34,7 @@ ExitCode Run(const Values& values, Context& context) {
   options.test.dAlphaTotal = values.dAlphaTotal;
   const InputFile file(values.strProject, kProjectFile);
   const auto pProject = OpenProject(file, values.bPartial);
-  const ZuPointList board = ReadAdjustPoints(values.strBoard);
+  const ZuPointList board = ReadAdjustPoints(values.strBoard, context);
   ZuProjectCalibration found;
   {
     WorkLine work("calibrating", context.IsQuiet());

@@ -24,7 +24,7 @@ constexpr size_t kJsonHead = 4096;  // bytes in which a file says what it is
 
 struct Values {
   std::vector<std::string> files;
-  std::string strColumns = "id,x,y,z";
+  std::string strColumns;  // empty: found
 };
 
 // A text cloud or a binary one; other files have nothing that could be told.
@@ -77,8 +77,11 @@ void CheckInput(const std::string& strPath, const Values& values, ZuFindingList*
     strName = file.Name();
     strRead = file.Path();
     const char* const szPath = file.Path().c_str();
-    if (!CheckJson(szPath, &found) && !ZuCheckFile(szPath, ParseColumns(values.strColumns), &found))
-      CheckCloud(szPath, &found);
+    const bool bKnown =
+        CheckJson(szPath, &found) ||
+        (values.strColumns.empty() ? ZuCheckFile(szPath, &found)
+                                   : ZuCheckFile(szPath, ParseColumns(values.strColumns), &found));
+    if (!bKnown) CheckCloud(szPath, &found);
   } catch (const CommandError& error) {
     if (error.Code() != kBadInput) throw;
     std::string strText = error.what();

@@ -14,6 +14,7 @@
 #include "save_trafo.h"
 #include "text_table.h"
 #include "zu/numerics/affin_map3d.h"
+#include "zu/numerics/rotation_convention.h"
 
 namespace cli {
 namespace {
@@ -24,7 +25,7 @@ struct Values {
   std::vector<std::string> files;
   std::string strIn, strOut;
   CloudOptions cloud;
-  std::string strMatrix, strTranslate, strRotate, strEye;
+  std::string strMatrix, strTranslate, strRotate, strRotation = "abc", strEye;
 };
 
 unsigned int CountSelected(const ZuPointCloud& cloud) {
@@ -112,6 +113,19 @@ ZuAffinMap3d ReadMatrix(const std::string& strPath, Context& context) {
                                     "zu merge or zu local with --save, would be right");
 }
 
+// --rotate by the convention of --rotation.
+ZuAffinMap3d Turn(const Values& values) {
+  const auto v = Triple(values.strRotate, "--rotate");
+  const ZuRad a{v[0] * kDegree}, b{v[1] * kDegree}, c{v[2] * kDegree};
+  const ZuRotation R = values.strRotation == "opk"   ? ZuAnglesOpk{a, b, c}.Rotation()
+                       : values.strRotation == "pok" ? ZuAnglesPok{a, b, c}.Rotation()
+                                                     : ZuAnglesAbc{a, b, c}.Rotation();
+  if (values.strRotation == "xyz") return ZuAffinMap3d::RotXYZ(a.value, b.value, c.value);
+  ZuAffinMap3d map;
+  for (int i = 0; i < 3; ++i) std::copy_n(R.r.data() + 3 * i, 3, map.asDblArray() + 4 * i);
+  return map;
+}
+
 ZuAffinMap3d MapOf(const Values& values, Context& context) {
   const int iGiven = (values.strMatrix.empty() ? 0 : 1) + (values.strTranslate.empty() ? 0 : 1) +
                      (values.strRotate.empty() ? 0 : 1);
@@ -123,8 +137,7 @@ ZuAffinMap3d MapOf(const Values& values, Context& context) {
     const auto v = Triple(values.strTranslate, "--translate");
     return ZuAffinMap3d::Translate(v[0], v[1], v[2]);
   }
-  const auto v = Triple(values.strRotate, "--rotate");
-  return ZuAffinMap3d::RotXYZ(v[0] * kDegree, v[1] * kDegree, v[2] * kDegree);
+  return Turn(values);
 }
 
 ExitCode RunInfo(const Values& values, Context& context) {
@@ -224,7 +237,10 @@ Runner DefineCloudTransform(Options& options) {
                  "4 x 4 matrix row by row, translation last in each row; or the file of a --save");
   options.Option("--translate", "X,Y,Z", &pValues->strTranslate, "shift");
   options.Option("--rotate", "A,B,C", &pValues->strRotate,
-                 "turn about x, then y, then z, in degrees");
+                 "turn by angles in degrees, about x, y and z: R = Ry(B) Rx(A) Rz(C)");
+  options.Choice("--rotation", {"abc", "opk", "pok", "xyz"}, &pValues->strRotation,
+                 "convention of --rotate: abc; omega, phi, kappa; phi, omega, kappa; or about x, "
+                 "then y, then z");
   return [pValues](Context& context) {
     const ZuAffinMap3d map = MapOf(*pValues, context);
     return RunOn(*pValues, context, [&map](ZuPointCloud& cloud) { MoveCloud(map, cloud); });

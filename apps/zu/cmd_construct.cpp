@@ -55,7 +55,8 @@ ExitCode RunArc(const ArcValues& values, Context& context) {
     const double adSd[] = {std::sqrt(arc.adCov[0]), std::sqrt(arc.adCov[4])};
     made.Tell("centre_sd", Significant(adSd[0]) + "  " + Significant(adSd[1]), {adSd[0], adSd[1]});
   }
-  made.Tell("sweep", Angle(arc.dSweep) + (arc.dSweep > 0.0 ? "  to the left" : "  to the right"),
+  made.Tell("sweep_rad",
+            Angle(arc.dSweep) + (arc.dSweep > 0.0 ? "  to the left" : "  to the right"),
             arc.dSweep);
   made.TellLength("length", arc.Length());
   made.TellLength("rise", arc.Rise());
@@ -106,11 +107,11 @@ ExitCode RunLine(const LineValues& values, Context& context) {
     const double dBearing = Construction::Turned(part.dDirection);
     parts.push_back({{"first", JsonLabel(*used[part.uFirst])},
                      {"points", part.uCount},
-                     {"bearing", dBearing},
-                     {"bearing_sd", part.dDirectionSd},
+                     {"bearing_rad", dBearing},
+                     {"bearing_sd_rad", part.dDirectionSd},
                      {"offset_sd", part.dOffsetSd},
                      {"length", part.line.getLength()},
-                     {"rms", part.dRms},
+                     {"rms", RmsJson(part.dRms)},
                      {"straightness", part.dStraightness}});
     made.TellLine("part " + std::to_string(parts.size()),
                   Counted(static_cast<long long>(part.uCount), "point") + " from " +
@@ -139,9 +140,9 @@ ExitCode RunRectangle(const ConstructValues& values, Context& context) {
   made.TellLength("width", r.dWidth, r.dWidthSd);
   made.TellLength("height", r.dHeight, r.dHeightSd);
   const double dBearing = Construction::Turned(r.dDirection);
-  made.Tell("bearing", Angle(dBearing), dBearing);
+  made.Tell("bearing_rad", Angle(dBearing), dBearing);
   made.Tell(
-      "bearing_sd",
+      "bearing_sd_rad",
       r.dDirectionSd > 0.0 ? Significant(r.dDirectionSd * 200.0 / std::numbers::pi) + " gon" : "-",
       r.dDirectionSd > 0.0 ? Json(r.dDirectionSd) : Json());
   made.TellLength("area", r.Area());

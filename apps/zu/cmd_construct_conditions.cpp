@@ -55,7 +55,7 @@ void TellConditions(const ZuPlaneConditions& solver, const PointRefs& points, Co
     list.push_back({{"kind", kKinds[c.kind]},
                     {"points", std::move(names)},
                     {"ratio", bRatio ? Json(c.dRatio) : Json()},
-                    {"residual", c.dResidual},
+                    {bRatio ? "residual" : "residual_rad", c.dResidual},
                     {"used", c.bUsed}});
   }
   context.Root()["conditions"] = std::move(list);

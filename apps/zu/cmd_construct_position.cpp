@@ -81,7 +81,7 @@ ExitCode Report(const SightValues& values, const char* szKind, const ZuCadPositi
     const double d = bDirection ? -position.residuals[i] / dUnit : position.residuals[i];
     residuals.push_back({{"point", JsonLabel(*known[i])},
                          {"kind", bDirection ? "direction" : "distance"},
-                         {"residual", d}});
+                         {bDirection ? "residual_" + values.strUnit : "residual", d}});
     made.TellLine("residual of " + PointLabel(*known[i]),
                   Fixed(d, 6) + (bDirection ? " " + values.strUnit : ""));
   }
@@ -100,7 +100,7 @@ ExitCode RunIntersection(const SightValues& values, Context& context) {
   }
   const ZuCadPosition position = ZuCadIntersect(sights, !values.bRight);
   made.Check(position.fit.eStatus, "intersection");
-  made.Tell("angle_of_intersection", Angle(position.dGeometry), position.dGeometry);
+  made.Tell("angle_of_intersection_rad", Angle(position.dGeometry), position.dGeometry);
   return Report(values, "intersection", position, sights, known, made, context);
 }
 
@@ -111,7 +111,7 @@ ExitCode RunResection(const SightValues& values, Context& context) {
   const ZuCadPosition position = ZuCadResect(sights);
   made.Check(position.fit.eStatus, "resection");
   const double dZero = Construction::Turned(position.dZero);
-  made.Tell("bearing_of_zero", Angle(dZero), dZero);
+  made.Tell("bearing_of_zero_rad", Angle(dZero), dZero);
   made.Tell("gap_to_the_dangerous_circle", Fixed(position.dGeometry, 6) + " of its radius",
             position.dGeometry);
   return Report(values, "resection", position, sights, known, made, context);
@@ -161,7 +161,7 @@ void AddChain(const OrthoValues& values, const ZuCadOrthoLine& line, Constructio
     made.TellLength("misclosure_along", chain.dAlong);
     made.TellLength("misclosure_across", chain.dAcross);
     made.Tell("scale_of_the_chain", Fixed(chain.dScale, 9), chain.dScale);
-    made.Tell("turn_of_the_chain", Angle(chain.dTurn), chain.dTurn);
+    made.Tell("turn_of_the_chain_rad", Angle(chain.dTurn), chain.dTurn);
   }
   for (size_t i = 0; i < chain.points.size(); ++i) {
     made.AddPoint("leg" + std::to_string(i + 1), chain.points[i]);

@@ -150,7 +150,7 @@ Json GeoJson(const std::vector<GeoPoint>& points, bool bGrid) {
     row["x"] = p.m_dX;
     row["y"] = p.m_dY;
     row["z"] = p.m_dZ;
-    row["convergence"] = bGrid ? Json(point.grid.m_dConvergence) : Json();
+    row["convergence_rad"] = bGrid ? Json(point.grid.m_dConvergence) : Json();
     row["scale"] = bGrid ? Json(point.grid.m_dScale) : Json();
     rows.push_back(std::move(row));
   }

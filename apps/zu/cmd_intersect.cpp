@@ -6,6 +6,7 @@
 #include "cmd_adjust_input.h"
 #include "commands.h"
 #include "input_file.h"
+#include "point_input.h"
 #include "project_input.h"
 #include "text_table.h"
 #include "zu/adjust/intersection_project.h"
@@ -19,15 +20,16 @@ constexpr double kDegree = 0.017453292519943295;
 struct Values {
   std::string strProject, strOut, strSigma = "0.1px";
   double dAlpha = 0.001, dAlphaTotal = 0.0, dLeastAngle = 5.0;
+  int iDecimals = -1;
   bool bTest = false, bPartial = false;
 };
 
 Json PointJson(const ZuIntersectedPoint& point) {
   const auto& q = point.covariance;
-  return Json{{"id", point.uId},        {"x", point.position[0]},    {"y", point.position[1]},
-              {"z", point.position[2]}, {"sx", point.Sd(0)},         {"sy", point.Sd(1)},
-              {"sz", point.Sd(2)},      {"cov", {q[1], q[2], q[5]}}, {"rays", point.iRays},
-              {"angle", point.dAngle}};
+  return Json{{"id", point.uId},          {"x", point.position[0]},    {"y", point.position[1]},
+              {"z", point.position[2]},   {"sx", point.Sd(0)},         {"sy", point.Sd(1)},
+              {"sz", point.Sd(2)},        {"cov", {q[1], q[2], q[5]}}, {"rays", point.iRays},
+              {"angle_rad", point.dAngle}};
 }
 
 Json RayJson(const ZuIntersectedPoint& point, const ZuIntersectedRay& ray) {
@@ -92,8 +94,9 @@ bool TellRest(const ZuProjectIntersection& result, Context& context) {
   for (const ZuIntersectedPoint& point : result.points) {
     if (!point.IsGood()) {
       context.Warn("point " + std::to_string(point.uId) + ": " + point.strWhy);
-      root["not_found"].push_back(Json{
-          {"id", point.uId}, {"status", ZuAdjustStatusText(point.status)}, {"why", point.strWhy}});
+      root["not_found"].push_back(Json{{"id", point.uId},
+                                       {"status_text", ZuAdjustStatusText(point.status)},
+                                       {"why", point.strWhy}});
       continue;
     }
     for (const ZuIntersectedRay& ray : point.rays) {
@@ -104,11 +107,12 @@ bool TellRest(const ZuProjectIntersection& result, Context& context) {
         continue;
       }
       context.Text() << '\n' << AsideText(point, ray);
-      root["set_aside"].push_back(Json{{"photo", ray.uPhoto},
-                                       {"id", point.uId},
-                                       {"test", ray.test.dTest},
-                                       {"limit", ray.test.dLimit},
-                                       {"error", ray.adResidualPixels}});
+      root["set_aside"].push_back(
+          Json{{"photo", ray.uPhoto},
+               {"id", point.uId},
+               {"test", ray.test.dTest},
+               {"limit", ray.test.dLimit},
+               {"error", {-ray.adResidualPixels[0], -ray.adResidualPixels[1]}}});
     }
   }
   if (!root["set_aside"].empty()) context.Text() << '\n';
@@ -132,14 +136,17 @@ void AddJson(const ZuProjectIntersection& result, Json* pRoot) {
   }
 }
 
-void WritePoints(const ZuProjectIntersection& result, std::ostream& stream) {
-  for (const ZuIntersectedPoint& point : result.points) {
-    if (!point.IsGood()) continue;
-    stream << point.uId;
-    for (const double d : point.position) stream << ' ' << Shortest(d);
-    for (int k = 0; k < 3; ++k) stream << ' ' << Shortest(point.Sd(k));
-    stream << '\n';
+void WriteIntersected(const ZuProjectIntersection& result, int iDecimals, OutputFile* pOutput) {
+  ZuPointList points;
+  for (const ZuIntersectedPoint& p : result.points) {
+    if (!p.IsGood()) continue;
+    ZuPoint point(p.uId, p.position[0], p.position[1], p.position[2]);
+    point.m_dDX = p.Sd(0);
+    point.m_dDY = p.Sd(1);
+    point.m_dDZ = p.Sd(2);
+    points.Add(point);
   }
+  WritePoints(&points, kPointsWithSd, pOutput, iDecimals);
 }
 
 ExitCode Run(const Values& values, bool bSigmaGiven, Context& context) {
@@ -175,7 +182,9 @@ ExitCode Run(const Values& values, bool bSigmaGiven, Context& context) {
   Print(result, context.Text());
   AddJson(result, &context.Root());
   const bool bRest = TellRest(result, context);
-  if (!values.strOut.empty()) WritePoints(result, context.NewOutput(values.strOut).Stream());
+  if (!values.strOut.empty()) {
+    WriteIntersected(result, values.iDecimals, &context.NewOutput(values.strOut));
+  }
   return bRest || !result.warnings.empty() ? kNotAcceptable : kGood;
 }
 
@@ -196,6 +205,7 @@ Runner DefineIntersect(Options& options) {
   AddPartialOption(options, &pValues->bPartial);
   options.Output("-o,--output", "FILE", &pValues->strOut,
                  "the points with standard deviations: id x y z dx dy dz");
+  AddDecimals(options, &pValues->iDecimals);
   return [pValues, options](Context& context) {
     return Run(*pValues, options.Given("--sigma"), context);
   };

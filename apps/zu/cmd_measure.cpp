@@ -19,10 +19,9 @@ namespace cli {
 namespace {
 
 struct Values {
-  std::string strProject, strCheck, strOut, strReport;
+  std::string strProject, strCheck, strOut, strReport, strColumns;
   std::string strUnit = "object units";
   MeasurePlane plane;
-  PointFormat check;
   AccuracyValues accuracy;
   JoinValues join;
   bool bFlip = false, bLibrary = false, bPartial = false;
@@ -38,16 +37,13 @@ Json PhotoJson(const ZuMeasuredPhoto& photo, const MeasureAccuracy::Photo& accur
   json["name"] = photo.m_pPhoto->GetName().chars();
   json["points"] = photo.m_points.size();
   json["checked"] = photo.m_iChecked;
-  json["rms"] = Or(bChecked, photo.m_dRms);
-  json["rms_x"] = Or(bChecked, photo.m_dRmsX);
-  json["rms_y"] = Or(bChecked, photo.m_dRmsY);
-  json["rms_z"] = Or(bChecked, photo.m_dRmsZ);
-  json["rms_pixels"] = Or(bChecked, photo.m_dRmsPixels);
+  json["rms"] = bChecked ? RmsJson({photo.m_dRmsX, photo.m_dRmsY, photo.m_dRmsZ}) : Json();
+  json["rms_px"] = Or(bChecked, photo.m_dRmsPixels);
   json["worst"] = photo.Worst() != nullptr
                       ? Json{{"id", photo.Worst()->m_uId}, {"length", photo.Worst()->Length()}}
                       : Json();
   json["sd"] = Finite(accuracy.dSd);
-  json["least_incidence"] = Finite(accuracy.LeastIncidence());
+  json["least_incidence_rad"] = Finite(accuracy.LeastIncidence());
   return json;
 }
 
@@ -63,8 +59,21 @@ Json PointJson(unsigned uPhoto, const ZuMeasuredPoint& p, const MeasureAccuracy:
   json["sy"] = Finite(std::sqrt(cov[1]));
   json["sz"] = Finite(std::sqrt(cov[2]));
   json["cov"] = {Finite(cov[3]), Finite(cov[4]), Finite(cov[5])};
-  json["incidence"] = Finite(accuracy.dIncidence);
+  json["incidence_rad"] = Finite(accuracy.dIncidence);
   return json;
+}
+
+// Of all checked points, by axis.
+Json RmsOfPhotos(const ZuPlaneMeasurement& result) {
+  if (result.m_iChecked == 0) return Json();
+  std::vector<double> sums(3);
+  for (const ZuMeasuredPhoto& photo : result.m_photos) {
+    sums[0] += photo.m_iChecked * photo.m_dRmsX * photo.m_dRmsX;
+    sums[1] += photo.m_iChecked * photo.m_dRmsY * photo.m_dRmsY;
+    sums[2] += photo.m_iChecked * photo.m_dRmsZ * photo.m_dRmsZ;
+  }
+  for (double& d : sums) d = std::sqrt(d / result.m_iChecked);
+  return RmsJson(sums);
 }
 
 void AddJson(const ZuPlaneMeasurement& result, const MeasureAccuracy& accuracy, Context& context) {
@@ -75,8 +84,8 @@ void AddJson(const ZuPlaneMeasurement& result, const MeasureAccuracy& accuracy, 
                        {"points", result.m_iPlanePoints},
                        {"sigma0", result.m_dPlaneSigma0}};
   root["photos"] = Json::array();
-  root["rms"] = Or(result.m_iChecked > 0, result.m_dRms);
-  root["rms_pixels"] = Or(result.m_iChecked > 0, result.m_dRmsPixels);
+  root["rms"] = RmsOfPhotos(result);
+  root["rms_px"] = Or(result.m_iChecked > 0, result.m_dRmsPixels);
   root["checked"] = result.m_iChecked;
   root["not_met"] = result.m_refused.size();
   root["left_out"] = Json::array();
@@ -138,21 +147,27 @@ void Print(const ZuPlaneMeasurement& result, const MeasureAccuracy& accuracy, co
   accuracy.PrintChain(values.strUnit, stream);
 }
 
-// Rows photo, id, x, y, z; where anything is told of the accuracy with sx, sy, sz behind.
+// Rows photo, id, x, y, z; where anything is told of the accuracy with standard deviations behind.
 void WriteObjectPoints(const ZuPlaneMeasurement& result, const MeasureAccuracy& accuracy,
-                       bool bWithSd, std::ostream& stream) {
+                       bool bWithSd, const PointFormat& format, OutputFile* pOutput) {
+  ZuPointList points;
   for (size_t i = 0; i < result.m_photos.size(); ++i) {
     const ZuMeasuredPhoto& photo = result.m_photos[i];
     for (size_t k = 0; k < photo.m_points.size(); ++k) {
       const ZuMeasuredPoint& p = photo.m_points[k];
-      stream << photo.m_pPhoto->GetId() << ' ' << p.m_uId << ' ' << Shortest(p.m_dX) << ' '
-             << Shortest(p.m_dY) << ' ' << Shortest(p.m_dZ);
-      for (size_t a = 0; bWithSd && a < 3; ++a) {
-        stream << ' ' << Shortest(std::sqrt(accuracy.Photos()[i].points[k].cov[a]));
-      }
-      stream << '\n';
+      const auto& cov = accuracy.Photos()[i].points[k].cov;
+      ZuPoint point(p.m_uId, p.m_dX, p.m_dY, p.m_dZ);
+      point.m_iPhoto = static_cast<int>(photo.m_pPhoto->GetId());
+      point.m_dDX = std::sqrt(cov[0]);
+      point.m_dDY = std::sqrt(cov[1]);
+      point.m_dDZ = std::sqrt(cov[2]);
+      points.Add(point);
     }
   }
+  std::vector<eZuPointRWMask> columns = {eZuPointRWPhoto, eZuPointRWId, eZuPointRWX, eZuPointRWY,
+                                         eZuPointRWZ};
+  if (bWithSd) columns.insert(columns.end(), {eZuPointRWDX, eZuPointRWDY, eZuPointRWDZ});
+  WriteNewPoints(points, std::move(columns), format, pOutput);
 }
 
 ReportInput::File ReportFile(const char* szWhat, const InputFile& file) {
@@ -178,7 +193,9 @@ ExitCode Run(const Values& values, bool bSigma, Context& context) {
   }
   if (!values.strCheck.empty()) {
     checkFile.emplace(values.strCheck, "a coordinate file");
-    ReadPoints(*checkFile, values.check, context, &check);
+    PointFormat format = values.plane.format;
+    format.strToldColumns = values.strColumns;
+    ReadPoints(*checkFile, format, context, &check);
   }
   ZuPlaneMeasurement result;
   std::optional<ZuPlaneFit> plane;
@@ -203,8 +220,8 @@ ExitCode Run(const Values& values, bool bSigma, Context& context) {
     WriteJoined(joined, context.NewOutput(values.join.strJoined).Stream());
   }
   if (!values.strOut.empty()) {
-    WriteObjectPoints(result, accuracy, bSigma || accuracy.IsTold(),
-                      context.NewOutput(values.strOut).Stream());
+    WriteObjectPoints(result, accuracy, bSigma || accuracy.IsTold(), values.plane.format,
+                      &context.NewOutput(values.strOut));
   }
   if (!values.strReport.empty()) {
     ReportInput input;
@@ -236,12 +253,17 @@ Runner DefineMeasure(Options& options) {
   options.Output(
       "-o,--output", "FILE", &pValues->strOut,
       "object points: photo, id, x, y, z; with --sigma, or where the project tells of accuracy, "
-      "sx, sy, sz behind");
+      "standard deviations dx, dy, dz behind");
   AddJoinOptions(options, &pValues->join);
   options.Output("--report", "FILE", &pValues->strReport, "report, one HTML file");
   AddAccuracyOptions(options, &pValues->accuracy);
+  AddPointOptions(options, &pValues->plane.format);
   return [pValues, options](Context& context) {
     pValues->plane.bAxis |= pValues->bLibrary;
+    pValues->strColumns = pValues->plane.format.strToldColumns;
+    if (!pValues->plane.strColumns.empty()) {
+      pValues->plane.format.strToldColumns = pValues->plane.strColumns;
+    }
     return Run(*pValues, options.Given("--sigma"), context);
   };
 }

@@ -13,6 +13,7 @@
 #include "save_trafo.h"
 #include "similarity_page.h"
 #include "similarity_report.h"
+#include "svg.h"
 #include "text_table.h"
 #include "trafo_report.h"
 #include "zu/adjust/consensus.h"
@@ -219,7 +220,7 @@ void MergeByConsensus(const Values& values, Context& context, Lists* pLists, ZuT
   context.Text() << Counted(consensus.iSamples, "sample") << ", "
                  << (consensus.bExhaustive
                          ? std::string("all there are")
-                         : "chance of having missed the best " + Shortest(consensus.dMissed))
+                         : "chance of having missed the best " + Significant(consensus.dMissed))
                  << '\n';
 }
 

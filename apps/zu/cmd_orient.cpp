@@ -38,10 +38,9 @@ Json PositionOf(const ZuPose& pose) {
 }
 
 Json PhotoJson(const ZuPhotoOrientation& photo) {
-  const auto number = [](double d) { return std::isfinite(d) ? Json(d) : Json(); };
   Json json{{"id", photo.uId},
             {"name", photo.strName},
-            {"status", ZuAdjustStatusText(photo.status)},
+            {"status_text", ZuAdjustStatusText(photo.status)},
             {"way", ZuOrientationWayText(photo.eWay)},
             {"measured", photo.iMeasured},
             {"known", photo.iKnown}};
@@ -51,15 +50,14 @@ Json PhotoJson(const ZuPhotoOrientation& photo) {
   }
   json["rotation"] = RowsOf(photo.pose.rotation);
   json["position"] = PositionOf(photo.pose);
-  json["angles"] = {{"a", photo.angles[0]}, {"b", photo.angles[1]}, {"c", photo.angles[2]}};
+  AddPhotoAngles("angles", photo.angles, &json);
   if (photo.eWay == ZuOrientationWay::Kept) return json;
   json["sd_position"] = {Sd(photo.pose, 3), Sd(photo.pose, 4), Sd(photo.pose, 5)};
   json["sd_rotation"] = {Sd(photo.pose, 0), Sd(photo.pose, 1), Sd(photo.pose, 2)};
-  json["sd_angles"] = {{"a", number(photo.anglesSd[0])},
-                       {"b", number(photo.anglesSd[1])},
-                       {"c", number(photo.anglesSd[2])}};
+  AddPhotoAngles("sd_angles", photo.anglesSd, &json);
   json["points"] = photo.iPoints;
-  json["rms"] = photo.dRmsPixels;
+  json["rms"] = photo.dRmsPixels;  // the key of published adjustments
+  json["rms_px"] = photo.dRmsPixels;
   json["sigma0"] = photo.dSigma0;
   json["alternatives"] = Json::array();
   for (const ZuPose& pose : photo.alternatives) {
@@ -120,8 +118,8 @@ ExitCode Run(const Values& values, Context& context) {
   const InputFile file(values.strProject, kProjectFile);
   const auto pProject = OpenProject(file, values.bPartial);
   ZuPointList control, approximations;
-  if (!values.strControl.empty()) control = ReadAdjustPoints(values.strControl);
-  if (!values.strApprox.empty()) approximations = ReadAdjustPoints(values.strApprox);
+  if (!values.strControl.empty()) control = ReadAdjustPoints(values.strControl, context);
+  if (!values.strApprox.empty()) approximations = ReadAdjustPoints(values.strApprox, context);
   ZuOrientationOptions options;
   options.dSigma = input.dSigma;
   options.bSigmaInPixels = input.bSigmaInPixels;

@@ -135,8 +135,8 @@ Json PhotoJson(const ZuPhoto& photo, int iMeasured, const std::string& strLacks,
   const ZuVector& X0 = photo.GetPosAOR();
   json["position"] = {X0[1], X0[2], X0[3]};
   const Angles angles = AnglesOf(photo);
-  json["angles"] = {{"x", angles.a}, {"y", angles.b}, {"z", angles.c}};
-  if (strLacks.empty() && values.IsAsked()) json["rotation"] = RotationOf(photo, values).Json();
+  json["angles_rad"] = {{"x", angles.a}, {"y", angles.b}, {"z", angles.c}};
+  if (strLacks.empty() && values.IsAsked()) json["rotation_as"] = RotationOf(photo, values).Json();
   json["measured"] = iMeasured;
   json["rectifications"] = Json::array();
   for (const ZuZuspTrafo* p = photo.FirstZuspTrafo(); p != nullptr; p = p->Next()) {

@@ -143,7 +143,7 @@ void FillInnerJson(const ZuFirstTrafo& first, const InnerKind& kind, const ZuRes
   for (size_t i = 0; i < fit.coefficients.size(); ++i) {
     root["coefficients"].push_back(trafo.GetCoef(static_cast<int>(i)));
   }
-  root["rms"] = dRms;
+  root["rms"] = RmsJson(dRms);
   root["sigma0"] = fit.dSigma0;
   root["sigma_kind"] = ZuSigmaKindText(fit.sigmaOfResults);
   root["redundancy"] = fit.iRedundancy;
@@ -174,8 +174,9 @@ ExitCode Run(const Values& values, Context& context) {
   const InnerKind& kind =
       *std::find_if(std::begin(kInnerKinds), std::end(kInnerKinds),
                     [&values](const InnerKind& k) { return values.strType == k.szName; });
-  const ZuFirstTrafo first = FitOf(values, kind, photo, pixels, reseau);
+  ZuFirstTrafo first = FitOf(values, kind, photo, pixels, reseau);
   ZuStoreFirstTrafo(first, reseau, &photo);
+  TurnResiduals(&first.fit.points);
 
   const ZuTrafo2dFit& fit = first.fit;
   double dLargest = 0.0;
@@ -186,7 +187,7 @@ ExitCode Run(const Values& values, Context& context) {
   if (fit.iSetAside > 0) text << ", " << fit.iSetAside << " set aside";
   if (!first.notMeasured.empty()) text << ", " << first.notMeasured.size() << " not measured";
   if (!first.notNominal.empty()) text << ", " << first.notNominal.size() << " not in the reseau";
-  text << "\nresiduals: transformed minus nominal\n\n";
+  text << "\nresiduals: nominal minus transformed\n\n";
   WriteCrosses(fit, dLargest, text);
   text << "\nRMS     " << Fixed(dRms, DecimalsFor(dLargest)) << " mm\nsigma0  "
        << SigmaText(fit.dSigma0, fit.sigmaOfResults, fit.iRedundancy) << '\n';

@@ -119,7 +119,7 @@ void FillJson(ZuCalcPlane& calc, Json* pRoot) {
   root["d"] = plane.D();
   root["sigma0"] = calc.GetZuPlaneSigma0();
   root["medium_distance"] = calc.GetZuPlaneMediumPointDist();
-  root["rms"] = figures.dRms;
+  root["rms"] = RmsJson(figures.dRms);
   root["largest"] = figures.dLargest;
   Json points = Json::array();
   for (const ZuPoint* p = calc.GetPointsInZuPlane()->First(); p != nullptr; p = p->Next()) {

@@ -15,6 +15,7 @@ constexpr double kGon = std::numbers::pi / 200.0;
 
 struct Values {
   std::string strFile, strOut, strKnown, strDuplicates = "mean";
+  int iDecimals = -1;
   bool bMeasured = false, bFlat = false, bPrism = false;
   double dOrientation = 0.0, dPrism = 0.0, dRefraction = 0.13;
   double dSigmaAngle = 0.0, dSigmaDistance = 0.0, dSigmaPpm = 0.0, dSigmaHeight = 0.0;
@@ -79,7 +80,7 @@ Duplicates DuplicatesOfWord(const std::string& strWord) {
 
 ExitCode RunGsi(const Values& values, Context& context) {
   ZuPointList known, points;
-  if (!values.strKnown.empty()) ReadPoints(values.strKnown, "idname,x,y,z", context, &known);
+  if (!values.strKnown.empty()) ReadPoints(values.strKnown, PointFormat(), context, &known);
   const InputFile file(values.strFile, "a GSI file of a total station");
   const ZuGsiReading reading =
       ZuReadGsiPoints(file.Path().c_str(), OptionsOf(values, known), points, ReadMode(context));
@@ -98,7 +99,7 @@ ExitCode RunGsi(const Values& values, Context& context) {
   context.Root()["points"] = points.Count();
   context.Root()["columns"] = strColumns;
   context.Text() << Counted(points.Count(), "point") << ", columns " << strColumns << '\n';
-  WritePoints(&points, strColumns, &context.NewOutput(values.strOut));
+  WritePoints(&points, strColumns, &context.NewOutput(values.strOut), values.iDecimals);
   return kGood;
 }
 
@@ -133,6 +134,7 @@ Runner DefinePointsGsi(Options& options) {
   }
   options.Choice("--duplicates", {"error", "first", "last", "mean"}, &pValues->strDuplicates,
                  "what counts of a point that was measured more than once");
+  AddDecimals(options, &pValues->iDecimals);
   options.Tolerant();
   return [pValues, options](Context& context) {
     pValues->bPrism = options.Given("--prism");

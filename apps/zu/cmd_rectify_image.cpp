@@ -483,7 +483,7 @@ class RectifyImage {
                                     {"name", photo.GetName().chars()},
                                     {"share", dShare},
                                     {"pixel_on_plane", {dShort, dLong}},
-                                    {"angle", dAngle}});
+                                    {"angle_deg", dAngle}});
     }
     table.Write(m_context.Text());
   }
@@ -505,7 +505,7 @@ class RectifyImage {
       lines.push_back(Json{{"id", line.uLine},
                            {"used", line.bUsed},
                            {"across", line.dAcross},
-                           {"angle", line.dAngle},
+                           {"angle_rad", line.dAngle},
                            {"length", line.dLength}});
     }
     table.Write(text);

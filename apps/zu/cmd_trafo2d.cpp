@@ -129,7 +129,10 @@ ZuTrafo2dFit Estimate(const Values& values, const Kind& kind, const Lists& lists
   options.dSigma = values.adjust.dSigma;
   options.tests = TestsOf(values.adjust, values.adjust.bTest);
   ZuTrafo2dFit fit = ZuFitTrafo2d(kind.kind, PairsOf(values, lists), options);
-  if (fit.eStatus == ZuAdjustStatus::Good) return fit;
+  if (fit.eStatus == ZuAdjustStatus::Good) {
+    TurnResiduals(&fit.points);
+    return fit;
+  }
   throw CommandError(
       kUndetermined,
       Files(values) + ": the " + strPoints + " do not determine --type " + kind.szName + "\n" +
@@ -227,7 +230,7 @@ void WriteText(const Values& values, const Result& result, std::ostream& text) {
        << result.lists.source.Count() - static_cast<int>(result.rows.size()) << " only in "
        << NameInMessages(values.strSource);
   if (fit.iSetAside > 0) text << "; " << fit.iSetAside << " set aside";
-  text << "\nresiduals: transformed source minus control\n\n";
+  text << "\nresiduals: control minus transformed source\n\n";
   const int iDecimals = DecimalsFor(result.dLargest);
   TextTable table;
   for (const char* szTitle : {"point", "dx", "dy", "length", "wx", "wy", "r", "nabla"}) {
@@ -270,7 +273,7 @@ struct Carried {
 void AddCommon(const Row& row, Json* pPoint, Json* pAside, Json* pFree) {
   const ZuPointTest& t = *row.pTest;
   Json entry = {{"id", row.pSource->GetId()}, {"name", row.pSource->GetName().chars()}};
-  if (t.bUsed && !t.bControlled) pFree->push_back(entry);
+  if (t.bUsed && !t.bControlled) pFree->push_back(JsonLabel(*row.pSource));
   if (!t.bUsed) {
     entry["test"] = t.dTest;
     entry["error"] = {t.adResidual[0], t.adResidual[1]};
@@ -292,6 +295,7 @@ void FillJson(const Values& values, const Result& result, Json* pRoot) {
     names.push_back("a" + std::to_string(k));
   }
   root["common"] = result.rows.size();
+  root["rms"] = RmsJson({result.dRmsX, result.dRmsY});
   root["residual_x"] = result.dRmsX;
   root["residual_y"] = result.dRmsY;
   root["max_error_id"] = result.pWorst->GetId();
@@ -364,7 +368,7 @@ std::string Page(const Values& values, const Result& result) {
   AdjustReport::Table table;
   table.strTitle = "Common points";
   table.strNote =
-      "Transformed source less control, the longest first, those set aside before the others. r: "
+      "Control less transformed source, the longest first, those set aside before the others. r: "
       "redundancy of both coordinates; nabla: smallest error that the test finds.";
   table.columns = {{"point"}, {"dx" + strIn}, {"dy" + strIn},    {"length" + strIn}, {"wx"},
                    {"wy"},    {"r"},          {"nabla" + strIn}, {"", true}};
@@ -391,8 +395,8 @@ std::string Page(const Values& values, const Result& result) {
         uCommon < result.rows.size() && result.rows[uCommon].pSource->GetId() == p->GetId();
     if (item.bArrow) {
       const ZuPointTest& test = *result.rows[uCommon++].pTest;
-      item.dx = test.adResidual[0];
-      item.dy = test.adResidual[1];
+      item.dx = -test.adResidual[0];
+      item.dy = -test.adResidual[1];
       item.bUsed = test.bUsed;
       if (test.bUsed) report.w.insert(report.w.end(), test.adW, test.adW + 2);
     }

@@ -45,7 +45,7 @@ void WriteMoved(const ZuUpdateResult& result, Context& context) {
 Json PointsJson(const ZuUpdateResult& result) {
   Json points = Json::array();
   for (const ZuUpdatedPoint& p : result.m_Points) {
-    Json json = {{"point", JsonLabel(*p.m_pNew)}, {"status", GetZuUpdateText(p.m_eStatus)}};
+    Json json = {{"point", JsonLabel(*p.m_pNew)}, {"status_text", GetZuUpdateText(p.m_eStatus)}};
     if (p.m_pPoint != nullptr && p.m_eStatus != eZuUpdateAdded) {
       json["dx"] = p.m_adDifference[0];
       json["dy"] = p.m_adDifference[1];

@@ -170,6 +170,7 @@ void Construction::AddPoint(const std::string& strName, const ZuPoint3d& p) {
 
 void Construction::Tell(const char* szKey, const std::string& strText, Json value) {
   std::string strTitle = szKey;
+  if (strTitle.ends_with("_rad")) strTitle.erase(strTitle.size() - 4);
   std::replace(strTitle.begin(), strTitle.end(), '_', ' ');
   TellLine(strTitle, strText);
   m_facts[szKey] = std::move(value);
@@ -185,7 +186,7 @@ void Construction::TellFit(const ZuCadFit& fit) {
   Tell("sigma0", fit.iRedundancy > 0 ? Significant(fit.dSigma0) + "  " + strRedundancy : "-",
        fit.iRedundancy > 0 ? Json(fit.dSigma0) : Json());
   m_facts["redundancy"] = fit.iRedundancy;
-  m_facts["rms"] = fit.dRms;
+  m_facts["rms"] = RmsJson(fit.dRms);
   m_facts["largest"] = fit.dLargest;
 }
 

@@ -66,7 +66,7 @@ class Construction {
   void TellLine(const std::string& strTitle, const std::string& strText) {
     m_lines.emplace_back(strTitle, strText);
   }
-  // A line of the result, with its key.
+  // A line of the result, with its key; "_rad" at its end stands in the JSON alone.
   void Tell(const char* szKey, const std::string& strText, Json value);
   void TellLength(const char* szKey, double d, double dSd = 0.0);
   void TellFit(const ZuCadFit& fit);

@@ -2,6 +2,7 @@
 
 #include <charconv>
 #include <cmath>
+#include <numbers>
 
 namespace cli {
 namespace {
@@ -54,6 +55,28 @@ void Append(const Json& json, int iLevel, std::string* pText) {
 }
 
 }  // namespace
+
+Json RmsJson(double dTotal) { return std::isfinite(dTotal) ? Json{{"total", dTotal}} : Json(); }
+
+Json RmsJson(const std::vector<double>& byAxis) {
+  Json rms = Json::object();
+  double dSum = 0.0;
+  for (size_t i = 0; i < byAxis.size(); ++i) {
+    rms[std::string(1, "xyz"[i])] = byAxis[i];
+    dSum += byAxis[i] * byAxis[i];
+  }
+  rms["total"] = std::sqrt(dSum);
+  return std::isfinite(dSum) ? rms : Json();
+}
+
+void AddPhotoAngles(const char* szKey, const std::array<double, 3>& angles, Json* pPhoto) {
+  constexpr double kDegree = std::numbers::pi / 180.0;
+  const auto json = [&angles](double dUnit) {
+    return Json{{"a", angles[0] / dUnit}, {"b", angles[1] / dUnit}, {"c", angles[2] / dUnit}};
+  };
+  (*pPhoto)[szKey] = json(1.0);
+  (*pPhoto)[std::string(szKey) + "_deg"] = json(kDegree);
+}
 
 std::string JsonText(const Json& json) {
   std::string strText;

@@ -75,8 +75,9 @@ void WarnOf(const ZuPlaneMeasurement& result, const Context& context) {
 void AddPlaneOptions(Options& options, MeasurePlane* pPlane) {
   options.Option("--plane", "PLANE", &pPlane->strPoints, kPlaneHelp);
   options.Required();
-  options.Option("--plane-columns", "COLUMNS", &pPlane->format.strToldColumns,
-                 "columns of the file of --plane; dx, dy, dz bring standard deviations");
+  options.Option("--plane-columns", "NAMES", &pPlane->strColumns,
+                 "columns of the file of --plane, where they are others than --columns; dx, dy, dz "
+                 "bring standard deviations");
   options.Option("--plane-sigma", "S", &pPlane->dSigma,
                  "standard deviation of the coordinates of --plane without columns that tell it; "
                  "else their distances from the plane tell it");

@@ -16,8 +16,9 @@ namespace cli {
 struct MeasurePlane {
   std::string strPoints;
   PointFormat format;
-  double dSigma = 0.0;  // of a coordinate [object units]; 0: not told
-  bool bAxis = false;   // by ZuCalcPlane
+  std::string strColumns;  // of its file alone
+  double dSigma = 0.0;     // of a coordinate [object units]; 0: not told
+  bool bAxis = false;      // by ZuCalcPlane
 };
 
 // Declares --plane, --plane-columns, --plane-sigma and --axis.

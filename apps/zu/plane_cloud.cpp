@@ -34,7 +34,7 @@ void AddFigures(const ZuCloudPlane& fit, Json* pRoot) {
   json["centre"] = std::vector<double>(fit.adCentre, fit.adCentre + 3);
   json["spread"] = std::vector<double>(fit.adSpread, fit.adSpread + 3);
   json["flatness"] = fit.dHigh - fit.dLow;
-  json["rms"] = fit.dRms;
+  json["rms"] = RmsJson(fit.dRms);
   json["largest"] = std::fabs(fit.dFarthest);
   json["largest_point"] = fit.uFarthest + 1;
   json["count"] = fit.uPoints;

@@ -175,7 +175,7 @@ void OrthogonalPlane::FillJson(Json* pRoot) const {
   root["centre"] = std::vector<double>(m_plane.adCentre, m_plane.adCentre + 3);
   root["height"] = {{"value", m_plane.dHeight}, {"sd", m_plane.dHeightSd}};
   root["flatness"] = fit.dFlatness;
-  root["rms"] = fit.dRms;
+  root["rms"] = RmsJson(fit.dRms);
   double dSum = 0.0, dLargest = 0.0;
   Json points = Json::array(), aside = Json::array(), free = Json::array();
   for (const Row& row : m_rows) {
@@ -190,7 +190,7 @@ void OrthogonalPlane::FillJson(Json* pRoot) const {
     } else {
       dSum += p.dDistance * p.dDistance;
       dLargest = std::max(dLargest, Distance(p));
-      if (!p.test.bControlled) free.push_back(point);
+      if (!p.test.bControlled) free.push_back(JsonLabel(*row.pPoint));
     }
     point["deviation"] = p.dDistance;
     point["used"] = p.bUsed;

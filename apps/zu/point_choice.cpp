@@ -44,6 +44,11 @@ std::array<double, 3> RmsOfDeviations(const std::vector<Deviation>& checks) {
   return sums;
 }
 
+Json RmsJsonOf(const std::array<double, 3>& ad, int iDimensions) {
+  if (iDimensions == 1) return RmsJson(ad[0]);
+  return RmsJson(std::vector<double>(ad.begin(), ad.begin() + iDimensions));
+}
+
 Json AxesJson(const std::array<double, 3>& ad, int iDimensions) {
   if (iDimensions == 1) return ad[0];
   Json json = Json::object();
@@ -175,7 +180,7 @@ void PointRoles::AddJson(const std::vector<Deviation>& checks, int iDimensions, 
     points.push_back(std::move(point));
   }
   const std::array<double, 3> rms = RmsOfDeviations(checks);
-  (*pRoot)["check_points"] = {{"rms", checks.empty() ? Json() : AxesJson(rms, iDimensions)},
+  (*pRoot)["check_points"] = {{"rms", checks.empty() ? Json() : RmsJsonOf(rms, iDimensions)},
                               {"points", std::move(points)}};
 }
 

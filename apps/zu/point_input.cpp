@@ -2,15 +2,20 @@
 
 #include <cmath>
 #include <cstring>
+#include <fstream>
+#include <sstream>
 #include <utility>
 #include <vector>
 
 #include "exit_code.h"
 #include "point_columns.h"
 #include "reading.h"
+#include "text_table.h"
+#include "zu/foundation/strict_number.h"
 #include "zu/photo/detect_files.h"
 #include "zu/points/column_names.h"
 #include "zu/points/column_titles.h"
+#include "zu/points/gsi_survey.h"
 #include "zu/points/read_coordinates.h"
 
 namespace cli {
@@ -153,7 +158,9 @@ ZuTableReading ReadAnyForm(const InputFile& file, const ZuTableOptions& options,
     return ZuReadTable(szPath, options, *pPoints, ReadMode(context));
   }
   ZuTableReading reading;
-  static_cast<ZuCoordinateReading&>(reading) = ZuReadGsi(szPath, *pPoints, ReadMode(context));
+  // With what follows from the measurements of points that have no recorded coordinates.
+  static_cast<ZuCoordinateReading&>(reading) =
+      ZuReadGsiPoints(szPath, ZuGsiOptions(), *pPoints, ReadMode(context));
   reading.m_Form.m_aColumns = {eZuPointRWIdName, eZuPointRWX, eZuPointRWY, eZuPointRWZ};
   reading.m_Form.m_iDecimals = 5;
   return reading;
@@ -219,10 +226,26 @@ void AddPointOptions(Options& options, PointFormat* pFormat) {
                  "what separates the fields: tab, comma, semicolon, blank or a character");
   options.Flag("--decimal-comma", &pFormat->bDecimalComma, "numbers have decimal commas");
   options.Option("--skip-lines", "N", &pFormat->uSkipLines, "lines above the table, passed over");
-  options.Option("--decimals", "N", &pFormat->iDecimals,
-                 "decimals of the coordinates in result files");
+  AddDecimals(options, &pFormat->iDecimals);
+}
+
+void AddDecimals(Options& options, int* pDecimals) {
+  options.Option("--decimals", "N", pDecimals, "decimals of the coordinates in result files");
   options.AtLeast(-1);
   options.AtMost(kMostDecimals);
+}
+
+void WriteNewPoints(const ZuPointList& points, std::vector<eZuPointRWMask> columns,
+                    const PointFormat& format, OutputFile* pOutput) {
+  ZuTableForm form = format.form.value_or(ZuTableForm());
+  const bool bTitles = !form.m_aTitles.empty();
+  form.m_aTitles.clear();
+  form.m_aColumns = std::move(columns);
+  for (const eZuPointRWMask eColumn : form.m_aColumns) {
+    if (bTitles) form.m_aTitles.emplace_back(GetZuColumnName(eColumn));
+  }
+  ZuWriteTable(pOutput->Stream(), points, form,
+               format.iDecimals < 0 ? kZuAllDecimals : format.iDecimals);
 }
 
 void AddControlColumns(Options& options, PointFormat* pFormat) {
@@ -233,6 +256,29 @@ void AddControlColumns(Options& options, PointFormat* pFormat) {
 void ReadPoints(const InputFile& file, const PointFormat& format, Context& context,
                 ZuPointList* pPoints) {
   ReadTable(file, format, format.strToldColumns, true, context, pPoints);
+}
+
+bool TellsItsColumns(const InputFile& file) {
+  if (ZuDetectZuvoFiles(file.Path().c_str()).IsType(eZuvoFileGsi)) return true;
+  constexpr size_t kHead = 16384;
+  std::ifstream stream(file.Path(), std::ios::binary);
+  std::string strHead(kHead, '\0');
+  stream.read(strHead.data(), kHead);
+  strHead.resize(static_cast<size_t>(stream.gcount()));
+  std::erase(strHead, '\0');  // of UTF-16
+  std::istringstream lines(strHead);
+  for (std::string strLine; std::getline(lines, strLine);) {
+    int iCoordinates = 0;
+    constexpr char kBetween[] = " \t\r,;|\"#/%";
+    for (size_t u = strLine.find_first_not_of(kBetween); u != std::string::npos;) {
+      const size_t uEnd = std::min(strLine.find_first_of(kBetween, u), strLine.size());
+      const eZuPointRWMask e = FindZuColumnTitle(strLine.substr(u, uEnd - u)).m_eColumn;
+      iCoordinates += e == eZuPointRWX || e == eZuPointRWY || e == eZuPointRWZ ? 1 : 0;
+      u = strLine.find_first_not_of(kBetween, uEnd);
+    }
+    if (iCoordinates > 1) return true;
+  }
+  return false;
 }
 
 void ReadPoints(const std::string& strPath, const PointFormat& format, Context& context,
@@ -254,11 +300,15 @@ void ReadPoints(const std::string& strPath, const std::string& strColumns, Conte
   ReadRows(InputFile(strPath, "a coordinate file"), strColumns, context, pPoints);
 }
 
+void ReadPointsOrRows(const InputFile& file, const PointFormat& format, Context& context,
+                      ZuPointList* pPoints) {
+  ReadTable(file, format, format.strToldColumns, false, context, pPoints);
+}
+
 void ReadPointsOrRows(const std::string& strPath, const PointFormat& format, Context& context,
                       ZuPointList* pPoints) {
-  const std::string& strTold = format.strToldColumns;
-  CheckTold(format, strTold, false);
-  ReadTable(InputFile(strPath, "a coordinate file"), format, strTold, false, context, pPoints);
+  CheckTold(format, format.strToldColumns, false);
+  ReadPointsOrRows(InputFile(strPath, "a coordinate file"), format, context, pPoints);
 }
 
 void ReadPointsOrRows(const InputFile& file, const std::string& strColumns, Context& context,
@@ -267,6 +317,30 @@ void ReadPointsOrRows(const InputFile& file, const std::string& strColumns, Cont
 }
 
 namespace {
+
+// The library writes small and large numbers with an exponent: in fixed notation, at the same place
+// as far as the blanks behind them last.
+std::string WithoutExponents(const std::string& strText) {
+  std::string strOut;
+  bool bQuoted = false;
+  for (size_t u = 0; u < strText.size();) {
+    const bool bQuote = strText[u] == '"';
+    bQuoted ^= bQuote;
+    const size_t uEnd = std::min(strText.find_first_of(" \n\"", u), strText.size());
+    if (bQuoted || bQuote || uEnd == u) {
+      strOut += strText[u++];
+      continue;
+    }
+    const std::string strField = strText.substr(u, uEnd - u);
+    double d = 0.0;
+    const bool bExponent = strField.find('e') != strField.npos && ZuParseNumber(strField, &d);
+    strOut += bExponent ? Shortest(d) : strField;
+    size_t uLonger =
+        bExponent ? std::max(Shortest(d).size(), strField.size()) - strField.size() : 0;
+    for (u = uEnd; uLonger > 0 && strText.compare(u, 2, "  ") == 0; ++u) --uLonger;
+  }
+  return strOut;
+}
 
 // A zero is written without a sign.
 void DropSignsOfZero(ZuPointList* pPoints) {
@@ -279,8 +353,15 @@ void DropSignsOfZero(ZuPointList* pPoints) {
 
 }  // namespace
 
-void WritePoints(ZuPointList* pPoints, const std::string& strColumns, OutputFile* pOutput) {
+void WritePoints(ZuPointList* pPoints, const std::string& strColumns, OutputFile* pOutput,
+                 int iDecimals) {
   const ColumnTable given = ParseColumns(strColumns);
+  DropSignsOfZero(pPoints);
+  if (iDecimals >= 0) {
+    ZuTableForm form;
+    for (int i = 0; i < given.Size(); ++i) form.m_aColumns.push_back(given[i]);
+    return ZuWriteTable(pOutput->Stream(), *pPoints, form, iDecimals);
+  }
   std::vector<eZuPointRWMask> columns;
   for (int i = 0; i < given.Size(); ++i) {
     const eZuPointRWMask eColumn = given[i];
@@ -293,8 +374,10 @@ void WritePoints(ZuPointList* pPoints, const std::string& strColumns, OutputFile
   }
   columns.push_back(eZuPointRWEnd);
   pPoints->SetMask(ColumnTable(columns.data()));
-  DropSignsOfZero(pPoints);
-  pPoints->Write(pOutput->Stream());
+  std::ostringstream text;
+  text.imbue(std::locale::classic());
+  pPoints->Write(text);
+  pOutput->Stream() << WithoutExponents(text.str());
   if (pPoints->Count() > 0) pOutput->Stream() << '\n';
 }
 
@@ -313,7 +396,7 @@ void DropNoise(int iDecimals, ZuPointList* pPoints) {
 }  // namespace
 
 void WritePoints(ZuPointList* pPoints, const PointFormat& format, OutputFile* pOutput) {
-  ZuTableForm form = format.form.value_or(ZuTableForm());
+  const ZuTableForm form = format.form.value_or(ZuTableForm());
   if (format.iDecimals < 0 && form.m_cDelimiter == '\0' && form.m_aTitles.empty()) {
     DropNoise(form.m_iDecimals, pPoints);
     WritePoints(pPoints, format.strColumns, pOutput);

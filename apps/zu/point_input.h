@@ -6,6 +6,7 @@
 
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "context.h"
 #include "input_file.h"
@@ -33,6 +34,8 @@ struct PointFormat {
 
 // Declares --columns, --duplicates, --delimiter, --decimal-comma, --skip-lines and --decimals.
 void AddPointOptions(Options& options, PointFormat* pFormat);
+// Declares --decimals.
+void AddDecimals(Options& options, int* pDecimals);
 // Declares --control-columns beside them.
 void AddControlColumns(Options& options, PointFormat* pFormat);
 // Declares --columns.
@@ -55,6 +58,9 @@ void ReadControlPoints(const std::string& strPath, const PointFormat& format, Co
 void ReadPoints(const InputFile& file, const PointFormat& format, Context& context,
                 ZuPointList* pPoints);
 
+// A GSI file, or a table whose titles tell its columns.
+bool TellsItsColumns(const InputFile& file);
+
 // The same of a coordinate file with those columns, whichever they are.
 void ReadPoints(const std::string& strPath, const std::string& strColumns, Context& context,
                 ZuPointList* pPoints);
@@ -62,6 +68,8 @@ void ReadPoints(const std::string& strPath, const std::string& strColumns, Conte
 // The same for a command that needs no ids: without a column for the id the points are numbered
 // from 1 in the order of their lines.
 void ReadPointsOrRows(const std::string& strPath, const PointFormat& format, Context& context,
+                      ZuPointList* pPoints);
+void ReadPointsOrRows(const InputFile& file, const PointFormat& format, Context& context,
                       ZuPointList* pPoints);
 void ReadPointsOrRows(const InputFile& file, const std::string& strColumns, Context& context,
                       ZuPointList* pPoints);
@@ -71,9 +79,17 @@ void ReadPointsOrRows(const InputFile& file, const std::string& strColumns, Cont
 // digits by a million times is 0.
 void WritePoints(ZuPointList* pPoints, const PointFormat& format, OutputFile* pOutput);
 
-// Writes the points so that ReadPoints with the same columns reads them again. Where the column is
-// idname, a point without name gets its id as name.
-void WritePoints(ZuPointList* pPoints, const std::string& strColumns, OutputFile* pOutput);
+constexpr char kPointsWithSd[] = "id,x,y,z,dx,dy,dz";
+
+// Writes the points so that ReadPoints with the same columns reads them again; iDecimals below 0:
+// all digits. Where the column is idname, a point without name is written by its id.
+void WritePoints(ZuPointList* pPoints, const std::string& strColumns, OutputFile* pOutput,
+                 int iDecimals = -1);
+
+// Writes points that the command made, in columns of its own: with titles, delimiter and decimal
+// mark where the first file that was read was a table. All digits, unless decimals are told.
+void WriteNewPoints(const ZuPointList& points, std::vector<eZuPointRWMask> columns,
+                    const PointFormat& format, OutputFile* pOutput);
 
 // The whole of an input. Throws CommandError (bad input).
 std::string ReadWholeFile(const std::string& strPath);

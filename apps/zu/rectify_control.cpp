@@ -100,6 +100,7 @@ RectifyControl FitRectification(const ZuPhoto& photo, const ZuPointList& measure
   ZuMatrix matrix(3, 3);
   result.fit.Uncentred().BuildMatrix(&matrix);
   pTrafo->SetZuspMat(matrix);
+  TurnResiduals(&result.fit.points);
   return result;
 }
 
@@ -158,7 +159,7 @@ void WriteControl(const RectifyControl& control, std::ostream& text) {
   }
   const int iDecimals = DecimalsFor(dLargest);
   text << Counted(static_cast<long long>(fit.points.size()), "control point")
-       << ", residuals in the plane: picture minus control\n\n";
+       << ", residuals in the plane: control minus picture\n\n";
   TextTable table;
   for (const char* szTitle : {"point", "dx", "dy", "length", "wx", "wy", "r"}) {
     table.AddColumn(szTitle);

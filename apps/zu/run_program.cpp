@@ -55,7 +55,10 @@ void AddCommand(const Command& command, CLI::App* pProgram, Selected* pSelected)
   options.Flag("--json", &switches.bJson, "print one JSON object instead of text");
   options.Flag("--quiet", &switches.bQuiet, "leave out everything but the result");
   options.Flag("--strict", &switches.bStrict, options.StrictHelp().c_str());
-  pApp->footer(std::string("Example:\n") + command.szExample);
+  std::string strSchema = strName;
+  std::replace(strSchema.begin(), strSchema.end(), ' ', '_');
+  pApp->footer(std::string("Example:\n") + command.szExample +
+               "\n\nKeys of --json: share/zu/schema/" + strSchema + ".json");
   pApp->callback([pSelected, pApp, strName, runner, outputs = options.Outputs()] {
     pSelected->strName = "zu " + strName;
     pSelected->runner = runner;

@@ -179,8 +179,9 @@ void AddSimilarity(const ZuSimilarityResult& result, const ZuSortHelper<ZuPoint>
   Json parameters = Json::object(), names7 = Json::array(), covariance = Json::array();
   for (int i = 0; i < 7; ++i) {
     const bool bSd = i < 4 || p.bAngles;
-    parameters[kParameters[i]] = {{"value", p.adValue[i]}, {"sd", bSd ? Json(p.Sd(i)) : Json()}};
-    names7.push_back(kParameters[i]);
+    const std::string strName = std::string(kParameters[i]) + (i < 4 ? "" : "_rad");
+    parameters[strName] = {{"value", p.adValue[i]}, {"sd", bSd ? Json(p.Sd(i)) : Json()}};
+    names7.push_back(strName);
     Json row = Json::array();
     for (int j = 0; j < 7; ++j) {
       row.push_back(bSd && (j < 4 || p.bAngles) ? Json(p.adCovariance[7 * i + j]) : Json());

@@ -33,8 +33,9 @@ int DecimalsFor(double dLargest) {
 
 std::string Shortest(double dValue) {
   if (!std::isfinite(dValue)) return "-";
-  char szBuffer[32];
-  const auto result = std::to_chars(szBuffer, szBuffer + sizeof(szBuffer), dValue + 0.0);
+  char szBuffer[400];
+  const auto result =
+      std::to_chars(szBuffer, szBuffer + sizeof(szBuffer), dValue + 0.0, std::chars_format::fixed);
   return std::string(szBuffer, result.ptr);
 }
 

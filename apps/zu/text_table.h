@@ -15,7 +15,7 @@ int DecimalsFor(double dLargest);
 // A number of things: "1 point", "2 points"; for words that take another ending the second form.
 std::string Counted(long long iCount, const std::string& strOne);
 std::string Counted(long long iCount, const std::string& strOne, const std::string& strMany);
-// All digits that tell dValue from its neighbours, in the shortest form.
+// All digits that tell dValue from its neighbours, and no more; never with an exponent.
 std::string Shortest(double dValue);
 // An angle in radians as "12.3456789 gon  11.1111110 deg".
 std::string Angle(double dRadians);

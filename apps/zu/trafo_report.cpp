@@ -35,9 +35,9 @@ Angles AnglesOf(const ZuTrafo3dData& trafo) {
 
 Json ToJson(const ZuVector& v) { return {v[1], v[2], v[3]}; }
 
-Json AngleJson(double dRadians) {
-  return {{"gon", dRadians * 200.0 / std::numbers::pi},
-          {"degrees", dRadians * 180.0 / std::numbers::pi}};
+Json AnglesJson(const Angles& angles, double dHalfTurn) {
+  const double d = dHalfTurn / std::numbers::pi;
+  return {{"x", angles.dX * d}, {"y", angles.dY * d}, {"z", angles.dZ * d}};
 }
 
 void WriteVector(const char* szName, const ZuVector& v, std::ostream& stream) {
@@ -140,13 +140,12 @@ void AddParameters(const ZuTrafo3dData& trafo, Json* pRoot) {
   (*pRoot)["rotation"] = rotation;
   (*pRoot)["source_centre"] = ToJson(trafo.m_vSource);
   (*pRoot)["target_centre"] = ToJson(trafo.m_vTarget);
-  (*pRoot)["angles"] = {{"order", "R = Ry Rx Rz"},
-                        {"x", AngleJson(angles.dX)},
-                        {"y", AngleJson(angles.dY)},
-                        {"z", AngleJson(angles.dZ)}};
+  (*pRoot)["rotation_order"] = "R = Ry Rx Rz";
+  (*pRoot)["angles_deg"] = AnglesJson(angles, 180.0);
+  (*pRoot)["angles_gon"] = AnglesJson(angles, 200.0);
 }
 
-Json ToJson(const Rms& rms) { return {{"x", rms.dX}, {"y", rms.dY}, {"z", rms.dZ}}; }
+Json ToJson(const Rms& rms) { return RmsJson({rms.dX, rms.dY, rms.dZ}); }
 
 Json ToJson(const ZuPoint& point, const Residual* pResidual) {
   Json json = {{"id", point.GetId()}};

@@ -75,7 +75,7 @@ TEST(AdjustedTransform, FixesScaleAndTilt) {
   EXPECT_EQ(result["scale"], 1);
   EXPECT_EQ(result["parameters"]["scale"]["sd"], 0);
   EXPECT_EQ(result["redundancy"], 2);
-  EXPECT_NEAR(result["angles"]["z"]["degrees"].get<double>(), 90.0, 1e-9);
+  EXPECT_NEAR(result["angles_deg"]["z"].get<double>(), 90.0, 1e-9);
 }
 
 // Lists that agree to the last digit of their files: nothing but rounding is left.

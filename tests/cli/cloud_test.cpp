@@ -152,9 +152,9 @@ TEST(Cloud, NothingWrongPasses) {
        {"zu cloud info /dev/zero", 3, "", "device"},
        {"zu cloud info /tmp", 3, "", "folder"},
        {"zu cloud info /etc/passwd", 3, "", "text: \"root:"},
-       {"zu cloud info <(printf '//X Y Z\n1 2 3\n')", 3, "", "column names"},
+       {"zu cloud info <(printf '//X Y Z R\n1 2 3 9\n')", 0, "1 point", "X,Y,Z,R taken as x,y,z"},
        {"printf 'LASF\\1\\2\\0\\0' > c.las; zu cloud info c.las", 3, "", "looks like a LAS"},
-       {"zu cloud info gsi", 3, "", "GSI"},
+       {"zu cloud info gsi", 0, "1 point", ""},
        {"zu cloud info <(printf '1 2 3 4\n5 6 7 8\n')", 3, "", "--columns"},
        {"printf '1 2 3\n4 5,5 6\n' > c.pts; zu cloud info c.pts", 3, "",
         "c.pts:2:3: \"5,5\" has a decimal comma"},
@@ -210,6 +210,8 @@ TEST(Cloud, TransformTurnsNormalsAndTheEyeGivesDirections) {
   EXPECT_EQ(limits({"--translate=-1,2.5,3"}), (std::vector<double>{0.0, 2.5, 8.0}));
   EXPECT_EQ(limits({"--matrix", strMatrix}), (std::vector<double>{10.0, 21.0, 35.0}));
   EXPECT_NEAR(limits({"--rotate=0,0,90"})[1], 1.0, 1e-15);
+  EXPECT_NEAR(limits({"--rotate=90,0,90"})[2], 1.0, 1e-15);  // R = Ry Rx Rz: about z first
+  EXPECT_NEAR(limits({"--rotate=90,0,90", "--rotation=xyz"})[1], 1.0, 1e-15);
 
   const std::string strPly = folder.Write("n.ply", kPly);
   ASSERT_EQ(RunZu({"cloud", "transform", strPly, strOut, "--matrix", strMatrix}).iExit, 0);

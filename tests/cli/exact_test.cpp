@@ -14,7 +14,7 @@ TEST(Exact, MeasuresAndConvertsUnlessToldOtherwise) {
   const auto measured =
       RunZu({"measure", strFolder + "left_cap.prj", "--plane", strFolder + "board.coo", "--check",
              strFolder + "board.coo", "--json"});
-  EXPECT_NEAR(measured.Json()["rms"].get<double>(), 0.1320, 5e-5);
+  EXPECT_NEAR(measured.Json()["rms"]["total"].get<double>(), 0.1320, 5e-5);
   RunOptions input;
   input.strInput = "7 1.5 -1.25\n";
   std::vector<std::string> arguments = {

@@ -25,7 +25,7 @@ TEST(Orient, LeadsFromPixelsToPoints) {
       RunLine("zu intersect out.prj -o out.coo --json", folder).Json()["points"];
   ASSERT_EQ(points.size(), 100U);
   EXPECT_NEAR(points[0]["x"], 0.30, 0.02);
-  EXPECT_GT(points[0]["angle"], 1.0);
+  EXPECT_GT(points[0]["angle_rad"], 1.0);
   // The records of the adjustment orient the project that has no orientations, to the last bit.
   EXPECT_EQ(RunLine("zu adjust out.prj --approx out.coo --datum inner -o adjusted.prj "
                     "--orientations adjusted.txt",
@@ -61,7 +61,7 @@ TEST(Orient, CalibratesABoardForMeasuring) {
           "--json",
           folder)
           .Json();
-  EXPECT_LT(measured["rms"], 0.1380) << measured.dump().substr(0, 400);
+  EXPECT_LT(measured["rms"]["total"], 0.1380) << measured.dump().substr(0, 400);
 }
 
 TEST(Orient, TellsWhatIsWrong) {

@@ -46,14 +46,14 @@ TEST(Measure, GivesTheFiguresOfAnIndependentCalculation) {
       const auto& photo = result["photos"][i];
       const auto& truth = expected["photos"][i];
       EXPECT_EQ(photo["id"], truth["photo"]);
-      EXPECT_NEAR(photo["rms"].get<double>(), truth["rms_mm"].get<double>(), 1e-9);
+      EXPECT_NEAR(photo["rms"]["total"].get<double>(), truth["rms_mm"].get<double>(), 1e-9);
       EXPECT_EQ(photo["worst"]["id"], truth["worst_point"]);
       EXPECT_NEAR(photo["worst"]["length"].get<double>(), truth["worst_mm"].get<double>(), 1e-9);
     }
     const double dRms = row.szExpected == std::string("expected.json") ? 0.1377 : 0.1357;
-    EXPECT_NEAR(result["rms"].get<double>(), dRms, 5e-5);
+    EXPECT_NEAR(result["rms"]["total"].get<double>(), dRms, 5e-5);
     if (dRms == 0.1377) {  // that of the adjustment the orientations come from
-      EXPECT_NEAR(result["rms_pixels"].get<double>(), 0.2053, 5e-5);
+      EXPECT_NEAR(result["rms_px"].get<double>(), 0.2053, 5e-5);
     }
     EXPECT_NEAR(result["plane"]["normal"][2].get<double>(), 1.0, 1e-12);
   }
@@ -72,7 +72,7 @@ TEST(Measure, TellsStandardDeviationsAndTheirParts) {
   ASSERT_EQ(measured.iExit, 0) << measured.strErr;
   EXPECT_NE(measured.strErr.find("the plane at less than 50.0 degrees"), std::string::npos);
   const auto json = measured.Json();
-  EXPECT_NEAR(json["rms"].get<double>(), 0.1377, 5e-5);  // as with the orientations given
+  EXPECT_NEAR(json["rms"]["total"].get<double>(), 0.1377, 5e-5);  // as with the orientations given
   double dSum = 0.0;
   for (const auto& p : json["points"]) {
     const double sx = p["sx"], sy = p["sy"];
@@ -120,13 +120,13 @@ TEST(Photo, InfoAndUnknownKeywords) {
   const auto info = RunZu({"photo", "info", Chessboard("left.prj"), "--json"}).Json();
   ASSERT_EQ(info["photos"].size(), 13U);
   EXPECT_EQ(info["photos"][0]["measured"], 54);
-  EXPECT_NEAR(info["photos"][0]["angles"]["x"].get<double>(), -0.16422457858145698, 1e-12);
+  EXPECT_NEAR(info["photos"][0]["angles_rad"]["x"].get<double>(), -0.16422457858145698, 1e-12);
   const auto pok = RunZu({"photo", "info", Chessboard("left.prj"), "--rotation", "pok", "--angle",
                           "gon", "--json"})
                        .Json()["photos"][0];
-  EXPECT_NEAR(pok["rotation"]["omega_gon"].get<double>(),
+  EXPECT_NEAR(pok["rotation_as"]["omega_gon"].get<double>(),
               -0.16422457858145698 * 200.0 / 3.14159265358979, 1e-9);
-  EXPECT_EQ(pok["rotation"]["gimbal"], false);
+  EXPECT_EQ(pok["rotation_as"]["gimbal"], false);
 
   const ScratchFolder folder;
   const std::string strNewer = folder.Write(
@@ -283,7 +283,7 @@ TEST(Photo, FindsItsFirstTransformation) {
   // What the project had.
   EXPECT_NEAR(result["coefficients"][0].get<double>(), -3.168, 1e-12);
   EXPECT_NEAR(result["coefficients"][1].get<double>(), 0.0099, 1e-14);
-  EXPECT_LT(result["rms"].get<double>(), 1e-12);
+  EXPECT_LT(result["rms"]["total"].get<double>(), 1e-12);
   EXPECT_EQ(result["redundancy"], 4);
   folder.Write("few", "11 0 0\n12 639 0\n77 5 5\n");
   ExpectLines(

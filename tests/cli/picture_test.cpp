@@ -112,7 +112,7 @@ TEST(Undistort, CarriesPictureAndMeasurementsAlike) {
                                           "--check", Chessboard("board.coo"),
                                           "--json"};
       if (!row.more.empty() && row.more[0] == "--flip") measure.push_back("--flip");
-      return RunZu(measure).Json()["photos"][0]["rms"].get<double>();
+      return RunZu(measure).Json()["photos"][0]["rms"]["total"].get<double>();
     };
     EXPECT_NEAR(measured(folder.Path("p.prj")), measured(Chessboard(row.szProject)), 1e-9);
   }
@@ -233,8 +233,8 @@ TEST(RectifyImage, ShowsEveryPointWhereItLies) {
   const auto control = run(Chessboard("left.prj"), {"--photo", "1", "--control", strBoard});
   nlohmann::json places = control["control"]["points"];
   for (auto& p : places) {
-    p["x"] = p["x"].get<double>() + p["dx"].get<double>();
-    p["y"] = p["y"].get<double>() + p["dy"].get<double>();
+    p["x"] = p["x"].get<double>() - p["dx"].get<double>();
+    p["y"] = p["y"].get<double>() - p["dy"].get<double>();
   }
   EXPECT_LT(WorstMiss(control, Read(folder.Path("r.tif")), places), 0.05);
   EXPECT_NEAR(control["control"]["sigma0"].get<double>(), 0.099, 1e-3);

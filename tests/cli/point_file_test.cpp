@@ -190,3 +190,31 @@ TEST(PointFile, MayBeATableOfAnotherProgram) {
         ""}},
       folder);
 }
+
+// Where a coordinate file is taken, so are tables and GSI files; what is written of them has no
+// exponents.
+TEST(PointFile, TablesAreTakenEverywhere) {
+  const ScratchFolder folder;
+  folder.Write(
+      "t.csv",
+      "Punkt;Rechtswert [m];Hochwert [m];Hoehe [m]\r\nA1;0,5;0;0\r\nB;9,25;0;0\r\nC;0;7,5;0\r\n");
+  ExpectLines(
+      {{"(cat t.csv; printf 'B;9,2;0;0\\r\\n') > d.csv; zu check d.csv", 1,
+        "d.csv:5:1: warning: point B", ""},
+       {"zu check t.csv", 0, "!:", ""},
+       {"zu cloud convert t.csv o.xyz && cat o.xyz", 0, "9.25 0 0\n", "taken as idname,x,y,z"},
+       {"zu cloud info $S/gsi/station8.gsi", 0, "points", ""},
+       {"zu cloud info $S/gsi/polar8.gsi", 0, "3 points", "point \"104\" has no coordinates"},
+       {"zu cloud convert <(printf '1e-7 2e-300 1e22\\n') o.csv && cat o.csv", 0,
+        "1,0.0000001,0.000", "!e-"},
+       {"(echo 'Id;X;Y;Z'; tr ' ' ';' < $S/chessboard/board.coo) > board.csv; zu measure "
+        "$S/chessboard/left.prj --plane board.csv --check board.csv --decimals 2 -o m.csv && head "
+        "-2 m.csv",
+        0, "photo;id;x;y;z\n1;1;", ""},
+       {"zu adjust $S/chessboard/pixels.prj --control board.csv --points-out p --decimals 3 && "
+        "head -1 p",
+        0, "\n1 0.000 125.000 0.000 0.000 0.000 0.000\n", ""},
+       {"zu adjust $S/chessboard/pixels.prj --control <(echo 'X Y Z'; echo '1 2 3')", 2, "",
+        "no column for the id"}},
+      folder);
+}

@@ -63,8 +63,8 @@ TEST(ProjectFiles, RescaledPhotosMeasureTheSame) {
         .Json();
   };
   const auto full = measure(strLeft), half = measure(strHalf);
-  EXPECT_NEAR(full["rms"], half["rms"], 1e-12);
-  EXPECT_NEAR(full["rms_pixels"].get<double>(), 2.0 * half["rms_pixels"].get<double>(), 1e-3);
+  EXPECT_NEAR(full["rms"]["total"], half["rms"]["total"], 1e-12);
+  EXPECT_NEAR(full["rms_px"].get<double>(), 2.0 * half["rms_px"].get<double>(), 1e-3);
 }
 
 TEST(ProjectFiles, NewCoordinatesOfObjectPoints) {

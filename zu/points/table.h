@@ -69,8 +69,11 @@ struct ZuTableReading : ZuCoordinateReading {
 ZU_API ZuTableReading ZuReadTable(const char* szPath, const ZuTableOptions& options,
                                   ZuPointList& points, eZuReadMode eMode = eZuReadStrict);
 
+// As many decimals as each number needs to be read back.
+constexpr int kZuAllDecimals = -2;
+
 // Writes the points in the form of a table, titles first, numbers in fixed notation: with as many
-// decimals as told or, below 0, three more than the table had, at least four. A column to pass over
+// decimals as told or, for -1, three more than the table had, at least four. A column to pass over
 // is left out, and a name is in quotes only where it needs them. The text is UTF-8.
 ZU_API void ZuWriteTable(std::ostream& stream, const ZuPointList& points, const ZuTableForm& form,
                          int iDecimals = -1);

@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <array>
+#include <charconv>
 #include <cmath>
 #include <ostream>
 #include <string>
@@ -15,10 +16,15 @@ constexpr int kMoreDecimals = 3;  // than the table had
 constexpr int kLeastDecimals = 4;
 constexpr int kMostDecimals = 17;
 
-std::string TableNumber(double dValue, char cDecimal, int iDecimals) {
-  if (!std::isfinite(dValue)) return std::isnan(dValue) ? "nan" : dValue < 0.0 ? "-inf" : "inf";
-  std::array<char, 340> acText;
-  char* const pEnd = ZuFormatFixed(acText.data(), dValue, iDecimals);
+template <class Number>
+std::string TableNumber(Number dValue, char cDecimal, int iDecimals) {
+  if (!std::isfinite(dValue)) return std::isnan(dValue) ? "nan" : dValue < 0 ? "-inf" : "inf";
+  std::array<char, 400> acText;
+  char* const pEnd = iDecimals == kZuAllDecimals
+                         ? std::to_chars(acText.data(), acText.data() + acText.size(), dValue,
+                                         std::chars_format::fixed)
+                               .ptr
+                         : ZuFormatFixed(acText.data(), static_cast<double>(dValue), iDecimals);
   std::string strText(acText.data(), pEnd);
   if (strText[0] == '-' && strText.find_first_of("123456789") == strText.npos) strText.erase(0, 1);
   std::replace(strText.begin(), strText.end(), '.', cDecimal);
@@ -59,7 +65,7 @@ std::string TableField(const ZuPoint& point, const ZuColumn& column, const ZuTab
     case eZuColumnKind::Double:
       return TableNumber(point.*column.pDouble, form.m_cDecimal, iDecimals);
     case eZuColumnKind::Float:
-      return TableNumber(static_cast<double>(point.*column.pFloat), form.m_cDecimal, iDecimals);
+      return TableNumber(point.*column.pFloat, form.m_cDecimal, iDecimals);
     default:
       return "";
   }
@@ -69,7 +75,9 @@ std::string TableField(const ZuPoint& point, const ZuColumn& column, const ZuTab
 
 void ZuWriteTable(std::ostream& stream, const ZuPointList& points, const ZuTableForm& form,
                   int iDecimals) {
-  if (iDecimals < 0) iDecimals = std::max(form.m_iDecimals + kMoreDecimals, kLeastDecimals);
+  if (iDecimals < 0 && iDecimals != kZuAllDecimals) {
+    iDecimals = std::max(form.m_iDecimals + kMoreDecimals, kLeastDecimals);
+  }
   iDecimals = std::min(iDecimals, kMostDecimals);
   const char cDelimiter = form.m_cDelimiter == '\0' ? ' ' : form.m_cDelimiter;
   const char* const szEnd = form.m_bCarriageReturns ? "\r\n" : "\n";

@@ -24,7 +24,7 @@ class ZuProject;
 // size.
 ZU_API bool ZuCheckFile(const char* szPath, const TZuFormatTable<eZuPointRWMask>& columns,
                         ZuFindingList* pFindings);
-// Of a coordinate file with the columns id, x, y, z.
+// The columns of a coordinate file are those of its titles, id, x, y, z without.
 ZU_API bool ZuCheckFile(const char* szPath, ZuFindingList* pFindings);
 
 // The parts of it.

@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "zu/photo/detect_files.h"
-#include "zu/points/read_coordinates.h"
+#include "zu/points/table.h"
 #include "zu/project/camera_file.h"
 #include "zu/project/check.h"
 #include "zu/project/internal/check_kinds.h"
@@ -47,9 +47,34 @@ bool HasColumn(const Columns& columns, eZuPointRWMask eColumn) {
   return false;
 }
 
-void CheckCoordinates(const char* szPath, const Columns& columns, ZuFindingList* pFindings) {
+// As told, or by its titles.
+ZuCoordinateReading ReadRows(const char* szPath, const Columns* pTold, Columns* pColumns,
+                             ZuPointList* pPoints) {
+  constexpr eZuPointRWMask kColumns[] = {eZuPointRWId, eZuPointRWX, eZuPointRWY, eZuPointRWZ,
+                                         eZuPointRWEnd};
+  if (pTold == nullptr) {
+    ZuTableOptions options;
+    options.m_bIds = options.m_bHeights = false;
+    ZuTableReading reading = ZuReadTable(szPath, options, *pPoints, eZuReadTolerant);
+    if (reading.m_Form.m_uTitleLine > 0) {
+      reading.m_Form.m_aColumns.push_back(eZuPointRWEnd);
+      *pColumns = Columns(reading.m_Form.m_aColumns.data());
+      return reading;
+    }
+    pPoints->Destroy();
+  }
+  *pColumns = pTold != nullptr ? *pTold : Columns(kColumns);
+  return ZuReadCoordinates(szPath, *pColumns, *pPoints, eZuReadTolerant);
+}
+
+std::string LabelOf(const ZuPoint& point) {
+  return point.GetName().empty() ? std::to_string(point.GetId()) : point.GetName().chars();
+}
+
+void CheckCoordinates(const char* szPath, const Columns* pTold, ZuFindingList* pFindings) {
   ZuPointList points;
-  const ZuCoordinateReading reading = ZuReadCoordinates(szPath, columns, points, eZuReadTolerant);
+  Columns columns;
+  const ZuCoordinateReading reading = ReadRows(szPath, pTold, &columns, &points);
   for (ZuFinding finding : reading.m_Findings) {
     finding.m_strFile = szPath;
     if (finding.m_eSeverity != eZuSeverityNote) pFindings->Add(std::move(finding));
@@ -57,17 +82,18 @@ void CheckCoordinates(const char* szPath, const Columns& columns, ZuFindingList*
   std::vector<zu::internal::PlacedPoint> placed;
   std::vector<ZuFinding> doubled;
   std::unordered_map<unsigned, unsigned> lines;
-  const bool bIds = HasColumn(columns, eZuPointRWId) && !HasColumn(columns, eZuPointRWPhoto);
+  const bool bIds = (HasColumn(columns, eZuPointRWId) || HasColumn(columns, eZuPointRWIdName)) &&
+                    !HasColumn(columns, eZuPointRWPhoto);
   for (const ZuPoint* p = points.First(); p != nullptr; p = p->Next()) {
     const auto uLine = static_cast<unsigned>(reading.m_aLines[placed.size()]);
     placed.push_back({p, {uLine, 1}});
     if (!bIds) continue;
     const auto [place, bFirst] = lines.emplace(p->GetId(), uLine);
     if (bFirst) continue;
-    doubled.push_back({szPath, uLine, 1, eZuSeverityWarning, "id",
-                       "point " + std::to_string(p->GetId()) + " stands twice, first in line " +
-                           std::to_string(place->second),
-                       "one line for each id"});
+    doubled.push_back(
+        {szPath, uLine, 1, eZuSeverityWarning, "id",
+         "point " + LabelOf(*p) + " stands twice, first in line " + std::to_string(place->second),
+         "one line for each id"});
   }
   // Where most stand twice, the first column is another: the photo of each measurement.
   if (2 * doubled.size() < placed.size()) {
@@ -82,6 +108,8 @@ std::string FolderOf(const std::string& strPath) {
   const std::size_t uSlash = strPath.find_last_of('/');
   return uSlash == strPath.npos ? "." : strPath.substr(0, uSlash + 1);
 }
+
+bool CheckFile(const char* szPath, const Columns* pTold, ZuFindingList* pFindings);
 
 }  // namespace
 
@@ -109,12 +137,16 @@ void ZuCheckEncoding(std::string_view text, const std::string& strFile, ZuFindin
 }
 
 bool ZuCheckFile(const char* szPath, ZuFindingList* pFindings) {
-  constexpr eZuPointRWMask kColumns[] = {eZuPointRWId, eZuPointRWX, eZuPointRWY, eZuPointRWZ,
-                                         eZuPointRWEnd};
-  return ZuCheckFile(szPath, Columns(kColumns), pFindings);
+  return CheckFile(szPath, nullptr, pFindings);
 }
 
 bool ZuCheckFile(const char* szPath, const Columns& columns, ZuFindingList* pFindings) {
+  return CheckFile(szPath, &columns, pFindings);
+}
+
+namespace {
+
+bool CheckFile(const char* szPath, const Columns* pTold, ZuFindingList* pFindings) {
   std::string strText;
   std::ifstream stream(szPath, std::ios::in | std::ios::binary);
   if (!zu::internal::ReadWhole(stream, &strText)) {
@@ -137,7 +169,7 @@ bool ZuCheckFile(const char* szPath, const Columns& columns, ZuFindingList* pFin
   } else if (eKind == eZuvoFileGsi) {
     zu::internal::CheckGsi(szPath, strText, pFindings);
   } else if (eKind == eZuvoFileCoordinate || eKind == eZuvoFileUnknown) {
-    CheckCoordinates(szPath, columns, pFindings);
+    CheckCoordinates(szPath, pTold, pFindings);
   } else {
     return false;
   }
@@ -145,3 +177,5 @@ bool ZuCheckFile(const char* szPath, const Columns& columns, ZuFindingList* pFin
   pFindings->Sort();
   return true;
 }
+
+}  // namespace
