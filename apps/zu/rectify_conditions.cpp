@@ -96,7 +96,7 @@ Json ConditionsJson(const RectifyConditions& conditions) {
     list.push_back({{"kind", KindOf(r.line)},
                     {"points", std::move(names)},
                     {"ratio", bRatio ? Json(r.line.dValue) : Json()},
-                    {"residual", r.dResidual},
+                    {bRatio ? "residual" : "residual_rad", r.dResidual},
                     {"used", r.bUsed}});
   }
   for (size_t i = 0; i < conditions.points.size(); ++i) {

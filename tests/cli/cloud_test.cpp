@@ -152,7 +152,7 @@ TEST(Cloud, NothingWrongPasses) {
        {"zu cloud info /dev/zero", 3, "", "device"},
        {"zu cloud info /tmp", 3, "", "folder"},
        {"zu cloud info /etc/passwd", 3, "", "text: \"root:"},
-       {"zu cloud info <(printf '//X Y Z R\n1 2 3 9\n')", 0, "1 point", "X,Y,Z,R taken as x,y,z"},
+       {"zu cloud info <(printf '//X Y Z R\n1 2 3 9\n')", 0, "1 point", "X,Y,Z taken as x,y,z"},
        {"printf 'LASF\\1\\2\\0\\0' > c.las; zu cloud info c.las", 3, "", "looks like a LAS"},
        {"zu cloud info gsi", 0, "1 point", ""},
        {"zu cloud info <(printf '1 2 3 4\n5 6 7 8\n')", 3, "", "--columns"},

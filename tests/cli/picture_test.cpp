@@ -328,7 +328,7 @@ TEST(RectifyImage, Refuses) {
     int iExit;
     const char* szError;
   } rows[] = {
-      {"--photo 1 --pixel 1 -o a.png", 2, "one of --plane, --zusp and --control"},
+      {"--photo 1 --pixel 1 -o a.png", 2, "one of --plane, --zusp, --control and --conditions"},
       {"--photo 1 --pixel 1 --plane $S/chessboard/board.coo", 2, "--image needs -o"},
       {"--photo 1 --plane $S/chessboard/board.coo -o a.png", 2, "--image needs --pixel"},
       {"--photo 1 --pixel 1 --plane $S/chessboard/board.coo -o a.gif", 2, "a.gif: a picture"},

@@ -106,7 +106,7 @@ TEST(SaveApply, CarriesProjects) {
       rms("$S/chessboard/left.prj --plane $S/chessboard/board.coo --check "
           "$S/chessboard/board.coo");
   const auto after = rms("moved.prj --plane moved.coo --check moved.coo");
-  EXPECT_NEAR(before["rms_pixels"].get<double>(), after["rms_pixels"].get<double>(), 1e-8);
+  EXPECT_NEAR(before["rms_px"].get<double>(), after["rms_px"].get<double>(), 1e-8);
   EXPECT_EQ(after["points"].size(), before["points"].size());
   for (size_t i = 0; i < before["points"].size(); i += 50) {
     const auto &p = before["points"][i], &q = after["points"][i];
