@@ -74,6 +74,13 @@ py::object NewArrayOf(const std::vector<py::ssize_t>& shape, const double* pd) {
   return py::array_t<double>(shape, pd);
 }
 
+py::object NewView(const py::object& dtype, const std::vector<py::ssize_t>& shape,
+                   const std::vector<py::ssize_t>& strides, const void* p, const py::object& base) {
+  py::array array(py::dtype::from_args(dtype), shape, strides, p, base);
+  array.attr("setflags")(py::arg("write") = false);
+  return array;
+}
+
 std::vector<py::ssize_t> ShapeLike(const Rows& rows, int iColumns) {
   if (rows.bSingle) return {iColumns};
   return {rows.n, iColumns};

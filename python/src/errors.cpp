@@ -35,10 +35,13 @@ void TellFindings(const std::vector<ZuFinding>& findings, const std::string& str
   Tell(all, strFile);
 }
 
-void TellFindings(const ZuReadFindings& findings, const std::string& strFile) {
+void TellFindings(const ZuReadFindings& findings, const std::string& strFile, bool bPartial) {
   if (findings.IsEmpty()) return;
   py::list all;
-  for (const ZuReadFinding& finding : findings) all.append(ToFinding(finding));
+  for (ZuReadFinding finding : findings) {
+    if (bPartial && finding.m_eKind == eZuReadCut) finding.m_eSeverity = eZuSeverityWarning;
+    all.append(ToFinding(finding));
+  }
   if (findings.begin() == findings.end()) throw std::bad_alloc();
   Tell(all, strFile);
 }

@@ -8,6 +8,7 @@ PYBIND11_MODULE(_core, m) {
   m.attr("__version__") = ZuVersion();
   BindPoints(m);
   BindPlanes(m);
+  BindClouds(m);
   BindSimilarity(m);
   BindTrafo2d(m);
 }

@@ -50,6 +50,7 @@ class ResultFile {
   bool m_bDone = false;
 };
 
+void BindClouds(py::module_& m);
 void BindPoints(py::module_& m);
 void BindPlanes(py::module_& m);
 void BindSimilarity(py::module_& m);

@@ -46,6 +46,9 @@ Rows AsRows(const py::handle& value, int iColumns, const char* szArgument);
 // A new array; the numbers are not set.
 py::object NewArray(const std::vector<py::ssize_t>& shape, double** ppd);
 py::object NewArrayOf(const std::vector<py::ssize_t>& shape, const double* pd);
+// A read-only array on memory that `base` keeps alive; strides in bytes.
+py::object NewView(const py::object& dtype, const std::vector<py::ssize_t>& shape,
+                   const std::vector<py::ssize_t>& strides, const void* p, const py::object& base);
 // The shape of rows of that many columns for such an input: (columns) for a single one.
 std::vector<py::ssize_t> ShapeLike(const Rows& rows, int iColumns);
 py::object NewIds(py::ssize_t n, unsigned** ppu);  // uint32
@@ -63,7 +66,9 @@ py::object ToFinding(const ZuFinding& finding);
 // Gives warnings on as zu.ReadWarning and raises zu.ReadError for the first error; strFile is the
 // file of findings that name none.
 void TellFindings(const std::vector<ZuFinding>& findings, const std::string& strFile);
-void TellFindings(const ZuReadFindings& findings, const std::string& strFile);
+// bPartial: a file that ends too early is a warning.
+void TellFindings(const ZuReadFindings& findings, const std::string& strFile,
+                  bool bPartial = false);
 // Raises the OSError of a file that cannot be opened for reading: FileNotFoundError and the like.
 void CheckReadable(const std::string& strFile);
 // Raises zu.WriteError; errno is that of the system call that failed, or 0.

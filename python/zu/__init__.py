@@ -1,4 +1,4 @@
-"""Close-range photogrammetry: points, transformations with their uncertainty, planes.
+"""Close-range photogrammetry: points, transformations with their uncertainty, planes, clouds.
 
 Arrays go in and come out everywhere: points are (n, 3) arrays of float64 or a `PointList`, which
 knows their ids, names and standard deviations as well. Every number is one of the library's; the
@@ -25,6 +25,7 @@ from ._core import (
     Plane,
     PlaneFit,
     Point,
+    PointCloud,
     PointList,
     PointTests,
     Similarity,
@@ -37,9 +38,11 @@ from ._core import (
     fit_line,
     fit_plane,
     fit_sphere,
+    read_clouds,
     read_points,
     trafo2d,
     transform,
+    write_clouds,
 )
 from ._errors import (
     AdjustmentError,

@@ -123,6 +123,13 @@ def _point(point: Any) -> Table:
     return f"Point({point.id}, {point.x!r}, {point.y!r}, {point.z!r}{name})", [], []
 
 
+def _cloud(cloud: Any) -> Table:
+    rows = []
+    if len(cloud):
+        rows = [[t, *(f"{v:.10g}" for v in r)] for t, r in zip(("from", "to"), cloud.box)]
+    return f"PointCloud {cloud.name!r} of {len(cloud)} points", ["", "x", "y", "z"], rows
+
+
 def _plane(plane: Any) -> Table:
     a, b, c = map(float, plane.normal)
     return f"Plane({a!r}, {b!r}, {c!r}, {plane.d!r})", [], []
@@ -132,6 +139,7 @@ def install() -> None:
     """Gives the classes their __repr__ and _repr_html_."""
     shown: List[Tuple[Any, Callable[[Any], Table]]] = [
         (_core.PointList, _points),
+        (_core.PointCloud, _cloud),
         (_core.PointTests, _tests),
         (_core.Similarity, _similarity),
         (_core.Trafo2dFit, _trafo2d_fit),
