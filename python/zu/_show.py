@@ -124,7 +124,7 @@ def _point(point: Any) -> Table:
 
 
 def _cloud(cloud: Any) -> Table:
-    rows = []
+    rows: List[Sequence[str]] = []
     if len(cloud):
         rows = [[t, *(f"{v:.10g}" for v in r)] for t, r in zip(("from", "to"), cloud.box)]
     return f"PointCloud {cloud.name!r} of {len(cloud)} points", ["", "x", "y", "z"], rows
