@@ -11,4 +11,5 @@ PYBIND11_MODULE(_core, m) {
   BindClouds(m);
   BindSimilarity(m);
   BindTrafo2d(m);
+  BindProjects(m);
 }

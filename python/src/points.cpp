@@ -207,6 +207,7 @@ void WritePoints(PyPoints& points, const py::object& path, const py::object& col
   {
     const Writing writing(points.gate);
     const py::gil_scoped_release release;
+    const std::lock_guard lock(WriterMutex());
     std::ofstream stream(file.Path(), std::ios::binary);
     const bool bTable = iDecimals >= 0 || (table.empty() && points.form &&
                                            (form.m_cDelimiter != '\0' || !form.m_aTitles.empty()));

@@ -52,6 +52,7 @@ class ResultFile {
 
 void BindClouds(py::module_& m);
 void BindPoints(py::module_& m);
+void BindProjects(py::module_& m);
 void BindPlanes(py::module_& m);
 void BindSimilarity(py::module_& m);
 void BindTrafo2d(py::module_& m);

@@ -62,6 +62,11 @@ Writing::Writing(Gate& gate) : m_gate(gate) {
   gate.bWriter = true;
 }
 
+std::mutex& WriterMutex() {
+  static std::mutex mutex;
+  return mutex;
+}
+
 namespace {
 
 // The innermost operation of the thread.

@@ -4,6 +4,7 @@
 
 #include <pybind11/pybind11.h>
 
+#include <mutex>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -107,6 +108,10 @@ class Writing {
  private:
   Gate& m_gate;
 };
+
+// Held while records are written: their indentation is one of the process. Taken with the
+// interpreter's lock released.
+std::mutex& WriterMutex();
 
 // A long operation: progress goes to a callable (None: nobody) as (title, done), done from 0 to 1,
 // and Ctrl-C or an exception of the callable stops it. The operation runs with the lock released.

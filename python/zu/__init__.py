@@ -1,4 +1,4 @@
-"""Close-range photogrammetry: points, transformations with their uncertainty, planes, clouds.
+"""Close-range photogrammetry: points, transformations with their uncertainty, planes, clouds, photos and projects.
 
 Arrays go in and come out everywhere: points are (n, 3) arrays of float64 or a `PointList`, which
 knows their ids, names and standard deviations as well. Every number is one of the library's; the
@@ -18,28 +18,38 @@ Long work releases the interpreter's lock and ends soon after Ctrl-C.
 
 from ._core import (
     CalcPlane,
+    Camera,
     CylinderFit,
     FitResult,
     Frame,
+    Intersection,
     LineFit,
+    Photo,
     Plane,
     PlaneFit,
+    PlaneMeasurement,
     Point,
     PointCloud,
     PointList,
     PointTests,
+    Project,
     Similarity,
     SphereFit,
     Trafo2d,
     Trafo2dFit,
     Trafo3d,
     __version__,
+    check_file,
     fit_cylinder,
     fit_line,
     fit_plane,
     fit_sphere,
+    intersect,
+    measure_on_plane,
+    read_cameras,
     read_clouds,
     read_points,
+    read_project,
     trafo2d,
     transform,
     write_clouds,

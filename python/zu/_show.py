@@ -130,6 +130,50 @@ def _cloud(cloud: Any) -> Table:
     return f"PointCloud {cloud.name!r} of {len(cloud)} points", ["", "x", "y", "z"], rows
 
 
+def _measurement(measured: Any) -> Table:
+    rows = (
+        [str(p["photo"]), str(p["points"]), str(p["worst_point"]), _number(p["rms"])]
+        for p in measured.photos
+        if p["checked"]
+    )
+    quality = measured.quality
+    tail = f", RMS {_number(quality['rms'])} of {quality['checked']}" if quality["checked"] else ""
+    headline = f"PlaneMeasurement of {len(measured)} points{tail}"
+    return headline, ["photo", "points", "worst", "RMS"], _cut(rows, len(measured.photos))
+
+
+def _intersection(found: Any) -> Table:
+    rows = (
+        [str(i), str(n), *(f"{v:.10g}" for v in xyz)]
+        for i, n, xyz in zip(found.ids, found.rays, found.xyz)
+    )
+    headline = (
+        f"Intersection of {len(found)} points, redundancy {found.redundancy}, sigma0 "
+        f"{found.sigma0_kind} {_number(found.sigma0)}, RMS {_number(found.rms_pixels)} px"
+    )
+    return headline, ["id", "rays", "x", "y", "z"], _cut(rows, len(found))
+
+
+def _camera(camera: Any) -> Table:
+    names = ["c", "xh", "yh", "a1", "a2", "a3", "r0", "b1", "b2", "c1", "c2"]
+    values = ", ".join(f"{n}={getattr(camera, n)!r}" for n in names if getattr(camera, n) != 0.0)
+    return f"Camera({camera.id}, {values}, mode={camera.mode!r})", [], []
+
+
+def _photo(photo: Any) -> Table:
+    state = "oriented" if photo.oriented else "not oriented"
+    return f"Photo {photo.id} {photo.name!r}, {state}", [], []
+
+
+def _project(project: Any) -> Table:
+    rows = [
+        [str(p.id), p.name, str(len(project.measurements(p.id))), "yes" if p.oriented else "no"]
+        for p in project.photos[:_MOST_ROWS]
+    ]
+    headline = f"Project of {len(project.photos)} photos"
+    return headline, ["photo", "name", "measured", "oriented"], _cut(rows, len(project.photos))
+
+
 def _plane(plane: Any) -> Table:
     a, b, c = map(float, plane.normal)
     return f"Plane({a!r}, {b!r}, {c!r}, {plane.d!r})", [], []
@@ -140,6 +184,11 @@ def install() -> None:
     shown: List[Tuple[Any, Callable[[Any], Table]]] = [
         (_core.PointList, _points),
         (_core.PointCloud, _cloud),
+        (_core.Project, _project),
+        (_core.Photo, _photo),
+        (_core.Camera, _camera),
+        (_core.PlaneMeasurement, _measurement),
+        (_core.Intersection, _intersection),
         (_core.PointTests, _tests),
         (_core.Similarity, _similarity),
         (_core.Trafo2dFit, _trafo2d_fit),
