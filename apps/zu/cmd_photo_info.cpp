@@ -66,7 +66,7 @@ NamedRotation RotationOf(const ZuPhoto& photo, const InfoValues& values) {
   NamedRotation named(strConvention, bCamera                   ? "rad"
                                      : values.strAngle.empty() ? "gon"
                                                                : values.strAngle);
-  ZuPose pose{ZuRotation(photo.GetRotAOR()), {}};
+  ZuCameraPose pose{ZuRotation(photo.GetRotAOR()), {}};
   photo.GetPosAOR(&pose.X0[0], &pose.X0[1], &pose.X0[2]);
   if (strConvention == "abc") {
     const auto angles = ZuAnglesAbc::From(pose.R);

@@ -103,7 +103,7 @@ TEST(Colmap, PhotosSeeWhatTheFormulaSays) {
       {}, &project, &report))
       << FirstError(report);
   const ZuPhoto& photo = *project.PhotoList().First();
-  ZuPose pose{ZuRotation(photo.GetRotAOR()), {}};
+  ZuCameraPose pose{ZuRotation(photo.GetRotAOR()), {}};
   photo.GetPosAOR(&pose.X0[0], &pose.X0[1], &pose.X0[2]);
   const ZuPoseOpenCv cv = ZuToOpenCv(pose);
   ZuBikoTransform transform(&photo, eObjectToDigi, false);

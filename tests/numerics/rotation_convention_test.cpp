@@ -112,8 +112,8 @@ TEST(RotationConvention, DefinitionsHold) {
   }
   EXPECT_LT(OffBy(ZuAnglesYpr{}.Rotation(), ZuRotation()), 1e-16);
 
-  const ZuPose pose{ZuAnglesOpk{a, b, c}.Rotation(), {10.0, -20.0, 5.5}};
-  const ZuPose again = ZuFromOpenCv(ZuToOpenCv(pose));
+  const ZuCameraPose pose{ZuAnglesOpk{a, b, c}.Rotation(), {10.0, -20.0, 5.5}};
+  const ZuCameraPose again = ZuFromOpenCv(ZuToOpenCv(pose));
   for (size_t i = 0; i < 3; ++i) EXPECT_NEAR(again.X0[i], pose.X0[i], 1e-14);
 }
 

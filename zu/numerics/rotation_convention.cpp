@@ -222,12 +222,12 @@ ZuQuaternionColmap ZuQuaternionColmap::From(const ZuRotation& rotation) {
   return QuaternionOf(TurnedBack(rotation.r));
 }
 
-ZuPoseOpenCv ZuToOpenCv(const ZuPose& pose) {
+ZuPoseOpenCv ZuToOpenCv(const ZuCameraPose& pose) {
   const auto R = ZuMatrixOpenCv::From(pose.R);
   return {R, Opposed(Times(R.r, pose.X0))};
 }
 
-ZuPose ZuFromOpenCv(const ZuPoseOpenCv& pose) {
+ZuCameraPose ZuFromOpenCv(const ZuPoseOpenCv& pose) {
   // The transposed matrix is the inverse to rounding alone: what it leaves of R X0 + t is taken
   // off, so that the way back gives t.
   const Rows inverse = Transposed(pose.R.r);

@@ -103,7 +103,7 @@ To ZuRotationCast(const From& from) {
 }
 
 // Where a photo stands: object point = X0 + R v of an image vector v.
-struct ZuPose {
+struct ZuCameraPose {
   ZuRotation R;
   std::array<double, 3> X0{};
 };
@@ -115,5 +115,5 @@ struct ZuPoseOpenCv {
 };
 
 // Both ways with one rounding of each coordinate.
-ZU_API ZuPoseOpenCv ZuToOpenCv(const ZuPose& pose);
-ZU_API ZuPose ZuFromOpenCv(const ZuPoseOpenCv& pose);
+ZU_API ZuPoseOpenCv ZuToOpenCv(const ZuCameraPose& pose);
+ZU_API ZuCameraPose ZuFromOpenCv(const ZuPoseOpenCv& pose);

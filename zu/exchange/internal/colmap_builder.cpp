@@ -12,28 +12,28 @@ namespace {
 
 using PoseNumbers = std::array<double, 12>;
 
-PoseNumbers NumbersOf(const ZuPose& pose) {
+PoseNumbers NumbersOf(const ZuCameraPose& pose) {
   PoseNumbers numbers{};
   std::copy(pose.R.r.begin(), pose.R.r.end(), numbers.begin());
   std::copy(pose.X0.begin(), pose.X0.end(), numbers.begin() + 9);
   return numbers;
 }
 
-ZuPose PoseOf(const PoseNumbers& numbers) {
-  ZuPose pose;
+ZuCameraPose PoseOf(const PoseNumbers& numbers) {
+  ZuCameraPose pose;
   std::copy(numbers.begin(), numbers.begin() + 9, pose.R.r.begin());
   std::copy(numbers.begin() + 9, numbers.end(), pose.X0.begin());
   return pose;
 }
 
-ZuPose FromColmap(const ZuQuaternionColmap& q, const std::array<double, 3>& t) {
+ZuCameraPose FromColmap(const ZuQuaternionColmap& q, const std::array<double, 3>& t) {
   return ZuFromOpenCv({ZuRotationCast<ZuMatrixOpenCv>(q), t});
 }
 
 // The pose that its own quaternion and translation make again.
-ZuPose SettledPose(const ZuPose& pose) {
+ZuCameraPose SettledPose(const ZuCameraPose& pose) {
   return PoseOf(Settled(NumbersOf(pose), [](const PoseNumbers& numbers) {
-    const ZuPose there = PoseOf(numbers);
+    const ZuCameraPose there = PoseOf(numbers);
     return NumbersOf(FromColmap(ZuQuaternionColmap::From(there.R), ZuToOpenCv(there).t));
   }));
 }

@@ -27,7 +27,7 @@ struct BlockMeasure {
 struct BlockImage {
   unsigned uId = 0, uCamera = 0;
   std::string strName;
-  ZuPose pose;
+  ZuCameraPose pose;
   std::vector<BlockMeasure> measures;  // each point once
 };
 

@@ -12,9 +12,9 @@ namespace zu::internal {
 // Settled(x).
 template <class Value, class Return>
 Value Settled(const Value& value, const Return& ThereAndBack) {
-  constexpr std::size_t kMostSteps = 100;
+  constexpr std::size_t kMostTurns = 100;
   std::vector<Value> way{value};
-  while (way.size() < kMostSteps) {
+  while (way.size() < kMostTurns) {
     const Value next = ThereAndBack(way.back());
     const auto seen = std::find(way.begin(), way.end(), next);
     if (seen != way.end()) return *std::min_element(seen, way.end());
