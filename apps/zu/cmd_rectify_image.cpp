@@ -377,8 +377,12 @@ class RectifyImage {
 
   std::string RegionText() const {
     const ZuRegion region = m_raster.GetRegion();
-    return Shortest(region.Left()) + "," + Shortest(region.Bottom()) + "," +
-           Shortest(region.Right()) + "," + Shortest(region.Top());
+    // To a millionth of a pixel: what is less is rounding.
+    const double dPower =
+        std::pow(10.0, std::clamp(6.0 - std::floor(std::log10(m_raster.m_dPixel)), 0.0, 12.0));
+    const auto bound = [dPower](double d) { return Shortest(std::round(d * dPower) / dPower); };
+    return bound(region.Left()) + "," + bound(region.Bottom()) + "," + bound(region.Right()) + "," +
+           bound(region.Top());
   }
 
   // The picture of the sheet is made anew, in the pixels of print, where these are coarser.
