@@ -71,6 +71,27 @@ TEST(PlanePrimitives, LinesTellHowTheyMeet) {
   EXPECT_FALSE(ZuVector2d::XAxis.IsLinearIndependent(ZuVector2d(), 1e-6));
 }
 
+// A right-angled triangle of 3, 4 and 5, computed by hand.
+TEST(PlanePrimitives, ValuesByHand) {
+  const ZuLine2d line = Line(2, 1, 6, 4);
+  const ZuPoint2d p(10.0, 0.0), foot = line.Projection(p);
+  ZuPoint2d meet;
+  ASSERT_EQ(line.Intersect(Line(0, 10, 10, 5), meet), eLineMeetPoint);
+  const ZuBoundingBox2d a(0, 0, 4, 3), b(1, -2, 6, 2);
+  ZuBoundingBox2d both = a;
+  both.Union(b);
+  const std::pair<double, double> values[] = {
+      {line.Dist(p), -5.6},
+      {line.getParameter(p), 5.8},
+      {foot.Distance({6.64, 4.48}), 0.0},
+      {line.getSegmentDistance(p), std::sqrt(32.0)},
+      {meet.Distance({8.4, 5.8}), 0.0},
+      {ZuVector2d(1.0, 2.0).Angle({3.0, -1.0}), std::atan(7.0)},
+      {a.Intersect(b).GetArea(), 6.0},
+      {both.GetArea(), 30.0}};
+  for (const auto& [dValue, dExpected] : values) EXPECT_NEAR(dValue, dExpected, 1e-14 * 10.0);
+}
+
 TEST(PlanePrimitives, BoxesAgreeWithThoseInSpace) {
   RandomGeometry random(31);
   int iOverlaps = 0;
