@@ -167,6 +167,5 @@ eConditionsStatus ZuZuspConditions::Calc() {
 void ZuZuspConditions::Store(ZuZuspTrafo* pTrafo) const {
   ZuMatrix identity(4, 4);
   identity.SetIdent();
-  pTrafo->SetZuspMat(m_zusp);
-  pTrafo->SetTransMat(identity);
+  pTrafo->SetMatrices(m_zusp, identity);
 }

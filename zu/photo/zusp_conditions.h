@@ -34,8 +34,8 @@ class ZU_API ZuZuspConditions {
   eConditionsStatus Calc();
 
   // The rest after a good Calc alone. Matrices into the record, which then carries image points to
-  // the plane (Z stays); its inverses must not have been formed before. Without a length the unit
-  // is the mm of the image at the centre of the points, without an x axis it runs as in the image.
+  // the plane (Z stays); inverses formed before are let go. Without a length the unit is the mm of
+  // the image at the centre of the points, without an x axis it runs as in the image.
   void Store(ZuZuspTrafo* pTrafo) const;
   const ZuMatrix& GetZuspMat() const { return m_zusp; }
   bool IsScaled() const { return !m_lengths.empty(); }
