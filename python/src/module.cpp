@@ -12,4 +12,5 @@ PYBIND11_MODULE(_core, m) {
   BindSimilarity(m);
   BindTrafo2d(m);
   BindProjects(m);
+  BindNetworks(m);
 }

@@ -51,6 +51,7 @@ class ResultFile {
 };
 
 void BindClouds(py::module_& m);
+void BindNetworks(py::module_& m);
 void BindPoints(py::module_& m);
 void BindProjects(py::module_& m);
 void BindPlanes(py::module_& m);

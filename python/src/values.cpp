@@ -75,23 +75,27 @@ thread_local Operation* g_pOperation = nullptr;
 }  // namespace
 
 struct OperationNotes {
-  // False stops the operation. What the callable or a signal raised waits for Finish.
   static bool Notify(void*, eZuProgress eWhat, const char* szTitle, double dPosition) {
     Operation* const pOperation = g_pOperation;
-    if (pOperation == nullptr) return true;
-    const py::gil_scoped_acquire acquire;
-    if (pOperation->m_apError[0] != nullptr) return false;
-    if (PyErr_CheckSignals() == 0) {
-      if (eWhat == eZuProgressShow || pOperation->m_progress.is_none()) return true;
-      PyObject* const pResult =
-          PyObject_CallFunction(pOperation->m_progress.ptr(), "sd", szTitle, dPosition);
-      Py_XDECREF(pResult);
-      if (pResult != nullptr) return true;
-    }
-    PyErr_Fetch(&pOperation->m_apError[0], &pOperation->m_apError[1], &pOperation->m_apError[2]);
-    return false;
+    return pOperation == nullptr || pOperation->Ask(szTitle, dPosition, eWhat != eZuProgressShow);
   }
 };
+
+bool Operation::Notify(const char* szTitle, double dDone) { return Ask(szTitle, dDone, true); }
+
+// What the callable or a signal raised waits for Finish.
+bool Operation::Ask(const char* szTitle, double dDone, bool bTell) {
+  const py::gil_scoped_acquire acquire;
+  if (m_apError[0] != nullptr) return false;
+  if (PyErr_CheckSignals() == 0) {
+    if (!bTell || m_progress.is_none()) return true;
+    PyObject* const pResult = PyObject_CallFunction(m_progress.ptr(), "sd", szTitle, dDone);
+    Py_XDECREF(pResult);
+    if (pResult != nullptr) return true;
+  }
+  PyErr_Fetch(&m_apError[0], &m_apError[1], &m_apError[2]);
+  return false;
+}
 
 Operation::Operation(const py::object& progress) : m_progress(progress), m_pFormer(g_pOperation) {
   g_pOperation = this;

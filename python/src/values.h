@@ -126,10 +126,15 @@ class Operation {
   Operation(const Operation&) = delete;
   Operation& operator=(const Operation&) = delete;
 
+  // Tells how far it has come, from 0 to 1, and looks for Ctrl-C; false ends the operation. With
+  // the lock released.
+  bool Notify(const char* szTitle, double dDone);
   void Finish();
 
  private:
   friend struct OperationNotes;
+  bool Ask(const char* szTitle, double dDone, bool bTell);
+
   py::object m_progress;
   Operation* m_pFormer;
   PyObject* m_apError[3] = {};  // type, value, traceback of what stopped it

@@ -154,6 +154,46 @@ def _intersection(found: Any) -> Table:
     return headline, ["id", "rays", "x", "y", "z"], _cut(rows, len(found))
 
 
+def _orientation(found: Any) -> Table:
+    columns = (found.photo_ids, found.names, found.ways, found.points, found.rms_pixels, found.positions)
+    rows = (
+        [str(i), name, way, str(n), _number(rms), *(f"{v:.10g}" for v in xyz)]
+        for i, name, way, n, rms, xyz in zip(*columns)
+    )
+    headline = f"Orientation of {len(found)} photos, {int(found.good.sum())} found"
+    titles = ["photo", "name", "by", "points", "RMS px", "x", "y", "z"]
+    return headline + (", in a frame of their own" if found.free else ""), titles, _cut(rows, len(found))
+
+
+def _observations(tests: Any) -> Table:
+    m = tests.residuals.shape[1]
+    axes = ["x", "y", "z"][:m] if m > 1 else [""]
+    first = {2: ["photo", "id"], 3: ["id"], 1: ["id", "to"]}[m]
+    titles = [*first, *(f"v {a}".strip() for a in axes), *(f"w {a}".strip() for a in axes), "T", ""]
+    keys = {2: (tests.photo_ids, tests.ids), 3: (tests.ids,), 1: (tests.ids, tests.to_ids)}[m]
+    rows = (
+        [*map(str, key), *map(_number, v), *map(_number, w), _number(t), "" if used else "aside"]
+        for key, v, w, t, used in zip(zip(*keys), tests.residuals, tests.w, tests.test, tests.used)
+    )
+    return f"Observations of {len(tests)}", titles, _cut(rows, len(tests))
+
+
+def _network(found: Any) -> Table:
+    rows = (
+        [str(i), name, *(f"{v:.10g}" for v in xyz), _number(max(sd)), _number(rms)]
+        for i, name, xyz, sd, rms in zip(
+            found.photo_ids, found.photo_names, found.positions, found.position_sd, found.photo_rms_pixels
+        )
+    )
+    headline = (
+        f"Network of {len(found.photo_ids)} photos and {len(found.points)} points, redundancy "
+        f"{found.redundancy}, sigma0 {found.sigma0_kind} {_number(found.sigma0)}, RMS "
+        f"{_number(found.rms_pixels)} px, {len(found.set_aside)} set aside"
+    )
+    titles = ["photo", "name", "x", "y", "z", "largest sd", "RMS px"]
+    return headline, titles, _cut(rows, len(found.photo_ids))
+
+
 def _camera(camera: Any) -> Table:
     names = ["c", "xh", "yh", "a1", "a2", "a3", "r0", "b1", "b2", "c1", "c2"]
     values = ", ".join(f"{n}={getattr(camera, n)!r}" for n in names if getattr(camera, n) != 0.0)
@@ -190,6 +230,9 @@ def install() -> None:
         (_core.PlaneMeasurement, _measurement),
         (_core.Intersection, _intersection),
         (_core.PointTests, _tests),
+        (_core.Orientation, _orientation),
+        (_core.Observations, _observations),
+        (_core.Network, _network),
         (_core.Similarity, _similarity),
         (_core.Trafo2dFit, _trafo2d_fit),
         (_core.FitResult, _fit),
