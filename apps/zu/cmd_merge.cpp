@@ -2,11 +2,9 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdlib>
-#include <limits>
 #include <memory>
 #include <utility>
 
-#include "cmd_merge_adjust.h"
 #include "commands.h"
 #include "point_choice.h"
 #include "point_input.h"
@@ -16,8 +14,7 @@
 #include "svg.h"
 #include "text_table.h"
 #include "trafo_report.h"
-#include "zu/adjust/consensus.h"
-#include "zu/transform/trafo3d.h"
+#include "zu/adjust/merge.h"
 
 namespace cli {
 namespace {
@@ -25,7 +22,6 @@ namespace {
 constexpr double kProper = 1e-6;      // |det R - 1| of a rotation at most [-]
 constexpr int kSampleSize = 4;        // of the library's search, without extra points
 constexpr int kMostExhaustive = 200;  // common points; more take minutes
-constexpr double kAll = std::numeric_limits<double>::infinity();  // a tolerance of every point
 
 struct Values {
   std::string strA, strB;
@@ -50,8 +46,7 @@ struct Lists {
   ZuPointList listA, listB;
   ZuPointList result, rejected, rejectedControl;
   int iCommon = 0;
-  std::vector<unsigned> aside;  // ids of common points that do not agree, ascending
-  ZuSimilarityResult adjusted;  // over those that do; not good with the library's own search
+  ZuSimilarityResult adjusted;  // over those that agree; not good with the library's own search
 };
 
 // The points of the result: agreeing ones, then those only B has, then those only A has.
@@ -79,85 +74,6 @@ std::string Files(const Values& values) {
   return NameInMessages(values.strA) + " and " + NameInMessages(values.strB);
 }
 
-// Largest side of the box of A's common points.
-double ExtentOfCommon(const Lists& lists) {
-  const ZuSortHelper<ZuPoint> indexB(&lists.listB);
-  double adLow[3], adHigh[3];
-  bool bFirst = true;
-  for (const ZuPoint* p = lists.listA.First(); p != nullptr; p = p->Next()) {
-    if (indexB.Find(p->GetId()) == nullptr) continue;
-    const double ad[] = {p->m_dX, p->m_dY, p->m_dZ};
-    for (int i = 0; i < 3; ++i) {
-      adLow[i] = bFirst ? ad[i] : std::min(adLow[i], ad[i]);
-      adHigh[i] = bFirst ? ad[i] : std::max(adHigh[i], ad[i]);
-    }
-    bFirst = false;
-  }
-  if (bFirst) return 0.0;
-  return std::max({adHigh[0] - adLow[0], adHigh[1] - adLow[1], adHigh[2] - adLow[2]});
-}
-
-bool IsIn(const std::vector<unsigned>& sorted, unsigned uId) {
-  return std::binary_search(sorted.begin(), sorted.end(), uId);
-}
-
-// Carries B over and joins it with A as the library's own merge does: the agreeing points, those
-// only B has, those only A has; rejected ones apart.
-void Join(const Values& values, double dTolerance, Lists* pLists, ZuTrafo3d* pTrafo) {
-  const ZuSortHelper<ZuPoint> indexA(&pLists->listA);
-  ZuPointList agreeing, rejected, onlyB;
-  for (const ZuPoint* p = pLists->listB.First(); p != nullptr; p = p->Next()) {
-    const bool bCommon = indexA.Find(p->GetId()) != nullptr;
-    (!bCommon ? onlyB : IsIn(pLists->aside, p->GetId()) ? rejected : agreeing).Add(*p);
-  }
-  const auto transform = [&](double dMost, ZuPointList* pPoints) {
-    pTrafo->Transform(&pLists->result, &pLists->rejected, &pLists->rejectedControl, pPoints, dMost,
-                      indexA, values.dBlend);
-  };
-  transform(dTolerance, &agreeing);
-  transform(std::nan(""), &rejected);  // within which no point is
-  pTrafo->InPlaceTransform(&onlyB);
-  onlyB.MoveTo(&pLists->result);
-  const ZuSortHelper<ZuPoint> indexB(&pLists->listB);
-  for (const ZuPoint* p = pLists->listA.First(); p != nullptr; p = p->Next()) {
-    if (indexB.Find(p->GetId()) == nullptr) pLists->result.Add(*p);
-  }
-}
-
-// By the points that agree in closed form, or adjusted where accuracies or tests are asked for.
-void JoinAgreeing(const Values& values, const ZuConsensusResult& consensus, double dTolerance,
-                  Context& context, Lists* pLists, ZuTrafo3d* pTrafo) {
-  const ZuSortHelper<ZuPoint> indexA(&pLists->listA);
-  ZuPointList agreeing;
-  for (const ZuPoint* p = pLists->listB.First(); p != nullptr; p = p->Next()) {
-    if (IsIn(consensus.agreeing, p->GetId())) agreeing.Add(*p);
-  }
-  pTrafo->CalcByControlPoints(indexA, &agreeing, 3, false);
-  ZuSimilarityResult& adjusted = pLists->adjusted;
-  if (values.adjust.IsAsked() || HasAccuracies(values.format.strColumns)) {
-    pLists->aside = consensus.rejected;
-    adjusted = AdjustWithin(dTolerance, indexA, pLists->listB, values.adjust, &pLists->aside);
-    if (!adjusted.IsGood()) {
-      throw CommandError(kUndetermined, Files(values) + ": " + adjusted.strReason);
-    }
-    static_cast<ZuTrafo3dData&>(*pTrafo) = adjusted.trafo;
-    Join(values, kAll, pLists, pTrafo);
-  } else {
-    Join(values, dTolerance, pLists, pTrafo);
-    for (const ZuPoint* p = pLists->rejected.First(); p != nullptr; p = p->Next()) {
-      pLists->aside.push_back(p->GetId());
-    }
-    std::sort(pLists->aside.begin(), pLists->aside.end());
-    adjusted = AdjustMerge(indexA, pLists->listB, values.adjust, &pLists->aside);
-    if (!adjusted.IsGood()) context.Warn("no standard deviations: " + adjusted.strReason);
-  }
-  for (const std::string& strWarning : adjusted.warnings) context.Warn(strWarning);
-  if (!adjusted.IsGood()) return;
-  for (ZuPointList* pPoints : {&pLists->result, &pLists->rejected}) {
-    SetJoinedSds(adjusted, indexA, pLists->listB, values.dBlend, pPoints);
-  }
-}
-
 // Throws CommandError (undetermined) where the common points of a list are on one line.
 void CheckLine(const Values& values, const Lists& lists) {
   ZuPointList commonA, commonB;
@@ -183,20 +99,25 @@ void MergeByConsensus(const Values& values, Context& context, Lists* pLists, ZuT
     throw CommandError(kUndetermined,
                        strHave + ", " + std::to_string(values.iMinPoints) + " are needed");
   }
-  ZuConsensusOptions options;
+  ZuMergeOptions options;
   options.dTolerance = values.dTolerance;
-  if (values.bRelative) options.dTolerance *= ExtentOfCommon(*pLists);
+  options.bRelative = values.bRelative;
+  options.dBlend = values.dBlend;
+  options.iMinPoints = values.iMinPoints;
+  options.iExtraPoints = values.iExtraPoints;
   options.uSeed = values.uSeed;
   if (values.strSearch == "exhaustive") options.search = ZuConsensusSearch::Exhaustive;
   if (values.strSearch == "random") options.search = ZuConsensusSearch::Random;
-  options.iLeastAgreeing =
-      std::min(values.iMinPoints + values.iExtraPoints, std::max(pLists->iCommon, 3));
+  options.bAdjust = values.adjust.IsAsked() || HasAccuracies(values.format.strColumns);
+  options.similarity = values.adjust.OptionsOf();
+  options.similarity.dSigmaSource = options.similarity.dSigmaTarget = values.adjust.dSigma;
   if (options.search == ZuConsensusSearch::Exhaustive && pLists->iCommon > kMostExhaustive) {
     throw CommandError(kUsage, "--search exhaustive looks at up to " +
                                    std::to_string(kMostExhaustive) + " common points, there are " +
                                    std::to_string(pLists->iCommon));
   }
-  const ZuConsensusResult consensus = ZuFindConsensus(pLists->listA, pLists->listB, options);
+  const ZuMergeResult merged = ZuMergePoints(pLists->listA, pLists->listB, options);
+  const ZuConsensusResult& consensus = merged.consensus;
   if (!consensus.IsGood()) {
     if (consensus.status != ZuAdjustStatus::RankDefect) {
       throw CommandError(kUndetermined, Files(values) + ": " + consensus.strReason);
@@ -212,7 +133,18 @@ void MergeByConsensus(const Values& values, Context& context, Lists* pLists, ZuT
                    ", no sample of which agrees\na larger --tolerance, or points that are "
                    "not on one line may help");
   }
-  JoinAgreeing(values, consensus, options.dTolerance, context, pLists, pTrafo);
+  if (!merged.IsGood()) {
+    throw CommandError(kUndetermined, Files(values) + ": " + merged.strReason);
+  }
+  if (!merged.adjusted.IsGood()) {
+    context.Warn("no standard deviations: " + merged.adjusted.strReason);
+  }
+  for (const std::string& strWarning : merged.adjusted.warnings) context.Warn(strWarning);
+  pLists->result = merged.joined;
+  pLists->rejected = merged.rejected;
+  pLists->rejectedControl = merged.rejectedControl;
+  pLists->adjusted = merged.adjusted;
+  *pTrafo = merged.trafo;
   Json& search = context.Root()["search"];
   search = {{"kind", consensus.bExhaustive ? "exhaustive" : "random"},
             {"samples", consensus.iSamples},
