@@ -1,6 +1,6 @@
 // Photos of other programs. The first byte picks the reader: 't' COLMAP's text, its three files
-// apart by form feeds; 'b' its binary form, their lengths in the two bytes each that follow. What
-// is imported can be exported and imported again.
+// apart by form feeds; 'b' its binary form, their lengths in the two bytes each that follow; 'a'
+// Bundle Adjustment in the Large. What is imported can be exported and imported again.
 #include "fuzz/there_and_back.h"
 #include "zu/exchange/photo_exchange.h"
 #include "zu/points/point_list.h"
@@ -10,11 +10,11 @@ namespace {
 
 using Files = std::vector<ZuExchangeFile>;
 
-bool Import(const Files& files, ZuProject* pProject) {
+bool Import(eZuExchange eFormat, const Files& files, ZuProject* pProject) {
   ZuExchangeReport report;
   ZuImportOptions options;
   options.dMaxError = 1e300;
-  const bool bGood = ZuImportPhotos(eZuExchangeColmap, files, options, pProject, &report);
+  const bool bGood = ZuImportPhotos(eFormat, files, options, pProject, &report);
   Require(bGood == (report.findings.GetErrorCount() == 0));
   for (const ZuFinding& finding : report.findings) Require(!GetZuFindingLine(finding).empty());
   return bGood;
@@ -43,17 +43,21 @@ Files FilesOf(std::string_view text) {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* pData, std::size_t uSize) {
   const Input input(pData, uSize);
-  if (input.Text().empty()) return 0;
+  const std::string_view text = input.Text();
+  if (text.empty()) return 0;
+  const eZuExchange eFormat = text[0] == 'a' ? eZuExchangeBal : eZuExchangeColmap;
+  const Files read =
+      ZuIsFolderExchange(eFormat) ? FilesOf(text) : Files{{"file", std::string(text.substr(1))}};
   ZuProject project, again;
-  if (!Import(FilesOf(input.Text()), &project)) return 0;
+  if (!Import(eFormat, read, &project)) return 0;
   for (const bool bBinary : {false, true}) {
     Files files;
     ZuExchangeReport report;
     ZuExportOptions options;
     options.dMaxError = 1e300;
     options.bBinary = bBinary;
-    if (!ZuExportPhotos(eZuExchangeColmap, project, {}, options, &files, &report)) continue;
-    Require(Import(files, &again));
+    if (!ZuExportPhotos(eFormat, project, {}, options, &files, &report)) continue;
+    Require(Import(eFormat, files, &again));
   }
   return 0;
 }

@@ -48,12 +48,18 @@ ExitCode RunExport(const ExportValues& values, Context& context) {
   if (!values.strPoints.empty()) ReadPoints(values.strPoints, values.format, context, &points);
   std::vector<ZuExchangeFile> files;
   ZuExchangeReport report;
-  ZuExportPhotos(eFormat, *pProject, points, values.options, &files, &report);
+  ZuExportOptions exportOptions = values.options;
+  const bool bFolder = ZuIsFolderExchange(eFormat);
+  if (!bFolder) {
+    exportOptions.strName = values.strOut;
+    OutputFile::Check(values.strOut);
+  }
+  ZuExportPhotos(eFormat, *pProject, points, exportOptions, &files, &report);
   TellExchange(report.findings, file.Name(), context);
-  MakeFolder(values);
+  if (bFolder) MakeFolder(values);
   Json& outputs = context.Root()["outputs"] = Json::array();
   for (const ZuExchangeFile& each : files) {
-    const std::string strPath = ZuJoinPath(values.strOut, each.strName);
+    const std::string strPath = bFolder ? ZuJoinPath(values.strOut, each.strName) : each.strName;
     context.NewOutput(strPath).Stream() << each.strText;
     outputs.push_back(strPath);
   }
@@ -71,9 +77,9 @@ ExitCode RunExport(const ExportValues& values, Context& context) {
 
 Runner DefineExport(Options& options) {
   auto pValues = std::make_shared<ExportValues>();
-  options.Positional("FORMAT", &pValues->strFormat, "colmap");
+  options.Positional("FORMAT", &pValues->strFormat, kExchangeWords);
   options.Positional("PROJECT", &pValues->strProject, "project file");
-  options.Positional("OUT", &pValues->strOut, "colmap: folder of cameras, images and points3D");
+  options.Positional("OUT", &pValues->strOut, kExchangeFiles);
   options.Option("--points", "FILE", &pValues->strPoints,
                  "coordinates of points; else the project's object points");
   options.Flag("--binary", &pValues->options.bBinary, "the binary form");

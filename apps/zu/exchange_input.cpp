@@ -11,7 +11,7 @@ eZuExchange ExchangeFormat(const std::string& strWord) {
   const struct {
     const char* szWord;
     eZuExchange eFormat;
-  } formats[] = {{"colmap", eZuExchangeColmap}};
+  } formats[] = {{"colmap", eZuExchangeColmap}, {"bal", eZuExchangeBal}};
   std::string strWords;
   for (const auto& format : formats) {
     if (strWord == format.szWord) return format.eFormat;
@@ -22,11 +22,18 @@ eZuExchange ExchangeFormat(const std::string& strWord) {
 
 void TellExchange(const ZuFindingList& findings, const std::string& strName, Context& context) {
   for (const ZuFinding& finding : findings) {
-    const std::string strFile =
-        finding.m_strFile.find('.') == std::string::npos
-            ? strName + (finding.m_strFile.empty() ? "" : ": ") + finding.m_strFile
-            : ZuJoinPath(strName, finding.m_strFile);
+    std::string strFile = strName;
+    if (finding.m_strFile.rfind("photo ", 0) == 0) {
+      strFile += ": " + finding.m_strFile;
+    } else if (!finding.m_strFile.empty() && ZuExistFolder(strName)) {
+      strFile = ZuJoinPath(strName, finding.m_strFile);
+    }
     const std::string strText = Placed(finding, strFile);
+    if (finding.m_eSeverity == eZuSeverityNote) {
+      context.Text() << strText << '\n';
+      context.Root()["notes"].push_back(strText);
+      continue;
+    }
     if (finding.m_eSeverity == eZuSeverityError) throw CommandError(kBadInput, strText);
     if (context.IsStrict()) throw CommandError(kBadInput, strText + '\n' + kWithoutStrict);
     context.Warn(strText);
@@ -39,6 +46,7 @@ void ShowExchange(const ZuExchangeReport& report, Context& context) {
   root["points"] = report.uPoints;
   root["measurements"] = report.uMeasurements;
   root["cameras"] = Json::array();
+  if (!root.contains("notes")) root["notes"] = Json::array();
   context.Text() << Counted(static_cast<long long>(report.uPhotos), "photo") << ", "
                  << Counted(static_cast<long long>(report.uPoints), "point") << ", "
                  << Counted(static_cast<long long>(report.uMeasurements), "measurement") << '\n';

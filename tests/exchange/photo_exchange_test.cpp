@@ -9,6 +9,7 @@
 #include "tests/support/test.h"
 #include "zu/numerics/rotation_convention.h"
 #include "zu/photo/photo.h"
+#include "zu/points/point_list.h"
 #include "zu/project/project.h"
 
 namespace {
@@ -252,5 +253,134 @@ TEST(Colmap, TheProgramFindsOurErrors) {
     if (strMean.empty()) GTEST_SKIP() << "needs colmap";
     EXPECT_NEAR(Told(strMean, "Mean reprojection error"), report.dMeanError, 1e-5);
     EXPECT_NEAR(Told(strCost, "Initial cost"), 0.5 * report.dRms, 1e-5);
+  }
+}
+
+namespace {
+
+// Formats of one file, and the name that it gets.
+struct OneFileFormat {
+  eZuExchange eFormat;
+  const char* szName;
+};
+constexpr OneFileFormat kOneFileFormats[] = {{eZuExchangeBal, "p.txt"}};
+
+// A file of the format, of the network with its points.
+Files NetworkAs(const OneFileFormat& format, ZuExchangeReport* pReport) {
+  ZuProject network;
+  EXPECT_TRUE(network.Read(ZU_SOURCE_DIR "/samples/network/camcal.prj"));
+  ZuPointList points;
+  constexpr eZuPointRWMask columns[] = {eZuPointRWId, eZuPointRWX, eZuPointRWY, eZuPointRWZ,
+                                        eZuPointRWEnd};
+  points.ReadFile(ZU_SOURCE_DIR "/samples/network/approx.coo",
+                  TZuFormatTable<eZuPointRWMask>(columns));
+  Files files;
+  ZuExportOptions options;
+  options.strName = format.szName;
+  EXPECT_TRUE(ZuExportPhotos(format.eFormat, network, points, options, &files, pReport))
+      << FirstError(*pReport);
+  return files;
+}
+
+}  // namespace
+
+TEST(OneFileExchange, ThereAndBackIsTheSame) {
+  for (const OneFileFormat& format : kOneFileFormats) {
+    SCOPED_TRACE(format.szName);
+    ZuExchangeReport report;
+    Files files = NetworkAs(format, &report), again;
+    EXPECT_NEAR(report.dRms, 115.593288, 1e-6);
+    std::string strProject;
+    for (int i = 0; i < 2; ++i) {
+      ZuProject project;
+      ZuExchangeReport read, written;
+      ASSERT_TRUE(ZuImportPhotos(format.eFormat, files, {}, &project, &read)) << FirstError(read);
+      EXPECT_ROW("21 100 2074", read.uPhotos, read.uPoints, read.uMeasurements);
+      ZuExportOptions options;
+      options.strName = format.szName;
+      ASSERT_TRUE(ZuExportPhotos(format.eFormat, project, {}, options, &again, &written));
+      EXPECT_NEAR(written.dRms, report.dRms, 1e-9);
+      if (i > 0) {
+        EXPECT_EQ(again[0].strText, files[0].strText);
+        EXPECT_TRUE(ProjectText(project) == strProject);
+      }
+      strProject = ProjectText(project);
+      files = again;
+    }
+  }
+}
+
+// Rodrigues' formula and the polynomial of the format, on the numbers of a file.
+TEST(Bal, PhotosSeeWhatTheFormulaSays) {
+  const std::string strText =
+      "2 2 4\n0 0 310.5 -20.25\n0 1 -42 77\n1 1 5 6\n1 0 -0.125 8\n"
+      "0.3 -0.2 0.1 0.5 -0.25 -6 520 -0.2 0.05\n-0.1 0.4 2.9 0 0 -7 610.5 0.1 -0.02\n"
+      "1 2 0.5\n-1.5 0.25 1\n";
+  std::istringstream stream(strText);
+  double aN[3], aSeen[4][4], aCamera[2][9], aPoint[2][3], dSquares = 0.0;
+  for (double& d : aN) stream >> d;
+  for (auto& row : aSeen)
+    for (double& d : row) stream >> d;
+  for (auto& row : aCamera)
+    for (double& d : row) stream >> d;
+  for (auto& row : aPoint)
+    for (double& d : row) stream >> d;
+  for (const auto& seen : aSeen) {
+    const double* c = aCamera[static_cast<int>(seen[0])];
+    const double* X = aPoint[static_cast<int>(seen[1])];
+    const double a = std::hypot(c[0], c[1], c[2]),
+                 kX = (c[0] * X[0] + c[1] * X[1] + c[2] * X[2]) / a;
+    double P[3];
+    for (int i = 0; i < 3; ++i) {
+      const int j = (i + 1) % 3, k = (i + 2) % 3;
+      P[i] = X[i] * std::cos(a) + (c[j] * X[k] - c[k] * X[j]) / a * std::sin(a) +
+             c[i] / a * kX * (1.0 - std::cos(a)) + c[3 + i];
+    }
+    const double x = -P[0] / P[2], y = -P[1] / P[2], r = x * x + y * y;
+    const double f = c[6] * (1.0 + c[7] * r + c[8] * r * r);
+    dSquares += (f * x - seen[2]) * (f * x - seen[2]) + (f * y - seen[3]) * (f * y - seen[3]);
+  }
+  ZuProject project;
+  ZuExchangeReport read, report;
+  Files files;
+  ASSERT_TRUE(ZuImportPhotos(eZuExchangeBal, {{"b", strText}}, {}, &project, &read));
+  ASSERT_TRUE(ZuExportPhotos(eZuExchangeBal, project, {}, {}, &files, &report));
+  EXPECT_NEAR(report.dRms, std::sqrt(dSquares / 4.0), 1e-9);
+  EXPECT_EQ(project.PhotoList().First()->GetDigiRegion().Width(), 621.0);
+}
+
+// Cut at any byte, a file gives a project or one sentence.
+TEST(OneFileExchange, FaultsNameTheirPlace) {
+  const std::string strBal = "1 1 1\n0 0 5 6\n0 0 0 0 0 -5 500 0 0\n1 2 3\n";
+  for (const auto& [eFormat, strText, szFault] : Cases<eZuExchange, std::string, const char*>{
+           {eZuExchangeBal, "1 1\n1x 0" + std::string(40, ' '),
+            "f:2: error: \"1x\" is no whole number"},
+           {eZuExchangeBal, "99999999999999 1 1\n0 0",
+            "f:1: error: 99999999999999 cameras, but the"},
+           {eZuExchangeBal, "1 1 1\n0 1 5 6\n" + std::string(40, ' '),
+            "f:2: error: an observation has point 1 of 1"},
+           {eZuExchangeBal, "1 1 1\n0 0 5 nan\n" + std::string(40, ' '),
+            "f:2: error: \"nan\" is no number"},
+           {eZuExchangeBal, "1 1 1\n0 0 5 1e9\n" + std::string(40, ' '),
+            "f:2: error: an observation lies"},
+           {eZuExchangeBal, "1 1 1\n0 0 5 6\n0 0 0 0 0 -5 -500 0 0\n",
+            "f:3: error: a focal length"},
+           {eZuExchangeBal, strBal + "7", "f:5: error: more numbers than"},
+           {eZuExchangeBal, "BZh91AY", "f: error: is packed; what bunzip2 makes of it"}}) {
+    ZuProject project;
+    ZuExchangeReport report;
+    EXPECT_FALSE(ZuImportPhotos(eFormat, {{"f", strText}}, {}, &project, &report)) << szFault;
+    EXPECT_NE(FirstError(report).find(szFault), std::string::npos) << FirstError(report);
+    EXPECT_TRUE(project.PhotoList().IsEmpty());
+  }
+  for (const auto& [eFormat, strText] : Cases<eZuExchange, std::string>{{eZuExchangeBal, strBal}}) {
+    for (size_t u = 0; u < strText.size(); ++u) {
+      ZuProject project;
+      ZuExchangeReport report;
+      const bool bGood =
+          ZuImportPhotos(eFormat, {{"f", strText.substr(0, u)}}, {}, &project, &report);
+      EXPECT_EQ(report.findings.GetErrorCount(), bGood ? 0U : 1U) << u;
+      EXPECT_EQ(project.PhotoList().IsEmpty(), !bGood) << u;
+    }
   }
 }

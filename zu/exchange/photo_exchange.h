@@ -16,6 +16,7 @@
 #include <vector>
 
 #include "zu/exchange/export.h"
+#include "zu/numerics/pixel_convention.h"
 #include "zu/project/finding_list.h"
 
 class ZuPointList;
@@ -23,6 +24,7 @@ class ZuProject;
 
 enum eZuExchange : int {
   eZuExchangeColmap,  // a folder: cameras, images, points3D, each .txt or .bin
+  eZuExchangeBal,     // a file of Bundle Adjustment in the Large
 };
 
 struct ZuExchangeFile {
@@ -31,13 +33,16 @@ struct ZuExchangeFile {
 };
 
 struct ZuImportOptions {
-  double dMaxError = 0.05;         // of a fitted camera [px]
-  double dPixelSize = 0.00390625;  // width of a pixel, which such files don't tell [mm]
+  double dMaxError = 0.05;  // of a fitted camera [px]
+  double dPixelSize = 0.0;  // width of a pixel [mm]; 0: as the file tells it, else 1/256
+  // Of all images where the file tells none; 0: what their measurements take.
+  ZuImageSize imageSize;
 };
 
 struct ZuExportOptions {
   double dMaxError = 0.05;  // of a fitted camera [px]
   bool bBinary = false;     // where the format has a binary form
+  std::string strName;      // of the file, where the format is one file
 };
 
 // How a camera came across.
@@ -58,6 +63,9 @@ struct ZuExchangeReport {
   double dMeanError = 0.0;
   double dRms = 0.0;  // root of the mean square of those distances [px]
 };
+
+// Whether a format is a folder of files; else it is one file.
+ZU_EXCHANGE_API bool ZuIsFolderExchange(eZuExchange eFormat);
 
 // The files of a format at a path: those of its folder, or the file itself. False with a finding
 // where one is missing or cannot be read.

@@ -26,7 +26,7 @@ std::string ColmapModelNames();
 // where none does.
 const ColmapModel* ChooseColmapModel(const PinholeModel& model, const std::string& strName);
 // Parameters that can be fitted, and the way through a file.
-extern const std::vector<unsigned> kColmapParameters;
+extern const BlockNeeds kColmapNeeds;
 PinholeModel ThroughColmap(const PinholeModel& model);
 
 // As the files have it: with the places in tracks, and features without a point.
@@ -84,10 +84,11 @@ void ReadColmapText(const ZuExchangeFile& cameras, const ZuExchangeFile& images,
                     const ZuExchangeFile& points, ColmapBuilder* pBuilder);
 void ReadColmapBinary(const ZuExchangeFile& cameras, const ZuExchangeFile& images,
                       const ZuExchangeFile& points, ColmapBuilder* pBuilder);
-PhotoBlock ReadColmap(const std::vector<ZuExchangeFile>& files, ZuExchangeReport* pReport);
+PhotoBlock ReadColmap(const std::vector<ZuExchangeFile>& files, const ZuImportOptions& options,
+                      ZuExchangeReport* pReport);
 
 // The features of the images become the measurements in their order.
-std::vector<ZuExchangeFile> WriteColmap(const PhotoBlock& block, bool bBinary,
+std::vector<ZuExchangeFile> WriteColmap(const PhotoBlock& block, const ZuExportOptions& options,
                                         ZuExchangeReport* pReport);
 
 }  // namespace zu::internal

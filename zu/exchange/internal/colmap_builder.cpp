@@ -4,38 +4,18 @@
 #include <set>
 
 #include "zu/exchange/internal/colmap.h"
-#include "zu/exchange/internal/settled.h"
 
 namespace zu::internal {
 
 namespace {
 
-using PoseNumbers = std::array<double, 12>;
-
-PoseNumbers NumbersOf(const ZuCameraPose& pose) {
-  PoseNumbers numbers{};
-  std::copy(pose.R.r.begin(), pose.R.r.end(), numbers.begin());
-  std::copy(pose.X0.begin(), pose.X0.end(), numbers.begin() + 9);
-  return numbers;
-}
-
-ZuCameraPose PoseOf(const PoseNumbers& numbers) {
-  ZuCameraPose pose;
-  std::copy(numbers.begin(), numbers.begin() + 9, pose.R.r.begin());
-  std::copy(numbers.begin() + 9, numbers.end(), pose.X0.begin());
-  return pose;
-}
-
 ZuCameraPose FromColmap(const ZuQuaternionColmap& q, const std::array<double, 3>& t) {
   return ZuFromOpenCv({ZuRotationCast<ZuMatrixOpenCv>(q), t});
 }
 
-// The pose that its own quaternion and translation make again.
-ZuCameraPose SettledPose(const ZuCameraPose& pose) {
-  return PoseOf(Settled(NumbersOf(pose), [](const PoseNumbers& numbers) {
-    const ZuCameraPose there = PoseOf(numbers);
-    return NumbersOf(FromColmap(ZuQuaternionColmap::From(there.R), ZuToOpenCv(there).t));
-  }));
+// Through quaternion and translation.
+ZuCameraPose ThroughColmapPose(const ZuCameraPose& pose) {
+  return FromColmap(ZuQuaternionColmap::From(pose.R), ZuToOpenCv(pose).t);
 }
 
 std::string Numbered(const char* szWhat, std::uint64_t uId) {
@@ -85,10 +65,8 @@ void ColmapBuilder::AddImage(const std::string& strFile, std::uint64_t uLine, co
   block.uCamera = static_cast<unsigned>(image.uCamera);
   CheckPhotoName(image.strName, strFile, uLine);
   block.strName = image.strName;
-  block.pose = SettledPose(FromColmap(image.q, image.t));
-  double dSum = 0.0;
-  for (const double d : NumbersOf(block.pose)) dSum += d;
-  if (!std::isfinite(dSum)) {
+  block.pose = SettledPose(FromColmap(image.q, image.t), ThroughColmapPose);
+  if (!IsFinitePose(block.pose)) {
     FailExchange(strFile, uLine, Numbered("image", image.uId) + " has no orientation",
                  "a quaternion that is not 0 and finite numbers");
   }
@@ -172,30 +150,20 @@ PhotoBlock ColmapBuilder::Finish(const std::string& strImages, const std::string
   std::size_t uFree = 0, uDoubled = 0;
   for (ColmapImage& image : m_images) {
     uFree += image.features.size() - image.image.measures.size();
-    std::set<unsigned> seen;
-    auto& measures = image.image.measures;
-    const auto behind = std::remove_if(
-        measures.begin(), measures.end(),
-        [&](const BlockMeasure& measure) { return !seen.insert(measure.uPoint).second; });
-    uDoubled += static_cast<std::size_t>(measures.end() - behind);
-    measures.erase(behind, measures.end());
+    uDoubled += DropSecondMeasures(&image.image);
     m_block.images.push_back(std::move(image.image));
   }
   if (uFree > 0) {
     WarnExchange(strImages, std::to_string(uFree) + " features without a point; left out", pReport);
   }
-  if (uDoubled > 0) {
-    WarnExchange(
-        strImages,
-        std::to_string(uDoubled) + " features of a point that the image has already; left out",
-        pReport);
-  }
+  WarnSecondMeasures(strImages, uDoubled, pReport);
   std::sort(m_block.cameras.begin(), m_block.cameras.end(),
             [](const BlockCamera& a, const BlockCamera& b) { return a.uId < b.uId; });
   return std::move(m_block);
 }
 
-PhotoBlock ReadColmap(const std::vector<ZuExchangeFile>& files, ZuExchangeReport* pReport) {
+PhotoBlock ReadColmap(const std::vector<ZuExchangeFile>& files, const ZuImportOptions&,
+                      ZuExchangeReport* pReport) {
   const auto Find = [&](const std::string& strName) -> const ZuExchangeFile* {
     const auto at = std::find_if(files.begin(), files.end(), [&](const ZuExchangeFile& file) {
       return file.strName == strName;

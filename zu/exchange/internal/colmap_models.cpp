@@ -109,9 +109,9 @@ const ColmapModel kModels[] = {
 
 }  // namespace
 
-const std::vector<unsigned> kColmapParameters{
-    kFitFocal | kFitK1 | kFitK2 | kFitTangential,
-    kFitFocal | kFitK1 | kFitK2 | kFitK3 | kFitRational | kFitTangential};
+const BlockNeeds kColmapNeeds{
+    {kFitFocal | kFitK1 | kFitK2 | kFitTangential,
+     kFitFocal | kFitK1 | kFitK2 | kFitK3 | kFitRational | kFitTangential}};
 
 const ColmapModel* FindColmapModel(int iId) {
   const auto* p = std::find_if(std::begin(kModels), std::end(kModels),

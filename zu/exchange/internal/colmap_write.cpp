@@ -187,8 +187,9 @@ std::string PointsOf(const PhotoBlock& block, bool bBinary) {
 
 }  // namespace
 
-std::vector<ZuExchangeFile> WriteColmap(const PhotoBlock& block, bool bBinary,
+std::vector<ZuExchangeFile> WriteColmap(const PhotoBlock& block, const ZuExportOptions& options,
                                         ZuExchangeReport* pReport) {
+  const bool bBinary = options.bBinary;
   const std::string strEnding = bBinary ? ".bin" : ".txt";
   return {{"cameras" + strEnding, CamerasOf(block, bBinary, pReport)},
           {"images" + strEnding, ImagesOf(block, bBinary)},

@@ -8,6 +8,7 @@
 #include <set>
 #include <sstream>
 
+#include "zu/exchange/internal/settled.h"
 #include "zu/foundation/number_text.h"
 #include "zu/foundation/path.h"
 #include "zu/photo/photo.h"
@@ -17,8 +18,9 @@ namespace zu::internal {
 
 namespace {
 
-constexpr double kLargestSide = 1e6;   // of an image [px]
-constexpr size_t kLongestName = 4096;  // of a photo
+constexpr double kLargestSide = 1e6;          // of an image [px]
+constexpr size_t kLongestName = 4096;         // of a photo
+constexpr double kUntoldPixel = 1.0 / 256.0;  // [mm]
 
 std::string ShortNumber(double d) {
   char acText[32];
@@ -41,6 +43,15 @@ void AddCamera(const BlockCamera& camera, const CameraFit& fit, double dMaxError
   }
   pReport->cameras.push_back(
       {camera.uId, camera.strModel, fit.bFitted, largest.dError, largest.pixel.x, largest.pixel.y});
+}
+
+void TellOf(const std::string& strFile, eZuSeverity eSeverity, const std::string& strText,
+            ZuExchangeReport* pReport) {
+  ZuFinding finding;
+  finding.m_strFile = strFile;
+  finding.m_eSeverity = eSeverity;
+  finding.m_strText = strText;
+  pReport->findings.Add(finding);
 }
 
 // The project as it would be read from its file: only then are its records whole.
@@ -71,9 +82,9 @@ std::string CameraKey(const ZuPhoto& photo) {
 
 class BlockMaker {
  public:
-  BlockMaker(const ZuProject& project, const std::vector<unsigned>& parameters,
-             const ZuExportOptions& options, ZuExchangeReport* pReport)
-      : m_project(project), m_parameters(parameters), m_options(options), m_pReport(pReport) {}
+  BlockMaker(const ZuProject& project, const BlockNeeds& needs, const ZuExportOptions& options,
+             ZuExchangeReport* pReport)
+      : m_project(project), m_needs(needs), m_options(options), m_pReport(pReport) {}
 
   PhotoBlock Make(const ZuPointList& points) {
     AddPoints(points);
@@ -81,9 +92,10 @@ class BlockMaker {
     for (const ZuPhoto* p = m_project.PhotoList().First(); p != nullptr; p = p->Next()) {
       m_freeCamera = std::max(m_freeCamera, p->GetCamera().GetId());
     }
+    unsigned uNeeds = eZuNeedPixels | eZuNeedCamera;
+    if (m_needs.bOrientation) uNeeds |= eZuNeedOrientation;
     for (const ZuPhoto* p = m_project.PhotoList().First(); p != nullptr; p = p->Next()) {
-      const std::string strLacks =
-          m_project.Lacks(*p, eZuNeedPixels | eZuNeedCamera | eZuNeedOrientation);
+      const std::string strLacks = m_project.Lacks(*p, uNeeds);
       if (strLacks.empty()) {
         AddPhoto(*p);
       } else {
@@ -123,20 +135,16 @@ class BlockMaker {
     Known& known = at->second;
     if (!bNew) return known;
     CameraFit fit;
-    known.told = TellCamera(photo, m_parameters, &fit);
+    known.told = TellCamera(photo, m_needs.parameters, &fit);
     known.uId = photo.GetCamera().GetId();
-    const auto Has = [&](unsigned uId) {
-      return std::any_of(m_block.cameras.begin(), m_block.cameras.end(),
-                         [&](const BlockCamera& c) { return c.uId == uId; });
-    };
-    if (Has(known.uId)) {
-      known.uId = ++m_freeCamera;
+    if (!m_cameraIds.insert(known.uId).second) {
+      m_cameraIds.insert(known.uId = ++m_freeCamera);
       Warn("photo " + std::to_string(photo.GetId()) + " has a camera " +
            std::to_string(photo.GetCamera().GetId()) + " of its own; written as camera " +
            std::to_string(known.uId));
     }
-    BlockCamera camera{known.uId, photo.GetCamera().GetName().chars(), known.told.size,
-                       known.told.model};
+    const BlockCamera camera{known.uId, photo.GetCamera().GetName().chars(), known.told.size,
+                             known.told.model, known.told.dPixelSize};
     CheckImageSize(camera.size, "photo " + std::to_string(photo.GetId()), 0);
     AddCamera(camera, fit, m_options.dMaxError, m_pReport);
     m_block.cameras.push_back(camera);
@@ -149,15 +157,19 @@ class BlockMaker {
     image.uId = photo.GetId();
     image.uCamera = known.uId;
     image.strName = photo.GetName().chars();
-    const ZuMatrix turn = ZuMatrix(3, 3).RotZAxis(known.told.dTurn);
-    const ZuMatrix& R = photo.GetRotAOR();
-    image.pose.R = known.told.dTurn == 0.0 ? ZuRotation(R) : ZuRotation(R * turn);
-    photo.GetPosAOR(&image.pose.X0[0], &image.pose.X0[1], &image.pose.X0[2]);
+    image.bActive = photo.IsActive();
+    image.bOriented = m_project.Lacks(photo, eZuNeedOrientation).empty();
+    if (image.bOriented) {
+      const ZuMatrix turn = ZuMatrix(3, 3).RotZAxis(known.told.dTurn);
+      const ZuMatrix& R = photo.GetRotAOR();
+      image.pose.R = known.told.dTurn == 0.0 ? ZuRotation(R) : ZuRotation(R * turn);
+      photo.GetPosAOR(&image.pose.X0[0], &image.pose.X0[1], &image.pose.X0[2]);
+    }
     std::set<unsigned> seen;
     const ZuPointList* pRows = m_project.FindMeasurements(photo.GetId());
     for (const ZuPoint* p = pRows == nullptr ? nullptr : pRows->First(); p != nullptr;
          p = p->Next()) {
-      if (m_points.count(p->GetId()) == 0) {
+      if (p->GetId() == 0 || (m_needs.bPoints && m_points.count(p->GetId()) == 0)) {
         ++m_uNoPoint;
       } else if (std::isfinite(p->m_dX + p->m_dY) && seen.insert(p->GetId()).second) {
         const double y = known.told.bPixelsUp ? known.told.size.dHeight - 1.0 - p->m_dY : p->m_dY;
@@ -169,11 +181,11 @@ class BlockMaker {
   }
 
   const ZuProject& m_project;
-  const std::vector<unsigned>& m_parameters;
+  const BlockNeeds& m_needs;
   const ZuExportOptions& m_options;
   ZuExchangeReport* m_pReport;
   PhotoBlock m_block;
-  std::set<unsigned> m_points;
+  std::set<unsigned> m_points, m_cameraIds;
   std::map<std::string, Known> m_cameras;
   unsigned m_freeCamera = 0;
   std::size_t m_uNoPoint = 0;
@@ -190,7 +202,11 @@ void TellErrors(const PhotoBlock& block, ZuExchangeReport* pReport) {
   for (const BlockImage& image : block.images) {
     for (const BlockMeasure& measure : image.measures) {
       ZuPixel seen;
-      if (!SeePoint(image, *models[image.uCamera], *points[measure.uPoint], &seen)) continue;
+      const auto point = points.find(measure.uPoint);
+      if (!image.bOriented || point == points.end() ||
+          !SeePoint(image, *models[image.uCamera], *point->second, &seen)) {
+        continue;
+      }
       const double d = std::hypot(seen.x - measure.pixel.x, seen.y - measure.pixel.y);
       auto& error = errors[measure.uPoint];
       error.first += d;
@@ -219,11 +235,52 @@ void FailExchange(const std::string& strFile, std::uint64_t uLine, const std::st
 
 void WarnExchange(const std::string& strFile, const std::string& strText,
                   ZuExchangeReport* pReport) {
-  ZuFinding finding;
-  finding.m_strFile = strFile;
-  finding.m_eSeverity = eZuSeverityWarning;
-  finding.m_strText = strText;
-  pReport->findings.Add(finding);
+  TellOf(strFile, eZuSeverityWarning, strText, pReport);
+}
+
+void NoteExchange(const std::string& strFile, const std::string& strText,
+                  ZuExchangeReport* pReport) {
+  TellOf(strFile, eZuSeverityNote, strText, pReport);
+}
+
+const ZuExchangeFile& OneFile(const std::vector<ZuExchangeFile>& files) {
+  if (files.size() != 1) FailExchange("", 0, "the format is one file", "its name");
+  return files[0];
+}
+
+PinholeModel SameModel(const PinholeModel& model) { return model; }
+
+ZuCameraPose SettledPose(const ZuCameraPose& pose,
+                         ZuCameraPose (*ThereAndBack)(const ZuCameraPose&)) {
+  using Numbers = std::pair<std::array<double, 9>, std::array<double, 3>>;
+  const Numbers settled = Settled(Numbers(pose.R.r, pose.X0), [&](const Numbers& numbers) {
+    const ZuCameraPose back = ThereAndBack({ZuRotation(numbers.first), numbers.second});
+    return Numbers(back.R.r, back.X0);
+  });
+  return {ZuRotation(settled.first), settled.second};
+}
+
+bool IsFinitePose(const ZuCameraPose& pose) {
+  double dSum = 0.0;
+  for (const double d : pose.R.r) dSum += d;
+  for (const double d : pose.X0) dSum += d;
+  return std::isfinite(dSum);
+}
+
+std::size_t DropSecondMeasures(BlockImage* pImage) {
+  std::set<unsigned> seen;
+  return std::erase_if(pImage->measures, [&](const BlockMeasure& measure) {
+    return !seen.insert(measure.uPoint).second;
+  });
+}
+
+void WarnSecondMeasures(const std::string& strFile, std::size_t uDropped,
+                        ZuExchangeReport* pReport) {
+  if (uDropped == 0) return;
+  WarnExchange(
+      strFile,
+      std::to_string(uDropped) + " measurements of a point that the photo has already; left out",
+      pReport);
 }
 
 bool SeePoint(const BlockImage& image, const PinholeModel& model, const BlockPoint& point,
@@ -280,7 +337,9 @@ void BlockToProject(const PhotoBlock& block, const ZuImportOptions& options,
   std::map<unsigned, HeldCamera> cameras;
   for (const BlockCamera& camera : block.cameras) {
     CameraFit fit;
-    HeldCamera held = HoldCamera(camera.model, camera.size, options.dPixelSize, ThroughFile, &fit);
+    const double dTold = camera.dPixelSize > 0.0 ? camera.dPixelSize : kUntoldPixel;
+    const double dPixelSize = options.dPixelSize > 0.0 ? options.dPixelSize : dTold;
+    HeldCamera held = HoldCamera(camera.model, camera.size, dPixelSize, ThroughFile, &fit);
     held.camera.SetId(camera.uId);
     held.camera.SetName(camera.strModel.c_str());
     AddCamera(camera, fit, options.dMaxError, pReport);
@@ -291,10 +350,12 @@ void BlockToProject(const PhotoBlock& block, const ZuImportOptions& options,
     auto* pPhoto = new ZuPhoto(image.uId, image.strName.c_str());
     pProject->PhotoList().Add(pPhoto);
     cameras.at(image.uCamera).StoreIn(pPhoto);
-    pPhoto->SetActiveFlag(eZuPhotoStateActive);
-    pPhoto->SetHasAOR(true);
-    pPhoto->SetRotAOR(image.pose.R.Matrix());
-    pPhoto->SetPosAOR(image.pose.X0[0], image.pose.X0[1], image.pose.X0[2]);
+    pPhoto->SetActiveFlag(image.bActive ? eZuPhotoStateActive : eZuPhotoStateInactive);
+    pPhoto->SetHasAOR(image.bOriented);
+    if (image.bOriented) {
+      pPhoto->SetRotAOR(image.pose.R.Matrix());
+      pPhoto->SetPosAOR(image.pose.X0[0], image.pose.X0[1], image.pose.X0[2]);
+    }
     ZuPointList& rows = pProject->Measurements(image.uId);
     for (const BlockMeasure& measure : image.measures) {
       rows.Add(new ZuPoint(measure.uPoint, measure.pixel.x, measure.pixel.y));
@@ -310,9 +371,12 @@ void BlockToProject(const PhotoBlock& block, const ZuImportOptions& options,
 }
 
 PhotoBlock ProjectToBlock(const ZuProject& project, const ZuPointList& points,
-                          const std::vector<unsigned>& parameters, const ZuExportOptions& options,
+                          const BlockNeeds& needs, const ZuExportOptions& options,
                           ZuExchangeReport* pReport) {
-  PhotoBlock block = BlockMaker(project, parameters, options, pReport).Make(points);
+  PhotoBlock block = BlockMaker(project, needs, options, pReport).Make(points);
+  if (block.images.empty() && !needs.bOrientation) {
+    FailExchange("", 0, "no photo with a camera", "photos with CAMERA, PRERESTRAFO, MAINRESTRAFO");
+  }
   if (block.images.empty()) {
     FailExchange("", 0, "no oriented photo with a camera", "photos with ORIENTED 1, AORM and AORV");
   }

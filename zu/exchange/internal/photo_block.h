@@ -17,6 +17,7 @@ struct BlockCamera {
   std::string strModel;  // its name in the other program
   ZuImageSize size;
   PinholeModel model;
+  double dPixelSize = 0.0;  // width of a pixel [mm]; 0 where the other program tells none
 };
 
 struct BlockMeasure {
@@ -27,6 +28,7 @@ struct BlockMeasure {
 struct BlockImage {
   unsigned uId = 0, uCamera = 0;
   std::string strName;
+  bool bOriented = true, bActive = true;
   ZuCameraPose pose;
   std::vector<BlockMeasure> measures;  // each point once
 };
@@ -50,10 +52,30 @@ struct ExchangeFault {
                                const std::string& strText, const std::string& strRight);
 void WarnExchange(const std::string& strFile, const std::string& strText,
                   ZuExchangeReport* pReport);
+// Nothing is wrong; the user may want to know.
+void NoteExchange(const std::string& strFile, const std::string& strText,
+                  ZuExchangeReport* pReport);
+
+// The pose that goes into another form and comes back the same to the bit (see Settled), and
+// whether its numbers are finite.
+ZuCameraPose SettledPose(const ZuCameraPose& pose,
+                         ZuCameraPose (*ThereAndBack)(const ZuCameraPose&));
+bool IsFinitePose(const ZuCameraPose& pose);
+
+// Takes out what an image measures of a point again; gives the number.
+std::size_t DropSecondMeasures(BlockImage* pImage);
+// Tells how many of them were left out, if any.
+void WarnSecondMeasures(const std::string& strFile, std::size_t uDropped,
+                        ZuExchangeReport* pReport);
 
 // Where an image sees a point; false behind the camera.
 bool SeePoint(const BlockImage& image, const PinholeModel& model, const BlockPoint& point,
               ZuPixel* pPixel);
+
+// The file of a format that is one file.
+const ZuExchangeFile& OneFile(const std::vector<ZuExchangeFile>& files);
+// Of files that count pixels and parameters as PinholeModel does (see HoldCamera).
+PinholeModel SameModel(const PinholeModel& model);
 
 // Throws where a photo cannot have that name: empty, with control characters or quotes, or a path
 // that leads out of its folder.
@@ -65,8 +87,14 @@ void CheckImageSize(const ZuImageSize& size, const std::string& strFile, std::ui
 void BlockToProject(const PhotoBlock& block, const ZuImportOptions& options,
                     PinholeModel (*ThroughFile)(const PinholeModel&), ZuProject* pProject,
                     ZuExchangeReport* pReport);
+// What a format takes of a project.
+struct BlockNeeds {
+  std::vector<unsigned> parameters;  // of cameras, see TellCamera
+  bool bOrientation = true;          // photos without one are left out
+  bool bPoints = true;               // measurements of points without coordinates are left out
+};
 PhotoBlock ProjectToBlock(const ZuProject& project, const ZuPointList& points,
-                          const std::vector<unsigned>& parameters, const ZuExportOptions& options,
+                          const BlockNeeds& needs, const ZuExportOptions& options,
                           ZuExchangeReport* pReport);
 
 }  // namespace zu::internal

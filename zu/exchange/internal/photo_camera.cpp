@@ -197,7 +197,8 @@ bool SightsOf(const PinholeModel& model, const ZuImageSize& size, int iAcross,
 
 // Whether the parameters are all that the model needs.
 bool AreEnough(const PinholeModel& model, unsigned uParameters) {
-  return (model.skew == 0.0 || (uParameters & kFitSkew) != 0) &&
+  return (model.fx == model.fy || (uParameters & kFitOneFocal) == 0) &&
+         (model.skew == 0.0 || (uParameters & kFitSkew) != 0) &&
          (model.k[0] == 0.0 || (uParameters & kFitK1) != 0) &&
          (model.k[1] == 0.0 || (uParameters & kFitK2) != 0) &&
          (model.k[2] == 0.0 || (uParameters & kFitK3) != 0) &&
@@ -263,6 +264,7 @@ ToldCamera TellCamera(const ZuPhoto& photo, const std::vector<unsigned>& paramet
   const ZuCamera& camera = photo.GetCamera();
   const PixelWay way = WayOf(photo.GetReseauPreTrafo(), photo.GetReseauMainTrafo(), told.size);
   told.bPixelsUp = way.bUp;
+  told.dPixelSize = std::hypot(way.xx, way.yx);
   double dScale = 1.0;
   const bool bBrown = IsBrownCamera(camera, &dScale) && way.bAffine;
   if (way.bAffine) told.model = TellBrown(camera, way, dScale, &told.dTurn);

@@ -42,7 +42,8 @@ struct ToldCamera {
   PinholeModel model;
   ZuImageSize size;
   double dTurn = 0.0;
-  bool bPixelsUp = false;  // y of the photo's pixels counts up: measurements are to be turned
+  double dPixelSize = 0.0;  // width of a pixel [mm]
+  bool bPixelsUp = false;   // y of the photo's pixels counts up: measurements are to be turned
 };
 
 // Models with these parameters can be told; the first set that is exact, or good to a thousandth of

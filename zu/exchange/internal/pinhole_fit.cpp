@@ -16,7 +16,9 @@ constexpr double kFitDone = 1e-6;  // relative fall of the sum of squares
 constexpr double kFitSlopeStep = 1e-6;
 
 std::vector<double*> ParametersOf(PinholeModel* pModel, unsigned uParameters) {
-  std::vector<double*> parameters{&pModel->fx, &pModel->fy, &pModel->cx, &pModel->cy};
+  std::vector<double*> parameters{&pModel->fx};
+  if ((uParameters & kFitOneFocal) == 0) parameters.push_back(&pModel->fy);
+  parameters.insert(parameters.end(), {&pModel->cx, &pModel->cy});
   if ((uParameters & kFitSkew) != 0) parameters.push_back(&pModel->skew);
   for (size_t i = 0; i < 3; ++i) {
     if ((uParameters & (kFitK1 << i)) != 0) parameters.push_back(&pModel->k[i]);
@@ -28,6 +30,11 @@ std::vector<double*> ParametersOf(PinholeModel* pModel, unsigned uParameters) {
     parameters.insert(parameters.end(), {&pModel->p[0], &pModel->p[1]});
   }
   return parameters;
+}
+
+PinholeModel Tied(PinholeModel model, unsigned uParameters) {
+  if ((uParameters & kFitOneFocal) != 0) model.fy = model.fx;
+  return model;
 }
 
 Eigen::VectorXd Residuals(const std::vector<Sight>& sights, const PinholeModel& model) {
@@ -64,9 +71,9 @@ Eigen::MatrixXd Slopes(const std::vector<Sight>& sights, PinholeModel model, uns
   for (double* pd : parameters) {
     const double d = *pd, h = kFitSlopeStep * std::max(1.0, std::fabs(d));
     *pd = d + h;
-    const Eigen::VectorXd above = Residuals(sights, model);
+    const Eigen::VectorXd above = Residuals(sights, Tied(model, uParameters));
     *pd = d - h;
-    A.col(j++) = (Residuals(sights, model) - above) / (2.0 * h);
+    A.col(j++) = (Residuals(sights, Tied(model, uParameters)) - above) / (2.0 * h);
     *pd = d;
   }
   return A;
@@ -91,6 +98,7 @@ void Refine(const std::vector<Sight>& sights, unsigned uParameters, PinholeModel
       PinholeModel next = *pModel;
       Eigen::Index k = 0;
       for (double* pd : ParametersOf(&next, uParameters)) *pd += step[k++];
+      next = Tied(next, uParameters);
       const Eigen::VectorXd vNext = Residuals(sights, next);
       bLower = vNext.squaredNorm() < dBefore;
       dDamping *= bLower ? kLessDamping : kMoreDamping;
@@ -109,6 +117,7 @@ PinholeFit FitPinhole(const std::vector<Sight>& sights, unsigned uParameters) {
   if (sights.size() < ParametersOf(&fit.model, uParameters).size()) return fit;
   FitLine(sights, true, &fit.model.fx, &fit.model.cx);
   FitLine(sights, false, &fit.model.fy, &fit.model.cy);
+  fit.model = Tied(fit.model, uParameters);
   // A polynomial first: a quotient from nothing goes astray.
   if ((uParameters & kFitRational) != 0) Refine(sights, uParameters & ~kFitRational, &fit.model);
   Refine(sights, uParameters, &fit.model);

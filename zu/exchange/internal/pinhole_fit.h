@@ -21,7 +21,8 @@ enum PinholeParameter : unsigned {
   kFitK2 = 8,
   kFitK3 = 16,
   kFitRational = 32,  // k4, k5, k6
-  kFitTangential = 64
+  kFitTangential = 64,
+  kFitOneFocal = 128  // fy is fx
 };
 
 struct PinholeFit {

@@ -31,6 +31,14 @@ bool TextScan::NextFilled(std::string_view* pLine) {
   return false;
 }
 
+std::string_view TextScan::Word() {
+  do {
+    const std::string_view word = TakeWord(&m_words);
+    if (!word.empty()) return word;
+  } while (Next(&m_words));
+  return {};
+}
+
 void TextScan::Fail(const std::string& strText, const std::string& strRight) const {
   FailExchange(m_file.strName, m_uLine, strText, strRight);
 }

@@ -18,7 +18,10 @@ class TextScan {
   bool Next(std::string_view* pLine);
   // The next one that is neither empty nor a comment (#).
   bool NextFilled(std::string_view* pLine);
-  std::uint64_t Line() const { return m_uLine; }  // from 1, of the line given last
+  // The next word, on whatever line it stands; empty at the end of the file. Not to be mixed with
+  // Next.
+  std::string_view Word();
+  std::uint64_t Line() const { return m_uLine; }  // from 1, of what was given last
 
   // Throw ExchangeFault at the line given last.
   [[noreturn]] void Fail(const std::string& strText, const std::string& strRight) const;
@@ -27,7 +30,7 @@ class TextScan {
 
  private:
   const ZuExchangeFile& m_file;
-  std::string_view m_text;
+  std::string_view m_text, m_words;
   std::size_t m_uAt = 0;
   std::uint64_t m_uLine = 0;
 };
