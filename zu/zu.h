@@ -13,6 +13,7 @@
 #include "zu/cloud/cloud_reading.h"
 #include "zu/cloud/file_buff.h"
 #include "zu/cloud/intensity_scale.h"
+#include "zu/cloud/las_file.h"
 #include "zu/cloud/ply_file.h"
 #include "zu/cloud/point_cloud.h"
 #include "zu/cloud/point_cloud_container.h"

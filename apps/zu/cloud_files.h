@@ -17,15 +17,17 @@ struct CloudOptions {
   std::string strPly = "ascii";       // ascii, binary, binary-big, library
   std::string strPts = "auto";        // auto, plain, intensity, rgb
   std::string strIntensity = "auto";  // auto, 255, 65535, 2000
+  double dResolution = 0.0;           // of a LAS file; 0: by the coordinates
+  std::string strLas = "auto";        // auto, 1.2, 1.4
 };
 
 // Declares the options that reading has, and those of writing.
 void AddCloudInput(Options& options, CloudOptions* pCloudOptions);
 void AddCloudOutput(Options& options, CloudOptions* pCloudOptions);
 
-// Adds the clouds of a binary, PTS, PLY or coordinate file, or of a pipe that gives one; clouds
-// without a name are named after the file. Gives the scale of their intensities, none where the
-// file does not tell. What a reader assumed, dropped or limited becomes a warning.
+// Adds the clouds of a binary, PTS, PLY, LAS or coordinate file, or of a pipe that gives one;
+// clouds without a name are named after the file. Gives the scale of their intensities, none where
+// the file does not tell. What a reader assumed, dropped or limited becomes a warning.
 //
 // Text without a count whose lines are numbers is a PTS file where the name ends in .pts or .xyz, a
 // coordinate file where it ends in .csv or .coo or --columns is given, and otherwise what its first
@@ -39,8 +41,8 @@ eZuIntensityScale ReadClouds(const std::string& strPath, const CloudOptions& opt
 // Throws CommandError (usage) unless the name has an ending by which clouds are written.
 void CheckCloudEnding(const std::string& strPath);
 
-// Writes all clouds as the ending says: .zpc binary, .pts, .ply, .xyz lines of x y z, .csv, and
-// .coo or .txt a coordinate file of id, x, y, z. What the format does not keep is told in a
+// Writes all clouds as the ending says: .zpc binary, .pts, .ply, .las, .xyz lines of x y z, .csv,
+// and .coo or .txt a coordinate file of id, x, y, z. What the format does not keep is told in a
 // warning. Throws CommandError (cannot write).
 void WriteClouds(ZuPointCloudContainer* pClouds, const std::string& strPath,
                  const CloudOptions& options, eZuIntensityScale eIntensity, Context& context);

@@ -10,6 +10,7 @@
 #include "progress_line.h"
 #include "reading.h"
 #include "zu/cloud/cloud_detect.h"
+#include "zu/cloud/las_file.h"
 #include "zu/cloud/ply_file.h"
 #include "zu/cloud/pts_file.h"
 #include "zu/foundation/file_name.h"
@@ -20,7 +21,8 @@ namespace {
 constexpr std::size_t kHead = 16384;  // bytes that tell a file's kind
 
 const char* const kNeeded =
-    "a binary cloud file (.zpc), PTS, PLY, lines of x y z, or a coordinate file with --columns";
+    "a binary cloud file (.zpc), PTS, PLY, LAS, lines of x y z, or a coordinate file with "
+    "--columns";
 
 std::string ReadHead(const InputFile& file) {
   std::ifstream stream(file.Path(), std::ios::binary);
@@ -47,7 +49,9 @@ eZuCloudFile KindOf(const InputFile& file, const std::string& strHead,
   std::string strLooksLike;
   const eZuCloudFile eKind = ZuDetectCloudFile(strHead.data(), strHead.size(), &strLooksLike);
   const std::string strEnding = EndingOf(file.Name());
-  if (eKind == eZuCloudFileBinary || eKind == eZuCloudFilePly) return eKind;
+  if (eKind == eZuCloudFileBinary || eKind == eZuCloudFilePly || eKind == eZuCloudFileLas) {
+    return eKind;
+  }
   const bool bText = strLooksLike.compare(0, 5, "text:") == 0;
   const bool bTable = eKind != eZuCloudFileNone || bText ||
                       strLooksLike.find("GSI") != strLooksLike.npos ||
@@ -60,6 +64,7 @@ eZuCloudFile KindOf(const InputFile& file, const std::string& strHead,
   }
   if (strEnding == ".zpc") Refuse(file, "does not start as a binary cloud file");
   if (strEnding == ".ply") Refuse(file, "does not start with \"ply\"");
+  if (strEnding == ".las") Refuse(file, "does not start with \"LASF\"");
   if (!options.strColumns.empty()) return eZuCloudFileCoordinates;
   if (strEnding == ".pts" || strEnding == ".xyz") return eZuCloudFilePts;
   if (strEnding == ".csv" || strEnding == ".coo") return eZuCloudFileCoordinates;
@@ -140,6 +145,8 @@ eZuIntensityScale ReadClouds(const std::string& strPath, const CloudOptions& opt
     pClouds->ObsolteReadPlyFile(file.Path().c_str());
   } else if (eKind == eZuCloudFilePly) {
     take(ZuReadPly(file.Path().c_str(), *pClouds, ReadMode(context)));
+  } else if (eKind == eZuCloudFileLas) {
+    take(ZuReadLas(file.Path().c_str(), *pClouds));
   } else if (eKind == eZuCloudFilePts) {
     take(ZuReadPts(file.Path().c_str(), *pClouds, ReadMode(context)));
   } else {

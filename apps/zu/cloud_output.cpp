@@ -7,6 +7,8 @@
 #include "exit_code.h"
 #include "point_input.h"
 #include "progress_line.h"
+#include "text_table.h"
+#include "zu/cloud/las_file.h"
 #include "zu/cloud/ply_file.h"
 #include "zu/cloud/pts_file.h"
 
@@ -62,6 +64,7 @@ struct Job {
   const CloudOptions& options;
   eZuIntensityScale eIntensity;
   OutputFile* pOutput;
+  Context& context;
 
   const char* Path() const { return pOutput->TempPath().c_str(); }
 };
@@ -92,6 +95,35 @@ bool WritePlyFile(const Job& job) {
   return ZuWritePly(job.Path(), *job.pClouds, eForm, job.eIntensity);
 }
 
+// Tells the resolution, which the file has and the points may not.
+void TellLas(const ZuLasWriting& las, Context& context) {
+  std::ostream& text = context.Text();
+  text << "resolution";
+  for (const double d : las.m_adResolution) text << ' ' << Shortest(d);
+  text << ", offset";
+  for (const double d : las.m_adOffset) text << ' ' << Shortest(d);
+  text << '\n';
+  context.Root()["resolution"] = las.m_adResolution;
+  context.Root()["offset"] = las.m_adOffset;
+}
+
+bool WriteLasFile(const Job& job) {
+  ZuLasOptions options;
+  options.m_dResolution = job.options.dResolution;
+  options.m_eIntensity = job.eIntensity;
+  options.m_iMinorVersion = job.options.strLas == "1.2" ? 2 : job.options.strLas == "1.4" ? 4 : 0;
+  const ZuLasWriting las = ZuWriteLas(job.Path(), *job.pClouds, options);
+  if (!las.m_strFault.empty()) {
+    throw CommandError(kUsage, job.pOutput->Path() + ": " + las.m_strFault);
+  }
+  if (las.m_uLeftOut > 0) {
+    job.context.WarnAlways(job.pOutput->Path() + ": " + Counted(las.m_uLeftOut, "point") +
+                           " with coordinates that are not finite, left out");
+  }
+  TellLas(las, job.context);
+  return las.m_bGood;
+}
+
 constexpr struct Format {
   const char* szEnding;
   int iKept;
@@ -100,6 +132,7 @@ constexpr struct Format {
     {".zpc", eColors | eIntensities | eNormals, WriteBinary},
     {".ply", eColors | eIntensities | eNormals, WritePlyFile},
     {".pts", eColors | eIntensities, WritePtsFile},
+    {".las", eColors | eIntensities, WriteLasFile},
     {".xyz", 0, WriteXyz},
     {".csv", 0, [](const Job& job) { return WriteCsv(*job.pClouds, job.pOutput); }},
     {".coo", 0, [](const Job& job) { return WriteCoordinates(*job.pClouds, job.pOutput); }},
@@ -111,9 +144,10 @@ const Format& FormatOf(const std::string& strPath) {
   for (const Format& format : kFormats) {
     if (strEnding == format.szEnding) return format;
   }
-  throw CommandError(kUsage, "OUT: \"" + strPath +
-                                 "\" does not end in .zpc, .pts, .ply, .xyz, .csv, .coo or .txt, "
-                                 "which tells the format");
+  throw CommandError(kUsage,
+                     "OUT: \"" + strPath +
+                         "\" does not end in .zpc, .pts, .ply, .las, .xyz, .csv, .coo or .txt, "
+                         "which tells the format");
 }
 
 void WarnOfLosses(int iLost, const std::string& strPath, Context& context) {
@@ -140,6 +174,11 @@ eZuIntensityScale ScaleOf(const std::string& strOption, eZuIntensityScale eRead)
 }  // namespace
 
 void AddCloudOutput(Options& options, CloudOptions* p) {
+  options.Option(
+      "--resolution", "R", &p->dResolution,
+      "step of the coordinates of a LAS file (default: holds all digits, or the finest)");
+  options.Above(0);
+  options.Choice("--las", {"auto", "1.2", "1.4"}, &p->strLas, "version of a LAS file");
   options.Choice("--ply", {"ascii", "binary", "binary-big", "library"}, &p->strPly,
                  "form of a PLY file; library reads and writes nine fixed columns");
   options.Choice("--pts-dialect", {"auto", "plain", "intensity", "rgb"}, &p->strPts,
@@ -155,7 +194,7 @@ void WriteClouds(ZuPointCloudContainer* pClouds, const std::string& strPath,
   const LibraryProgress progress(context.IsQuiet());
   const Format& format = FormatOf(strPath);
   OutputFile& output = context.NewOutput(strPath);
-  const Job job = {pClouds, options, ScaleOf(options.strIntensity, eIntensity), &output};
+  const Job job = {pClouds, options, ScaleOf(options.strIntensity, eIntensity), &output, context};
   if (!format.pfnWrite(job)) {
     throw CommandError(kCannotWrite, strPath + ": not all bytes could be written");
   }

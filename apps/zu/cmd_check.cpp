@@ -8,6 +8,7 @@
 #include "point_columns.h"
 #include "point_input.h"
 #include "text_table.h"
+#include "zu/cloud/las_file.h"
 #include "zu/cloud/ply_file.h"
 #include "zu/cloud/point_cloud_container.h"
 #include "zu/cloud/pts_file.h"
@@ -36,6 +37,8 @@ void CheckCloud(const char* szPath, ZuFindingList* pFindings) {
     findings = ZuReadPly(szPath, clouds, eZuReadTolerant).m_Findings;
   } else if (eKind == eZuvoFilePts) {
     findings = ZuReadPts(szPath, clouds, eZuReadTolerant).m_Findings;
+  } else if (eKind == eZuvoFileLas) {
+    findings = ZuReadLas(szPath, clouds).m_Findings;
   } else if (eKind == eZuvoFileCloud) {
     clouds.Read(szPath);
     findings = clouds.GetFindings();

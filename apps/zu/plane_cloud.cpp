@@ -61,7 +61,7 @@ void WriteFigures(const ZuCloudPlane& fit, const std::string& strEquation, std::
 bool IsPlaneCloud(const PlaneValues& values) {
   std::string strEnding = std::filesystem::path(values.strPoints).extension().string();
   for (char& c : strEnding) c = c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-  if (strEnding == ".zpc" || strEnding == ".ply") return true;
+  if (strEnding == ".zpc" || strEnding == ".ply" || strEnding == ".las") return true;
   if ((strEnding != ".pts" && strEnding != ".xyz") || NeedsPoints(values)) return false;
   std::error_code error;
   const std::uintmax_t uSize = std::filesystem::file_size(values.strPoints, error);

@@ -6,6 +6,7 @@
 
 #include "types.h"
 #include "zu/cloud/cloud_detect.h"
+#include "zu/cloud/las_file.h"
 #include "zu/cloud/ply_file.h"
 #include "zu/cloud/point_cloud_container.h"
 #include "zu/cloud/pts_file.h"
@@ -238,7 +239,7 @@ std::string EndingOf(const std::string& strPath) {
 
 ZuReadFindings NoCloud(const std::string& strText) {
   ZuReadFindings findings;
-  findings.Add(eZuReadFault, 0, 0, strText, "a binary cloud file, PTS, PLY or lines of x y z");
+  findings.Add(eZuReadFault, 0, 0, strText, "a binary cloud file, PTS, PLY, LAS or lines of x y z");
   return findings;
 }
 
@@ -257,15 +258,17 @@ void ReadCloudFile(const std::string& strPath, eZuReadMode eMode, CloudFile* pFi
     pFile->findings = NoCloud("looks like " + strLooksLike + ", not like a point cloud");
     return;
   }
-  const bool bText = eKind != eZuCloudFileBinary && eKind != eZuCloudFilePly;
+  const bool bText =
+      eKind != eZuCloudFileBinary && eKind != eZuCloudFilePly && eKind != eZuCloudFileLas;
   if (bText && (strEnding == ".pts" || strEnding == ".xyz")) eKind = eZuCloudFilePts;
   ZuCloudReading reading;
   if (eKind == eZuCloudFileBinary) {
     pFile->clouds.Read(strPath.c_str());
     pFile->findings = pFile->clouds.GetFindings();
-  } else if (eKind == eZuCloudFilePly || eKind == eZuCloudFilePts) {
-    reading = eKind == eZuCloudFilePly ? ZuReadPly(strPath.c_str(), pFile->clouds, eMode)
-                                       : ZuReadPts(strPath.c_str(), pFile->clouds, eMode);
+  } else if (eKind == eZuCloudFilePly || eKind == eZuCloudFilePts || eKind == eZuCloudFileLas) {
+    reading = eKind == eZuCloudFilePly   ? ZuReadPly(strPath.c_str(), pFile->clouds, eMode)
+              : eKind == eZuCloudFileLas ? ZuReadLas(strPath.c_str(), pFile->clouds)
+                                         : ZuReadPts(strPath.c_str(), pFile->clouds, eMode);
     pFile->findings = reading.m_Findings;
     pFile->eIntensity = reading.m_eIntensity;
   } else if (eKind == eZuCloudFileEither) {
@@ -313,6 +316,9 @@ bool WriteCloudFile(const std::string& strTemp, const std::string& strEnding,
   if (strEnding == ".xyz") {
     return ZuWritePts(strTemp.c_str(), *pClouds, {eZuPtsPlain, eZuIntensityNone, false});
   }
+  if (strEnding == ".las") {
+    return ZuWriteLas(strTemp.c_str(), *pClouds, {0.0, eIntensity, 0}).m_bGood;
+  }
   const eZuPlyForm eForm = strPly == "ascii"    ? eZuPlyAscii
                            : strPly == "binary" ? eZuPlyBinaryLittle
                                                 : eZuPlyBinaryBig;
@@ -347,7 +353,7 @@ class Gathered {
 void WriteClouds(const py::object& path, const py::iterable& clouds, const std::string& strPly,
                  const py::object& progress) {
   static const char* const kForms[] = {"ascii", "binary", "binary-big", nullptr};
-  static const char* const kEndings[] = {".zpc", ".ply", ".pts", ".xyz", nullptr};
+  static const char* const kEndings[] = {".zpc", ".ply", ".pts", ".las", ".xyz", nullptr};
   FindWord("ply", strPly, kForms);
   const std::string strPath = ToPath(path), strEnding = EndingOf(strPath);
   FindWord("path: ending", strEnding, kEndings);
@@ -492,15 +498,17 @@ void BindClouds(py::module_& m) {
           "path"_a, py::kw_only(), "ply"_a = "binary", "progress"_a = py::none(),
           "Writes a cloud file, as write_clouds.");
 
-  m.def("read_clouds", &ReadClouds, "path"_a, py::kw_only(), "tolerant"_a = false,
-        "partial"_a = false, "progress"_a = py::none(),
-        "Reads the clouds of a file, whose kind its content tells: binary cloud file, PTS, PLY, "
-        "lines of x y z, coordinate file.\n\ntolerant leaves out lines that are no points and "
-        "warns; partial takes the points of a file that ends too early and warns. Raises "
-        "ReadError.");
+  m.def(
+      "read_clouds", &ReadClouds, "path"_a, py::kw_only(), "tolerant"_a = false,
+      "partial"_a = false, "progress"_a = py::none(),
+      "Reads the clouds of a file, whose kind its content tells: binary cloud file, PTS, PLY, LAS, "
+      "lines of x y z, coordinate file.\n\ntolerant leaves out lines that are no points and "
+      "warns; partial takes the points of a file that ends too early and warns. Raises "
+      "ReadError.");
   m.def("write_clouds", &WriteClouds, "path"_a, "clouds"_a, py::kw_only(), "ply"_a = "binary",
         "progress"_a = py::none(),
-        "Writes clouds to one file, by its ending .zpc (all of them, whole), .ply, .pts or .xyz "
+        "Writes clouds to one file, by its ending .zpc (all of them, whole), .ply, .pts, .las or "
+        ".xyz "
         "(their points one behind the other).\n\nply: \"ascii\", \"binary\" or \"binary-big\". The "
         "file is whole or not there; raises WriteError.");
 }

@@ -78,6 +78,13 @@ TEST(Cloud, ConvertKeepsTheNumbers) {
                     {"--pts-intensity", szName[0] == 'a' || szName[0] == 's' ? "2000" : "auto"}),
           strText);
     }
+    // Decimal coordinates stay, too; floats have more digits than 32 bits.
+    if (szName[0] == 'a' || szName[0] == 's') {
+      const std::string strThrough = folder.Path("a.las");
+      Converted(strPts, strThrough, {"--pts-intensity", "65535"});
+      Converted(strThrough, folder.Path("b.xyz"));
+      EXPECT_EQ(ReadFile(folder.Path("b.xyz")), Converted(strPts, folder.Path("a.xyz")));
+    }
     const std::string strCsv = Converted(strPts, folder.Path("a.csv"));
     const std::string strXyz = Converted(strPts, folder.Path("a.xyz"));
     EXPECT_EQ(strCsv.substr(0, 11), "id,x,y,z\n1,");
@@ -153,7 +160,12 @@ TEST(Cloud, NothingWrongPasses) {
        {"zu cloud info /tmp", 3, "", "folder"},
        {"zu cloud info /etc/passwd", 3, "", "text: \"root:"},
        {"zu cloud info <(printf '//X Y Z R\n1 2 3 9\n')", 0, "1 point", "X,Y,Z taken as x,y,z"},
-       {"printf 'LASF\\1\\2\\0\\0' > c.las; zu cloud info c.las", 3, "", "looks like a LAS"},
+       {"printf 'LASF\\1\\2\\0\\0' > c.las; zu cloud info c.las", 3, "", "ends within its header"},
+       {"zu cloud convert s.zpc x.las --resolution 1e-9", 2, "", "0.0000001 would be possible"},
+       {"zu cloud convert s.zpc s.las && zu check s.las && zu plane s.las", 0, "8 points", ""},
+       {"zu cloud transform s.las t.las --translate 1,2,3", 0, "resolution 0.000001 0.000001", ""},
+       {"printf '\\200' | dd of=s.las bs=1 seek=104 conv=notrunc status=none; zu cloud info s.las",
+        3, "", "s.las: is packed as LAZ; the LAS file of `laszip"},
        {"zu cloud info gsi", 0, "1 point", ""},
        {"zu cloud info <(printf '1 2 3 4\n5 6 7 8\n')", 3, "", "--columns"},
        {"printf '1 2 3\n4 5,5 6\n' > c.pts; zu cloud info c.pts", 3, "",
@@ -170,7 +182,7 @@ TEST(Cloud, NothingWrongPasses) {
        {"zu cloud info x.zpc", 3, "", "binary cloud"},
        {"zu cloud info x.ply", 3, "", "ply"},
        {"zu cloud info <(echo a)", 3, "", "text: \"a\""},
-       {"zu cloud convert s.zpc x.las", 2, "", ".zpc, .pts"},
+       {"zu cloud convert s.zpc x.laz", 2, "", ".zpc, .pts"},
        {"zu cloud convert s.zpc x", 2, "", ".zpc, .pts"},
        {"zu cloud convert s.zpc no/such/out.pts", 5, "", "no/such"},
        {"zu cloud transform s.zpc out.zpc", 2, "", "--matrix"},

@@ -127,7 +127,7 @@ def test_a_stopped_writer_leaves_nothing(tmp_path):
         cloud.write(tmp_path / "a.ply", progress=stop)
     assert os.listdir(tmp_path) == [] and len(cloud) == 1000
     with pytest.raises(ValueError, match="ending"):
-        cloud.write(tmp_path / "a.las")
+        cloud.write(tmp_path / "a.laz")
 
 
 def test_threads_read_files_side_by_side_and_a_child_goes_on():

@@ -12,10 +12,11 @@ enum eZuCloudFile : int {
   eZuCloudFilePly,          // by ZuReadPly
   eZuCloudFilePts,          // by ZuReadPts: x y z first, or a count
   eZuCloudFileCoordinates,  // id or name first, then x y z; or columns between commas
-  eZuCloudFileEither        // whole numbers that may be ids or x coordinates
+  eZuCloudFileEither,       // whole numbers that may be ids or x coordinates
+  eZuCloudFileLas           // by ZuReadLas, which refuses LAZ
 };
 
 // Looks at the first bytes of a file, some thousand of them, or all it has. The text, which may be
-// null, becomes what the bytes look like where they are no cloud: "a LAS file", "text: \"root:x\"".
+// null, becomes what the bytes look like where they are no cloud: "a PCD file", "text: \"root:x\"".
 ZU_API eZuCloudFile ZuDetectCloudFile(const char* pHead, std::size_t uSize,
                                       std::string* pstrLooksLike);

@@ -183,6 +183,7 @@ eZuvoFile DetectHead(const std::string& head) {
   if (head.compare(0, 3, "ply") == 0 && (head.size() == 3 || head[3] == '\n' || head[3] == '\r')) {
     return eZuvoFilePly;
   }
+  if (head.compare(0, 4, "LASF") == 0) return eZuvoFileLas;
   if (IsGsi(head)) return eZuvoFileGsi;
   const eZuvoFile eBlocks = DetectBlocks(head);
   return eBlocks != eZuvoFileUnknown ? eBlocks : DetectRows(head);
@@ -197,10 +198,18 @@ eZuvoFile Detect(const char* szPath) {
 }  // namespace
 
 const char* GetZuvoFileText(eZuvoFile eType) {
-  static const char* const texts[] = {
-      "unknown file", "coordinate file",    "GSI file",           "project file",
-      "camera file",  "simple camera file", "binary point cloud", "PTS file",
-      "PLY file",     "reseau file",        "digital camera file"};
+  static const char* const texts[] = {"unknown file",
+                                      "coordinate file",
+                                      "GSI file",
+                                      "project file",
+                                      "camera file",
+                                      "simple camera file",
+                                      "binary point cloud",
+                                      "PTS file",
+                                      "PLY file",
+                                      "reseau file",
+                                      "digital camera file",
+                                      "LAS file"};
   const int i = eType;
   return i >= 0 && i < static_cast<int>(sizeof texts / sizeof texts[0]) ? texts[i] : texts[0];
 }
