@@ -10,6 +10,7 @@
 #include "zu/cad/rectangle.h"
 #include "zu/cad/sight_intersection.h"
 #include "zu/cloud/cloud_detect.h"
+#include "zu/cloud/cloud_file.h"
 #include "zu/cloud/cloud_reading.h"
 #include "zu/cloud/file_buff.h"
 #include "zu/cloud/intensity_scale.h"

@@ -4,14 +4,16 @@
 #include <string>
 
 #include "context.h"
+#include "input_file.h"
 #include "options.h"
-#include "zu/cloud/intensity_scale.h"
+#include "zu/cloud/cloud_file.h"
 #include "zu/cloud/point_cloud_container.h"
 
 namespace cli {
 
 // How clouds are read and written, by the options of a command.
 struct CloudOptions {
+  ZuTableOptions table;               // how a table is to be taken
   std::string strColumns;             // of a coordinate file; empty: by its content
   bool bPartial = false;              // take what a cut file holds
   std::string strPly = "ascii";       // ascii, binary, binary-big, library
@@ -29,14 +31,13 @@ void AddCloudOutput(Options& options, CloudOptions* pCloudOptions);
 // clouds without a name are named after the file. Gives the scale of their intensities, none where
 // the file does not tell. What a reader assumed, dropped or limited becomes a warning.
 //
-// Text without a count whose lines are numbers is a PTS file where the name ends in .pts or .xyz, a
-// coordinate file where it ends in .csv or .coo or --columns is given, and otherwise what its first
-// column shows.
-//
 // Throws CommandError (bad input) naming file, line and column: no such file, no cloud in it, text
 // that is no number, fewer points than announced unless a part is wanted.
 eZuIntensityScale ReadClouds(const std::string& strPath, const CloudOptions& options,
                              Context& context, ZuPointCloudContainer* pClouds);
+
+// The file is one that ReadClouds reads, but for what is wrong in it.
+bool IsCloudFile(const InputFile& file, const CloudOptions& options);
 
 // Throws CommandError (usage) unless the name has an ending by which clouds are written.
 void CheckCloudEnding(const std::string& strPath);

@@ -15,6 +15,7 @@
 #include "svg.h"
 #include "text_table.h"
 #include "trafo_report.h"
+#include "zu/foundation/file_name.h"
 #include "zu/photo/detect_files.h"
 #include "zu/points/column_titles.h"
 #include "zu/project/project_transform.h"
@@ -34,9 +35,7 @@ struct Values {
 enum InputKind { ePoints, eCloud, eProject };
 
 bool EndsIn(const std::string& strPath, std::initializer_list<const char*> endings) {
-  std::string strEnding = std::filesystem::path(strPath).extension().string();
-  for (char& c : strEnding) c = static_cast<char>(c >= 'A' && c <= 'Z' ? c + ('a' - 'A') : c);
-  return std::find(endings.begin(), endings.end(), strEnding) != endings.end();
+  return std::find(endings.begin(), endings.end(), ZuGetFileEnding(strPath)) != endings.end();
 }
 
 // By content; rows of x y z are a cloud where the names say so. A pipe is what OUT says.
@@ -64,8 +63,11 @@ InputKind KindOf(const Values& values) {
       throw CommandError(kBadInput, values.strIn + ": is a " + GetZuvoFileText(eType) +
                                         "; points, a cloud or a project would be right");
     default:
-      return bCloudOut || EndsIn(values.strIn, {".pts", ".xyz"}) ? eCloud : ePoints;
+      break;
   }
+  const bool bCloud = bCloudOut || EndsIn(values.strIn, {".pts", ".xyz"});
+  const bool bTold = !values.format.strToldColumns.empty();
+  return bCloud || (!bTold && ZuIsTitledScan(values.strIn.c_str())) ? eCloud : ePoints;
 }
 
 void Scale(double dFactor, ZuPointList* pPoints) {
@@ -126,6 +128,7 @@ ExitCode RunPoints(Values values, const ZuTransformation& t, Context& context) {
   ReadPointsOrRows(values.strIn, values.format, context, &points);
   const std::string strName = NameInMessages(values.strIn);
   CheckAccuracies(strName, points, values.format.strColumns);
+  GiveCommonIds("", context, &points, nullptr);  // those that are refused are told by id
   const double dFactor = UnitFactor(t, values.format);
   if (dFactor != 1.0) Scale(dFactor, &points);
   const std::vector<std::string> left = CarryPoints(t, &points);
@@ -167,6 +170,7 @@ ExitCode RunCloud(const Values& values, const ZuTransformation& t, Context& cont
   if (!t.AsMap(&map)) FailForSpace(values.strTrafo, "a cloud");
   CloudOptions options = values.cloud;
   options.strColumns = values.format.strToldColumns;
+  options.table = TableOptions(values.format, "", false);
   ZuPointCloudContainer clouds;
   const eZuIntensityScale eIntensity = ReadClouds(values.strIn, options, context, &clouds);
   long long iPoints = 0;

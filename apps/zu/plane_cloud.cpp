@@ -9,6 +9,7 @@
 #include "svg.h"
 #include "text_table.h"
 #include "zu/adjust/cloud_plane.h"
+#include "zu/foundation/file_name.h"
 
 namespace cli {
 
@@ -58,14 +59,32 @@ void WriteFigures(const ZuCloudPlane& fit, const std::string& strEquation, std::
 
 }  // namespace
 
+namespace {
+
+eZuCloudFile KindOfCloud(const PlaneValues& values) {
+  ZuCloudFileOptions options;
+  options.m_Table = TableOptions(values.format, values.format.strToldColumns, false);
+  std::string strWhy;
+  return ZuFindCloudFileKind(values.strPoints.c_str(), options, &strWhy);
+}
+
+}  // namespace
+
 bool IsPlaneCloud(const PlaneValues& values) {
-  std::string strEnding = std::filesystem::path(values.strPoints).extension().string();
-  for (char& c : strEnding) c = c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+  const std::string strEnding = ZuGetFileEnding(values.strPoints);
   if (strEnding == ".zpc" || strEnding == ".ply" || strEnding == ".las") return true;
-  if ((strEnding != ".pts" && strEnding != ".xyz") || NeedsPoints(values)) return false;
   std::error_code error;
-  const std::uintmax_t uSize = std::filesystem::file_size(values.strPoints, error);
-  return !error && uSize > kMostTested;
+  if (!std::filesystem::is_regular_file(values.strPoints, error)) return false;
+  switch (KindOfCloud(values)) {
+    case eZuCloudFileNone:
+      return false;
+    case eZuCloudFilePts:
+    case eZuCloudFileCoordinates:
+    case eZuCloudFileEither:
+      return !NeedsPoints(values) && std::filesystem::file_size(values.strPoints) > kMostTested;
+    default:
+      return true;
+  }
 }
 
 ExitCode RunPlaneCloud(const PlaneValues& values, Context& context) {
@@ -78,6 +97,11 @@ ExitCode RunPlaneCloud(const PlaneValues& values, Context& context) {
   ZuPointCloudContainer clouds;
   CloudOptions options;
   options.strColumns = values.format.strToldColumns;
+  options.table = TableOptions(values.format, "", false);
+  // As the points of a list are taken.
+  if (options.strColumns.empty() && KindOfCloud(values) == eZuCloudFileEither) {
+    options.strColumns = "id,x,y,z";
+  }
   ReadClouds(values.strPoints, options, context, &clouds);
   std::vector<const std::vector<ZuScanPoint3d>*> parts;
   for (const ZuPointCloud* p = clouds.First(); p != nullptr; p = p->Next()) {

@@ -6,8 +6,8 @@
 
 namespace cli {
 
-// The input is fitted as a cloud: its name ends in .zpc or .ply, or in .pts or .xyz of a file
-// beyond 8 MB, whose points are too many to be tested one by one, unless an option goes by points.
+// The input is fitted as a cloud: a binary or PLY file, or text beyond 8 MB, whose points are too
+// many to be tested one by one, unless an option goes by points.
 bool IsPlaneCloud(const PlaneValues& values);
 
 // Throws CommandError: (undetermined) there is no plane, (usage) an option that goes by points.

@@ -87,6 +87,8 @@ char DelimiterOf(const std::string& strDelimiter) {
                                  "character would be right");
 }
 
+}  // namespace
+
 ZuTableOptions TableOptions(const PointFormat& format, const std::string& strColumns, bool bIds) {
   ZuTableOptions options;
   options.m_cDelimiter = DelimiterOf(format.strDelimiter);
@@ -99,6 +101,8 @@ ZuTableOptions TableOptions(const PointFormat& format, const std::string& strCol
   for (int i = 0; i < columns.Size(); ++i) options.m_aColumns.push_back(columns[i]);
   return options;
 }
+
+namespace {
 
 ColumnTable TableOf(const ZuTableForm& form) {
   std::vector<eZuPointRWMask> columns = form.m_aColumns;
@@ -166,8 +170,9 @@ ZuTableReading ReadAnyForm(const InputFile& file, const ZuTableOptions& options,
   return reading;
 }
 
-// What an option tells is refused with the option.
-void CheckFaults(const ZuReadFindings& findings, const InputFile& file) {
+}  // namespace
+
+void CheckTableFaults(const ZuReadFindings& findings, const InputFile& file) {
   const std::pair<const char*, const char*> options[] = {
       {"has a decimal comma", "where all numbers have one, --decimal-comma reads them"},
       {"the titles do not fit", "--columns tells what the columns are"}};
@@ -178,22 +183,29 @@ void CheckFaults(const ZuReadFindings& findings, const InputFile& file) {
   }
 }
 
+void TellTable(const ZuTableForm& form, const std::string& strColumns, const std::string& strName,
+               Context& context) {
+  TellForm(form, strColumns, strName, context);
+  context.SetUnit(form.m_strUnit);
+}
+
+namespace {
+
 // strTold: the columns that were told; empty: they are found.
 void ReadTable(const InputFile& file, const PointFormat& format, const std::string& strTold,
                bool bIds, Context& context, ZuPointList* pPoints) {
   const ZuTableOptions options = TableOptions(format, strTold, bIds);
   ZuPointList points;
   const ZuTableReading reading = ReadAnyForm(file, options, context, &points);
-  CheckFaults(reading.m_Findings, file);
+  CheckTableFaults(reading.m_Findings, file);
   const ColumnTable columns = TableOf(reading.m_Form);
   const std::string strColumns = GetZuColumnNames(columns);
   const std::string strSource = strTold.empty() ? file.Name() : "--columns";
   CheckCoordinates(format, strColumns, strSource);
   if (bIds) CheckIdColumn(strColumns, strSource);
   TakePoints(file, reading, columns, DuplicatesOf(format), strColumns, context, &points, pPoints);
-  TellForm(reading.m_Form, strColumns, file.Name(), context);
+  TellTable(reading.m_Form, strColumns, file.Name(), context);
   NoteColumns(format, strColumns);
-  context.SetUnit(reading.m_Form.m_strUnit);
   if (format.form) {
     JoinUnits(format, reading.m_Form, file.Name(), context, pPoints);
   } else {
@@ -265,20 +277,7 @@ bool TellsItsColumns(const InputFile& file) {
   std::string strHead(kHead, '\0');
   stream.read(strHead.data(), kHead);
   strHead.resize(static_cast<size_t>(stream.gcount()));
-  std::erase(strHead, '\0');  // of UTF-16
-  std::istringstream lines(strHead);
-  for (std::string strLine; std::getline(lines, strLine);) {
-    int iCoordinates = 0;
-    constexpr char kBetween[] = " \t\r,;|\"#/%";
-    for (size_t u = strLine.find_first_not_of(kBetween); u != std::string::npos;) {
-      const size_t uEnd = std::min(strLine.find_first_of(kBetween, u), strLine.size());
-      const eZuPointRWMask e = FindZuColumnTitle(strLine.substr(u, uEnd - u)).m_eColumn;
-      iCoordinates += e == eZuPointRWX || e == eZuPointRWY || e == eZuPointRWZ ? 1 : 0;
-      u = strLine.find_first_not_of(kBetween, uEnd);
-    }
-    if (iCoordinates > 1) return true;
-  }
-  return false;
+  return ZuHasColumnTitles(strHead);
 }
 
 void ReadPoints(const std::string& strPath, const PointFormat& format, Context& context,

@@ -58,6 +58,14 @@ void ReadControlPoints(const std::string& strPath, const PointFormat& format, Co
 void ReadPoints(const InputFile& file, const PointFormat& format, Context& context,
                 ZuPointList* pPoints);
 
+// How a table is to be read, as the options tell it; strColumns empty: its columns are found.
+ZuTableOptions TableOptions(const PointFormat& format, const std::string& strColumns, bool bIds);
+// Throws CommandError (bad input) for a fault that an option mends, with the option.
+void CheckTableFaults(const ZuReadFindings& findings, const InputFile& file);
+// Tells what was found of a table, where a reader would not take it for granted, and its unit.
+void TellTable(const ZuTableForm& form, const std::string& strColumns, const std::string& strName,
+               Context& context);
+
 // A GSI file, or a table whose titles tell its columns.
 bool TellsItsColumns(const InputFile& file);
 

@@ -5,7 +5,7 @@
 #include <fstream>
 
 #include "types.h"
-#include "zu/cloud/cloud_detect.h"
+#include "zu/cloud/cloud_file.h"
 #include "zu/cloud/las_file.h"
 #include "zu/cloud/ply_file.h"
 #include "zu/cloud/point_cloud_container.h"
@@ -221,83 +221,25 @@ py::object PlaceOf(const ZuPoint3d& p) {
 
 // --- Files ---------------------------------------------------------------------------------------
 
-std::string ReadHead(const std::string& strPath) {
-  std::ifstream stream(strPath, std::ios::binary);
-  std::string strHead(16384, '\0');
-  stream.read(strHead.data(), static_cast<std::streamsize>(strHead.size()));
-  strHead.resize(static_cast<std::size_t>(stream.gcount()));
-  return strHead;
-}
-
-std::string EndingOf(const std::string& strPath) {
-  const std::size_t uDot = strPath.find_last_of("./");
-  if (uDot == std::string::npos || strPath[uDot] == '/') return "";
-  std::string strEnding = strPath.substr(uDot);
-  for (char& c : strEnding) c = static_cast<char>(c >= 'A' && c <= 'Z' ? c + ('a' - 'A') : c);
-  return strEnding;
-}
-
-ZuReadFindings NoCloud(const std::string& strText) {
-  ZuReadFindings findings;
-  findings.Add(eZuReadFault, 0, 0, strText, "a binary cloud file, PTS, PLY, LAS or lines of x y z");
-  return findings;
-}
-
-struct CloudFile {
-  ZuPointCloudContainer clouds;
-  eZuIntensityScale eIntensity = eZuIntensityNone;
-  ZuReadFindings findings;
-};
-
-void ReadCloudFile(const std::string& strPath, eZuReadMode eMode, CloudFile* pFile) {
-  const std::string strHead = ReadHead(strPath);
-  std::string strLooksLike;
-  eZuCloudFile eKind = ZuDetectCloudFile(strHead.data(), strHead.size(), &strLooksLike);
-  const std::string strEnding = EndingOf(strPath);
-  if (eKind == eZuCloudFileNone) {
-    pFile->findings = NoCloud("looks like " + strLooksLike + ", not like a point cloud");
-    return;
-  }
-  const bool bText =
-      eKind != eZuCloudFileBinary && eKind != eZuCloudFilePly && eKind != eZuCloudFileLas;
-  if (bText && (strEnding == ".pts" || strEnding == ".xyz")) eKind = eZuCloudFilePts;
-  ZuCloudReading reading;
-  if (eKind == eZuCloudFileBinary) {
-    pFile->clouds.Read(strPath.c_str());
-    pFile->findings = pFile->clouds.GetFindings();
-  } else if (eKind == eZuCloudFilePly || eKind == eZuCloudFilePts || eKind == eZuCloudFileLas) {
-    reading = eKind == eZuCloudFilePly   ? ZuReadPly(strPath.c_str(), pFile->clouds, eMode)
-              : eKind == eZuCloudFileLas ? ZuReadLas(strPath.c_str(), pFile->clouds)
-                                         : ZuReadPts(strPath.c_str(), pFile->clouds, eMode);
-    pFile->findings = reading.m_Findings;
-    pFile->eIntensity = reading.m_eIntensity;
-  } else if (eKind == eZuCloudFileEither) {
-    pFile->findings = NoCloud("the first column may be ids or x coordinates");
-  } else {
-    ZuPointList points;
-    pFile->findings = ZuReadTable(strPath.c_str(), {}, points, eMode).m_Findings;
-    ZuPointCloud* const pCloud = pFile->clouds.AddCloud(&points);
-    if (pCloud != nullptr) pCloud->SetName(String());
-  }
-}
-
 py::list ReadClouds(const py::object& path, bool bTolerant, bool bPartial,
                     const py::object& progress) {
   const std::string strPath = ToPath(path);
   CheckReadable(strPath);
-  CloudFile file;
+  ZuPointCloudContainer container;
+  ZuCloudFileReading file;
   Operation operation(progress);
   {
     const py::gil_scoped_release release;
-    ReadCloudFile(strPath, bTolerant ? eZuReadTolerant : eZuReadStrict, &file);
+    file =
+        ZuReadClouds(strPath.c_str(), container, {}, bTolerant ? eZuReadTolerant : eZuReadStrict);
   }
   operation.Finish();
-  TellFindings(file.findings, strPath, bPartial);
+  TellFindings(file.m_Findings, strPath, bPartial);
   py::list clouds;
-  while (ZuPointCloud* const p = file.clouds.First()) {
+  while (ZuPointCloud* const p = container.First()) {
     auto cloud = std::make_unique<PyCloud>();
-    cloud->cloud.reset(file.clouds.GetClouds().Subtract(p));
-    cloud->eIntensity = file.eIntensity;
+    cloud->cloud.reset(container.GetClouds().Subtract(p));
+    cloud->eIntensity = file.m_eIntensity;
     if (p->GetName().empty()) p->SetName(ZuGetFilenameNoExt(strPath.c_str()));
     clouds.append(py::cast(std::move(cloud)));
   }
@@ -355,7 +297,7 @@ void WriteClouds(const py::object& path, const py::iterable& clouds, const std::
   static const char* const kForms[] = {"ascii", "binary", "binary-big", nullptr};
   static const char* const kEndings[] = {".zpc", ".ply", ".pts", ".las", ".xyz", nullptr};
   FindWord("ply", strPly, kForms);
-  const std::string strPath = ToPath(path), strEnding = EndingOf(strPath);
+  const std::string strPath = ToPath(path), strEnding = ZuGetFileEnding(strPath);
   FindWord("path: ending", strEnding, kEndings);
   ResultFile file(strPath);
   Operation operation(progress);

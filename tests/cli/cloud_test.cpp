@@ -119,6 +119,24 @@ TEST(Cloud, PlyByNamesAndPtsByDialects) {
   EXPECT_EQ(Converted(folder.Write("l.pts", strLevels), folder.Path("o.pts")), strLevels);
 }
 
+// Colours, intensities and normals beneath titles, as programs for scans write them.
+TEST(Cloud, TitledTextKeepsWhatItsTitlesTell) {
+  const ScratchFolder folder;
+  folder.Write("a.txt",
+               "//X Y Z R G B Intensity Nx Ny Nz\n1 2 0.5 10 20 30 100 0 0 1\n"
+               "4 2 0.6 10 20 300 300 0 1 0\n4 7 0.7 11 20 30 5 0 0 1\n");
+  folder.Write("b.csv", "X,Y,Z,Rf,Gf,Bf\n1,2,3,0.0,1.0,0.2\n");
+  folder.Write("matrix.txt", "1 0 0 5\n0 1 0 6\n0 0 1 7\n0 0 0 1\n");
+  ExpectLines(
+      {{"zu cloud convert a.txt a.ply && grep 300 a.ply", 0, "4 2 0.6 0 1 0 10 20 255 300",
+        "taken as x,y,z,red,green,blue,intensity,nx,ny,nz"},
+       {"zu cloud convert b.csv b.pts && cat b.pts", 0, "1 2 3 0 0 255 51", ""},
+       {"zu apply matrix.txt a.txt c.ply && tail -1 c.ply", 0, "9 13 7.7 0 0 1 11 20 30 5", ""},
+       {"printf 'Pkt;Ost;Nord;H\xc3\xb6he\\nA;1;2;3\\nB;2;2;3\\nC;2;4;3\\n' | zu plane -", 0,
+        "sigma0", "Ost,Nord"}},
+      folder);
+}
+
 TEST(Cloud, KindsAreToldByEndingColumnsAndContent) {
   const ScratchFolder folder;
   const struct {

@@ -41,6 +41,13 @@ bool ZuExistFile(char const* szPath) {
 
 bool ZuExistFile(wchar_t const* szPath) { return ZuExistFile(UniToAnsi(szPath)()); }
 
+std::string ZuGetFileEnding(std::string_view path) {
+  const std::string_view name = path.substr(path.find_last_of("/\\") + 1);
+  std::string strEnding(name.substr(WithoutExtension(name).size()));
+  for (char& c : strEnding) c = static_cast<char>(c >= 'A' && c <= 'Z' ? c + ('a' - 'A') : c);
+  return strEnding;
+}
+
 String ZuGetFilename(char const* szPath) { return ToString(Name(szPath)); }
 
 std::wstring ZuGetFilename(wchar_t const* szPath) { return std::wstring(Name(szPath)); }

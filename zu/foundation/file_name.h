@@ -3,6 +3,7 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 
 #include "zu/export.h"
 #include "zu/foundation/string.h"
@@ -16,3 +17,7 @@ ZU_API String ZuGetFilename(char const* szPath);
 ZU_API std::wstring ZuGetFilename(wchar_t const* szPath);
 ZU_API String ZuGetFilenameNoExt(char const* szPath);
 ZU_API std::wstring ZuGetFilenameNoExt(wchar_t const* szPath);
+
+// "a/b.c.JPG" gives ".jpg": the last dot of the name and what is behind it, in small letters; empty
+// where there is none.
+ZU_API std::string ZuGetFileEnding(std::string_view path);

@@ -11,7 +11,7 @@
 namespace {
 
 struct KnownTitle {
-  std::string_view title;  // as Folded gives it
+  std::string_view title;  // as ZuFoldedTitle gives it
   eZuPointRWMask eColumn;
 };
 
@@ -20,6 +20,9 @@ constexpr KnownTitle kTitles[] = {{"e", eZuPointRWX},
                                   {"easting", eZuPointRWX},
                                   {"rechtswert", eZuPointRWX},
                                   {"ostwert", eZuPointRWX},
+                                  {"ost", eZuPointRWX},
+                                  {"rw", eZuPointRWX},
+                                  {"ekoordinate", eZuPointRWX},
                                   {"xcoord", eZuPointRWX},
                                   {"xcoordinate", eZuPointRWX},
                                   {"xkoordinate", eZuPointRWX},
@@ -28,6 +31,9 @@ constexpr KnownTitle kTitles[] = {{"e", eZuPointRWX},
                                   {"northing", eZuPointRWY},
                                   {"hochwert", eZuPointRWY},
                                   {"nordwert", eZuPointRWY},
+                                  {"nord", eZuPointRWY},
+                                  {"hw", eZuPointRWY},
+                                  {"nkoordinate", eZuPointRWY},
                                   {"ycoord", eZuPointRWY},
                                   {"ycoordinate", eZuPointRWY},
                                   {"ykoordinate", eZuPointRWY},
@@ -35,6 +41,8 @@ constexpr KnownTitle kTitles[] = {{"e", eZuPointRWX},
                                   {"height", eZuPointRWZ},
                                   {"hoehe", eZuPointRWZ},
                                   {"hohe", eZuPointRWZ},
+                                  {"hoehenwert", eZuPointRWZ},
+                                  {"hkoordinate", eZuPointRWZ},
                                   {"elevation", eZuPointRWZ},
                                   {"elev", eZuPointRWZ},
                                   {"altitude", eZuPointRWZ},
@@ -84,20 +92,6 @@ constexpr std::pair<std::string_view, std::string_view> kUmlauts[] = {
     {"\xC3\xA4", "ae"}, {"\xC3\xB6", "oe"}, {"\xC3\xBC", "ue"}, {"\xC3\x9F", "ss"},
     {"\xC3\x84", "ae"}, {"\xC3\x96", "oe"}, {"\xC3\x9C", "ue"}};
 
-// Small letters and digits alone.
-std::string Folded(std::string_view title) {
-  std::string strFolded;
-  for (std::size_t i = 0; i < title.size(); ++i) {
-    const char c = title[i];
-    if (c >= 'A' && c <= 'Z') strFolded += static_cast<char>(c + ('a' - 'A'));
-    if ((c >= 'a' && c <= 'z') || (c >= '0' && c <= '9')) strFolded += c;
-    for (const auto& [umlaut, letters] : kUmlauts) {
-      if (title.substr(i, umlaut.size()) == umlaut) strFolded += letters;
-    }
-  }
-  return strFolded;
-}
-
 // Titles such as "code" stand above texts of other programs, too, which are none of ours.
 bool IsPlain(eZuPointRWMask eColumn) {
   return (eColumn >= eZuPointRWId && eColumn <= eZuPointRWIdName) ||
@@ -113,7 +107,43 @@ eZuPointRWMask ColumnOf(const std::string& strFolded) {
   return pFound == std::end(kTitles) ? eZuPointRWSkip : pFound->eColumn;
 }
 
+bool NamesTwoCoordinates(std::string_view line) {
+  constexpr std::string_view kBetween = " \t\r,;|\"#/%";
+  int iCoordinates = 0;
+  for (std::size_t u = line.find_first_not_of(kBetween); u != line.npos;) {
+    const std::size_t uEnd = std::min(line.find_first_of(kBetween, u), line.size());
+    const eZuPointRWMask e = FindZuColumnTitle(line.substr(u, uEnd - u)).m_eColumn;
+    iCoordinates += e == eZuPointRWX || e == eZuPointRWY || e == eZuPointRWZ ? 1 : 0;
+    u = line.find_first_not_of(kBetween, uEnd);
+  }
+  return iCoordinates > 1;
+}
+
 }  // namespace
+
+std::string ZuFoldedTitle(std::string_view title) {
+  std::string strFolded;
+  for (std::size_t i = 0; i < title.size(); ++i) {
+    const char c = title[i];
+    if (c >= 'A' && c <= 'Z') strFolded += static_cast<char>(c + ('a' - 'A'));
+    if ((c >= 'a' && c <= 'z') || (c >= '0' && c <= '9')) strFolded += c;
+    for (const auto& [umlaut, letters] : kUmlauts) {
+      if (title.substr(i, umlaut.size()) == umlaut) strFolded += letters;
+    }
+  }
+  return strFolded;
+}
+
+bool ZuHasColumnTitles(std::string_view head) {
+  std::string strHead(head);
+  std::erase(strHead, '\0');  // of UTF-16
+  for (std::string_view text = strHead; !text.empty();) {
+    const std::size_t uEnd = std::min(text.find('\n'), text.size());
+    if (NamesTwoCoordinates(text.substr(0, uEnd))) return true;
+    text.remove_prefix(std::min(uEnd + 1, text.size()));
+  }
+  return false;
+}
 
 ZuColumnTitle FindZuColumnTitle(std::string_view title) {
   ZuColumnTitle found;
@@ -122,7 +152,7 @@ ZuColumnTitle FindZuColumnTitle(std::string_view title) {
     const std::size_t uClose = std::min(title.find_first_of("])", uOpen), title.size());
     found.m_strUnit = ZuTrimmed(title.substr(uOpen + 1, uClose - uOpen - 1));
   }
-  found.m_eColumn = ColumnOf(Folded(title.substr(0, uOpen)));
+  found.m_eColumn = ColumnOf(ZuFoldedTitle(title.substr(0, uOpen)));
   return found;
 }
 

@@ -19,5 +19,11 @@ struct ZuColumnTitle {
 // "Point ID", "dx" of an accuracy. East is x, north y, height z.
 ZU_API ZuColumnTitle FindZuColumnTitle(std::string_view title);
 
+// Some line of the text, the first bytes of a file, names two coordinates.
+ZU_API bool ZuHasColumnTitles(std::string_view head);
+
+// A title as titles are compared: small letters and digits alone, umlauts as two letters.
+ZU_API std::string ZuFoldedTitle(std::string_view title);
+
 // The length of a unit in metres: "mm", "cm", "dm", "m", "km", "um", "ft", "in"; 0 for any other.
 ZU_API double GetZuUnitLength(std::string_view unit);

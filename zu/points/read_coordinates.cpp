@@ -25,10 +25,10 @@ std::int64_t SizeOf(const char* szPath) {
 
 class Reading {
  public:
-  Reading(const Table& columns, ZuPointList& points, eZuReadMode eMode,
+  Reading(const Table& columns, const ZuPointTaker& take, eZuReadMode eMode,
           ZuCoordinateReading& reading)
       : m_columns(columns),
-        m_points(points),
+        m_take(take),
         m_reading(reading),
         m_rows(columns, reading.m_Findings, eMode),
         m_bIds(columns.HasEntry(eZuPointRWId) || columns.HasEntry(eZuPointRWIdName)) {}
@@ -40,7 +40,8 @@ class Reading {
   void AddPoint();
 
   const Table& m_columns;
-  ZuPointList& m_points;
+  const ZuPointTaker& m_take;
+  std::unique_ptr<ZuPoint> m_pPoint;  // the last one, where it was left
   ZuCoordinateReading& m_reading;
   ZuCoordinateRows m_rows;
   bool m_bIds;
@@ -58,11 +59,11 @@ ZuCoordinateRows::eRow Reading::TakeLine(ZuLineReader& lines, std::string_view l
 }
 
 void Reading::AddPoint() {
-  auto pPoint = std::make_unique<ZuPoint>();
-  pPoint->Read(m_rows.GetText().c_str(), m_columns);
+  if (!m_pPoint) m_pPoint = std::make_unique<ZuPoint>();
+  m_pPoint->Read(m_rows.GetText().c_str(), m_columns);
   m_reading.m_aLines.push_back(m_uLine);
-  if (!m_bIds) pPoint->SetId(static_cast<unsigned int>(m_reading.m_aLines.size()));
-  m_points.Add(pPoint.release());
+  if (!m_bIds) m_pPoint->SetId(static_cast<unsigned int>(m_reading.m_aLines.size()));
+  m_take(m_pPoint);
 }
 
 void Reading::Run(std::FILE* pFile, std::int64_t nSize) {
@@ -91,9 +92,13 @@ void Reading::Run(std::FILE* pFile, std::int64_t nSize) {
 }  // namespace
 
 void ZuReadCoordinateRows(std::FILE* pFile, std::int64_t nSize, const Table& columns,
-                          ZuPointList& points, eZuReadMode eMode, ZuCoordinateReading& reading) {
-  points.SetMask(columns);
-  Reading(columns, points, eMode, reading).Run(pFile, nSize);
+                          const ZuPointTaker& take, eZuReadMode eMode,
+                          ZuCoordinateReading& reading) {
+  Reading(columns, take, eMode, reading).Run(pFile, nSize);
+}
+
+ZuPointTaker ZuTakeInto(ZuPointList& points) {
+  return [&points](std::unique_ptr<ZuPoint>& pPoint) { points.Add(pPoint.release()); };
 }
 
 ZuCoordinateReading ZuReadCoordinates(const char* szPath, const Table& columns, ZuPointList& points,
@@ -103,7 +108,7 @@ ZuCoordinateReading ZuReadCoordinates(const char* szPath, const Table& columns, 
     points.SetMask(columns);
     const ZuOpenFile pFile = ZuOpenText(szPath);
     if (pFile) {
-      Reading(columns, points, eMode, reading).Run(pFile.get(), SizeOf(szPath));
+      Reading(columns, ZuTakeInto(points), eMode, reading).Run(pFile.get(), SizeOf(szPath));
     } else {
       reading.m_Findings.Add(eZuReadFault, 0, 0, "cannot be opened");
     }

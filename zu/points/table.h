@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "zu/export.h"
+#include "zu/points/column_titles.h"
 #include "zu/points/read_coordinates.h"
 
 enum eZuTextEncoding : int { eZuTextUtf8, eZuTextUtf16Le, eZuTextUtf16Be, eZuTextLatin1 };
@@ -28,6 +29,8 @@ struct ZuTableOptions {
   unsigned m_uSkipLines = 0;  // above the table
   bool m_bIds = true;         // false: points without a column for the id are welcome
   bool m_bHeights = true;     // false: points without z are
+  // What the titles mean; a reader of more than points knows others.
+  ZuColumnTitle (*m_pfnTitle)(std::string_view) = FindZuColumnTitle;
 };
 
 // How a table was read, and is to be written.

@@ -73,13 +73,14 @@ void JoinIdAndName(std::vector<eZuPointRWMask>* pColumns) {
 }
 
 // False where they are no titles of a table of points.
-bool ReadTitles(std::string_view line, char cDelimiter, Titles* pTitles) {
+bool ReadTitles(std::string_view line, char cDelimiter, const ZuTableOptions& options,
+                Titles* pTitles) {
   *pTitles = {};
   pTitles->titles = TitlesOf(line, cDelimiter);
   std::size_t uCoordinates = 0;
   for (const std::string& strTitle : pTitles->titles) {
     if (ZuIsNumberlike(strTitle)) return false;
-    const ZuColumnTitle title = FindZuColumnTitle(strTitle);
+    const ZuColumnTitle title = options.m_pfnTitle(strTitle);
     auto& columns = pTitles->columns;
     const bool bNew = std::find(columns.begin(), columns.end(), title.m_eColumn) == columns.end();
     columns.push_back(bNew ? title.m_eColumn : eZuPointRWSkip);
@@ -114,14 +115,16 @@ bool FitsPoint(const Titles& titles, char cDelimiter, std::string_view line) {
 
 enum class Fit { NoTitles, Misfit, Good };
 
-Fit TakeTitles(std::string_view line, std::string_view firstPoint, char cTold, ZuTableForm* pForm) {
+Fit TakeTitles(std::string_view line, std::string_view firstPoint, const ZuTableOptions& options,
+               ZuTableForm* pForm) {
+  const char cTold = options.m_cDelimiter;
   Fit fit = Fit::NoTitles;
   const std::string_view text = WithoutMark(line);
   for (const char cDelimiter : kDelimiters) {
     if (cTold != '\0' && cDelimiter != (cTold == ' ' ? '\0' : cTold)) continue;
     if (cDelimiter != '\0' && text.find(cDelimiter) == text.npos) continue;
     Titles titles;
-    if (!ReadTitles(text, cDelimiter, &titles)) continue;
+    if (!ReadTitles(text, cDelimiter, options, &titles)) continue;
     if (!FitsPoint(titles, cDelimiter, firstPoint)) {
       if (!IsComment(line)) fit = Fit::Misfit;
       continue;
@@ -198,7 +201,7 @@ bool ZuFindTableForm(std::string_view text, const ZuTableOptions& options, ZuTab
   }
   if (options.m_aColumns.empty()) {
     for (auto i = above.rbegin(); i != above.rend(); ++i) {
-      const Fit fit = TakeTitles(i->second, point, options.m_cDelimiter, pForm);
+      const Fit fit = TakeTitles(i->second, point, options, pForm);
       if (fit == Fit::NoTitles) continue;
       pForm->m_uTitleLine = i->first;
       return fit == Fit::Good;

@@ -168,8 +168,14 @@ eZuDelimiter DelimiterOf(char cDelimiter) {
   }
 }
 
-// Columns with a unit of their own are brought to that of the coordinates.
-void JoinUnits(const ZuTableForm& form, std::size_t uPoints, ZuPointList* pPoints) {
+struct UnitFactor {
+  double ZuPoint::*pValue;
+  double dFactor;
+};
+
+// Of columns with a unit of their own, which are brought to that of the coordinates.
+std::vector<UnitFactor> UnitFactors(const ZuTableForm& form) {
+  std::vector<UnitFactor> factors;
   const double dUnit = GetZuUnitLength(form.m_strUnit);
   for (std::size_t i = 0; i < form.m_aTitles.size() && dUnit > 0.0; ++i) {
     const double dOwn = GetZuUnitLength(FindZuColumnTitle(form.m_aTitles[i]).m_strUnit);
@@ -177,11 +183,9 @@ void JoinUnits(const ZuTableForm& form, std::size_t uPoints, ZuPointList* pPoint
     if (dOwn == 0.0 || dOwn == dUnit || iColumn < 0 || iColumn > 5) continue;
     double ZuPoint::*const pValues[] = {&ZuPoint::m_dX,  &ZuPoint::m_dY,  &ZuPoint::m_dZ,
                                         &ZuPoint::m_dDX, &ZuPoint::m_dDY, &ZuPoint::m_dDZ};
-    ZuPoint* p = pPoints->Last();
-    for (std::size_t n = 0; n < uPoints; ++n, p = p->Previous()) {
-      p->*pValues[iColumn] *= dOwn / dUnit;
-    }
+    factors.push_back({pValues[iColumn], dOwn / dUnit});
   }
+  return factors;
 }
 
 void Tell(const ZuTableForm& form, ZuReadDialect* pDialect) {
@@ -200,7 +204,7 @@ void Tell(const ZuTableForm& form, ZuReadDialect* pDialect) {
   }
 }
 
-void ReadText(std::string text, const ZuTableOptions& options, ZuPointList& points,
+void ReadText(std::string text, const ZuTableOptions& options, const ZuPointTaker& take,
               eZuReadMode eMode, ZuTableReading* pReading) {
   ZuTableForm& form = pReading->m_Form;
   ZuDecodeTable(&text, &form);
@@ -223,12 +227,17 @@ void ReadText(std::string text, const ZuTableOptions& options, ZuPointList& poin
   } else {
     form.m_iDecimals = MostDecimals(text);
   }
-  points.SetMask(table);
   if (!text.empty()) {
     const ZuOpenFile pText(fmemopen(text.data(), text.size(), "r"));
     if (!pText) throw std::bad_alloc();
     const auto nSize = static_cast<std::int64_t>(text.size());
-    ZuReadCoordinateRows(pText.get(), nSize, table, points, eMode, *pReading);
+    const std::vector<UnitFactor> factors = UnitFactors(form);
+    const ZuPointTaker takeInUnit = [&](std::unique_ptr<ZuPoint>& pPoint) {
+      for (const UnitFactor& factor : factors) *pPoint.*factor.pValue *= factor.dFactor;
+      take(pPoint);
+    };
+    ZuReadCoordinateRows(pText.get(), nSize, table, factors.empty() ? take : takeInUnit, eMode,
+                         *pReading);
   }
   rows.AddFault(&pReading->m_Findings);
   if (bTold) Tell(form, &pReading->m_Findings.m_Dialect);
@@ -237,27 +246,35 @@ void ReadText(std::string text, const ZuTableOptions& options, ZuPointList& poin
         std::string(" in ") + GetZuTextEncodingName(form.m_eEncoding);
   }
   pReading->m_Findings.m_Dialect.m_bByteOrderMark = form.m_bByteOrderMark;
-  JoinUnits(form, pReading->m_aLines.size(), &points);
 }
 
 }  // namespace
 
-ZuTableReading ZuReadTable(const char* szPath, const ZuTableOptions& options, ZuPointList& points,
-                           eZuReadMode eMode) {
-  ZuTableReading reading;
+void ZuReadTableRows(const char* szPath, const ZuTableOptions& options, const ZuPointTaker& take,
+                     eZuReadMode eMode, ZuTableReading& reading) {
   try {
     const ZuOpenFile pFile = ZuOpenText(szPath);
     std::string text;
     if (!pFile) {
       reading.m_Findings.Add(eZuReadFault, 0, 0, "cannot be opened");
-      return reading;
+      return;
     }
     if (!ReadWholeTable(pFile.get(), &text)) {
       reading.m_Findings.Add(eZuReadCut, 0, 0, "not all bytes could be read");
     }
-    ReadText(std::move(text), options, points, eMode, &reading);
+    ReadText(std::move(text), options, take, eMode, &reading);
   } catch (const std::bad_alloc&) {
     reading.m_Findings.AddMemoryEnded();
   }
+}
+
+ZuTableReading ZuReadTable(const char* szPath, const ZuTableOptions& options, ZuPointList& points,
+                           eZuReadMode eMode) {
+  ZuTableReading reading;
+  ZuReadTableRows(szPath, options, ZuTakeInto(points), eMode, reading);
+  std::vector<eZuPointRWMask> columns = reading.m_Form.m_aColumns;
+  if (columns.empty()) return reading;
+  columns.push_back(eZuPointRWEnd);
+  points.SetMask(TZuFormatTable<eZuPointRWMask>(columns.data()));
   return reading;
 }
