@@ -71,7 +71,16 @@ eZuIntensityScale ReadClouds(const std::string& strPath, const CloudOptions& opt
   if (bTable) {
     TellTable(reading.m_Form, reading.m_Findings.m_Dialect.m_strColumns, file.Name(), context);
   }
-  NameClouds(pLast != nullptr ? pLast->Next() : pClouds->First(), file.Name());
+  ZuPointCloud* const pFirst = pLast != nullptr ? pLast->Next() : pClouds->First();
+  bool bPoints = reading.m_eKind == eZuCloudFileBinary && pFirst != nullptr;
+  for (const ZuPointCloud* p = pFirst; p != nullptr; p = p->Next()) {
+    bPoints = bPoints || p->GetPointCount() > 0;
+  }
+  if (!bPoints) {  // what was cut off is all
+    throw CommandError(
+        kBadInput, file.Name() + ": no point cloud in the file\n" + kNeeded + " would be right");
+  }
+  NameClouds(pFirst, file.Name());
   return reading.m_eIntensity;
 }
 

@@ -150,7 +150,8 @@ Runner DefineCompare(Options& options) {
                  "between the two systems: scale 1 (without the option too); turned about the z "
                  "axis only; not turned");
   AddAdjustOptions(options, &pValues->adjust);
-  options.Option("--seed", "S", &pValues->uSeed, "of the search for the stable points");
+  options.Option("--seed", "S", &pValues->uSeed,
+                 "of the random samples; the same seed gives the same result");
   AddPointOptions(options, &pValues->format);
   return [pValues](Context& context) { return Run(*pValues, context); };
 }

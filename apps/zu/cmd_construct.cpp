@@ -191,7 +191,7 @@ Runner DefineConstructLine(Options& options) {
   auto pValues = std::make_shared<LineValues>();
   AddConstructOptions(options, pValues.get());
   AddUseOption(options, pValues.get(), "the points of the line in their order; all without");
-  options.Option("--tolerance", "T", &pValues->dTolerance,
+  options.Option("--max-offset", "T", &pValues->dTolerance,
                  "break the line so that no point lies farther off, in as few parts as possible");
   options.Above(0.0);
   options.Option("--breaks", "P,Q,...", &pValues->strBreaks,

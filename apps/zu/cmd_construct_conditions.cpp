@@ -118,8 +118,8 @@ Runner DefineConstructConditions(Options& options) {
   options.Required();
   options.Choice("--type", {"affin", "projektiv"}, &pValues->strType,
                  "map to be found: affin, where parallels are parallel already, or projektiv");
-  options.Option("--limit", "L", &pValues->dLimit,
-                 "exit code 1 where a point moves by more than L to fulfil the conditions");
+  options.Option("--tolerance", "T", &pValues->dLimit,
+                 "exit code 1 where a point moves by more than T to fulfil the conditions");
   options.Above(0.0);
   return [pValues](Context& context) { return RunConditions(*pValues, context); };
 }

@@ -292,7 +292,8 @@ Runner DefineConstructMatch(Options& options) {
                  "lines at no more than this angle are parallel, 1 [deg]");
   options.AtLeast(0.0);
   options.AtMost(90.0);
-  options.Option("--limit", "L", &pValues->dLimit, "exit code 1 where the gap is longer than L");
+  options.Option("--tolerance", "T", &pValues->dLimit,
+                 "exit code 1 where the gap is longer than T");
   options.Above(0.0);
   return [pValues](Context& context) { return RunMatch(*pValues, context); };
 }

@@ -169,7 +169,7 @@ ExitCode TellChoice(const Values& values, const PointRoles& roles, const ZuPlane
   if (values.bAxis || values.bAll) {
     std::vector<Residual> residuals;
     for (const auto& length : lengths) residuals.push_back({length.first, length.second, 0.0, 0.0});
-    WarnOfWrongPoint(residuals, points, context);
+    WarnOfWrongPoints(residuals, {points, points, nullptr}, context);
   }
   AddLengths(checks, &lengths);
   return WithinTolerance(values.choice, lengths, context, eCode);

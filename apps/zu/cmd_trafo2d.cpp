@@ -463,7 +463,7 @@ ExitCode Run(const Values& values, Context& context) {
       const double* const pd = row.pTest->adResidual;
       residuals.push_back({PointLabel(*row.pSource), -pd[0], -pd[1], 0.0});
     }
-    WarnOfWrongPoint(residuals, lists.commonControl, context);
+    WarnOfWrongPoints(residuals, {lists.commonSource, lists.commonControl, HelmertRms}, context);
   }
   const std::vector<Deviation> checks = ChecksOf(values, checkPoints, lists.source, fit);
   roles.Write(checks, 2, context.Text());

@@ -153,6 +153,15 @@ std::vector<Deviation> ChecksOf(const ZuPointList& checks, const ZuPointList& ou
   return deviations;
 }
 
+// Empty where a shell would take the names apart, or the one of a pipe is none.
+std::string MergeCommand(const Values& values) {
+  const std::string strNames = values.strControl + " " + values.strSource;
+  const bool bFiles = values.strControl != "-" && values.strSource != "-";
+  const bool bPlain = strNames.find_first_of("'\"\\$&;()<>|*?~#`") == std::string::npos &&
+                      std::count(strNames.begin(), strNames.end(), ' ') == 1;
+  return bFiles && bPlain ? "zu merge " + strNames : "";
+}
+
 ExitCode Run(const Values& values, Context& context) {
   const bool bGeo = !values.geo.strFrom.empty() || !values.geo.strTo.empty();
   if (bGeo == !values.strControl.empty()) {
@@ -201,8 +210,8 @@ ExitCode Run(const Values& values, Context& context) {
                  << "\nresiduals: control minus transformed source\n\n";
   WriteResiduals(residuals, context.Text());
   if (result.setAside.empty()) {
-    WarnOfWrongPoint(residuals, lists.commonControl, context,
-                     "; zu merge finds common points that are wrong");
+    WarnOfWrongPoints(residuals, {lists.commonSource, lists.commonControl, SimilarityRms}, context,
+                      MergeCommand(values));
   }
   const std::vector<Deviation> checks = ChecksOf(checkPoints, out);
   roles.Write(checks, 3, context.Text());

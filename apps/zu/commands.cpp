@@ -79,7 +79,7 @@ const std::vector<Command>& Commands() {
        DefineConstructResection},
       {"construct line", "fit a line to points, whole or in parts",
        "  zu construct line samples/constructions/points.coo --points 41,42,43,44,45,46,47,48 \\\n"
-       "     --tolerance 0.05\n"
+       "     --max-offset 0.05\n"
        "finds the fewest lines that no point lies more than 0.05 off, and where they break.",
        DefineConstructLine},
       {"construct rectangle", "fit a rectangle to corners or to points on its sides",

@@ -43,7 +43,8 @@ void AddFitOptions(Options& options, ConstructValues* pValues) {
   options.Option("--sigma", "S", &pValues->dSigma,
                  "standard deviation of a coordinate in the plane; the residuals tell it without");
   options.Above(0.0);
-  options.Option("--limit", "L", &pValues->dLimit, "exit code 1 where a residual is longer than L");
+  options.Option("--tolerance", "T", &pValues->dLimit,
+                 "exit code 1 where a residual is longer than T");
   options.Above(0.0);
 }
 

@@ -25,7 +25,7 @@ struct ConstructValues {
 
 // Declares POINTS, --plane, --columns, --duplicates and -o.
 void AddConstructOptions(Options& options, ConstructValues* pValues);
-// Declares --points, and --sigma and --limit for what is fitted.
+// Declares --points, and --sigma and --tolerance for what is fitted.
 void AddUseOption(Options& options, ConstructValues* pValues, const char* szHelp);
 void AddFitOptions(Options& options, ConstructValues* pValues);
 
@@ -74,7 +74,7 @@ class Construction {
   void TellResiduals(const char* szTitle, const PointRefs& points,
                      const std::vector<double>& residuals);
 
-  // Prints result and plane, writes -o. kNotAcceptable where dLargest is beyond --limit.
+  // Prints result and plane, writes -o. kNotAcceptable where dLargest is beyond --tolerance.
   ExitCode Finish(const char* szKind, double dLargest = 0.0);
 
  private:

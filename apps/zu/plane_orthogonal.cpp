@@ -67,6 +67,22 @@ void OrthogonalPlane::Fit() {
   });
 }
 
+namespace {
+
+// What no point decides, with the names of points in place of their ids.
+std::string FreeByNames(const ZuFitResult& fit, const ZuPointList& points) {
+  const size_t uPoints = fit.strFree.rfind("points ");
+  if (fit.freePoints.empty() || uPoints == std::string::npos) return fit.strFree;
+  std::string strNames;
+  for (size_t i = 0; i < fit.freePoints.size(); ++i) {
+    strNames += i == 0 ? "" : i + 1 == fit.freePoints.size() ? " and " : ", ";
+    strNames += LabelOf(fit.freePoints[i], points);
+  }
+  return fit.strFree.substr(0, uPoints + 7) + strNames;
+}
+
+}  // namespace
+
 void OrthogonalPlane::Fail() const {
   const std::string strFile = NameInMessages(m_values.strPoints) + ": ";
   switch (m_plane.fit.eStatus) {
@@ -80,7 +96,7 @@ void OrthogonalPlane::Fail() const {
           strFile + "the points do not determine a plane: " +
               (bBody ? "they spread as far across one as along it"
                      : "in one place or on one line as far as they are exact") +
-              "\nfree is: " + m_plane.fit.strFree +
+              "\nfree is: " + FreeByNames(m_plane.fit, m_points) +
               (bBody ? "\npoints that are farther apart in the plane than off it are needed"
                      : "\npoints that span a triangle are needed"));
     }

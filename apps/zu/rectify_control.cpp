@@ -139,7 +139,7 @@ void CheckControl(const ZuPhoto& photo, const ZuPointList& measured, const ZuPoi
     lengths.emplace_back(residuals.back().strLabel, residuals.back().Length());
     used.Add(ZuPoint(t.uId, pControl->pairs[i].adTarget[0], pControl->pairs[i].adTarget[1]));
   }
-  if (pControl->fit.iSetAside == 0) WarnOfWrongPoint(residuals, used, context);
+  if (pControl->fit.iSetAside == 0) WarnOfWrongPoints(residuals, {used, used, nullptr}, context);
   AddLengths(deviations, &lengths);
   pControl->eCode = WithinTolerance(choice, lengths, context,
                                     pControl->fit.iSetAside > 0 ? kNotAcceptable : kGood);

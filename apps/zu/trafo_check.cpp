@@ -21,7 +21,10 @@ constexpr double kRounding = 1e-6;  // length over the extent that is no blunder
 // the lengths of the others; among many ones the tail of good points reaches farther.
 constexpr double kOutlierOfFew = 3.0, kOutlierOfMany = 5.0;
 constexpr size_t kMany = 100;
-constexpr size_t kFewest = 4;  // points of which one can stand out
+constexpr size_t kFewest = 4;           // points of which one can stand out
+constexpr size_t kFewestOfSeveral = 6;  // points of which two can be told from the others
+constexpr size_t kMostSearched = 60;    // points among which several are looked for
+constexpr double kMuchBetter = 0.2;     // RMS over that with the wrong points [-]
 constexpr double kNone = std::numeric_limits<double>::infinity();
 
 // Largest side of the box.
@@ -104,25 +107,97 @@ void CheckMirrored(const std::string& strFiles, const std::string& strSource, Fi
           "\nthe columns in the order of the other file would be right");
 }
 
-void WarnOfWrongPoint(const std::vector<Residual>& residuals, const ZuPointList& control,
-                      Context& context, const std::string& strMore) {
+namespace {
+
+ZuPointList Without(const ZuPointList& points, const std::vector<size_t>& left) {
+  ZuPointList rest;
+  size_t i = 0;
+  for (const ZuPoint* p = points.First(); p != nullptr; p = p->Next(), ++i) {
+    if (std::find(left.begin(), left.end(), i) == left.end()) rest.Add(*p);
+  }
+  return rest;
+}
+
+// Points that hide each other: each time the one is left out without which the rest fits best,
+// until it fits so much better than all. Empty where no such few are found.
+std::vector<size_t> FindWrongPoints(const CommonPoints& common, double* pdRms, double* pdRest) {
+  const auto uCount = static_cast<size_t>(common.source.Count());
+  std::vector<size_t> left;
+  if (common.pfnRms == nullptr || uCount < kFewestOfSeveral || uCount > kMostSearched) return left;
+  *pdRms = common.pfnRms(common.source, common.control);
+  if (!(*pdRms > kRounding * ExtentOf(common.control))) return left;
+  while (3 * (left.size() + 1) <= uCount) {
+    size_t uBest = uCount;
+    double dBest = kNone;
+    left.push_back(0);
+    for (size_t i = 0; i < uCount; ++i) {
+      if (std::find(left.begin(), left.end() - 1, i) != left.end() - 1) continue;
+      left.back() = i;
+      const double dRms =
+          common.pfnRms(Without(common.source, left), Without(common.control, left));
+      if (dRms < dBest) dBest = dRms, uBest = i;
+    }
+    if (uBest == uCount) break;
+    left.back() = uBest;
+    *pdRest = dBest;
+    if (dBest <= kMuchBetter * *pdRms) return left;
+  }
+  return {};
+}
+
+// In quotes where it would count as two names.
+std::string ListedName(const std::string& strLabel) {
+  const bool bPlain = strLabel.find_first_of(" \t,#") == std::string::npos;
+  return bPlain ? strLabel : '"' + strLabel + '"';
+}
+
+// One digit, not below d.
+std::string RoundTolerance(double d) {
+  const double dUnit = std::pow(10.0, std::floor(std::log10(d)));
+  return Shortest(std::ceil(d / dUnit) * dUnit);
+}
+
+std::string OtherCommand(const std::string& strOther, double dTolerance) {
+  if (strOther.empty() || !(dTolerance > 0.0)) return "";
+  return "; or: " + strOther + " --tolerance " + RoundTolerance(dTolerance);
+}
+
+}  // namespace
+
+void WarnOfWrongPoints(const std::vector<Residual>& residuals, const CommonPoints& common,
+                       Context& context, const std::string& strOther) {
   if (residuals.size() < kFewest) return;
+  double dRms = 0.0, dRest = 0.0;
+  std::vector<size_t> wrong = FindWrongPoints(common, &dRms, &dRest);
+  if (wrong.size() > 1) {
+    std::sort(wrong.begin(), wrong.end());
+    std::string strNames, strList;
+    for (const size_t u : wrong) {
+      strNames += (strNames.empty()    ? ""
+                   : u == wrong.back() ? " and "
+                                       : ", ") +
+                  residuals[u].strLabel;
+      strList += (strList.empty() ? "" : ",") + ListedName(residuals[u].strLabel);
+    }
+    context.Warn("points " + strNames + " do not fit the others: RMS " + Figure(dRest, dRms) +
+                 " without them, " + Figure(dRms, dRms) + " with them; without them: " +
+                 context.CommandWith("--without", strList) + OtherCommand(strOther, 5.0 * dRest));
+    return;
+  }
   std::vector<double> lengths;
   for (const Residual& r : residuals) lengths.push_back(r.Length());
   const auto largest = std::max_element(lengths.begin(), lengths.end());
   const Residual& worst = residuals[static_cast<size_t>(largest - lengths.begin())];
   const double dMedian = Median(&lengths);
   const double dOutlier = lengths.size() < kMany ? kOutlierOfFew : kOutlierOfMany;
-  if (!(worst.Length() > dOutlier * dMedian && worst.Length() > kRounding * ExtentOf(control))) {
+  if (!(worst.Length() > dOutlier * dMedian &&
+        worst.Length() > kRounding * ExtentOf(common.control))) {
     return;
   }
-  // In quotes where it would count as two names.
-  const bool bPlain = worst.strLabel.find_first_of(" \t,#") == std::string::npos;
-  context.Warn(
-      "point " + worst.strLabel + " is off by " + Figure(worst.Length(), worst.Length()) +
-      ", the median is " + Figure(dMedian, worst.Length()) + "; without it: " +
-      context.CommandWith("--without", bPlain ? worst.strLabel : '"' + worst.strLabel + '"') +
-      strMore);
+  context.Warn("point " + worst.strLabel + " is off by " + Figure(worst.Length(), worst.Length()) +
+               ", the median is " + Figure(dMedian, worst.Length()) +
+               "; without it: " + context.CommandWith("--without", ListedName(worst.strLabel)) +
+               OtherCommand(strOther, 3.0 * dMedian));
 }
 
 }  // namespace cli

@@ -20,9 +20,18 @@ double HelmertRms(const ZuPointList& source, const ZuPointList& control);     //
 void CheckMirrored(const std::string& strFiles, const std::string& strSource, FitRms pfnRms,
                    const ZuPointList& source, const ZuPointList& control);
 
-// Warns of a point that is off by three times the median or more (five times among many): a wrong
-// one bends the whole fit. Tells the command to type next, and strMore.
-void WarnOfWrongPoint(const std::vector<Residual>& residuals, const ZuPointList& control,
-                      Context& context, const std::string& strMore = "");
+// The common points of two lists, in one order, and how well a fit of them does; null: several
+// wrong points are not looked for.
+struct CommonPoints {
+  const ZuPointList& source;
+  const ZuPointList& control;
+  FitRms pfnRms;
+};
+
+// Warns of several points without which the others fit at least five times better, or of one that
+// is off by three times the median or more (five times among many): wrong ones bend the whole fit.
+// Tells the command to type next, and strOther, a command that goes on with a tolerance.
+void WarnOfWrongPoints(const std::vector<Residual>& residuals, const CommonPoints& common,
+                       Context& context, const std::string& strOther = "");
 
 }  // namespace cli

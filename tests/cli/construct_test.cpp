@@ -19,7 +19,7 @@ TEST(Construct, EachKindGivesItsPoints) {
       {"resection --direction 31:153.0174 --direction 32:50.0230 --direction 33:375.1739 "
        "--direction 34:302.3899 --name P",
        "P", 450.0203, 500.0231},
-      {"line --points 41,42,43,44,45,46,47,48 --tolerance 0.05", "break1", 4.0150, 0},
+      {"line --points 41,42,43,44,45,46,47,48 --max-offset 0.05", "break1", 4.0150, 0},
       {"line --points 41,42,43,44,45,46,47,48 --breaks 45", "break1", 4.0150, 0},
       {"rectangle --points 11,12,13,14", "corner1", -0.033868689041896521, -0.081515560800207228},
       {"ortho --line 21,22 --points 12", "12", 10.2, 0},
@@ -50,7 +50,8 @@ TEST(Construct, WorksInAnyPlaneAndTellsWhatIsWrong) {
   folder.Write("off", "a 1 2\nb 2 -1\n");
   ExpectLines(
       {{"zu construct rectangle wall --points 1,2,3,4 --plane yz -o o && cat o", 0, "corner1", ""},
-       {"zu construct rectangle wall --points 1,2,3,4 --plane fit --limit 0.001", 1, "width", ""},
+       {"zu construct rectangle wall --points 1,2,3,4 --plane fit --tolerance 0.001", 1, "width",
+        ""},
        {"zu construct arc wall --points 1,2,3 --plane 1,2,3", 0, "radius  2.5", ""},
        {"zu construct ortho wall --line 1,2 --plane yz --offsets off", 0, "5.000000", ""},
        {"zu construct conditions $S/constructions/askew.coo --conditions "

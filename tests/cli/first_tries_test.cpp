@@ -98,7 +98,8 @@ TEST(Stories, JoinsListsWithTwoWrongPoints) {
                "D\t85.40\t200.00\t51.20\nE\t93.00\t210.00\t54.00\nF\t88.00\t205.00\t52.35\n"
                "G\t97.00\t217.00\t53.10\nH\t90.00\t202.00\t60.00\n");
   ExpectLines(
-      {{"zu transform second.txt --control first.csv", 0, "RMS", ""},
+      {{"zu transform second.txt --control first.csv", 0, "RMS",
+        "points D and F do not fit the others: RMS 0.0"},
        {"zu merge first.csv second.txt --tolerance 0.05 -o joined.csv --json | tr -d '\\n '", 0,
         "\"rejected\":[\"D\",\"F\"]", ""},
        {"grep H joined.csv", 0, "H;1,999", ""}},

@@ -35,6 +35,31 @@ double LengthOf(const nlohmann::json& deviation) {
 
 }  // namespace
 
+// Two wrong points hide each other: both commands of the hint do without them.
+TEST(PointChoice, TwoWrongPointsAreNamedTogether) {
+  const ScratchFolder folder;
+  folder.Write("a.txt",
+               "A 0 0 1\nB 20 0 1.5\nC 20 15 0.8\n\"D 1\" 0 15 1.2\nE 10 7 4\nF 5 12 2\n"
+               "G 17 3 3.1\n");
+  folder.Write("b.txt",
+               "A 100 200 51\nB 100.01 220 51.5\nC 85 220.01 50.8\n\"D 1\" 85.4 200 51.2\n"
+               "E 93 210 54\nF 88.3 205 52.35\nG 97 217 53.1\n");
+  for (const std::string strCall :
+       {"zu transform b.txt --control a.txt", "zu trafo2d b.txt --control a.txt --type helmert"}) {
+    const std::string strHint = RunLine(strCall, folder).strErr;
+    const size_t uFirst = strHint.find("; without them: ") + 16;
+    ASSERT_NE(strHint.find("points D 1"), std::string::npos) << strHint;
+    const size_t uOther = std::min(strHint.find("; or: ", uFirst), strHint.find('\n', uFirst));
+    const std::string strNext = strHint.substr(uFirst, uOther - uFirst);
+    EXPECT_EQ(RunLine(strNext + " --tolerance 0.05", folder).iExit, 0) << strHint;
+    if (strHint[uOther] != ';') continue;
+    const std::string strMerge =
+        strHint.substr(uOther + 6, strHint.find('\n', uOther) - uOther - 6);
+    const auto rejected = RunLine(strMerge + " --json", folder).Json()["rejected"];
+    EXPECT_EQ(rejected, (nlohmann::json{"D 1", "F"})) << strMerge;
+  }
+}
+
 // The hint's command, as it was typed but for the wrong point, gives the transformation.
 TEST(PointChoice, TheHintedCommandIsRight) {
   for (const std::string strCall :

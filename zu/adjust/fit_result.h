@@ -42,6 +42,7 @@ struct ZuFitResult {
   ZuAdjustStatus eStatus = ZuAdjustStatus::TooFew;
   std::string strFree;  // what no point decides, as "rotation about the line through points 3, 7
                         // and 12"; empty but for a rank defect
+  std::vector<unsigned> freePoints;  // ids of the points that strFree ends with, in its order
   int iRedundancy = 0;
   // A factor to the standard deviations told; where none were told the standard deviation of a
   // coordinate. A posteriori; 1 without redundancy.

@@ -176,7 +176,9 @@ ZuCloudFileReading ZuReadClouds(const char* szPath, ZuPointCloudContainer& cloud
     std::uint64_t uPoints = 0;
     for (const ZuPointCloud* p = pFirst; p != nullptr; p = p->Next()) uPoints += p->GetPointCount();
     const bool bEmpty = reading.m_eKind == eZuCloudFileBinary ? pFirst == nullptr : uPoints == 0;
-    if (bEmpty && reading.m_Findings.First(eZuReadFault) == nullptr) {
+    // Of a file that is cut off the cut is told.
+    if (bEmpty && reading.m_Findings.First(eZuReadFault) == nullptr &&
+        reading.m_Findings.First(eZuReadCut) == nullptr) {
       reading.m_Findings.Add(eZuReadFault, 0, 0, "no point cloud in the file");
     }
   } catch (const std::bad_alloc&) {

@@ -37,8 +37,8 @@ struct ZuCloudFileReading {
 };
 
 // Appends the clouds of a file to the container, without names where the file has none. The
-// findings hold a fault where the kind is None or Either, or there is no point in the file (a
-// binary file without points, but with a cloud, is whole).
+// findings hold a fault where the kind is None or Either, or there is no point in a whole
+// file (a binary one without points, but with a cloud, has what it needs).
 //
 // A table gives one cloud of the points in its order, with what its titles tell: R, G, B or Red,
 // Green, Blue (0 to 255, or 0 to 1 where none is above), Intensity or Reflectance on the scales of

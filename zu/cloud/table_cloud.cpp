@@ -157,14 +157,24 @@ const char* NameOf(eZuPointRWMask eColumn) {
 
 // Tells what was taken, and names no column that was borrowed.
 void NameColumns(ZuTableReading* pTable) {
-  if (pTable->m_Form.m_uTitleLine == 0) return;
-  std::string strColumns;
-  for (eZuPointRWMask& eColumn : pTable->m_Form.m_aColumns) {
+  ZuTableForm& form = pTable->m_Form;
+  if (form.m_uTitleLine == 0) return;
+  const bool bColors = HasColors(form.m_aColumns), bNormals = HasNormals(form.m_aColumns);
+  std::vector<std::string> names;
+  for (eZuPointRWMask& eColumn : form.m_aColumns) {
     const char* const szBorrowed = NameOf(eColumn);
-    const char* const szName = szBorrowed != nullptr ? szBorrowed : GetZuColumnName(eColumn);
-    strColumns.append(strColumns.empty() ? "" : ",").append(szName);
+    const bool bColor = eColumn >= kRed && eColumn <= eZuPointRWRedu3;
+    const bool bUsed = eColumn == kIntensity || (bColor ? bColors : bNormals);
     if (szBorrowed != nullptr) eColumn = eZuPointRWSkip;
+    names.emplace_back(szBorrowed != nullptr && bUsed ? szBorrowed : GetZuColumnName(eColumn));
   }
+  while (!names.empty() && names.back() == "skip") {
+    names.pop_back();
+    form.m_aColumns.pop_back();
+    form.m_aTitles.pop_back();
+  }
+  std::string strColumns;
+  for (const std::string& strName : names) strColumns += (strColumns.empty() ? "" : ",") + strName;
   pTable->m_Findings.m_Dialect.m_strColumns = strColumns;
 }
 

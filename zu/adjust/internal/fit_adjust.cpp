@@ -355,7 +355,7 @@ class Adjustment {
 
   // --- what is free ---
 
-  std::string NamesAlong(const Vector3& direction) const {
+  std::string NamesAlong(const Vector3& direction) {
     const auto& x = m_model.m_x;
     size_t uLow = 0, uHigh = 0;
     for (size_t i = 0; i < x.size(); ++i) {
@@ -374,6 +374,7 @@ class Adjustment {
     std::vector<unsigned> ids = {Id(uLow), Id(uHigh)};
     if (uMiddle != uLow) ids.push_back(Id(uMiddle));
     std::sort(ids.begin(), ids.end());
+    m_result.freePoints = ids;
     const std::string strLast = " and " + std::to_string(ids.back());
     return std::to_string(ids[0]) + (ids.size() > 2 ? ", " + std::to_string(ids[1]) : "") + strLast;
   }
