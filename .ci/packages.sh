@@ -28,9 +28,10 @@ need_packages() {
 
 build_packages=(g++:g++ cmake:cmake ninja:ninja-build pkg-config:pkg-config libboost-dev
                 libcli11-dev nlohmann-json3-dev libeigen3-dev libopencv-contrib-dev libjpeg-dev
-                libpng-dev libtiff-dev libexif-dev libhpdf-dev libgeographiclib-dev libcgal-dev)
+                libpng-dev libtiff-dev libexif-dev libhpdf-dev libgeographiclib-dev libcgal-dev
+                libpugixml-dev)
 test_packages=("${build_packages[@]}" libgtest-dev locales python3-jsonschema
                python3-dev python3-numpy python3-pytest python3-mypy pybind11-dev)
 fuzz_packages=("${build_packages[@]}" clang:clang libomp-dev libclang-rt-14-dev)
 ci_packages=("${test_packages[@]}" "${fuzz_packages[@]}" git:git libbenchmark-dev
-             clang-format:clang-format)
+             clang-format:clang-format python3-opencv python3-scipy)

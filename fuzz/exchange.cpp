@@ -1,6 +1,7 @@
 // Photos of other programs. The first byte picks the reader: 't' COLMAP's text, its three files
 // apart by form feeds; 'b' its binary form, their lengths in the two bytes each that follow; 'a'
-// Bundle Adjustment in the Large. What is imported can be exported and imported again.
+// Bundle Adjustment in the Large; 'o' calibration files of OpenCV. What is imported can be exported
+// and imported again.
 #include "fuzz/there_and_back.h"
 #include "zu/exchange/photo_exchange.h"
 #include "zu/points/point_list.h"
@@ -45,7 +46,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* pData, std::size_t uSi
   const Input input(pData, uSize);
   const std::string_view text = input.Text();
   if (text.empty()) return 0;
-  const eZuExchange eFormat = text[0] == 'a' ? eZuExchangeBal : eZuExchangeColmap;
+  const eZuExchange eFormat = text[0] == 'a'   ? eZuExchangeBal
+                              : text[0] == 'o' ? eZuExchangeOpenCv
+                                               : eZuExchangeColmap;
+  constexpr const char* endings[] = {".yml", ".xml", ".json"};
   const Files read =
       ZuIsFolderExchange(eFormat) ? FilesOf(text) : Files{{"file", std::string(text.substr(1))}};
   ZuProject project, again;
@@ -56,7 +60,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* pData, std::size_t uSi
     ZuExportOptions options;
     options.dMaxError = 1e300;
     options.bBinary = bBinary;
+    options.strName = std::string("f") + endings[text.size() % 3];
     if (!ZuExportPhotos(eFormat, project, {}, options, &files, &report)) continue;
+    if (!ZuIsFolderExchange(eFormat)) files.resize(1);  // a file a camera
     Require(Import(eFormat, files, &again));
   }
   return 0;

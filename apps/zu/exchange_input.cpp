@@ -11,7 +11,8 @@ eZuExchange ExchangeFormat(const std::string& strWord) {
   const struct {
     const char* szWord;
     eZuExchange eFormat;
-  } formats[] = {{"colmap", eZuExchangeColmap}, {"bal", eZuExchangeBal}};
+  } formats[] = {
+      {"colmap", eZuExchangeColmap}, {"bal", eZuExchangeBal}, {"opencv", eZuExchangeOpenCv}};
   std::string strWords;
   for (const auto& format : formats) {
     if (strWord == format.szWord) return format.eFormat;

@@ -263,7 +263,10 @@ struct OneFileFormat {
   eZuExchange eFormat;
   const char* szName;
 };
-constexpr OneFileFormat kOneFileFormats[] = {{eZuExchangeBal, "p.txt"}};
+constexpr OneFileFormat kOneFileFormats[] = {{eZuExchangeBal, "p.txt"},
+                                             {eZuExchangeOpenCv, "p.yml"},
+                                             {eZuExchangeOpenCv, "p.xml"},
+                                             {eZuExchangeOpenCv, "p.json"}};
 
 // A file of the format, of the network with its points.
 Files NetworkAs(const OneFileFormat& format, ZuExchangeReport* pReport) {
@@ -352,7 +355,44 @@ TEST(Bal, PhotosSeeWhatTheFormulaSays) {
 // Cut at any byte, a file gives a project or one sentence.
 TEST(OneFileExchange, FaultsNameTheirPlace) {
   const std::string strBal = "1 1 1\n0 0 5 6\n0 0 0 0 0 -5 500 0 0\n1 2 3\n";
+  const std::string strYaml =
+      "%YAML:1.0\n---\nimage_width: 640\nimage_height: 480\ncamera_matrix: !!opencv-matrix\n"
+      "   rows: 3\n   cols: 3\n   dt: d\n   data: [ 500., 0., 320., 0., 500., 240., 0., 0., 1. ]\n"
+      "rvecs: [ 0, 0, 0.1 ]\ntvecs: [ 1, 2, 3 ]\nimages:\n   - \"a b.jpg\"\n"
+      "image_points:\n   - [ 1, 2, .Nan, .Nan ]\n";
+  const std::string strXml =
+      "<?xml version=\"1.0\"?>\n<opencv_storage><image_width>640</image_width>\n"
+      "<image_height>480</image_height>\n<K type_id=\"opencv-matrix\"><rows>3</rows>\n"
+      "<cols>3</cols><dt>d</dt><data>500 0 320 0 500 240 0 0 1</data></K></opencv_storage>\n";
+  const auto With = [&](const std::string& strWhat, const std::string& strBy) {
+    std::string strText = strYaml;
+    return strText.replace(strText.find(strWhat), strWhat.size(), strBy);
+  };
   for (const auto& [eFormat, strText, szFault] : Cases<eZuExchange, std::string, const char*>{
+           {eZuExchangeOpenCv, With("rows: 3", "rows: 999999999"),
+            "f:6: error: camera_matrix tells 999999999 x 3 elements, but has 9"},
+           {eZuExchangeOpenCv, With("500.,", "-1,"), "f:6: error: is no camera matrix"},
+           {eZuExchangeOpenCv, With("rvecs", "distCoeffs"),
+            "f:10: error: 3 distortion coefficients; 4, 5"},
+           {eZuExchangeOpenCv, With("image_width: 640", "image_width: 0.5"),
+            "an image of 0.5 x 480 pixels"},
+           {eZuExchangeOpenCv, With("[ 1, 2, 3 ]", "[ 1, 2 ]"),
+            "f:10: error: has 3 numbers, and the translations 2"},
+           {eZuExchangeOpenCv, With("a b.jpg", "../a.jpg"), "leads out of its folder"},
+           {eZuExchangeOpenCv, With("]\nimages", "\nimages"),
+            "f:12: error: a comma or the closing"},
+           {eZuExchangeOpenCv, With("   - [ 1", "   - [ 7 ]\n   - [ 1"),
+            "2 views with image points, 1 with"},
+           {eZuExchangeOpenCv, With("[ 1, 2, .N", std::string(99, '[') + ".N"),
+            "f:15: error: is nested too deep"},
+           {eZuExchangeOpenCv, With("b.jpg\"", "b.jpg"),
+            "f:13: error: a text without its closing quote"},
+           {eZuExchangeOpenCv, "<!DOCTYPE a [<!ENTITY b \"c\">]>\n" + strXml,
+            "f:1: error: has a document type"},
+           {eZuExchangeOpenCv, strXml + "<!-- &b; -->&b;", "f:6: error: has an entity of its own"},
+           {eZuExchangeOpenCv, strXml.substr(0, 200), ": error: is no XML: "},
+           {eZuExchangeOpenCv, "<a>", "f:1: error: is no XML"},
+           {eZuExchangeOpenCv, "<a/>", "f:1: error: is XML, but no file of FileStorage"},
            {eZuExchangeBal, "1 1\n1x 0" + std::string(40, ' '),
             "f:2: error: \"1x\" is no whole number"},
            {eZuExchangeBal, "99999999999999 1 1\n0 0",
@@ -382,5 +422,238 @@ TEST(OneFileExchange, FaultsNameTheirPlace) {
       EXPECT_EQ(report.findings.GetErrorCount(), bGood ? 0U : 1U) << u;
       EXPECT_EQ(project.PhotoList().IsEmpty(), !bGood) << u;
     }
+  }
+}
+
+namespace {
+
+// Files of a folder of their own, which goes with them.
+class FilesBeside {
+ public:
+  FilesBeside() : m_path(std::filesystem::path(TempFile().Path()).replace_extension(".d")) {
+    std::filesystem::create_directories(m_path);
+  }
+  ~FilesBeside() { std::filesystem::remove_all(m_path); }
+  FilesBeside(const FilesBeside&) = delete;
+  FilesBeside& operator=(const FilesBeside&) = delete;
+
+  std::string Path(const std::string& strName = "") const { return (m_path / strName).string(); }
+  void Write(const std::string& strName, const std::string& strText) const {
+    std::ofstream(m_path / strName, std::ios::binary) << strText;
+  }
+
+ private:
+  std::filesystem::path m_path;
+};
+
+// Pixels of a grid with the directions that the photo's record gives them: rows x/z y/z, pixel.
+std::string GridOfSights(const ZuPhoto& photo, int iAcross) {
+  ZuBikoTransform transform(&photo, eDigiToAdjusted, false);
+  transform.SetExact(true);
+  const double c = photo.GetCamera().m_dC;
+  std::string strRows;
+  for (int i = 0; i <= iAcross * iAcross + 2 * iAcross; ++i) {
+    const double u = photo.GetDigiRegion().Width() * (i % (iAcross + 1)) / iAcross;
+    const double w = photo.GetDigiRegion().Height() * (i / (iAcross + 1)) / iAcross;
+    double x = u, y = w, z = 0.0;
+    EXPECT_TRUE(transform.Transform(&x, &y, &z)) << u << ' ' << w;
+    strRows += Row(x / c, -y / c, u, w).str + '\n';
+  }
+  return strRows;
+}
+
+std::string CalibrationText(const std::string& strCoefficients) {
+  return "%YAML:1.0\n---\nimage_width: 640\nimage_height: 480\n"
+         "camera_matrix: [ 533.33, 0, 318.7, 0, 531.1, 242.2, 0, 0, 1 ]\n"
+         "distortion_coefficients: [ " +
+         strCoefficients +
+         " ]\n"
+         "extrinsic_parameters: [ 0.3, -0.2, 1.5, 0.1, -0.4, 5 ]\nimages: a b.jpg\n"
+         "image_points: [ 100.25, 200.5 ]\nobject_points: [ 0.1, 0.2, 0.3 ]\n";
+}
+
+}  // namespace
+
+// OpenCV reads our files and sees 10200 points within a millionth of a pixel of where our photo
+// does; from what it writes of them the same project comes back, to the last bit.
+TEST(OpenCvFile, TheProgramReadsAndWritesTheSame) {
+  const FilesBeside beside;
+  RandomGeometry random(3);
+  std::vector<std::string> projects;
+  const std::tuple<const char*, const char*> forms[] = {
+      {"yml", "-0.28, 0.07, 0.0012, -0.0007"},
+      {"xml", "-0.28, 0.07, 0.0012, -0.0007, 0.013"},
+      {"json", "-0.28, 0.07, 0.0012, -0.0007, 0.013, 0, 0, 0"}};
+  for (const auto& form : forms) {
+    const std::string strForm = std::get<0>(form);
+    ZuProject project;
+    ZuExchangeReport report;
+    Files files;
+    ZuExportOptions options;
+    options.strName = "cal." + strForm;
+    ASSERT_TRUE(ZuImportPhotos(eZuExchangeOpenCv, {{"f", CalibrationText(std::get<1>(form))}}, {},
+                               &project, &report))
+        << FirstError(report);
+    ASSERT_TRUE(ZuExportPhotos(eZuExchangeOpenCv, project, {}, options, &files, &report))
+        << FirstError(report);
+    EXPECT_FALSE(report.cameras.at(0).bFitted || report.cameras.at(1).bFitted);
+    beside.Write(files[0].strName, files[0].strText);
+    projects.push_back(ProjectText(project));
+    ZuBikoTransform transform(project.PhotoList().First(), eObjectToDigi, false);
+    transform.SetExact(true);
+    const ZuRotation R(project.PhotoList().First()->GetRotAOR());
+    ZuCameraPose pose{R, {}};
+    project.PhotoList().First()->GetPosAOR(&pose.X0[0], &pose.X0[1], &pose.X0[2]);
+    std::string strRows;
+    for (int i = 0; i < 3400; ++i) {
+      const double z = 4.0 + random.Value(2.0);
+      const double v[] = {random.Value(0.55) * z, random.Value(0.4) * z, -z};
+      double X[3], at[3];
+      for (size_t k = 0; k < 3; ++k) {
+        at[k] = X[k] =
+            pose.X0[k] + R.r[3 * k] * v[0] + R.r[3 * k + 1] * v[1] + R.r[3 * k + 2] * v[2];
+      }
+      ASSERT_TRUE(transform.Transform(&at[0], &at[1], &at[2]));
+      strRows += Row(X[0], X[1], X[2], at[0], at[1]).str + '\n';
+    }
+    beside.Write("rows." + strForm, strRows);
+  }
+  const std::string strOut = RunPython(R"(
+import sys, cv2, numpy as np
+for form in ["yml", "xml", "json"]:
+    f = cv2.FileStorage(sys.argv[1] + "/cal." + form, cv2.FILE_STORAGE_READ)
+    g = cv2.FileStorage(sys.argv[1] + "/back." + form, cv2.FILE_STORAGE_WRITE)
+    a = np.loadtxt(sys.argv[1] + "/rows." + form)
+    K, D, E = [f.getNode(k).mat() for k in ["camera_matrix", "distortion_coefficients", "extrinsic_parameters"]]
+    p = cv2.projectPoints(np.ascontiguousarray(a[:, :3]), E[0, :3], E[0, 3:], K, D)[0].reshape(-1, 2)
+    for k in ["image_width", "image_height", "camera_id"]: g.write(k, int(f.getNode(k).real()))
+    g.write("camera_name", f.getNode("camera_name").string())
+    for k in ["camera_matrix", "distortion_coefficients", "extrinsic_parameters", "photo_ids", "object_point_ids", "object_points"]:
+        g.write(k, f.getNode(k).mat())
+    g.startWriteStruct("image_names", cv2.FILE_NODE_SEQ)
+    names = f.getNode("image_names"); g.write("", (names.at(0) if names.isSeq() else names).string())
+    g.endWriteStruct()
+    for k in ["image_points", "point_ids"]:
+        g.startWriteStruct(k, cv2.FILE_NODE_SEQ)
+        g.write("", f.getNode(k).at(0).mat())
+        g.endWriteStruct()
+    g.release()
+    print(len(D.ravel()), len(a), np.abs(p - a[:, 3:]).max())
+)",
+                                       beside.Path());
+  if (strOut.empty()) GTEST_SKIP() << "needs python3-opencv";
+  std::istringstream told(strOut);
+  size_t i = 0;
+  for (const auto& form : forms) {
+    size_t uCoefficients = 0, uRows = 0;
+    double dLargest = 1.0;
+    told >> uCoefficients >> uRows >> dLargest;
+    EXPECT_ROW(i == 0 ? "4 3400" : "5 3400", uCoefficients, uRows);
+    EXPECT_LT(dLargest, 1e-6);
+    Files back;
+    ZuExchangeReport report;
+    ZuProject project;
+    ASSERT_TRUE(ZuReadExchangeFiles(eZuExchangeOpenCv,
+                                    beside.Path(std::string("back.") + std::get<0>(form)), &back,
+                                    &report.findings));
+    ASSERT_TRUE(ZuImportPhotos(eZuExchangeOpenCv, back, {}, &project, &report))
+        << FirstError(report);
+    EXPECT_EQ(ProjectText(project), projects[i++]);
+  }
+}
+
+// The largest error that a fit tells is that of a dense grid, projected by OpenCV or by the
+// formula.
+TEST(PhotoExchange, FitsTellTheirLargestError) {
+  const FilesBeside beside;
+  RandomGeometry random(1);
+  std::string strCases;
+  std::vector<double> stated;
+  const auto Add = [&](const ZuProject& project, const ZuExchangedCamera& camera,
+                       const std::string& strCase) {
+    EXPECT_TRUE(camera.bFitted) << strCase;
+    beside.Write("rows" + std::to_string(stated.size()),
+                 GridOfSights(*project.PhotoList().First(), 90));
+    stated.push_back(camera.dError);
+    strCases += strCase + '\n';
+  };
+  ZuImportOptions all;
+  all.dMaxError = 1e9;
+  // Of COLMAP from the corner of the first pixel.
+  for (const auto& [szColmap, szCase] : Cases<const char*, const char*>{
+           {"FULL_OPENCV 640 480 900 905 320.5 240.5 -0.1 0.05 0.001 0.002 0.01 0.02 0.03 0.01",
+            "plain 900 905 320 240 -0.1 0.05 0.001 0.002 0.01 0.02 0.03 0.01"},
+           {"OPENCV_FISHEYE 640 480 900 905 320.5 240.5 0.01 -0.02 0.003 0.001",
+            "fisheye 900 905 320 240 0.01 -0.02 0.003 0.001"},
+           {"SIMPLE_RADIAL_FISHEYE 640 480 600 320.5 240.5 0.02",
+            "fisheye 600 600 320 240 0.02 0 0 0"},
+           {"RADIAL_FISHEYE 640 480 500 310.5 250.5 0.02 -0.01",
+            "fisheye 500 500 310 250 0.02 -0.01 0 0"},
+           {"FOV 640 480 700 705 320.5 240.5 0.9", "fov 700 705 320 240 0.9"},
+           {"THIN_PRISM_FISHEYE 640 480 700 705 320.5 240.5 0.01 0.02 0.001 -0.002 0.01 0.001 "
+            "0.004 -0.003",
+            "prism 700 705 320 240 0.01 0.02 0.001 -0.002 0.01 0.001 0.004 -0.003"}}) {
+    ZuProject project;
+    ZuExchangeReport report;
+    ASSERT_TRUE(ZuImportPhotos(eZuExchangeColmap,
+                               ColmapModel("1 " + std::string(szColmap) + '\n', 1, &random), all,
+                               &project, &report))
+        << FirstError(report);
+    Add(project, report.cameras[0], szCase);
+  }
+  for (const char* szCoefficients :
+       {"-0.3, 0.1, 0.001, 0.002, 0.02, 0.1, 0.05, 0.01",
+        "-0.2, 0.05, 0.001, -0.001, 0.01, 0.02, 0.01, 0.003, 0.004, -0.002, 0.003, 0.001",
+        "-0.2, 0.05, 0.001, -0.001, 0.01, 0.02, 0.01, 0.003, 0.004, -0.002, 0.003, 0.001, 0.02, "
+        "-0.03"}) {
+    ZuProject project;
+    ZuExchangeReport report;
+    ASSERT_TRUE(ZuImportPhotos(eZuExchangeOpenCv, {{"f", CalibrationText(szCoefficients)}}, all,
+                               &project, &report))
+        << FirstError(report);
+    std::string strCase = std::string("plain 533.33 531.1 318.7 242.2 ") + szCoefficients;
+    strCase.erase(std::remove(strCase.begin(), strCase.end(), ','), strCase.end());
+    Add(project, report.cameras[0], strCase);
+  }
+  // Going out: what the file says of a camera of another mode.
+  ZuProject project;
+  ZuExchangeReport report;
+  Files files;
+  ZuExportOptions options;
+  options.strName = "c.yml";
+  ASSERT_TRUE(project.Read(ZU_SOURCE_DIR "/samples/chessboard/left.prj"));
+  ASSERT_TRUE(ZuExportPhotos(eZuExchangeOpenCv, project, {}, options, &files, &report))
+      << FirstError(report);
+  beside.Write("c.yml", files[0].strText);
+  Add(project, report.cameras.at(0), "file");
+  beside.Write("cases", strCases);
+  const std::string strOut = RunPython(R"(
+import sys, cv2, numpy as np
+o = np.zeros(3)
+for i, line in enumerate(open(sys.argv[1] + "/cases")):
+    w = line.split(); a = np.loadtxt(sys.argv[1] + "/rows" + str(i)); n = a[:, :2]; P = np.c_[n, np.ones(len(n))]
+    if w[0] == "file":
+        f = cv2.FileStorage(sys.argv[1] + "/c.yml", cv2.FILE_STORAGE_READ)
+        K, d = f.getNode("camera_matrix").mat(), f.getNode("distortion_coefficients").mat()
+    else:
+        fx, fy, cx, cy, *d = map(float, w[1:]); K = np.array([[fx, 0, cx], [0, fy, cy], [0, 0, 1]]); d = np.array(d)
+    r = np.maximum(np.hypot(n[:, :1], n[:, 1:]), 1e-300)
+    if w[0] == "fisheye": p = cv2.fisheye.projectPoints(P[:, None, :], o, o, K, d)[0].reshape(-1, 2)
+    elif w[0] == "fov": p = n * np.arctan(2 * r * np.tan(d[0] / 2)) / (r * d[0]) * [fx, fy] + [cx, cy]
+    elif w[0] == "prism":
+        m = n * np.arctan(r) / r; u, v = m.T; q = u * u + v * v
+        m = m * (1 + d[0] * q + d[1] * q**2 + d[4] * q**3 + d[5] * q**4)[:, None]
+        m += np.c_[2 * d[2] * u * v + d[3] * (q + 2 * u * u) + d[6] * q, 2 * d[3] * u * v + d[2] * (q + 2 * v * v) + d[7] * q]
+        p = m * [fx, fy] + [cx, cy]
+    else: p = cv2.projectPoints(P, o, o, K, d)[0].reshape(-1, 2)
+    print(np.hypot(*(p - a[:, 2:]).T).max())
+)",
+                                       beside.Path());
+  if (strOut.empty()) GTEST_SKIP() << "needs python3-opencv";
+  std::istringstream told(strOut);
+  for (const double d : stated) {
+    double dDense = 0.0;
+    told >> dDense;
+    EXPECT_NEAR(d, dDense, 0.05 * dDense) << strOut;
   }
 }

@@ -25,6 +25,7 @@ class ZuProject;
 enum eZuExchange : int {
   eZuExchangeColmap,  // a folder: cameras, images, points3D, each .txt or .bin
   eZuExchangeBal,     // a file of Bundle Adjustment in the Large
+  eZuExchangeOpenCv,  // a calibration file of OpenCV: .yml, .yaml, .xml, .json
 };
 
 struct ZuExchangeFile {
@@ -42,7 +43,7 @@ struct ZuImportOptions {
 struct ZuExportOptions {
   double dMaxError = 0.05;  // of a fitted camera [px]
   bool bBinary = false;     // where the format has a binary form
-  std::string strName;      // of the file, where the format is one file
+  std::string strName;      // of the file, where the format is one file; its ending may decide
 };
 
 // How a camera came across.

@@ -143,8 +143,9 @@ class BlockMaker {
            std::to_string(photo.GetCamera().GetId()) + " of its own; written as camera " +
            std::to_string(known.uId));
     }
-    const BlockCamera camera{known.uId, photo.GetCamera().GetName().chars(), known.told.size,
-                             known.told.model, known.told.dPixelSize};
+    const std::string strName = photo.GetCamera().GetName().chars();
+    const BlockCamera camera{known.uId,       strName,          strName,
+                             known.told.size, known.told.model, known.told.dPixelSize};
     CheckImageSize(camera.size, "photo " + std::to_string(photo.GetId()), 0);
     AddCamera(camera, fit, m_options.dMaxError, m_pReport);
     m_block.cameras.push_back(camera);
@@ -341,7 +342,7 @@ void BlockToProject(const PhotoBlock& block, const ZuImportOptions& options,
     const double dPixelSize = options.dPixelSize > 0.0 ? options.dPixelSize : dTold;
     HeldCamera held = HoldCamera(camera.model, camera.size, dPixelSize, ThroughFile, &fit);
     held.camera.SetId(camera.uId);
-    held.camera.SetName(camera.strModel.c_str());
+    held.camera.SetName((camera.strName.empty() ? camera.strModel : camera.strName).c_str());
     AddCamera(camera, fit, options.dMaxError, pReport);
     pProject->CameraList().Add(new ZuCamera(held.camera));
     cameras.emplace(camera.uId, held);

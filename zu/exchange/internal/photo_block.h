@@ -15,6 +15,7 @@ namespace zu::internal {
 struct BlockCamera {
   unsigned uId = 0;
   std::string strModel;  // its name in the other program
+  std::string strName;   // of the record; empty: strModel
   ZuImageSize size;
   PinholeModel model;
   double dPixelSize = 0.0;  // width of a pixel [mm]; 0 where the other program tells none
