@@ -262,6 +262,11 @@ const std::vector<Command>& Commands() {
        "  zu log replay left.zulog samples/chessboard/left.prj -o measured.prj\n"
        "gives each point of each photo its latest measurement, and writes the project.",
        DefineLogReplay},
+      {"batch", "run many command lines, several at a time",
+       "  zu batch samples/batch/checks.txt --jobs 2 --results checks\n"
+       "checks every project of a folder, keeps what each check prints in checks, goes on where one\n"
+       "fails, and tells at the end which did; typed again it runs only what is not done yet.",
+       DefineBatch},
       {"examples", "copy small data to try a command on, and print what to type",
        "  zu examples transform\n"
        "copies the points that the example of zu transform needs to zu-examples, and prints its\n"

@@ -43,6 +43,7 @@ struct Command {
 
 Runner DefineAdjust(Options& options);
 Runner DefineApply(Options& options);
+Runner DefineBatch(Options& options);
 Runner DefineCalibrate(Options& options);
 Runner DefineCameraAdjust(Options& options);
 Runner DefineCameraGentri(Options& options);

@@ -164,6 +164,42 @@ std::unique_ptr<PyCloud> MakeCloud(const py::object& xyz, const py::object& rgb,
   return cloud;
 }
 
+// The places of an array of them or of a mask; raises IndexError or ValueError.
+std::vector<std::size_t> ToPlaces(const py::object& chosen, std::size_t uCount) {
+  const py::module_ numpy = py::module_::import("numpy");
+  py::object array = numpy.attr("asarray")(chosen);
+  if (array.attr("dtype").attr("kind").cast<std::string>() == "b") {
+    if (py::len(array) != uCount) {
+      throw py::value_error("chosen: a mask of " + std::to_string(py::len(array)) + " for " +
+                            std::to_string(uCount) + " points");
+    }
+    array = numpy.attr("flatnonzero")(array);
+  }
+  if (py::len(array) == 0) return {};
+  std::vector<std::size_t> places;
+  for (const py::handle value : numpy.attr("ascontiguousarray")(array, "int64")) {
+    const auto i = value.cast<std::int64_t>();
+    if (i < 0 || static_cast<std::size_t>(i) >= uCount) {
+      throw py::index_error("chosen: " + std::to_string(i) + " of " + std::to_string(uCount));
+    }
+    places.push_back(static_cast<std::size_t>(i));
+  }
+  return places;
+}
+
+std::unique_ptr<PyCloud> Taken(PyCloud& self, const py::object& chosen) {
+  const Reading reading(self.gate);
+  const auto& points = self.cloud->GetPoints();
+  const std::vector<std::size_t> places = ToPlaces(chosen, points.size());
+  auto taken = std::make_unique<PyCloud>();
+  const py::gil_scoped_release release;
+  taken->cloud->SetName(self.cloud->GetName());
+  taken->eIntensity = self.eIntensity;
+  taken->cloud->Reserve(static_cast<unsigned>(places.size()));
+  for (const std::size_t u : places) taken->cloud->AddPoint(points[u]);
+  return taken;
+}
+
 // --- Operations ----------------------------------------------------------------------------------
 
 ZuAffinMap3d ToMap(const py::object& value) {
@@ -384,6 +420,8 @@ void BindClouds(py::module_& m) {
             return copy;
           },
           "A cloud of its own with copies of points, selection and undo stack.")
+      .def("take", &Taken, "chosen"_a,
+           "A cloud of its own with the points of a mask (n,) or of indices, all fields with them.")
       .def("transform", &TransformCloud, "matrix"_a, py::kw_only(), "normals"_a = true,
            "Moves the points by a (4, 4) matrix for column vectors, and turns the normals.")
       .def(

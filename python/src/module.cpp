@@ -9,6 +9,7 @@ PYBIND11_MODULE(_core, m) {
   BindPoints(m);
   BindPlanes(m);
   BindClouds(m);
+  BindCloudMoments(m);
   BindSimilarity(m);
   BindTrafo2d(m);
   BindProjects(m);

@@ -50,6 +50,7 @@ class ResultFile {
   bool m_bDone = false;
 };
 
+void BindCloudMoments(py::module_& m);
 void BindClouds(py::module_& m);
 void BindNetworks(py::module_& m);
 void BindPoints(py::module_& m);

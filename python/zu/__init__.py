@@ -19,6 +19,9 @@ Long work releases the interpreter's lock and ends soon after Ctrl-C.
 from ._core import (
     CalcPlane,
     Camera,
+    CloudDistances,
+    CloudMoments,
+    CloudPlane,
     CylinderFit,
     FitResult,
     Frame,

@@ -130,6 +130,16 @@ def _cloud(cloud: Any) -> Table:
     return f"PointCloud {cloud.name!r} of {len(cloud)} points", ["", "x", "y", "z"], rows
 
 
+def _cloud_plane(plane: Any) -> Table:
+    a, b, c = map(float, plane.plane.normal)
+    text = f"({a!r}, {b!r}, {c!r}, {plane.plane.d!r}), rms {_number(plane.rms)}"
+    return f"CloudPlane of {len(plane)} points {text}", [], []
+
+
+def _moments(moments: Any) -> Table:
+    return f"CloudMoments of {len(moments)} points", [], []
+
+
 def _measurement(measured: Any) -> Table:
     rows = (
         [str(p["photo"]), str(p["points"]), str(p["worst_point"]), _number(p["rms"])]
@@ -224,6 +234,8 @@ def install() -> None:
     shown: List[Tuple[Any, Callable[[Any], Table]]] = [
         (_core.PointList, _points),
         (_core.PointCloud, _cloud),
+        (_core.CloudPlane, _cloud_plane),
+        (_core.CloudMoments, _moments),
         (_core.Project, _project),
         (_core.Photo, _photo),
         (_core.Camera, _camera),

@@ -7,7 +7,7 @@
 
 #include "tests/adjust/fit_support.h"
 #include "tests/support/trials.h"
-#include "zu/adjust/cloud_plane.h"
+#include "zu/adjust/cloud_moments.h"
 
 namespace {
 
@@ -63,6 +63,79 @@ TEST(FitPlane, EqualsTheSingularValueDecomposition) {
     ASSERT_NEAR(std::sqrt(cloud.adCov[15]) / fit.adSd[3], 1.0, 0.05) << k;
     ASSERT_NEAR(cloud.dHigh - cloud.dLow, fit.fit.dFlatness, 1e-6 * fit.fit.dFlatness) << k;
   }
+}
+
+// Whatever the order and the parts, and however far from the origin: the same bits, and the digits
+// of a wall of a kilometre that is flat to a micrometre.
+TEST(CloudMoments, AreTheSameInAnyOrderAndParts) {
+  FitPoints random(11);
+  for (int k = 0; k < 40; ++k) {
+    const auto wall = random.Wall(200 + k, 1000.0, 300.0, 1e-6, k % 2 == 0 ? 0.0 : 5.4e6);
+    std::vector<ZuScanPoint3d> points;
+    for (const auto& p : wall) points.emplace_back(p.adX[0], p.adX[1], p.adX[2], 0);
+    const ZuCloudPlane all = ZuFitCloudPlane({&points});
+    ASSERT_EQ(all.eStatus, ZuAdjustStatus::Good);
+    long double dSquares = 0.0L;
+    for (const ZuScanPoint3d& p : points) {
+      const long double d = (static_cast<long double>(p.x) - all.adCentre[0]) * all.plane.A() +
+                            (static_cast<long double>(p.y) - all.adCentre[1]) * all.plane.B() +
+                            (static_cast<long double>(p.z) - all.adCentre[2]) * all.plane.C();
+      dSquares += d * d;
+    }
+    ASSERT_NEAR(all.dRms / std::sqrt(static_cast<double>(dSquares) / all.uPoints), 1.0, 1e-12);
+
+    std::vector<ZuScanPoint3d> turned(points.rbegin(), points.rend());
+    std::vector<ZuCloudMoments> parts(1 + static_cast<size_t>(k % 7));
+    for (size_t u = 0; u < turned.size(); ++u) parts[u * u % parts.size()].Add(&turned[u], 1);
+    ZuCloudMoments joined;
+    for (const ZuCloudMoments& part : parts) {
+      ZuCloudMoments arrived;
+      ASSERT_TRUE(arrived.Load(part.Save()));
+      joined.Add(arrived);
+    }
+    const ZuCloudPlane plane = joined.Plane();
+    ASSERT_EQ(plane.uPoints, points.size());
+    ASSERT_EQ(plane.plane.D(), all.plane.D());
+    ASSERT_EQ(plane.dRms, all.dRms);
+    for (int i = 0; i < 3; ++i) ASSERT_EQ(plane.adCentre[i], all.adCentre[i]);
+    for (int i = 0; i < 16; ++i) ASSERT_EQ(plane.adCov[i], all.adCov[i]);
+  }
+}
+
+TEST(CloudMoments, LoseNothingBetweenLargeAndSmall) {
+  const double aadRows[][3] = {{1e140, 5e-324, 1.0},    {3.0, 5e-324, 0x1p-53},
+                               {-1e140, 0.0, 0x1p-105}, {1e-9, -5e-324, -1.0},
+                               {-0.0, 0.0, -0.0},       {0.0, 0.0, 0.0}};
+  ZuCloudMoments moments;
+  moments.AddRows(aadRows[0], 6);
+  double adCentre[3] = {};
+  ASSERT_TRUE(moments.Centre(adCentre));
+  EXPECT_EQ(adCentre[0], (3.0 + 1e-9) / 6.0);
+  EXPECT_EQ(6.0 * adCentre[2], 0x1p-53 + 0x1p-105);
+  double adLow[3], adHigh[3];
+  ASSERT_TRUE(moments.Box(adLow, adHigh));
+  EXPECT_EQ(adLow[0], -1e140);
+  EXPECT_EQ(adHigh[2], 1.0);
+  // Halves go to the even one, and a bit far behind decides.
+  const double aadTies[][3] = {
+      {1.0, 1.0, -1.0}, {0x1p-53, 0x1p-53, -0x1p-53}, {0.0, 0x1p-300, 0.0}, {0, 0, 0}};
+  ZuCloudMoments ties;
+  ties.AddRows(aadTies[0], 4);
+  ASSERT_TRUE(ties.Centre(adCentre));
+  EXPECT_EQ(4.0 * adCentre[0], 1.0);
+  EXPECT_EQ(4.0 * adCentre[1], 1.0 + 0x1p-52);
+  EXPECT_EQ(4.0 * adCentre[2], -1.0);
+
+  std::string bytes = moments.Save();
+  for (const size_t uSize : {size_t{0}, bytes.size() - 1, bytes.size() + 8}) {
+    EXPECT_FALSE(moments.Load(std::string(uSize, '\0')));
+  }
+  bytes[61] = '\x7f';  // a chunk above 32 bits
+  EXPECT_FALSE(moments.Load(bytes));
+  EXPECT_EQ(moments.Count(), 6u);
+  const double adBad[] = {1.0, NAN, 2.0};
+  ties.AddRows(adBad, 1);
+  EXPECT_EQ(ties.Plane().eStatus, ZuAdjustStatus::NotFinite);
 }
 
 // A wall scanned at a distance of 1 mm, neighbours first, as a scanner gives it.
