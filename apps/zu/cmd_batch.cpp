@@ -45,8 +45,8 @@ std::string ReasonIn(const fs::path& path) {
   std::string strReason;
   std::istringstream text(ContentOf(path));
   for (std::string strLine; std::getline(text, strLine);) {
-    const bool bStart = strLine.compare(0, 3, "zu ") == 0 &&
-                        strLine.find(": ") != std::string::npos;
+    const bool bStart =
+        strLine.compare(0, 3, "zu ") == 0 && strLine.find(": ") != std::string::npos;
     strReason = bStart || strReason.empty() ? strLine : strReason + "; " + strLine;
   }
   return strReason;

@@ -264,7 +264,8 @@ const std::vector<Command>& Commands() {
        DefineLogReplay},
       {"batch", "run many command lines, several at a time",
        "  zu batch samples/batch/checks.txt --jobs 2 --results checks\n"
-       "checks every project of a folder, keeps what each check prints in checks, goes on where one\n"
+       "checks every project of a folder, keeps what each check prints in checks, goes on where "
+       "one\n"
        "fails, and tells at the end which did; typed again it runs only what is not done yet.",
        DefineBatch},
       {"examples", "copy small data to try a command on, and print what to type",
