@@ -27,7 +27,7 @@ struct CloudOptions {
 void AddCloudInput(Options& options, CloudOptions* pCloudOptions);
 void AddCloudOutput(Options& options, CloudOptions* pCloudOptions);
 
-// Adds the clouds of a binary, PTS, PLY, LAS or coordinate file, or of a pipe that gives one;
+// Adds the clouds of a binary, PTS, PLY, LAS, E57 or coordinate file, or of a pipe that gives one;
 // clouds without a name are named after the file. Gives the scale of their intensities, none where
 // the file does not tell. What a reader assumed, dropped or limited becomes a warning.
 //
@@ -42,9 +42,9 @@ bool IsCloudFile(const InputFile& file, const CloudOptions& options);
 // Throws CommandError (usage) unless the name has an ending by which clouds are written.
 void CheckCloudEnding(const std::string& strPath);
 
-// Writes all clouds as the ending says: .zpc binary, .pts, .ply, .las, .xyz lines of x y z, .csv,
-// and .coo or .txt a coordinate file of id, x, y, z. What the format does not keep is told in a
-// warning. Throws CommandError (cannot write).
+// Writes all clouds as the ending says: .zpc binary, .pts, .ply, .las, .e57, .xyz lines of x y z,
+// .csv, and .coo or .txt a coordinate file of id, x, y, z. What the format does not keep is told in
+// a warning. Throws CommandError (cannot write).
 void WriteClouds(ZuPointCloudContainer* pClouds, const std::string& strPath,
                  const CloudOptions& options, eZuIntensityScale eIntensity, Context& context);
 

@@ -6,13 +6,14 @@
 #include "point_input.h"
 #include "progress_line.h"
 #include "reading.h"
+#include "zu/exchange/e57_file.h"
 #include "zu/foundation/file_name.h"
 
 namespace cli {
 namespace {
 
 const char* const kNeeded =
-    "a binary cloud file (.zpc), PTS, PLY, LAS, lines of x y z, or a coordinate file with "
+    "a binary cloud file (.zpc), PTS, PLY, LAS, E57, lines of x y z, or a coordinate file with "
     "--columns";
 
 ZuCloudFileOptions FileOptions(const InputFile& file, const CloudOptions& options) {
@@ -42,6 +43,23 @@ void CheckCloudFaults(const ZuCloudFileReading& reading, const InputFile& file) 
   CheckTableFaults(reading.m_Findings, file);
 }
 
+// By the reader of the kind; that of E57 files stands beside the others.
+ZuCloudFileReading ReadCloudFile(const InputFile& file, const CloudOptions& options,
+                                 const Context& context, ZuPointCloudContainer* pClouds) {
+  const char* const szPath = file.Path().c_str();
+  const ZuCloudFileOptions fileOptions = FileOptions(file, options);
+  std::string strWhy;
+  if (ZuFindCloudFileKind(szPath, fileOptions, &strWhy) != eZuCloudFileE57) {
+    return ZuReadClouds(szPath, *pClouds, fileOptions, ReadMode(context));
+  }
+  ZuE57Reading e57 = ZuReadE57(szPath, *pClouds);
+  ZuCloudFileReading reading;
+  reading.m_eKind = eZuCloudFileE57;
+  reading.m_eIntensity = e57.m_eIntensity;
+  reading.m_Findings = std::move(e57.m_Findings);
+  return reading;
+}
+
 void NameClouds(ZuPointCloud* p, const std::string& strPath) {
   for (; p != nullptr; p = p->Next()) {
     if (p->GetName().empty()) p->SetName(ZuGetFilenameNoExt(strPath.c_str()));
@@ -61,8 +79,7 @@ eZuIntensityScale ReadClouds(const std::string& strPath, const CloudOptions& opt
   const LibraryProgress progress(context.IsQuiet());
   const InputFile file(strPath, "a cloud file");
   const ZuPointCloud* const pLast = pClouds->GetClouds().Last();
-  const ZuCloudFileReading reading =
-      ZuReadClouds(file.Path().c_str(), *pClouds, FileOptions(file, options), ReadMode(context));
+  const ZuCloudFileReading reading = ReadCloudFile(file, options, context, pClouds);
   CheckCloudFaults(reading, file);
   const bool bTable = reading.m_eKind == eZuCloudFileCoordinates;
   TellFindings(reading.m_Findings, file.Name(), options.bPartial && !bTable,

@@ -11,6 +11,7 @@
 #include "zu/cloud/las_file.h"
 #include "zu/cloud/ply_file.h"
 #include "zu/cloud/pts_file.h"
+#include "zu/exchange/e57_file.h"
 
 namespace cli {
 namespace {
@@ -124,6 +125,15 @@ bool WriteLasFile(const Job& job) {
   return las.m_bGood;
 }
 
+bool WriteE57File(const Job& job) {
+  const ZuE57Writing e57 =
+      ZuWriteE57(job.Path(), *job.pClouds, {job.options.dResolution, job.eIntensity, {}});
+  if (!e57.m_strFault.empty()) {
+    throw CommandError(kUsage, job.pOutput->Path() + ": " + e57.m_strFault);
+  }
+  return e57.m_bGood;
+}
+
 constexpr struct Format {
   const char* szEnding;
   int iKept;
@@ -133,6 +143,7 @@ constexpr struct Format {
     {".ply", eColors | eIntensities | eNormals, WritePlyFile},
     {".pts", eColors | eIntensities, WritePtsFile},
     {".las", eColors | eIntensities, WriteLasFile},
+    {".e57", eColors | eIntensities | eNormals, WriteE57File},
     {".xyz", 0, WriteXyz},
     {".csv", 0, [](const Job& job) { return WriteCsv(*job.pClouds, job.pOutput); }},
     {".coo", 0, [](const Job& job) { return WriteCoordinates(*job.pClouds, job.pOutput); }},
@@ -144,10 +155,10 @@ const Format& FormatOf(const std::string& strPath) {
   for (const Format& format : kFormats) {
     if (strEnding == format.szEnding) return format;
   }
-  throw CommandError(kUsage,
-                     "OUT: \"" + strPath +
-                         "\" does not end in .zpc, .pts, .ply, .las, .xyz, .csv, .coo or .txt, "
-                         "which tells the format");
+  throw CommandError(
+      kUsage, "OUT: \"" + strPath +
+                  "\" does not end in .zpc, .pts, .ply, .las, .e57, .xyz, .csv, .coo or .txt, "
+                  "which tells the format");
 }
 
 void WarnOfLosses(int iLost, const std::string& strPath, Context& context) {
@@ -174,9 +185,9 @@ eZuIntensityScale ScaleOf(const std::string& strOption, eZuIntensityScale eRead)
 }  // namespace
 
 void AddCloudOutput(Options& options, CloudOptions* p) {
-  options.Option(
-      "--resolution", "R", &p->dResolution,
-      "step of the coordinates of a LAS file (default: holds all digits, or the finest)");
+  options.Option("--resolution", "R", &p->dResolution,
+                 "step of the coordinates of a LAS or E57 file (default: holds all digits; LAS, "
+                 "which cannot: the finest)");
   options.Above(0);
   options.Choice("--las", {"auto", "1.2", "1.4"}, &p->strLas, "version of a LAS file");
   options.Choice("--ply", {"ascii", "binary", "binary-big", "library"}, &p->strPly,

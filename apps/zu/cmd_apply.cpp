@@ -40,7 +40,7 @@ bool EndsIn(const std::string& strPath, std::initializer_list<const char*> endin
 
 // By content; rows of x y z are a cloud where the names say so. A pipe is what OUT says.
 InputKind KindOf(const Values& values) {
-  const bool bCloudOut = EndsIn(values.strOut, {".zpc", ".ply", ".las", ".pts"});
+  const bool bCloudOut = EndsIn(values.strOut, {".zpc", ".ply", ".las", ".e57", ".pts"});
   std::error_code error;
   if (!std::filesystem::is_regular_file(values.strIn, error)) {
     return bCloudOut ? eCloud : EndsIn(values.strOut, {".prj", ".json"}) ? eProject : ePoints;
@@ -55,6 +55,7 @@ InputKind KindOf(const Values& values) {
     case eZuvoFileCloud:
     case eZuvoFilePly:
     case eZuvoFileLas:
+    case eZuvoFileE57:
       return eCloud;
     case eZuvoFileCamera:
     case eZuvoFileSimpleCamera:

@@ -12,6 +12,7 @@
 #include "zu/cloud/ply_file.h"
 #include "zu/cloud/point_cloud_container.h"
 #include "zu/cloud/pts_file.h"
+#include "zu/exchange/e57_file.h"
 #include "zu/exchange/project_json.h"
 #include "zu/exchange/transformation.h"
 #include "zu/photo/detect_files.h"
@@ -39,6 +40,8 @@ void CheckCloud(const char* szPath, ZuFindingList* pFindings) {
     findings = ZuReadPts(szPath, clouds, eZuReadTolerant).m_Findings;
   } else if (eKind == eZuvoFileLas) {
     findings = ZuReadLas(szPath, clouds).m_Findings;
+  } else if (eKind == eZuvoFileE57) {
+    findings = ZuReadE57(szPath, clouds).m_Findings;
   } else if (eKind == eZuvoFileCloud) {
     clouds.Read(szPath);
     findings = clouds.GetFindings();

@@ -188,9 +188,9 @@ ExitCode RunNormals(const Values& values, Context& context) {
 
 std::shared_ptr<Values> InAndOut(Options& options) {
   auto pValues = std::make_shared<Values>();
-  options.Positional("IN", &pValues->strIn, "binary, PTS, PLY, LAS or coordinate file");
+  options.Positional("IN", &pValues->strIn, "binary, PTS, PLY, LAS, E57 or coordinate file");
   options.PositionalOutput("OUT", &pValues->strOut,
-                           "new file: .zpc, .ply, .las, .pts, .xyz, .csv, .coo or .txt");
+                           "new file: .zpc, .ply, .las, .e57, .pts, .xyz, .csv, .coo or .txt");
   AddCloudInput(options, &pValues->cloud);
   AddCloudOutput(options, &pValues->cloud);
   return pValues;
@@ -222,7 +222,7 @@ Runner DefineCloudInfo(Options& options) {
   pValues->cloud.strPly = "auto";
   options.Choice("--ply", {"auto", "library"}, &pValues->cloud.strPly,
                  "library takes nine columns of a PLY file by their places");
-  options.Positionals("FILE", &pValues->files, "binary, PTS, PLY, LAS or coordinate files");
+  options.Positionals("FILE", &pValues->files, "binary, PTS, PLY, LAS, E57 or coordinate files");
   return [pValues](Context& context) { return RunInfo(*pValues, context); };
 }
 

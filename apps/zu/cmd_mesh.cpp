@@ -50,7 +50,7 @@ class MeshInput {
  public:
   MeshInput(const MeshValues& values, Context& context) : m_values(values) {
     const std::string strEnding = MeshEnding(values.strFile);
-    for (const char* szCloud : {".zpc", ".pts", ".ply", ".las", ".xyz"}) {
+    for (const char* szCloud : {".zpc", ".pts", ".ply", ".las", ".e57", ".xyz"}) {
       m_bCloud = m_bCloud || strEnding == szCloud;
     }
     if (!m_bCloud) {
@@ -345,7 +345,7 @@ Runner DefineMesh(Options& options) {
   auto pValues = std::make_shared<MeshValues>();
   options.Positional(
       "FILE", &pValues->strFile,
-      "coordinate file, or a cloud where its name ends in .zpc, .pts, .ply, .las or .xyz");
+      "coordinate file, or a cloud where its name ends in .zpc, .pts, .ply, .las, .e57 or .xyz");
   options.Option("--plane", "PLANE", &pValues->strPlane,
                  "plane under the mesh: xy, xz or yz, xy:12.5 at that height, fit to the points, "
                  "or P,Q,R: origin P, x axis to Q, R at a positive y");

@@ -217,7 +217,7 @@ ExitCode Run(const Values& values, Context& context) {
 Runner DefinePlane(Options& options) {
   auto pValues = std::make_shared<Values>();
   options.Positional("POINTS", &pValues->strPoints,
-                     "coordinate file, or a cloud (.zpc, .ply, .las, .pts, .xyz)");
+                     "coordinate file, or a cloud (.zpc, .ply, .las, .e57, .pts, .xyz)");
   options.Flag("--axis", &pValues->bAxis,
                "residuals along the axis closest to the normal, as the library's fit has them");
   options.Flag("--force", &pValues->bForce, "with --axis: take points that are close to a line");

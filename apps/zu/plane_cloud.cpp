@@ -72,7 +72,9 @@ eZuCloudFile KindOfCloud(const PlaneValues& values) {
 
 bool IsPlaneCloud(const PlaneValues& values) {
   const std::string strEnding = ZuGetFileEnding(values.strPoints);
-  if (strEnding == ".zpc" || strEnding == ".ply" || strEnding == ".las") return true;
+  if (strEnding == ".zpc" || strEnding == ".ply" || strEnding == ".las" || strEnding == ".e57") {
+    return true;
+  }
   std::error_code error;
   if (!std::filesystem::is_regular_file(values.strPoints, error)) return false;
   switch (KindOfCloud(values)) {

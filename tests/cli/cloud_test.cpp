@@ -68,7 +68,8 @@ TEST(Cloud, ConvertKeepsTheNumbers) {
     } ways[] = {{"a.zpc", {}},
                 {"a.ply", {}},
                 {"a.ply", {"--ply", "binary"}},
-                {"a.ply", {"--ply", "binary-big"}}};
+                {"a.ply", {"--ply", "binary-big"}},
+                {"a.e57", {}}};
     for (const auto& way : ways) {
       const std::string strThrough = folder.Path(way.szName);
       Converted(strPts, strThrough, way.options);
@@ -184,6 +185,9 @@ TEST(Cloud, NothingWrongPasses) {
        {"zu cloud transform s.las t.las --translate 1,2,3", 0, "resolution 0.000001 0.000001", ""},
        {"printf '\\200' | dd of=s.las bs=1 seek=104 conv=notrunc status=none; zu cloud info s.las",
         3, "", "s.las: is packed as LAZ; the LAS file of `laszip"},
+       {"zu cloud convert s.zpc s.e57 && zu check s.e57 && zu plane s.e57", 0, "8 points", ""},
+       {"printf '?' | dd of=s.e57 bs=1 seek=600 conv=notrunc status=none; zu cloud info s.e57", 3,
+        "", "page 1 does not match its checksum"},
        {"zu cloud info gsi", 0, "1 point", ""},
        {"zu cloud info <(printf '1 2 3 4\n5 6 7 8\n')", 3, "", "--columns"},
        {"printf '1 2 3\n4 5,5 6\n' > c.pts; zu cloud info c.pts", 3, "",

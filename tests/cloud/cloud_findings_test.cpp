@@ -35,6 +35,7 @@ TEST(CloudFindings, KindsAreToldByContent) {
                {"1;2.5;3;4\n", eZuCloudFileCoordinates, ""},
                {"101 2 3 4\n102 6 7 8\n", eZuCloudFileEither, ""},
                {"LASF\x01\x02", eZuCloudFileLas, ""},
+               {"ASTM-E57", eZuCloudFileE57, ""},
                {"//X Y Z\n1 2 3\n", eZuCloudFileNone, "column names"},
                {"*110001+0000000000000012 81..00+0000000000001234\n", eZuCloudFileNone, "GSI"},
                {"root:x:0:0:root:/root:/bin/bash\n", eZuCloudFileNone, "text: \"root:x"},

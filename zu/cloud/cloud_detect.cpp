@@ -20,8 +20,7 @@ constexpr std::size_t kFields = 8;  // of a line that are looked at
 constexpr struct {
   std::string_view start;
   const char* szName;
-} kOthers[] = {{"ASTM-E57"sv, "an E57 file"},
-               {"# .PCD"sv, "a PCD file"},
+} kOthers[] = {{"# .PCD"sv, "a PCD file"},
                {"PK\x03\x04"sv, "a ZIP archive"},
                {"\x1F\x8B"sv, "a file packed by gzip"},
                {"\x89PNG"sv, "an image"},
@@ -144,6 +143,7 @@ eZuCloudFile ZuDetectCloudFile(const char* pHead, std::size_t uSize, std::string
   if (head.starts_with(kBinaryMagic)) return eZuCloudFileBinary;
   if (head.starts_with("ply\n"sv) || head.starts_with("ply\r"sv)) return eZuCloudFilePly;
   if (head.starts_with("LASF"sv)) return eZuCloudFileLas;
+  if (head.starts_with("ASTM-E57"sv)) return eZuCloudFileE57;
   if (head.starts_with("\xEF\xBB\xBF"sv)) head.remove_prefix(3);
   for (const auto& other : kOthers) {
     if (head.starts_with(other.start)) return None(pstrLooksLike, other.szName);

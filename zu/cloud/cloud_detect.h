@@ -13,7 +13,8 @@ enum eZuCloudFile : int {
   eZuCloudFilePts,          // by ZuReadPts: x y z first, or a count
   eZuCloudFileCoordinates,  // id or name first, then x y z; or columns between commas
   eZuCloudFileEither,       // whole numbers that may be ids or x coordinates
-  eZuCloudFileLas           // by ZuReadLas, which refuses LAZ
+  eZuCloudFileLas,          // by ZuReadLas, which refuses LAZ
+  eZuCloudFileE57           // by ZuReadE57 of zu::exchange
 };
 
 // Looks at the first bytes of a file, some thousand of them, or all it has. The text, which may be

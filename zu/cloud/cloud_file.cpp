@@ -36,7 +36,8 @@ eZuCloudFile KindOf(const char* szPath, const std::string& strHead,
                     const ZuCloudFileOptions& options, std::string* pstrWhy) {
   std::string strLooksLike;
   const eZuCloudFile eKind = ZuDetectCloudFile(strHead.data(), strHead.size(), &strLooksLike);
-  if (eKind == eZuCloudFileBinary || eKind == eZuCloudFilePly || eKind == eZuCloudFileLas) {
+  if (eKind == eZuCloudFileBinary || eKind == eZuCloudFilePly || eKind == eZuCloudFileLas ||
+      eKind == eZuCloudFileE57) {
     return eKind;
   }
   const bool bTold = !options.m_Table.m_aColumns.empty();
@@ -60,6 +61,7 @@ eZuCloudFile KindOf(const char* szPath, const std::string& strHead,
   if (strEnding == ".zpc") return refuse("does not start as a binary cloud file");
   if (strEnding == ".ply") return refuse("does not start with \"ply\"");
   if (strEnding == ".las") return refuse("does not start with \"LASF\"");
+  if (strEnding == ".e57") return refuse("does not start with \"ASTM-E57\"");
   if (bTold) return eZuCloudFileCoordinates;
   if (strEnding == ".pts" || strEnding == ".xyz") return eZuCloudFilePts;
   if (strEnding == ".csv" || strEnding == ".coo") return eZuCloudFileCoordinates;
@@ -136,6 +138,10 @@ void ReadKind(const char* szPath, const std::string& strHead, ZuPointCloudContai
       break;
     case eZuCloudFileLas:
       take(ZuReadLas(szPath, clouds));
+      break;
+    case eZuCloudFileE57:
+      pReading->m_Findings.Add(eZuReadFault, 0, 0, "is an E57 file",
+                               "ZuReadE57 of the component exchange");
       break;
     case eZuCloudFilePts:
       take(ZuReadPts(szPath, clouds, eMode));

@@ -40,6 +40,8 @@ struct ZuCloudFileReading {
 // findings hold a fault where the kind is None or Either, or there is no point in a whole
 // file (a binary one without points, but with a cloud, has what it needs).
 //
+// An E57 file is a fault here: ZuReadE57 of zu::exchange reads it.
+//
 // A table gives one cloud of the points in its order, with what its titles tell: R, G, B or Red,
 // Green, Blue (0 to 255, or 0 to 1 where none is above), Intensity or Reflectance on the scales of
 // ZuReadPts, and nx, ny, nz of the normals. Ids and names are passed over.

@@ -184,6 +184,7 @@ eZuvoFile DetectHead(const std::string& head) {
     return eZuvoFilePly;
   }
   if (head.compare(0, 4, "LASF") == 0) return eZuvoFileLas;
+  if (head.compare(0, 8, "ASTM-E57") == 0) return eZuvoFileE57;
   if (IsGsi(head)) return eZuvoFileGsi;
   const eZuvoFile eBlocks = DetectBlocks(head);
   return eBlocks != eZuvoFileUnknown ? eBlocks : DetectRows(head);
@@ -198,18 +199,10 @@ eZuvoFile Detect(const char* szPath) {
 }  // namespace
 
 const char* GetZuvoFileText(eZuvoFile eType) {
-  static const char* const texts[] = {"unknown file",
-                                      "coordinate file",
-                                      "GSI file",
-                                      "project file",
-                                      "camera file",
-                                      "simple camera file",
-                                      "binary point cloud",
-                                      "PTS file",
-                                      "PLY file",
-                                      "reseau file",
-                                      "digital camera file",
-                                      "LAS file"};
+  static const char* const texts[] = {
+      "unknown file",        "coordinate file",    "GSI file", "project file", "camera file",
+      "simple camera file",  "binary point cloud", "PTS file", "PLY file",     "reseau file",
+      "digital camera file", "LAS file",           "E57 file"};
   const int i = eType;
   return i >= 0 && i < static_cast<int>(sizeof texts / sizeof texts[0]) ? texts[i] : texts[0];
 }

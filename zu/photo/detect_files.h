@@ -18,7 +18,8 @@ enum eZuvoFile : int {
   eZuvoFilePly = 8,             // PLY, text or binary
   eZuvoFileReseau = 9,          // a string, then two blocks
   eZuvoFileDigitalCamera = 10,  // blocks that start with a string
-  eZuvoFileLas = 11             // point cloud of LAS or LAZ
+  eZuvoFileLas = 11,            // point cloud of LAS or LAZ
+  eZuvoFileE57 = 12             // point clouds of E57
 };
 
 // "coordinate file", "project file", ...; "unknown file" for other values.
