@@ -51,6 +51,20 @@ TEST(ProjectItems, TellTheFileInItsOrder) {
              project.FindMeasurements(1)->First()->m_dY);
 }
 
+// A word that is none ends its record, also on the line of an unknown block: what is read as good
+// is good when it was written.
+TEST(ProjectItems, TellAWordThatIsNoneBesideAnUnknownBlock) {
+  for (const char* szWord : {"1(0A",
+                             "\xFF"
+                             "0A 1",
+                             "FUTURE 3D"}) {
+    std::istringstream stream(std::string("PHOTO { PHOTOID 1 \"x\" NEW { 1 } ") + szWord + " }");
+    ZuProject project;
+    EXPECT_FALSE(project.Read(stream)) << szWord;
+    ASSERT_EQ(project.GetFindings().GetErrorCount(), 1) << szWord;
+  }
+}
+
 // Each known top-level record that is read is the one of its own block, also beside damaged ones.
 TEST(ProjectItems, KeepTheirRecordsBesideDamage) {
   std::istringstream stream(

@@ -53,6 +53,7 @@ void KeywordWalk::Next(bool bTell) {
   const eZuParserStatus eFault = m_parser.ReadToken(m_stream);
   const ZuParserToken& token = m_parser.GetToken();
   m_eType = token.m_eType;
+  m_bFaulty = eFault == ParserErrorInvalidNumber;
   m_text = token.m_szText;
   if (m_eType != eZuTokenString) m_text = m_text.substr(0, m_text.find('}', 1));
   m_place = {m_parser.GetStatus().m_uLine, m_eType == eZuTokenEof ? 0 : m_parser.Column()};
@@ -215,11 +216,15 @@ void KeywordWalk::UnknownItem(ZuKeywordBlock* pBlock) {
   word.m_strAfter = m_szLast;
   GiveAbove({}, &word.m_comments);
   const size_t uBegin = LineStart() + m_parser.Begin();
+  TellFaultyWord();
+  const bool bTold = m_bFaulty;
   Next();
   const bool bLost = pMeant != nullptr && pMeant->bVital && m_eType == eZuTokenBlockOpen;
-  Add(bLost ? eZuSeverityError : eZuSeverityWarning, {word.m_uLine, word.m_uColumn},
-      word.m_strWritten.c_str(), "unknown keyword " + word.m_strWritten + " skipped",
-      word.m_strMeant);
+  if (!bTold) {
+    Add(bLost ? eZuSeverityError : eZuSeverityWarning, {word.m_uLine, word.m_uColumn},
+        word.m_strWritten.c_str(), "unknown keyword " + word.m_strWritten + " skipped",
+        word.m_strMeant);
+  }
   SkipUnknownValue();
   word.m_strText = m_whole.substr(uBegin, m_uEnd - uBegin);
   // What stands inside is part of the text.
@@ -233,7 +238,16 @@ void KeywordWalk::SkipUnknownValue() {
   if (m_eType == eZuTokenBlockOpen) {
     SkipBlock();
   } else if (!IsEnd()) {
+    TellFaultyWord();
     Next();
+  }
+}
+
+// The records end at such a word. Told here, since an unknown block on its line hides what the
+// reader of the records tells, by lines alone.
+void KeywordWalk::TellFaultyWord() {
+  if (m_bFaulty) {
+    Error(m_place, "", ZuQuoted(m_text) + " stands here", "a keyword, a number or a \"text\"");
   }
 }
 

@@ -50,6 +50,7 @@ class KeywordWalk {
   void UnnamedItem(ZuKeywordBlock* pBlock);
   void UnknownItem(ZuKeywordBlock* pBlock);
   void SkipUnknownValue();
+  void TellFaultyWord();
   void Stray();
   void SkipBlock();
   void SkipToBlockEnd();
@@ -108,6 +109,7 @@ class KeywordWalk {
   unsigned m_uNumber = 1;                 // of those of its name in it
   std::vector<Comment> m_comments;
   eZuTokentype m_eType = eZuTokenEof;
+  bool m_bFaulty = false;  // the token in hand: a word with letters that begins with none
   std::string_view m_text;
   Place m_place = {0, 0};
   size_t m_uEnd = 0;  // offset behind the last token that was left
