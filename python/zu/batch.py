@@ -45,6 +45,7 @@ __all__ = ["BatchError", "Job", "Results", "map"]
 T = TypeVar("T")
 PathLike = Union[str, "os.PathLike[str]"]
 
+_UNFINISHED = ".zu-"  # begins the name of a file that is being written
 _WAITING_EACH = 4  # jobs handed to each worker ahead of those that are done
 
 
@@ -183,7 +184,7 @@ class _Whole:
         self._temp = ""
 
     def __enter__(self) -> str:
-        handle, self._temp = tempfile.mkstemp(self._path.suffix, ".zu-", self._path.parent)
+        handle, self._temp = tempfile.mkstemp(self._path.suffix, f"{_UNFINISHED}{self._path.name}-", self._path.parent)
         os.close(handle)
         return self._temp
 
@@ -195,6 +196,15 @@ class _Whole:
             os.replace(self._temp, self._path)
         elif os.path.exists(self._temp):
             os.remove(self._temp)
+
+
+def _sweep(jobs: Iterable[Job[Any]]) -> None:
+    """Removes what workers that died were writing."""
+    results = {job.result for job in jobs if job.result is not None}
+    for folder in {result.parent for result in results}:
+        for path in folder.glob(_UNFINISHED + "*"):
+            if folder / path.name[len(_UNFINISHED) :].rpartition("-")[0] in results:
+                path.unlink(missing_ok=True)
 
 
 def _result_path(pattern: str, file: str) -> Path:
@@ -416,15 +426,18 @@ def map(
             waiting.append(job)
     run = _Run(function, writes, arguments, end)
     count = jobs or len(os.sched_getaffinity(0))
-    if executor is not None:
-        # Dask balances the load itself, and needs to see more than a few jobs.
-        lost = run.run(_adapted(executor), waiting, max(len(waiting), 1))
-        for job in [*lost, *waiting]:
-            run.fail(job, RuntimeError("the executor broke: a worker of it died"))
-    elif jobs == 1 or len(waiting) < 2:
-        run.run(_Here(), waiting, 1)
-    else:
-        run.run_in_processes(waiting, min(count, len(waiting)))
+    try:
+        if executor is not None:
+            # Dask balances the load itself, and needs to see more than a few jobs.
+            lost = run.run(_adapted(executor), waiting, max(len(waiting), 1))
+            for job in [*lost, *waiting]:
+                run.fail(job, RuntimeError("the executor broke: a worker of it died"))
+        elif jobs == 1 or len(waiting) < 2:
+            run.run(_Here(), waiting, 1)
+        else:
+            run.run_in_processes(waiting, min(count, len(waiting)))
+    finally:
+        _sweep(all_jobs)
     return Results(all_jobs)
 
 
