@@ -210,6 +210,10 @@ const std::vector<Command>& Commands() {
        "  zu convert samples/chessboard/left.prj -o left.json\n"
        "writes all of the project as JSON; zu convert left.json -o left.prj writes it back.",
        DefineConvert},
+      {"draw", "draw points, lines and polygons as DXF or SVG",
+       "  zu draw samples/constructions/points.coo points.dxf\n"
+       "writes a plan of the points with their names for a CAD program.",
+       DefineDraw},
       {"import", "make a project of the photos of another program",
        "  zu import colmap samples/colmap -o imported.prj\n"
        "makes a project of thirteen photos with their camera, orientations and 702 measurements.",

@@ -68,6 +68,7 @@ Runner DefineDetectAruco(Options& options);
 Runner DefineDetectBoard(Options& options);
 Runner DefineDetectTargets(Options& options);
 Runner DefineExamples(Options& options);
+Runner DefineDraw(Options& options);
 Runner DefineExport(Options& options);
 Runner DefineGeo(Options& options);
 Runner DefineImport(Options& options);
