@@ -96,8 +96,10 @@ void MergeByConsensus(const Values& values, Context& context, Lists* pLists, ZuT
   const std::string strHave =
       Files(values) + " have " + Counted(pLists->iCommon, "point") + " in common";
   if (pLists->iCommon < values.iMinPoints) {
-    throw CommandError(kUndetermined,
-                       strHave + ", " + std::to_string(values.iMinPoints) + " are needed");
+    throw CommandError(kUndetermined, strHave + ", " + std::to_string(values.iMinPoints) +
+                                          " are needed" +
+                                          OwnPoints(NameInMessages(values.strA), pLists->listA,
+                                                    NameInMessages(values.strB), pLists->listB));
   }
   ZuMergeOptions options;
   options.dTolerance = values.dTolerance;

@@ -26,9 +26,12 @@ const ZuZuspTrafo& FindRectification(const ZuPhoto& photo, const Values& values)
   for (const ZuZuspTrafo* p = photo.FirstZuspTrafo(); p != nullptr; p = p->Next()) {
     strIds += (strIds.empty() ? "" : ", ") + std::to_string(p->GetId());
   }
-  throw CommandError(kBadInput, values.strProject + ": photo " + std::to_string(values.uPhoto) +
-                                    " has no rectification " + std::to_string(values.uZusp) +
-                                    (strIds.empty() ? ", nor any other" : "; it has " + strIds));
+  throw CommandError(
+      kBadInput,
+      values.strProject + ": photo " + std::to_string(values.uPhoto) + " has no rectification " +
+          std::to_string(values.uZusp) +
+          (strIds.empty() ? ", nor any other; --image with --plane or --control needs none"
+                          : "; it has " + strIds));
 }
 
 void CheckInvertible(const ZuZuspTrafo& trafo, const Values& values) {

@@ -118,8 +118,11 @@ ZuTrafo2dFit Estimate(const Values& values, const Kind& kind, const Lists& lists
   const int iCommon = lists.commonSource.Count();
   const std::string strPoints = Counted(iCommon, "point") + " in common";
   if (iCommon < kind.iMinPoints) {
-    throw CommandError(kUndetermined, Files(values) + " have " + strPoints + ", " + kind.szName +
-                                          " needs " + std::to_string(kind.iMinPoints));
+    throw CommandError(kUndetermined,
+                       Files(values) + " have " + strPoints + ", " + kind.szName + " needs " +
+                           std::to_string(kind.iMinPoints) +
+                           OwnPoints(NameInMessages(values.strSource), lists.source,
+                                     NameInMessages(values.strControl), lists.control));
   }
   if (kind.iMinPoints == 2) {
     CheckMirrored(Files(values), NameInMessages(values.strSource), HelmertRms, lists.commonSource,

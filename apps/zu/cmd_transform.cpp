@@ -65,7 +65,9 @@ void Estimate(const Values& values, const Lists& lists, const ZuSortHelper<ZuPoi
   if (!bGood && pTrafo->GetStatus() == eTrafo3DTooFewPoints) {
     throw CommandError(kUndetermined,
                        strFiles + " have " + Counted(pTrafo->GetCommonPoints(), "point") +
-                           " in common, " + std::to_string(values.iMinPoints) + " are needed");
+                           " in common, " + std::to_string(values.iMinPoints) + " are needed" +
+                           OwnPoints(NameInMessages(values.strSource), lists.source,
+                                     NameInMessages(values.strControl), lists.control));
   }
   const std::string strCommon = Counted(lists.commonSource.Count(), "common point");
   if (AreCollinear(lists.commonSource) || AreCollinear(lists.commonControl)) {

@@ -5,6 +5,7 @@
 #include <numbers>
 
 #include "adjust_options.h"
+#include "point_choice.h"
 #include "svg.h"
 #include "text_table.h"
 #include "zu/adjust/fit_primitives.h"
@@ -69,8 +70,8 @@ const ZuPoint& Construction::Find(const std::string& strName) const {
   unsigned uId = 0;
   if (p == nullptr && ZuParseId(strName, &uId)) p = m_points.TZuListHeader<ZuPoint>::Find(uId);
   if (p != nullptr) return *p;
-  throw CommandError(kBadInput,
-                     NameInMessages(m_values.strPoints) + ": no point \"" + strName + "\"");
+  throw CommandError(kBadInput, NameInMessages(m_values.strPoints) + ": no point \"" + strName +
+                                    "\"" + PointHint(strName, {&m_points}));
 }
 
 PointRefs Construction::FindAll(const std::string& strNames, int iCount,

@@ -39,7 +39,8 @@ std::set<unsigned> PhotosOf(const ZuProject& project, const std::string& strIds,
   std::set<unsigned> ids = ParseIds(strIds, strOption);
   for (const unsigned uId : ids) {
     if (all.count(uId) != 0) continue;
-    throw CommandError(kBadInput, strOption + ": the project has no photo " + std::to_string(uId));
+    throw CommandError(kBadInput, strOption + ": the project has no photo " + std::to_string(uId) +
+                                      "; zu project info lists its photos");
   }
   return ids;
 }

@@ -9,14 +9,18 @@
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
+#include <filesystem>
 #include <utility>
 #include <vector>
 
 #include "exit_code.h"
+#include "nearest_word.h"
 #include "output_file.h"
 
 namespace cli {
 namespace {
+
+constexpr size_t kMostNames = 1000;  // of a folder that is looked through for a name like it
 
 class Descriptor {
  public:
@@ -70,6 +74,22 @@ unsigned long long SpoolLimit(int fd) {
   return static_cast<unsigned long long>(disk.f_bavail) * disk.f_frsize / 2;
 }
 
+// A further line, "did you mean points.coo?", where the folder has a file of nearly that name.
+std::string NearestFile(const std::string& strPath) {
+  const std::filesystem::path path(strPath);
+  const std::filesystem::path folder = path.has_parent_path() ? path.parent_path() : ".";
+  std::error_code error;
+  std::vector<std::string> names;
+  for (std::filesystem::directory_iterator i(folder, error), end; !error && i != end;
+       i.increment(error)) {
+    if (names.size() == kMostNames) return "";
+    names.push_back(i->path().filename().string());
+  }
+  const std::string strNearest = NearestWord(path.filename().string(), names);
+  if (strNearest.empty()) return "";
+  return "\ndid you mean " + (path.parent_path() / strNearest).string() + "?";
+}
+
 ssize_t ReadSome(int fd, char* pBuffer, size_t uSize) {
   for (;;) {
     const ssize_t n = read(fd, pBuffer, uSize);
@@ -88,9 +108,12 @@ InputFile::InputFile(const std::string& strPath, const char* szNeeded)
   const bool bStandard = strPath == "-";
   Descriptor input(bStandard ? dup(STDIN_FILENO) : open(strPath.c_str(), O_RDONLY | O_CLOEXEC));
   if (input.Get() < 0) {
-    Fail(errno == ENOENT || errno == ENOTDIR ? "no such file"
-         : errno == ENXIO                    ? "is a socket or device without data"
-                          : std::string("cannot be read (") + std::strerror(errno) + ")");
+    if (errno == ENOENT || errno == ENOTDIR) {
+      throw CommandError(kBadInput, m_strName + ": no such file; " + szNeeded + " is needed" +
+                                        NearestFile(strPath));
+    }
+    Fail(errno == ENXIO ? "is a socket or device without data"
+                        : std::string("cannot be read (") + std::strerror(errno) + ")");
   }
   struct stat status = {};
   if (fstat(input.Get(), &status) != 0) Fail("cannot be read");

@@ -3,6 +3,7 @@
 #include <map>
 
 #include "exit_code.h"
+#include "point_choice.h"
 #include "point_input.h"
 #include "project_input.h"
 #include "zu/foundation/reader.h"
@@ -116,8 +117,8 @@ class Parser {
     if (p != nullptr) return p->GetId();
     unsigned int uId = 0;
     if (ZuParseId(strPoint, &uId) && m_points.Find(uId) != nullptr) return uId;
-    throw CommandError(
-        kBadInput, m_strPoints + ": no point " + strPoint + ", which \"" + strText + "\" names");
+    throw CommandError(kBadInput, m_strPoints + ": no point " + strPoint + ", which \"" + strText +
+                                      "\" names" + PointHint(strPoint, {&m_points}));
   }
 
   void Pair(const std::string& strText, const std::string& strIds, const char* szForm,

@@ -79,7 +79,10 @@ bool FindToldPlane(const std::string& strPlane, const ZuProject& project,
   unsigned uId = 0;
   if (!ZuParseId(strPlane, &uId) && !bWords) return false;
   throw CommandError(kBadInput,
-                     strWhere + ": no plane " + strPlane + ", and no coordinate file of that name");
+                     strWhere + ": no plane " + strPlane +
+                         ", and no coordinate file of that name; id or name of a plane of the "
+                         "project,\nA,B,C,D, three of its points, or a file of points that a "
+                         "plane is fitted to would be right");
 }
 
 }  // namespace cli

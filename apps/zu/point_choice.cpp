@@ -58,6 +58,31 @@ Json AxesJson(const std::array<double, 3>& ad, int iDimensions) {
 
 }  // namespace
 
+std::string PointHint(const std::string& strName, std::initializer_list<const ZuPointList*> lists) {
+  std::vector<std::string> known;
+  for (const ZuPointList* pList : lists) {
+    for (const ZuPoint* p = pList->First(); p != nullptr; p = p->Next()) {
+      known.push_back(PointLabel(*p));
+    }
+  }
+  const std::string strNearest = NearestWord(strName, known);
+  if (!strNearest.empty()) return "; did you mean " + strNearest + "?";
+  if (known.empty()) return "; there is no point at all";
+  std::string strSome;
+  for (size_t i = 0; i < std::min<size_t>(known.size(), 3); ++i) {
+    strSome += (i == 0 ? "" : ", ") + known[i];
+  }
+  return "; points such as " + strSome + " are there";
+}
+
+std::string OwnPoints(const std::string& strFileA, const ZuPointList& a,
+                      const std::string& strFileB, const ZuPointList& b) {
+  if (a.IsEmpty() || b.IsEmpty()) return "";
+  return "\npoints are the same by name, or else by id: the first of " + strFileA + " is " +
+         PointLabel(*a.First()) + ", of " + strFileB + " is " + PointLabel(*b.First()) +
+         "; --columns tells where they stand";
+}
+
 double Deviation::Length() const { return std::hypot(ad[0], ad[1], ad[2]); }
 
 void AddPointChoice(Options& options, PointChoice* pChoice, bool bTolerance) {
@@ -104,17 +129,8 @@ std::set<unsigned> PointRoles::IdsOf(const std::string& strNames, const char* sz
       ids.insert(p->GetId());
       continue;
     }
-    std::vector<std::string> known;
-    for (const ZuPointList* pList : lists) {
-      for (const ZuPoint* p = pList->First(); p != nullptr; p = p->Next()) {
-        known.push_back(PointLabel(*p));
-      }
-    }
-    const std::string strNearest = NearestWord(strName, known);
-    throw CommandError(kBadInput,
-                       std::string(szOption) + ": no point \"" + strName + "\" in " + strFiles +
-                           (strNearest.empty() ? "; names or ids of its points would be right"
-                                               : "; did you mean " + strNearest + "?"));
+    throw CommandError(kBadInput, std::string(szOption) + ": no point \"" + strName + "\" in " +
+                                      strFiles + PointHint(strName, lists));
   }
   return ids;
 }

@@ -31,6 +31,14 @@ struct PointChoice {
   bool IsAsked() const { return !strWithout.empty() || !strCheck.empty(); }
 };
 
+// What to write in place of the name of a point that is in none of the lists: "; did you mean K1?"
+// or "; points such as 1, 2 and 3 are there".
+std::string PointHint(const std::string& strName, std::initializer_list<const ZuPointList*> lists);
+
+// A further line of a message that two lists have too few points in common.
+std::string OwnPoints(const std::string& strFileA, const ZuPointList& a,
+                      const std::string& strFileB, const ZuPointList& b);
+
 // Declares --without and --check-points, and --tolerance unless the command has its own.
 void AddPointChoice(Options& options, PointChoice* pChoice, bool bTolerance = true);
 

@@ -177,8 +177,16 @@ void CheckTableFaults(const ZuReadFindings& findings, const InputFile& file) {
       {"has a decimal comma", "where all numbers have one, --decimal-comma reads them"},
       {"the titles do not fit", "--columns tells what the columns are"}};
   const ZuReadFinding* const pFault = findings.First(eZuReadFault);
+  if (pFault == nullptr) return;
+  const eZuvoFile eType = ZuDetectZuvoFiles(file.Path().c_str()).GetType();
+  for (const eZuvoFile eOther : {eZuvoFileProject, eZuvoFileCamera, eZuvoFileSimpleCamera,
+                                 eZuvoFileReseau, eZuvoFileDigitalCamera}) {
+    if (eType != eOther) continue;
+    throw CommandError(kBadInput, file.Name() + ": is a " + GetZuvoFileText(eType) +
+                                      "; a coordinate file would be right");
+  }
   for (const auto& [szText, szOption] : options) {
-    if (pFault == nullptr || pFault->m_strText.find(szText) == std::string::npos) continue;
+    if (pFault->m_strText.find(szText) == std::string::npos) continue;
     throw CommandError(kBadInput, Placed(*pFault, file.Name()) + '\n' + szOption);
   }
 }

@@ -11,6 +11,8 @@ namespace {
   std::string strText = Placed(finding, strName);
   if (finding.m_strKeyword == "id") {
     strText += "\nnames as ids are read with --columns idname,..., titles start with #";
+  } else if (finding.m_strKeyword == "x" || finding.m_strKeyword == "y") {
+    strText += "\nwhere the columns are others, --columns tells them, as id,name,x,y,z";
   } else if (!strHowToGoOn.empty()) {
     strText += "\n" + strHowToGoOn;
   }

@@ -106,4 +106,18 @@ TEST(Stories, JoinsListsWithTwoWrongPoints) {
       folder);
 }
 
+// A facade photographed and oriented elsewhere: measured and drawn to scale.
+TEST(Stories, PlansAFacadeFromOtherCameras) {
+  const ScratchFolder folder;
+  ExpectLines(
+      {{"zu import colmap $S/colmap -o facade.prj", 0, "13 photos", ""},
+       {"zu measure facade.prj --plane $S/chessboard/board.coo --check "
+        "$S/chessboard/board.coo --json | tr -d '\\n '",
+        0, "\"checked\":54", ""},
+       {"zu rectify --image facade.prj --photo 1 --plane $S/chessboard/board.coo --pictures "
+        "$S/chessboard --pixel 1 -o plan.png --sheet 1:2 --unit mm",
+        0, "plan.png", ""}},
+      folder);
+}
+
 }  // namespace
