@@ -15,6 +15,7 @@ namespace cli {
 struct CloudOptions {
   ZuTableOptions table;               // how a table is to be taken
   std::string strColumns;             // of a coordinate file; empty: by its content
+  int iDecimals = -1;                 // of coordinates that are written; -1: all
   bool bPartial = false;              // take what a cut file holds
   std::string strPly = "ascii";       // ascii, binary, binary-big, library
   std::string strPts = "auto";        // auto, plain, intensity, rgb

@@ -103,6 +103,7 @@ eZuIntensityScale ReadClouds(const std::string& strPath, const CloudOptions& opt
 
 void AddCloudInput(Options& options, CloudOptions* p) {
   AddColumnsOption(options, &p->strColumns);
+  AddDecimals(options, &p->iDecimals);
   options.Flag("--partial", &p->bPartial, "take the points of a file that ends too early");
 }
 

@@ -12,6 +12,7 @@
 #include "zu/cloud/ply_file.h"
 #include "zu/cloud/pts_file.h"
 #include "zu/exchange/e57_file.h"
+#include "zu/foundation/strict_number.h"
 
 namespace cli {
 namespace {
@@ -182,6 +183,23 @@ eZuIntensityScale ScaleOf(const std::string& strOption, eZuIntensityScale eRead)
   return eRead;
 }
 
+// Each coordinate becomes the double of its text with so many decimals, which all text forms write.
+void RoundPoints(int iDecimals, ZuPointCloudContainer* pClouds) {
+  for (ZuPointCloud* p = pClouds->GetClouds().First(); p != nullptr; p = p->Next()) {
+    ZuPointCloud rounded;
+    rounded.Reserve(p->GetPointCount());
+    for (ZuScanPoint3d point : p->GetPoints()) {
+      for (double* pd : {&point.x, &point.y, &point.z}) {
+        if (std::isfinite(*pd)) ZuParseNumber(Fixed(*pd, iDecimals), pd);
+      }
+      rounded.AddPoint(point);
+    }
+    rounded.SetId(p->GetId());
+    rounded.SetName(p->GetName());
+    *p = rounded;
+  }
+}
+
 }  // namespace
 
 void AddCloudOutput(Options& options, CloudOptions* p) {
@@ -205,6 +223,9 @@ void WriteClouds(ZuPointCloudContainer* pClouds, const std::string& strPath,
   const LibraryProgress progress(context.IsQuiet());
   const Format& format = FormatOf(strPath);
   OutputFile& output = context.NewOutput(strPath);
+  // A binary file keeps its doubles, and with them what only it has a place for.
+  if (options.iDecimals >= 0 && format.pfnWrite != WriteBinary)
+    RoundPoints(options.iDecimals, pClouds);
   const Job job = {pClouds, options, ScaleOf(options.strIntensity, eIntensity), &output, context};
   if (!format.pfnWrite(job)) {
     throw CommandError(kCannotWrite, strPath + ": not all bytes could be written");

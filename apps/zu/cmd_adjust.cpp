@@ -40,7 +40,7 @@ struct Values {
 void CheckPhotos(const ZuNetworkOfProject& made) {
   if (!made.network.photos.empty()) return;
   throw CommandError(kUndetermined,
-                     "no oriented photo with measurements" +
+                     "no oriented photo with measurements; zu orient finds orientations" +
                          (made.warnings.empty() ? std::string() : "\n" + made.warnings[0]));
 }
 

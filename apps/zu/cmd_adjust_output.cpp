@@ -5,6 +5,7 @@
 #include <numeric>
 
 #include "point_input.h"
+#include "table_decimals.h"
 #include "text_table.h"
 #include "zu/adjust/error_ellipsoid.h"
 
@@ -306,8 +307,8 @@ void PrintAdjustment(const ZuNetworkOfProject& made, const ZuNetworkResult& resu
     if (!result.photoUsed[i]) continue;
     std::vector<std::string> cells = {std::to_string(result.photos[i].uId), made.photoNames[i],
                                       std::to_string(rms[i].n), Fixed(rms[i].Value(), 3)};
-    for (const double d : result.photos[i].adPosition) cells.push_back(Fixed(d, 5));
-    for (size_t k = 0; k < 3; ++k) cells.push_back(Fixed(result.photoSd[i][k], 6));
+    for (const double d : result.photos[i].adPosition) cells.push_back(FixedLength(d, 5));
+    for (size_t k = 0; k < 3; ++k) cells.push_back(FixedLength(result.photoSd[i][k], 6));
     photos.AddRow(cells);
   }
   photos.Write(stream);
@@ -319,9 +320,9 @@ void PrintAdjustment(const ZuNetworkOfProject& made, const ZuNetworkResult& resu
   for (const size_t i : PointsById(made, result)) {
     std::vector<std::string> cells = {std::to_string(made.network.points[i].uId),
                                       std::to_string(result.pointRays[i])};
-    for (const double d : result.points[i]) cells.push_back(Fixed(d, 5));
+    for (const double d : result.points[i]) cells.push_back(FixedLength(d, 5));
     for (size_t k = 0; k < 3; ++k) {
-      cells.push_back(Fixed(std::sqrt(result.pointCovariance[i][k]), 6));
+      cells.push_back(FixedLength(std::sqrt(result.pointCovariance[i][k]), 6));
     }
     points.AddRow(cells);
   }

@@ -106,22 +106,6 @@ std::vector<std::string> CarryPoints(const ZuTransformation& t, ZuPointList* pPo
   return labels;
 }
 
-void AddPointJson(const ZuPointList& points, bool bSure, bool bPlane, Json* pRoot) {
-  Json all = Json::array();
-  for (const ZuPoint* p = points.First(); p != nullptr; p = p->Next()) {
-    Json point = {{"id", p->GetId()}};
-    if (!p->GetName().empty()) point["name"] = p->GetName().chars();
-    point["x"] = p->m_dX;
-    point["y"] = p->m_dY;
-    point["z"] = p->m_dZ;
-    point["sd"] = !bSure   ? Json()
-                  : bPlane ? Json{p->m_dDX, p->m_dDY}
-                           : Json{p->m_dDX, p->m_dDY, p->m_dDZ};
-    all.push_back(std::move(point));
-  }
-  (*pRoot)["points"] = std::move(all);
-}
-
 ExitCode RunPoints(Values values, const ZuTransformation& t, Context& context) {
   const bool bPlane = t.kind == ZuTransformationKind::Plane;
   if (bPlane) values.format.szCoordinates = "xy";
@@ -148,7 +132,9 @@ ExitCode RunPoints(Values values, const ZuTransformation& t, Context& context) {
   context.Text() << Counted(points.Count(), "point") << " carried over\n";
   context.Root()["carried"] = points.Count();
   context.Root()["left_out"] = left;
-  if (context.IsJson()) AddPointJson(points, bSure, bPlane, &context.Root());
+  if (context.IsJson()) {
+    context.Root()["points"] = PointRowsJson(points, !bSure ? 0 : bPlane ? 2 : 3);
+  }
   for (const std::string& strLabel : left) {
     context.Text() << "left out, it has no place there: point " << strLabel << '\n';
   }
@@ -172,6 +158,7 @@ ExitCode RunCloud(const Values& values, const ZuTransformation& t, Context& cont
   CloudOptions options = values.cloud;
   options.strColumns = values.format.strToldColumns;
   options.table = TableOptions(values.format, "", false);
+  options.iDecimals = values.format.iDecimals;
   ZuPointCloudContainer clouds;
   const eZuIntensityScale eIntensity = ReadClouds(values.strIn, options, context, &clouds);
   long long iPoints = 0;

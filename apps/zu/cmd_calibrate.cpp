@@ -7,6 +7,7 @@
 #include "cmd_orient.h"
 #include "commands.h"
 #include "input_file.h"
+#include "point_input.h"
 #include "progress_line.h"
 #include "project_input.h"
 #include "zu/adjust/calibration_project.h"
@@ -19,6 +20,7 @@ struct Values {
   std::string strProject, strBoard, strOut, strSigma = "0.1px", strEstimate, strMode;
   double dAlpha = 0.001, dAlphaTotal = 0.0;
   bool bTest = false, bPartial = false;
+  int iDecimals = -1;  // of tables
 };
 
 ExitCode Run(const Values& values, Context& context) {
@@ -83,6 +85,7 @@ Runner DefineCalibrate(Options& options) {
   options.Flag("--test", &pValues->bTest, "set aside image points that do not fit");
   AddTestLimits(options, &pValues->dAlpha, &pValues->dAlphaTotal);
   AddPartialOption(options, &pValues->bPartial);
+  AddDecimals(options, &pValues->iDecimals);
   options.Output("-o,--output", "PROJECT2", &pValues->strOut,
                  "the project with calibrated cameras and orientations");
   return [pValues](Context& context) { return Run(*pValues, context); };

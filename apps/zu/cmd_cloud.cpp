@@ -12,6 +12,7 @@
 #include "commands.h"
 #include "point_input.h"
 #include "save_trafo.h"
+#include "table_decimals.h"
 #include "text_table.h"
 #include "zu/numerics/affin_map3d.h"
 #include "zu/numerics/rotation_convention.h"
@@ -71,7 +72,7 @@ void WriteText(const ZuPointCloud& cloud, std::ostream& stream) {
   table.AddColumn("", TextTable::eLeft);
   for (const char* szTitle : {"x", "y", "z"}) table.AddColumn(szTitle);
   const auto row = [&table](const char* szName, double x, double y, double z) {
-    table.AddRow({szName, Fixed(x, 6), Fixed(y, 6), Fixed(z, 6)});
+    table.AddRow({szName, FixedLength(x, 6), FixedLength(y, 6), FixedLength(z, 6)});
   };
   row("min", box.Xmin(), box.Ymin(), box.Zmin());
   row("max", box.Xmax(), box.Ymax(), box.Zmax());
@@ -89,7 +90,8 @@ std::vector<double> Numbers(std::string strText, ExitCode code, const std::strin
     const char* const pEnd = strField.data() + strField.size();
     const auto result = std::from_chars(strField.data(), pEnd, dValue);
     if (result.ec != std::errc() || result.ptr != pEnd || !std::isfinite(dValue)) {
-      throw CommandError(code, strWhere + ": " + strField + " is no finite number");
+      throw CommandError(code, strWhere + ": " + strField +
+                                   " is no finite number; numbers such as 1,2.5,-3 would be right");
     }
     numbers.push_back(dValue);
   }
@@ -211,7 +213,7 @@ void MoveCloud(const ZuAffinMap3d& map, ZuPointCloud& cloud) {
   if (CountNormals(cloud) > 0 && !cloud.TransformNormals(map)) {
     throw CommandError(kUndetermined,
                        "the map has no inverse: it makes the cloud flat, and its normals cannot be "
-                       "turned");
+                       "turned; a matrix of full rank would be right");
   }
   cloud.Transform(map);
 }

@@ -8,6 +8,7 @@
 #include "similarity_page.h"
 #include "similarity_report.h"
 #include "svg.h"
+#include "table_decimals.h"
 #include "text_table.h"
 #include "zu/adjust/epochs.h"
 
@@ -80,7 +81,7 @@ std::string MovedVerdict(const ZuEpochResult& result, const ZuSortHelper<ZuPoint
                         " moved";
   if (pFarthest == nullptr) return strText;
   return strText + ", point " + PointLabel(*names.Find(pFarthest->uId)) + " the farthest, by " +
-         Significant(length(*pFarthest)) + " " + strUnit;
+         ShortLength(length(*pFarthest)) + " " + strUnit;
 }
 
 ExitCode Run(const Values& values, Context& context) {

@@ -7,6 +7,7 @@
 #include "commands.h"
 #include "construct_input.h"
 #include "svg.h"
+#include "table_decimals.h"
 #include "text_table.h"
 #include "zu/cad/arc.h"
 #include "zu/cad/balanced_line.h"
@@ -53,7 +54,7 @@ ExitCode RunArc(const ArcValues& values, Context& context) {
   made.TellLength("radius", arc.dRadius, std::sqrt(arc.adCov[8]));
   if (arc.fit.dSigma > 0.0) {
     const double adSd[] = {std::sqrt(arc.adCov[0]), std::sqrt(arc.adCov[4])};
-    made.Tell("centre_sd", Significant(adSd[0]) + "  " + Significant(adSd[1]), {adSd[0], adSd[1]});
+    made.Tell("centre_sd", ShortLength(adSd[0]) + "  " + ShortLength(adSd[1]), {adSd[0], adSd[1]});
   }
   made.Tell("sweep_rad",
             Angle(arc.dSweep) + (arc.dSweep > 0.0 ? "  to the left" : "  to the right"),
@@ -116,7 +117,7 @@ ExitCode RunLine(const LineValues& values, Context& context) {
     made.TellLine("part " + std::to_string(parts.size()),
                   Counted(static_cast<long long>(part.uCount), "point") + " from " +
                       PointLabel(*used[part.uFirst]) + ", bearing " + Angle(dBearing) +
-                      ", straightness " + Fixed(part.dStraightness, 6));
+                      ", straightness " + FixedLength(part.dStraightness, 6));
   }
   made.TellFit(line.fit);
   made.TellResiduals("left of the line", used, line.distances);

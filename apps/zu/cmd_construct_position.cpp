@@ -7,6 +7,7 @@
 #include "commands.h"
 #include "construct_input.h"
 #include "svg.h"
+#include "table_decimals.h"
 #include "text_table.h"
 #include "zu/cad/lines_match.h"
 #include "zu/cad/ortho_line.h"
@@ -70,7 +71,7 @@ ExitCode Report(const SightValues& values, const char* szKind, const ZuCadPositi
                 Context& context) {
   const double adSd[] = {std::sqrt(position.adCov[0]), std::sqrt(position.adCov[4])};
   if (position.fit.dSigma > 0.0) {
-    made.Tell("sd", Significant(adSd[0]) + "  " + Significant(adSd[1]), {adSd[0], adSd[1]});
+    made.Tell("sd", ShortLength(adSd[0]) + "  " + ShortLength(adSd[1]), {adSd[0], adSd[1]});
   }
   made.TellFit(position.fit);
   const double dUnit = UnitOf(values.strUnit);
@@ -195,8 +196,8 @@ ExitCode RunOrtho(const OrthoValues& values, Context& context) {
       const ZuCadOffset offset = line.Offset(made.InPlane(*p), &foot);
       feet.push_back(
           {{"point", JsonLabel(*p)}, {"station", offset.dStation}, {"offset", offset.dOffset}});
-      made.TellLine(PointLabel(*p), "station " + Fixed(offset.dStation, 6) + "  offset " +
-                                        Fixed(offset.dOffset, 6) +
+      made.TellLine(PointLabel(*p), "station " + FixedLength(offset.dStation, 6) + "  offset " +
+                                        FixedLength(offset.dOffset, 6) +
                                         (offset.dOffset < 0.0 ? "  right" : "  left"));
       made.AddPoint(PointLabel(*p), foot);
     }

@@ -16,6 +16,7 @@ namespace {
 struct Values {
   DetectValues detect;
   std::string strSize, strPoints, strFamily;
+  int iDecimals = -1;  // of strPoints
   double dSquare = 0.0, dMarker = 0.0;
 };
 
@@ -37,7 +38,8 @@ void WriteBoard(const Values& values, const ZuChessboard& board, Context& contex
   if (!(values.dSquare > 0.0)) return;
   board.AddPoints(values.dSquare, &pProject->ObjectPoints());
   if (values.strPoints.empty()) return;
-  WritePoints(&pProject->ObjectPoints(), "id,x,y,z", &context.NewOutput(values.strPoints));
+  WritePoints(&pProject->ObjectPoints(), "id,x,y,z", &context.NewOutput(values.strPoints),
+              values.iDecimals);
 }
 
 ExitCode Run(const Values& values, Context& context) {
@@ -83,6 +85,7 @@ Runner DefineDetectBoard(Options& options) {
   options.AtMost(0.99);
   options.Output("--points", "FILE", &pValues->strPoints,
                  "a coordinate file of the points of the board");
+  AddDecimals(options, &pValues->iDecimals);
   return [pValues](Context& context) { return Run(*pValues, context); };
 }
 

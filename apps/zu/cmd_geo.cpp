@@ -193,7 +193,9 @@ ExitCode RunGeo(const GeoValues& values, const std::string& strPoints, const Poi
   }
   const std::string strName = NameInMessages(strPoints);
   if (to.m_iZone == ZuPositionSystem::kZoneToFind) {
-    throw CommandError(kUndetermined, strName + ": no point is in a zone of UTM");
+    throw CommandError(
+        kUndetermined,
+        strName + ": no point is in a zone of UTM; --to geocentric reaches the poles, too");
   }
   const ZuPositionConverter converter(ellipsoid, from, to);
   std::vector<GeoPoint> result;

@@ -8,6 +8,7 @@
 #include "input_file.h"
 #include "point_input.h"
 #include "project_input.h"
+#include "table_decimals.h"
 #include "text_table.h"
 #include "zu/adjust/intersection_project.h"
 
@@ -67,8 +68,8 @@ void Print(const ZuProjectIntersection& result, std::ostream& stream) {
     if (!point.IsGood()) continue;
     std::vector<std::string> cells = {std::to_string(point.uId), std::to_string(point.iRays),
                                       Fixed(point.dAngle / kDegree, 1)};
-    for (const double d : point.position) cells.push_back(Fixed(d, 5));
-    for (int k = 0; k < 3; ++k) cells.push_back(Fixed(point.Sd(k), 6));
+    for (const double d : point.position) cells.push_back(FixedLength(d, 5));
+    for (int k = 0; k < 3; ++k) cells.push_back(FixedLength(point.Sd(k), 6));
     double dTest = 0.0, dLimit = 0.0;
     for (const ZuIntersectedRay& ray : point.rays) {
       if (!ray.test.bUsed || ray.test.dTest < dTest) continue;
@@ -167,7 +168,8 @@ ExitCode Run(const Values& values, bool bSigmaGiven, Context& context) {
         kUndetermined,
         file.Name() +
             (result.points.empty()
-                 ? ": no point is measured in two or more oriented photos"
+                 ? ": no point is measured in two or more oriented photos; zu orient finds "
+                   "orientations"
                  : ": no point could be intersected; point " +
                        std::to_string(result.points[0].uId) + ": " + result.points[0].strWhy) +
             (result.warnings.empty() ? std::string() : "\n" + result.warnings[0]));

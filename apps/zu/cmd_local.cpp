@@ -13,6 +13,7 @@
 #include "save_trafo.h"
 #include "similarity_report.h"
 #include "svg.h"
+#include "table_decimals.h"
 #include "text_table.h"
 #include "trafo_report.h"
 #include "zu/adjust/lokal_deviation.h"
@@ -76,7 +77,9 @@ void CheckPoints(const Values& values, const ZuLokalSystem& system, const ZuPoin
                                    ? std::string("the definition")
                                    : NameInMessages(values.lokal.strDefinition);
   if (eStatus == eTrafo3DNoSolution) {
-    throw CommandError(kUndetermined, strWhere + ": axis and plane need three different points");
+    throw CommandError(
+        kUndetermined,
+        strWhere + ": axis and plane need three different points, as --axis X:1,2 --plane XY:3");
   }
   throw CommandError(kBadInput, strWhere + ": " + GetTrafo3DStatusText(eStatus) + " (points in " +
                                     NameInMessages(values.strPoints) + ")");
@@ -172,8 +175,8 @@ void WritePointTable(const ZuPointList& points, bool bSure, std::ostream& text) 
     if (bSure) table.AddColumn(szTitle);
   }
   for (const ZuPoint* p = points.First(); p != nullptr; p = p->Next()) {
-    table.AddRow({PointLabel(*p), Fixed(p->m_dX, 6), Fixed(p->m_dY, 6), Fixed(p->m_dZ, 6),
-                  Fixed(p->m_dDX, iDecimals), Fixed(p->m_dDY, iDecimals),
+    table.AddRow({PointLabel(*p), FixedLength(p->m_dX, 6), FixedLength(p->m_dY, 6),
+                  FixedLength(p->m_dZ, 6), Fixed(p->m_dDX, iDecimals), Fixed(p->m_dDY, iDecimals),
                   Fixed(p->m_dDZ, iDecimals)});
   }
   table.Write(text);
@@ -205,7 +208,7 @@ void WriteText(const ZuLokalSystem& system, const ZuPointList& points,
           LabelOf(s.uIdA, points) + "," + LabelOf(s.uIdB, points), Shortest(s.dDistance),
           Fixed(s.dScale, 9),
           Fixed((s.dScale - trafo.m_dScale) / trafo.m_dScale * 100.0, 4) + " %"};
-      if (bSure) row.push_back(Significant(s.dSd));
+      if (bSure) row.push_back(ShortLength(s.dSd));
       if (bSure) row.push_back(Fixed(Standardised(s, trafo), 2));
       row.push_back(s.bBad ? "beyond tolerance" : "");
       scaleTable.AddRow(std::move(row));
@@ -240,16 +243,7 @@ void FillJson(const ZuPointList& points, const std::vector<Scale>& scales, const
                               {"bad", s.bBad}});
   }
   AddSimilarity(sure.parameters, ZuSortHelper<ZuPoint>(&points), &root);
-  root["points"] = Json::array();
-  for (const ZuPoint* p = points.First(); p != nullptr; p = p->Next()) {
-    Json point = {{"id", p->GetId()}};
-    if (!p->GetName().empty()) point["name"] = p->GetName().chars();
-    point["x"] = p->m_dX;
-    point["y"] = p->m_dY;
-    point["z"] = p->m_dZ;
-    point["sd"] = bSure ? Json{p->m_dDX, p->m_dDY, p->m_dDZ} : Json();
-    root["points"].push_back(std::move(point));
-  }
+  root["points"] = PointRowsJson(points, bSure ? 3 : 0);
 }
 
 ExitCode Run(const Values& values, Context& context) {

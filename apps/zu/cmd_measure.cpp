@@ -11,6 +11,7 @@
 #include "plane_option.h"
 #include "point_input.h"
 #include "project_input.h"
+#include "table_decimals.h"
 #include "text_table.h"
 #include "zu/foundation/crc32.h"
 
@@ -125,11 +126,11 @@ void Print(const ZuPlaneMeasurement& result, const MeasureAccuracy& accuracy, co
     const ZuMeasuredPhoto& photo = result.m_photos[i];
     std::vector<std::string> cells = {
         std::to_string(photo.m_pPhoto->GetId()), photo.m_pPhoto->GetName().chars(),
-        std::to_string(photo.m_points.size()), Fixed(accuracy.Photos()[i].dSd, 4)};
+        std::to_string(photo.m_points.size()), FixedLength(accuracy.Photos()[i].dSd, 4)};
     if (photo.Worst() != nullptr) {
       for (const double d : {photo.m_dRms, photo.m_dRmsX, photo.m_dRmsY, photo.m_dRmsZ,
                              photo.m_dRmsPixels, photo.Worst()->Length()}) {
-        cells.push_back(Fixed(d, 4));
+        cells.push_back(FixedLength(d, 4));
       }
       cells.push_back(std::to_string(photo.Worst()->m_uId));
     }
@@ -141,8 +142,8 @@ void Print(const ZuPlaneMeasurement& result, const MeasureAccuracy& accuracy, co
                  ? "\nplane of " + std::to_string(result.m_iPlanePoints) + " points"
                  : std::string("\nplane as told"))
          << ": normal (" << Fixed(plane.A(), 9) << ", " << Fixed(plane.B(), 9) << ", "
-         << Fixed(plane.C(), 9) << "), D " << Fixed(plane.D() + 0.0, 6) << ", longest deviation "
-         << Fixed(result.m_dPlaneDeviation, 6) << '\n'
+         << Fixed(plane.C(), 9) << "), D " << FixedLength(plane.D() + 0.0, 6)
+         << ", longest deviation " << FixedLength(result.m_dPlaneDeviation, 6) << '\n'
          << accuracy.Note() << '\n';
   accuracy.PrintChain(values.strUnit, stream);
 }

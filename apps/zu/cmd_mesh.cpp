@@ -169,7 +169,8 @@ class MeshInput {
     ZuCadPlane plane;
     if (fit.fit.eStatus != ZuAdjustStatus::Good || !ZuCadPlane::Of(fit.plane, &plane)) {
       Fail(kUndetermined, std::string("the points determine no plane (") +
-                              ZuAdjustStatusText(fit.fit.eStatus) + ")");
+                              ZuAdjustStatusText(fit.fit.eStatus) +
+                              "); --plane xy, xz, yz or P,Q,R tells one");
     }
     return plane;
   }
@@ -318,7 +319,8 @@ ExitCode RunMesh(const MeshValues& values, Context& context) {
       ZuMakePlaneMesh(input.points, input.Plane(), input.Breaklines(), options, &mesh);
   if (eStatus != eZuMeshOk) input.Fail(kUndetermined, ZuMeshStatusText(eStatus));
   if (mesh.Triangles().empty()) {
-    input.Fail(kUndetermined, "no triangle has all edges up to " + Shortest(values.dMaxEdge));
+    input.Fail(kUndetermined, "no triangle has all edges up to " + Shortest(values.dMaxEdge) +
+                                  "; a longer --max-edge would be right");
   }
   std::vector<ZuMeshContour> contours;
   if (values.dStep > 0.0) {

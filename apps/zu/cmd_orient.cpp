@@ -8,7 +8,9 @@
 #include "commands.h"
 #include "input_file.h"
 #include "orientation_records.h"
+#include "point_input.h"
 #include "project_input.h"
+#include "table_decimals.h"
 #include "text_table.h"
 
 namespace cli {
@@ -21,6 +23,7 @@ struct Values {
   std::string strProject, strControl, strApprox, strOut, strFrom, strOrientations,
       strSigma = "0.1px";
   bool bMissing = false, bPartial = false, bSigmaGiven = false;
+  int iDecimals = -1;  // of tables
 };
 
 double Sd(const ZuPose& pose, int i) {
@@ -93,8 +96,8 @@ void Print(const ZuProjectOrientation& result, std::ostream& stream) {
     std::vector<std::string> cells = {
         std::to_string(photo.uId), photo.strName, ZuOrientationWayText(photo.eWay),
         bKept ? "" : std::to_string(photo.iPoints), bKept ? "" : Fixed(photo.dRmsPixels, 3)};
-    for (int k = 1; k <= 3; ++k) cells.push_back(Fixed(photo.pose.position[k], 5));
-    for (int k = 3; k < 6; ++k) cells.push_back(bKept ? "" : Fixed(Sd(photo.pose, k), 6));
+    for (int k = 1; k <= 3; ++k) cells.push_back(FixedLength(photo.pose.position[k], 5));
+    for (int k = 3; k < 6; ++k) cells.push_back(bKept ? "" : FixedLength(Sd(photo.pose, k), 6));
     for (const double d : photo.angles) cells.push_back(Fixed(d / kDegree, 4));
     for (const double d : photo.anglesSd) cells.push_back(bKept ? "" : Fixed(d / kDegree, 5));
     table.AddRow(cells);
@@ -211,6 +214,7 @@ Runner DefineOrient(Options& options) {
                  "project has");
   options.Output("--orientations", "FILE", &pValues->strOrientations, kOrientationsHelp);
   AddPartialOption(options, &pValues->bPartial);
+  AddDecimals(options, &pValues->iDecimals);
   options.Output("-o,--output", "PROJECT2", &pValues->strOut, "the project with orientations");
   return [pValues, options](Context& context) {
     pValues->bSigmaGiven = options.Given("--sigma");

@@ -47,7 +47,8 @@ ZuPhoto& InnerPhoto(const ZuProject& project, const Values& values) {
   ZuPhoto* pPhoto = project.PhotoList().Find(values.uPhoto);
   if (pPhoto != nullptr) return *pPhoto;
   throw CommandError(kBadInput, NameInMessages(values.strProject) + ": has no photo " +
-                                    std::to_string(values.uPhoto));
+                                    std::to_string(values.uPhoto) +
+                                    "; zu project info lists its photos");
 }
 
 // The file that --reseau names, or the one beside the project that the photo names.

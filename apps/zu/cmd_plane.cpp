@@ -62,7 +62,9 @@ bool IsFinite(ZuCalcPlane& calc) {
 void Fit(const Values& values, ZuPointList* pPoints, ZuCalcPlane* pCalc) {
   for (const ZuPoint* p = pPoints->First(); p != nullptr; p = p->Next()) {
     if (IsFinite(*p)) continue;
-    FailUndetermined(values, "the coordinates of point " + PointLabel(*p) + " are not finite");
+    FailUndetermined(values, "the coordinates of point " + PointLabel(*p) +
+                                 " are not finite; --without " + PointLabel(*p) +
+                                 " does without it");
   }
   if (!pCalc->CalcPlaneFromFilteredPoints(pPoints, true, values.bForce)) {
     if (pCalc->GetZuPlaneStatus() == ZuCalcPlane::TooLessPoints) {
@@ -74,7 +76,8 @@ void Fit(const Values& values, ZuPointList* pPoints, ZuCalcPlane* pCalc) {
                      "close to a line all the same");
   }
   if (!IsFinite(*pCalc) || AreCollinear(*pPoints)) {
-    FailUndetermined(values, "the points do not determine a plane");
+    FailUndetermined(values,
+                     "the points do not determine a plane; three that span a triangle are needed");
   }
 }
 

@@ -7,6 +7,7 @@
 #include "adjust_options.h"
 #include "point_choice.h"
 #include "svg.h"
+#include "table_decimals.h"
 #include "text_table.h"
 #include "zu/adjust/fit_primitives.h"
 #include "zu/foundation/strict_number.h"
@@ -179,13 +180,13 @@ void Construction::Tell(const char* szKey, const std::string& strText, Json valu
 }
 
 void Construction::TellLength(const char* szKey, double d, double dSd) {
-  Tell(szKey, Fixed(d, 6) + (dSd > 0.0 ? "  sd " + Significant(dSd) : ""), d);
+  Tell(szKey, FixedLength(d, 6) + (dSd > 0.0 ? "  sd " + ShortLength(dSd) : ""), d);
   m_facts[std::string(szKey) + "_sd"] = dSd > 0.0 ? Json(dSd) : Json();
 }
 
 void Construction::TellFit(const ZuCadFit& fit) {
   const std::string strRedundancy = Counted(fit.iRedundancy, "redundant", "redundant");
-  Tell("sigma0", fit.iRedundancy > 0 ? Significant(fit.dSigma0) + "  " + strRedundancy : "-",
+  Tell("sigma0", fit.iRedundancy > 0 ? ShortLength(fit.dSigma0) + "  " + strRedundancy : "-",
        fit.iRedundancy > 0 ? Json(fit.dSigma0) : Json());
   m_facts["redundancy"] = fit.iRedundancy;
   m_facts["rms"] = RmsJson(fit.dRms);

@@ -197,7 +197,11 @@ ExitCode DetectPictures(const DetectValues& values, Context& context, ZuProject*
     if (!values.strOverlay.empty()) WriteOverlay(values.strOverlay, picture, found, context);
   }
   if (uFound == 0) {
-    throw CommandError(kUndetermined, values.pictures[0] + ": nothing was found in any picture");
+    throw CommandError(
+        kUndetermined,
+        values.pictures[0] +
+            ": nothing was found in any picture; --help tells what is looked for, and zu "
+            "examples detect has pictures to compare");
   }
   table.Write(context.Text());
   WriteProjectFile(values.strOut, context, *pProject);

@@ -65,14 +65,16 @@ void ReadOrientations(const std::string& strPath, ZuProject* pProject, Context& 
       context.Warn(file.Name() + ": photo " + std::to_string(p->GetId()) +
                    " is not in the project");
     } else if (!p->ApplyTo(pPhoto)) {
-      throw CommandError(kBadInput, file.Name() + ": photo " + std::to_string(p->GetId()) +
-                                        ": a number is not finite");
+      throw CommandError(kBadInput,
+                         file.Name() + ": photo " + std::to_string(p->GetId()) +
+                             ": a number is not finite; numbers such as 12.345 would be right");
     } else {
       ++iApplied;
     }
   }
   if (iApplied > 0) return;
-  throw CommandError(kBadInput, file.Name() + ": names no photo of the project");
+  throw CommandError(
+      kBadInput, file.Name() + ": names no photo of the project; zu project info lists its photos");
 }
 
 }  // namespace cli

@@ -7,6 +7,7 @@
 #include "cloud_files.h"
 #include "plane_orthogonal.h"
 #include "svg.h"
+#include "table_decimals.h"
 #include "text_table.h"
 #include "zu/adjust/cloud_plane.h"
 #include "zu/foundation/file_name.h"
@@ -48,9 +49,9 @@ void WriteFigures(const ZuCloudPlane& fit, const std::string& strEquation, std::
        << Fixed(std::fabs(fit.dFarthest), iDecimals) << "\n\n"
        << strEquation << "\nsd of A, B, C, D";
   for (int i = 0; i < 4; ++i) {
-    text << "  " << Significant(std::sqrt(std::max(0.0, fit.adCov[5 * i])));
+    text << "  " << ShortLength(std::sqrt(std::max(0.0, fit.adCov[5 * i])));
   }
-  text << "\n\nsigma0     " << Significant(fit.dSigma0) << "\nRMS        "
+  text << "\n\nsigma0     " << ShortLength(fit.dSigma0) << "\nRMS        "
        << Fixed(fit.dRms, iDecimals) << "\nflatness   " << Fixed(fit.dHigh - fit.dLow, iDecimals)
        << "  from the lowest to the highest point\nlargest    "
        << Fixed(std::fabs(fit.dFarthest), iDecimals) << "  point " << fit.uFarthest + 1

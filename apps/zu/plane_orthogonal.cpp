@@ -5,6 +5,7 @@
 
 #include "adjust_report.h"
 #include "svg.h"
+#include "table_decimals.h"
 #include "text_table.h"
 #include "trafo_report.h"
 
@@ -152,7 +153,7 @@ void OrthogonalPlane::WriteText(std::ostream& stream) const {
   if (fit.iSetAside > 0) stream << ", " << fit.iSetAside << " of them set aside";
   stream << ", largest distance " << Fixed(dLargest, iDecimals) << "\n\n"
          << EquationOf(m_plane.plane) << "\nsd of A, B, C, D";
-  for (const double d : m_plane.adSd) stream << "  " << Significant(d);
+  for (const double d : m_plane.adSd) stream << "  " << ShortLength(d);
   stream << "\n\nsigma0     " << SigmaText(fit.dSigma0, fit.sigmaOfResults, fit.iRedundancy)
          << "\nRMS        " << Fixed(fit.dRms, iDecimals) << "\nflatness   "
          << Fixed(fit.dFlatness, iDecimals) << "  from the lowest to the highest point\nlargest    "

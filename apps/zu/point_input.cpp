@@ -250,7 +250,8 @@ void AddPointOptions(Options& options, PointFormat* pFormat) {
 }
 
 void AddDecimals(Options& options, int* pDecimals) {
-  options.Option("--decimals", "N", pDecimals, "decimals of the coordinates in result files");
+  options.Option("--decimals", "N", pDecimals,
+                 "decimals of coordinates and lengths in tables and in result files");
   options.AtLeast(-1);
   options.AtMost(kMostDecimals);
 }

@@ -7,6 +7,7 @@
 
 #include "adjust_options.h"
 #include "svg.h"
+#include "table_decimals.h"
 #include "text_table.h"
 #include "trafo_check.h"
 #include "trafo_report.h"
@@ -172,7 +173,7 @@ void WriteControl(const RectifyControl& control, std::ostream& text) {
                   Fixed(t.adW[0], 2), Fixed(t.adW[1], 2), Fixed(t.Redundancy(), 3), Remark(t)});
   }
   table.Write(text);
-  text << "\nRMS     " << Significant(std::sqrt(dSum / std::max(iUsed, 1))) << "\nsigma0  "
+  text << "\nRMS     " << ShortLength(std::sqrt(dSum / std::max(iUsed, 1))) << "\nsigma0  "
        << SigmaText(fit.dSigma0, fit.sigmaOfResults, fit.iRedundancy) << "\ntest    "
        << ZuSigmaKindText(fit.sigmaOfTests) << ", limit of T "
        << (std::isfinite(dLimit) ? Fixed(dLimit, 2) : "-") << '\n'

@@ -12,6 +12,7 @@
 #include "help_format.h"
 #include "nearest_word.h"
 #include "progress_line.h"
+#include "table_decimals.h"
 #include "zu/version.h"
 
 namespace cli {
@@ -24,6 +25,7 @@ struct Selected {
   std::vector<Options::OutputOption> outputs;
   Context::Switches switches;
   const CLI::Option* pUnit = nullptr;  // --unit, where a command has it
+  const CLI::Option* pDecimals = nullptr;
 };
 
 ExitCode Complain(ExitCode eCode, const std::string& strText) {
@@ -64,6 +66,7 @@ void AddCommand(const Command& command, CLI::App* pProgram, Selected* pSelected)
     pSelected->runner = runner;
     pSelected->outputs = outputs;
     pSelected->pUnit = pApp->get_option_no_throw("--unit");
+    pSelected->pDecimals = pApp->get_option_no_throw("--decimals");
   });
 }
 
@@ -131,6 +134,9 @@ ExitCode RunCommand(const Selected& selected) {
   Context context(selected.strName, selected.switches);
   if (selected.pUnit != nullptr && selected.pUnit->count() > 0) {
     context.SetUnit(selected.pUnit->as<std::string>());
+  }
+  if (selected.pDecimals != nullptr && selected.pDecimals->count() > 0) {
+    TellTableDecimals(selected.pDecimals->as<int>());
   }
   const auto iWords = std::count(selected.strName.begin(), selected.strName.end(), ' ');
   context.SetArguments({selected.arguments.begin() + iWords, selected.arguments.end()});

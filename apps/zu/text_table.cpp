@@ -6,6 +6,8 @@
 #include <numbers>
 #include <utility>
 
+#include "table_decimals.h"
+
 namespace cli {
 
 std::string Fixed(double dValue, int iDecimals) {
@@ -27,8 +29,9 @@ std::string Counted(long long iCount, const std::string& strOne, const std::stri
 }
 
 int DecimalsFor(double dLargest) {
-  if (!(dLargest > 0.0) || !std::isfinite(dLargest)) return 4;
-  return std::clamp(4 - static_cast<int>(std::floor(std::log10(dLargest))) - 1, 4, 12);
+  if (!(dLargest > 0.0) || !std::isfinite(dLargest)) return TableDecimals(4);
+  return TableDecimals(
+      std::clamp(4 - static_cast<int>(std::floor(std::log10(dLargest))) - 1, 4, 12));
 }
 
 std::string Shortest(double dValue) {

@@ -5,6 +5,7 @@
 #include <numbers>
 
 #include "point_input.h"
+#include "table_decimals.h"
 #include "text_table.h"
 
 namespace cli {
@@ -41,8 +42,8 @@ Json AnglesJson(const Angles& angles, double dHalfTurn) {
 }
 
 void WriteVector(const char* szName, const ZuVector& v, std::ostream& stream) {
-  stream << szName << "  " << Fixed(v[1], 6) << "  " << Fixed(v[2], 6) << "  " << Fixed(v[3], 6)
-         << '\n';
+  stream << szName << "  " << FixedLength(v[1], 6) << "  " << FixedLength(v[2], 6) << "  "
+         << FixedLength(v[3], 6) << '\n';
 }
 
 }  // namespace
@@ -157,6 +158,22 @@ Json ToJson(const ZuPoint& point, const Residual* pResidual) {
   json["dy"] = pResidual != nullptr ? Json(pResidual->dY) : Json();
   json["dz"] = pResidual != nullptr ? Json(pResidual->dZ) : Json();
   return json;
+}
+
+Json PointRowsJson(const ZuPointList& points, int iSds) {
+  Json rows = Json::array();
+  for (const ZuPoint* p = points.First(); p != nullptr; p = p->Next()) {
+    Json row = {{"id", p->GetId()}};
+    if (!p->GetName().empty()) row["name"] = p->GetName().chars();
+    row["x"] = p->m_dX;
+    row["y"] = p->m_dY;
+    row["z"] = p->m_dZ;
+    row["sd"] = iSds == 0   ? Json()
+                : iSds == 2 ? Json{p->m_dDX, p->m_dDY}
+                            : Json{p->m_dDX, p->m_dDY, p->m_dDZ};
+    rows.push_back(std::move(row));
+  }
+  return rows;
 }
 
 }  // namespace cli

@@ -51,4 +51,7 @@ Json ToJson(const Rms& rms);
 // {id, name, x, y, z, dx, dy, dz}; the residuals are null without one.
 Json ToJson(const ZuPoint& point, const Residual* pResidual);
 
+// [{id, name, x, y, z, sd}], with the standard deviations of so many coordinates; 0: sd is null.
+Json PointRowsJson(const ZuPointList& points, int iSds);
+
 }  // namespace cli

@@ -1,9 +1,11 @@
 // zu cloud on the clouds of samples/clouds and on files made for a purpose.
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 
 #include <cmath>
 
 #include "tests/cli/program.h"
+#include "tests/support/trials.h"
 
 namespace {
 
@@ -136,6 +138,39 @@ TEST(Cloud, TitledTextKeepsWhatItsTitlesTell) {
        {"printf 'Pkt;Ost;Nord;H\xc3\xb6he\\nA;1;2;3\\nB;2;2;3\\nC;2;4;3\\n' | zu plane -", 0,
         "sigma0", "Ost,Nord"}},
       folder);
+}
+
+// Text beyond 8 MB is fitted in the memory of a cloud: a list of its points alone takes more.
+TEST(Cloud, PlanesOfLargeTextsTakeTheMemoryOfAScan) {
+  const ScratchFolder folder;
+  std::string strRows;
+  for (int i = 0; i < 300000; ++i) {
+    strRows += std::to_string(i % 640) + ".250 " + std::to_string(i / 640) + ".750 " +
+               std::to_string(i % 3) + ".125 10 20 30 40\n";
+  }
+  const std::string strTable = folder.Write("a.txt", "//X Y Z R G B Intensity\n" + strRows);
+  strRows = std::string();
+  struct rusage before = {}, after = {};
+  getrusage(RUSAGE_CHILDREN, &before);
+  EXPECT_EQ(RunZu({"plane", strTable, "--json"}).Json()["count"], 300000);
+  getrusage(RUSAGE_CHILDREN, &after);
+  if (ZU_SANITIZED == 0 && after.ru_maxrss > before.ru_maxrss) {
+    EXPECT_LT(after.ru_maxrss, 150000);  // [kB]
+  }
+}
+
+// --decimals holds for what is printed and what is written.
+TEST(Cloud, DecimalsAreThoseThatAreTold) {
+  const ScratchFolder folder;
+  folder.Write("a.xyz", "0.12345 7.125 1e-9\n4.5 2.00049 3\n");
+  folder.Write("a.txt", "A 0 0 1\nB 20 0 1.0000001\nC 20 15 1\nD 0 15 1.0000001\n");
+  ExpectLines({{"zu cloud convert a.xyz a.pts --decimals 3 && cat a.pts", 0,
+                "0.123 7.125 0\n4.5 2 3\n", ""},
+               {"zu cloud info a.xyz --decimals 2", 0, "max     4.50  7.12  3.00", ""},
+               {"zu plane a.txt --decimals 3", 0, "largest distance 0.000\n", ""},
+               {"zu plane a.txt", 0, "!e-", ""},
+               {"zu local a.txt --axis X:A,B --plane XY:C --origin A --decimals 1", 0, "20.0", ""}},
+              folder);
 }
 
 TEST(Cloud, KindsAreToldByEndingColumnsAndContent) {
