@@ -14,6 +14,7 @@ namespace {
 
 struct ImportValues {
   std::string strFormat, strIn, strOut, strSize;
+  bool bNoTransform = false;
   ZuImportOptions options;
 };
 
@@ -31,6 +32,7 @@ ZuImageSize ImageSizeOf(const std::string& strText) {
 
 ExitCode RunImport(ImportValues& values, Context& context) {
   const eZuExchange eFormat = ExchangeFormat(values.strFormat);
+  values.options.bTransform = !values.bNoTransform;
   values.options.imageSize = ImageSizeOf(values.strSize);
   CheckProjectEnding(values.strOut);
   std::vector<ZuExchangeFile> files;
@@ -64,6 +66,8 @@ Runner DefineImport(Options& options) {
   options.AtMost(1e3);
   options.Option("--image-size", "W,H", &pValues->strSize,
                  "pixels of the images, where the file tells none (bal)");
+  options.Flag("--no-transform", &pValues->bNoTransform,
+               "stay in the system of the chunk (metashape)");
   return [pValues](Context& context) { return RunImport(*pValues, context); };
 }
 

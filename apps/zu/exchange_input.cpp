@@ -11,8 +11,10 @@ eZuExchange ExchangeFormat(const std::string& strWord) {
   const struct {
     const char* szWord;
     eZuExchange eFormat;
-  } formats[] = {
-      {"colmap", eZuExchangeColmap}, {"bal", eZuExchangeBal}, {"opencv", eZuExchangeOpenCv}};
+  } formats[] = {{"colmap", eZuExchangeColmap},
+                 {"bal", eZuExchangeBal},
+                 {"metashape", eZuExchangeMetashape},
+                 {"opencv", eZuExchangeOpenCv}};
   std::string strWords;
   for (const auto& format : formats) {
     if (strWord == format.szWord) return format.eFormat;

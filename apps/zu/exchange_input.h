@@ -16,10 +16,10 @@ eZuExchange ExchangeFormat(const std::string& strWord);
 void TellExchange(const ZuFindingList& findings, const std::string& strName, Context& context);
 
 // What a format's file or folder is, for help texts.
-constexpr char kExchangeWords[] = "colmap, opencv or bal";
+constexpr char kExchangeWords[] = "colmap, opencv, metashape or bal";
 constexpr char kExchangeFiles[] =
     "colmap: folder of cameras, images and points3D; opencv: calibration file (.yml, "
-    ".xml, .json); bal: text file";
+    ".xml, .json); metashape: camera file (XML); bal: text file";
 
 // The cameras with their fits, as text and as JSON, and the counts.
 void ShowExchange(const ZuExchangeReport& report, Context& context);

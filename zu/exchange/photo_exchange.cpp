@@ -7,6 +7,7 @@
 
 #include "zu/exchange/internal/bal.h"
 #include "zu/exchange/internal/colmap.h"
+#include "zu/exchange/internal/metashape.h"
 #include "zu/exchange/internal/opencv_file.h"
 #include "zu/foundation/path.h"
 #include "zu/project/project.h"
@@ -29,6 +30,8 @@ Exchange ExchangeOf(eZuExchange eFormat) {
   switch (eFormat) {
     case eZuExchangeBal:
       return {ReadBal, WriteBal, &kBalNeeds, SameModel};
+    case eZuExchangeMetashape:
+      return {ReadMetashape, WriteMetashape, &kMetashapeNeeds, ThroughMetashape};
     case eZuExchangeOpenCv:
       return {ReadOpenCv, WriteOpenCv, &kOpenCvNeeds, SameModel};
     case eZuExchangeColmap:

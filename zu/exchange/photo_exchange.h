@@ -23,9 +23,10 @@ class ZuPointList;
 class ZuProject;
 
 enum eZuExchange : int {
-  eZuExchangeColmap,  // a folder: cameras, images, points3D, each .txt or .bin
-  eZuExchangeBal,     // a file of Bundle Adjustment in the Large
-  eZuExchangeOpenCv,  // a calibration file of OpenCV: .yml, .yaml, .xml, .json
+  eZuExchangeColmap,     // a folder: cameras, images, points3D, each .txt or .bin
+  eZuExchangeBal,        // a file of Bundle Adjustment in the Large
+  eZuExchangeMetashape,  // a camera file of Metashape, XML
+  eZuExchangeOpenCv,     // a calibration file of OpenCV: .yml, .yaml, .xml, .json
 };
 
 struct ZuExchangeFile {
@@ -38,6 +39,7 @@ struct ZuImportOptions {
   double dPixelSize = 0.0;  // width of a pixel [mm]; 0: as the file tells it, else 1/256
   // Of all images where the file tells none; 0: what their measurements take.
   ZuImageSize imageSize;
+  bool bTransform = true;  // to the system of the references, where the file tells the way there
 };
 
 struct ZuExportOptions {

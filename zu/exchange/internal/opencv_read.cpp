@@ -254,28 +254,12 @@ class OpenCvReader {
         pose.R = ZuRotationCast<ZuMatrixOpenCv>(ZuVectorOpenCv{{r[0], r[1], r[2]}});
       } else if (r.size() == 9) {
         std::copy(r.begin(), r.end(), pose.R.r.begin());
-        CheckRotation(*pR, pose.R.r);
+        if (!IsRotation(pose.R.r)) Fail(*pR, "R is no rotation", "an orthonormal matrix");
       } else {
         Fail(*pR, "R has " + std::to_string(r.size()) + " numbers", "3 or 9");
       }
       AddPose(*pR, pose);
     }
-  }
-
-  void CheckRotation(const StorageNode& node, const std::array<double, 9>& r) const {
-    constexpr double kNoRotation = 1e-6;
-    double dOff = 0.0;
-    for (size_t i = 0; i < 3; ++i) {
-      for (size_t j = 0; j < 3; ++j) {
-        const double d =
-            r[3 * i] * r[3 * j] + r[3 * i + 1] * r[3 * j + 1] + r[3 * i + 2] * r[3 * j + 2];
-        dOff = std::max(dOff, std::fabs(d - (i == j ? 1.0 : 0.0)));
-      }
-    }
-    const double dDet = r[0] * (r[4] * r[8] - r[5] * r[7]) - r[1] * (r[3] * r[8] - r[5] * r[6]) +
-                        r[2] * (r[3] * r[7] - r[4] * r[6]);
-    if (!(dOff < kNoRotation && dDet > 0.0))
-      Fail(node, "R is no rotation", "an orthonormal matrix");
   }
 
   // The lists of a node that has one a view: a sequence of matrices or lists, or the rows of a

@@ -58,8 +58,7 @@ class OpenCvWriter {
     m_items.push_back(WholeItem("image_width", m_camera.size.dWidth));
     m_items.push_back(WholeItem("image_height", m_camera.size.dHeight));
     m_items.push_back(WholeItem("camera_id", m_camera.uId));
-    std::string strName = m_camera.strModel;
-    for (char& c : strName) c = c == '"' || static_cast<unsigned char>(c) < 0x20 ? '_' : c;
+    const std::string strName = PlainName(m_camera.strModel);
     if (!strName.empty())
       m_items.push_back({"camera_name", StorageItem::Kind::Text, 0.0, {strName}, 1, 1, {}, {}});
     m_items.push_back(

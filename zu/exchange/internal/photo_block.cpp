@@ -268,6 +268,27 @@ bool IsFinitePose(const ZuCameraPose& pose) {
   return std::isfinite(dSum);
 }
 
+bool IsRotation(const std::array<double, 9>& r) {
+  constexpr double kNoRotation = 1e-6;
+  for (size_t i = 0; i < 3; ++i) {
+    for (size_t j = 0; j < 3; ++j) {
+      const double d =
+          r[3 * i] * r[3 * j] + r[3 * i + 1] * r[3 * j + 1] + r[3 * i + 2] * r[3 * j + 2];
+      if (!(std::fabs(d - (i == j ? 1.0 : 0.0)) < kNoRotation)) return false;
+    }
+  }
+  return r[0] * (r[4] * r[8] - r[5] * r[7]) - r[1] * (r[3] * r[8] - r[5] * r[6]) +
+             r[2] * (r[3] * r[7] - r[4] * r[6]) >
+         0.0;
+}
+
+std::string PlainName(std::string strName) {
+  for (char& c : strName) {
+    if (c == '"' || c == 0x7f || static_cast<unsigned char>(c) < 0x20) c = '_';
+  }
+  return strName;
+}
+
 std::size_t DropSecondMeasures(BlockImage* pImage) {
   std::set<unsigned> seen;
   return std::erase_if(pImage->measures, [&](const BlockMeasure& measure) {

@@ -62,6 +62,10 @@ void NoteExchange(const std::string& strFile, const std::string& strText,
 ZuCameraPose SettledPose(const ZuCameraPose& pose,
                          ZuCameraPose (*ThereAndBack)(const ZuCameraPose&));
 bool IsFinitePose(const ZuCameraPose& pose);
+// Orthonormal to a millionth, by rows, and no reflection.
+bool IsRotation(const std::array<double, 9>& r);
+// A name as a record's: quotes and control characters become '_'.
+std::string PlainName(std::string strName);
 
 // Takes out what an image measures of a point again; gives the number.
 std::size_t DropSecondMeasures(BlockImage* pImage);

@@ -31,8 +31,9 @@ PlaneVector Distorted(const PinholeModel& model, PlaneVector n) {
   const auto& [p1, p2] = model.p;
   const auto& s = model.s;
   const double xy = 2.0 * n.x * n.y;
-  return {n.x * dRadial + p1 * xy + p2 * (r2 + 2.0 * n.x * n.x) + r2 * (s[0] + r2 * s[1]),
-          n.y * dRadial + p2 * xy + p1 * (r2 + 2.0 * n.y * n.y) + r2 * (s[2] + r2 * s[3])};
+  const double f = 1.0 + r2 * (model.q[0] + r2 * model.q[1]);
+  return {n.x * dRadial + f * (p1 * xy + p2 * (r2 + 2.0 * n.x * n.x)) + r2 * (s[0] + r2 * s[1]),
+          n.y * dRadial + f * (p2 * xy + p1 * (r2 + 2.0 * n.y * n.y)) + r2 * (s[2] + r2 * s[3])};
 }
 
 // On the image plane turned by Ry(tau_y) Rx(tau_x), both of them left-handed, seen from the centre
@@ -102,6 +103,7 @@ bool PinholeModel::IsBrown() const {
   PinholeModel brown = *this;
   brown.eLens = Lens::Perspective;
   brown.k = {k[0], k[1], k[2], 0.0, 0.0, 0.0, 0.0};
+  brown.q = {};
   brown.s = {};
   brown.tau = {};
   brown.dFieldOfView = 0.0;
@@ -109,7 +111,8 @@ bool PinholeModel::IsBrown() const {
 }
 
 bool PinholeModel::IsFinite() const {
-  double dSum = fx + fy + skew + cx + cy + dFieldOfView + tau[0] + tau[1] + p[0] + p[1];
+  double dSum =
+      fx + fy + skew + cx + cy + dFieldOfView + tau[0] + tau[1] + p[0] + p[1] + q[0] + q[1];
   for (const double d : k) dSum += d;
   for (const double d : s) dSum += d;
   return std::isfinite(dSum);
