@@ -61,7 +61,7 @@ void ProgressLine::Update(double dFraction) {
 WorkLine::WorkLine(std::string strTitle, bool bQuiet) : m_strTitle(std::move(strTitle)) {
   if (bQuiet || isatty(STDERR_FILENO) != 1) return;
   const SignalPause pause;  // signals are for the first thread, which holds them back at times
-  m_thread = std::thread([this] { Run(); });
+  m_thread = std::thread([this] { ShowWork(); });
 }
 
 WorkLine::~WorkLine() {
@@ -75,7 +75,7 @@ WorkLine::~WorkLine() {
   ClearProgress();
 }
 
-void WorkLine::Run() {
+void WorkLine::ShowWork() {
   const auto start = std::chrono::steady_clock::now();
   auto next = start + kPatience;
   std::unique_lock<std::mutex> lock(m_mutex);

@@ -43,7 +43,7 @@ class WorkLine {
   WorkLine& operator=(const WorkLine&) = delete;
 
  private:
-  void Run();
+  void ShowWork();
 
   std::string m_strTitle;
   std::mutex m_mutex;
