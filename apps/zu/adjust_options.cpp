@@ -39,8 +39,6 @@ void AddAdjustOptions(Options& options, AdjustValues* pValues, const char* szSig
   options.Option("--sigma", "S", &pValues->dSigma, szSigma);
   options.Above(0.0);
   AddTestLimits(options, &pValues->dAlpha, &pValues->dAlphaTotal);
-  options.Output("--report", "FILE.html", &pValues->strReport,
-                 "report to look at and to print, one file");
   options.Option("--unit", "U", &pValues->strUnit, "unit of the coordinates, for the report");
 }
 

@@ -6,7 +6,6 @@
 #include <utility>
 #include <vector>
 
-#include "adjust_report.h"
 #include "context.h"
 #include "options.h"
 #include "zu/adjust/adjust_test.h"
@@ -20,7 +19,6 @@ struct AdjustValues {
   double dSigma = 0.0;  // of a coordinate; 0: not told
   double dAlpha = 0.001, dAlphaTotal = 0.0;
   bool bTest = false;
-  std::string strReport;
   std::string strUnit = "units";  // of the coordinates, in the report
 };
 
@@ -29,7 +27,7 @@ constexpr char kSigmaOfAll[] =
 constexpr char kSigmaOfControl[] =
     "standard deviation of the coordinates of CONTROL, where no column dx, dy, dz tells it";
 
-// Declares --sigma, --alpha, --alpha-total, --report and --unit.
+// Declares --sigma, --alpha, --alpha-total and --unit.
 void AddAdjustOptions(Options& options, AdjustValues* pValues, const char* szSigma = kSigmaOfAll);
 // Declares SOURCE and --control, which must be given where a command has no other way.
 void AddSourceOptions(Options& options, std::string* pSource, std::string* pControl,

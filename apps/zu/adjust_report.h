@@ -4,36 +4,16 @@
 #pragma once
 
 #include <limits>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
 
+#include "drawing.h"
 #include "html_table.h"
+#include "view_figure.h"
 
 namespace cli {
-
-// Residual vectors over a plan.
-struct ReportView {
-  struct Item {
-    double x = 0.0, y = 0.0;    // place, in the unit of space
-    double dx = 0.0, dy = 0.0;  // residual, in the same unit
-    // Covariance of the place or of the residual, drawn as its 95 % ellipse; 0: none.
-    double cxx = 0.0, cxy = 0.0, cyy = 0.0;
-    bool bUsed = true;   // else set aside, drawn in another colour with its label
-    bool bArrow = true;  // false: a point without a residual
-    std::string strLabel;
-  };
-  // A line in space, such as the pyramid of a camera; its label stands at the first point where
-  // there are few.
-  struct Line {
-    std::vector<std::pair<double, double>> points;
-    std::string strLabel;
-  };
-  std::string strTitle, strAxisX, strAxisY;  // axes without the unit
-  std::string strNote;                       // what arrows and ellipses are
-  std::vector<Item> items;
-  std::vector<Line> lines = {};
-};
 
 struct AdjustReport {
   struct Parameter {
@@ -43,10 +23,12 @@ struct AdjustReport {
     std::string strTitle, strNote;
     std::vector<HtmlTable::Column> columns;
     std::vector<std::vector<std::string>> rows;  // beyond 300 left out, which is told
+    size_t uMore = 0;                            // rows that are not given
   };
 
-  std::string strTitle;                                    // "Plane transformation"
-  std::string strVerdict;                                  // one sentence
+  std::string strTitle;    // "Plane transformation"
+  std::string strVerdict;  // one sentence
+  std::vector<std::string> warnings;
   std::string strUnit;                                     // of lengths, "m"
   std::vector<std::pair<std::string, std::string>> facts;  // "sigma0" and its text
   std::string strParameters;                               // note on the parameters, a formula
@@ -54,6 +36,7 @@ struct AdjustReport {
   std::vector<Table> tables;           // points, those set aside, others; in this order
   std::string strViews = "Residuals";  // heading of the views
   std::vector<ReportView> views;
+  std::vector<Drawing> drawings;                            // further figures, behind the views
   std::string strSections;                                  // HTML between views and histogram
   std::vector<double> w;                                    // standardised residuals
   double dLimit = std::numeric_limits<double>::infinity();  // of |w|
@@ -62,5 +45,7 @@ struct AdjustReport {
 };
 
 std::string AdjustReportPage(const AdjustReport& report);
+// The main picture: the first view, or the first of the drawings; none where there is neither.
+std::optional<Drawing> MainPicture(const AdjustReport& report);
 
 }  // namespace cli

@@ -4,6 +4,7 @@
 #include <cmath>
 #include <vector>
 
+#include "drawing.h"
 #include "svg.h"
 #include "zu/photo/camera.h"
 #include "zu/photo/photo.h"
@@ -16,7 +17,7 @@ constexpr double kMicrometres = 1000.0;  // in a millimetre
 constexpr int kCurveSteps = 200;
 constexpr int kVectors = 17;            // along the longer side
 constexpr double kLongestVector = 2.2;  // in spacings
-constexpr const char* kColors[] = {"#1f5fa8", "#c1272d", "#2b8a3e", "#b8860b"};
+constexpr Color kColors[] = {Ink::kBlue, Ink::kRed, Ink::kGreen, Ink::kYellow};
 
 struct Displacement {
   double dx, dy;  // corrected less measured, about the principal point [mm]
@@ -60,8 +61,8 @@ Curve CurveAlong(const ZuCamera& camera, Direction direction, double dReach) {
   return curve;
 }
 
-void DrawCurve(Svg& svg, const ZuCamera& camera, ImageExtent image, double dLeft, double dTop,
-               double dWidth, double dHeight) {
+void DrawCurve(Drawing& drawing, const ZuCamera& camera, ImageExtent image, double dLeft,
+               double dTop, double dWidth, double dHeight) {
   const double dReach = FarthestCorner(camera, image);
   const auto directions = CurveDirections(camera);
   std::vector<Curve> curves;
@@ -71,26 +72,25 @@ void DrawCurve(Svg& svg, const ZuCamera& camera, ImageExtent image, double dLeft
     for (const auto& [r, d] : curves.back()) y = {std::min(y.dLow, d), std::max(y.dHigh, d)};
   }
   const double dMargin = 0.06 * (y.dHigh - y.dLow);
-  SvgPlot plot(svg, dLeft, dTop, dWidth, dHeight, {0.0, dReach},
+  SvgPlot plot(drawing, dLeft, dTop, dWidth, dHeight, {0.0, dReach},
                {y.dLow - dMargin, y.dHigh + dMargin});
   plot.DrawFrame("Radial displacement, corrected less measured",
                  "distance from the principal point [mm]", "displacement [\xC2\xB5m]");
   if (camera.m_dR0 > 0.0 && camera.m_dR0 < dReach) {
-    svg.Line(plot.X(camera.m_dR0), dTop, plot.X(camera.m_dR0), dTop + dHeight,
-             "stroke='#777' stroke-dasharray='5 4'");
-    svg.Text(plot.X(camera.m_dR0) + 5.0, dTop + 16.0, "r0 = " + SvgNumber(camera.m_dR0) + " mm",
-             12.0);
+    drawing.Line(plot.X(camera.m_dR0), dTop, plot.X(camera.m_dR0), dTop + dHeight,
+                 Pen(Ink::kNote, 1.0, 5.0, 4.0));
+    drawing.Text(plot.X(camera.m_dR0) + 5.0, dTop + 16.0, "r0 = " + SvgNumber(camera.m_dR0) + " mm",
+                 12.0);
   }
   for (size_t i = 0; i < curves.size(); ++i) {
     Curve pixels;
     for (const auto& [r, d] : curves[i]) pixels.emplace_back(plot.X(r), plot.Y(d));
-    const std::string strColor = kColors[i % std::size(kColors)];
-    svg.Polyline(pixels, "stroke='" + strColor + "' stroke-width='2'");
+    const Color color = kColors[i % std::size(kColors)];
+    drawing.Polyline(pixels, Pen(color, 2.0));
     if (curves.size() < 2) continue;
     const double yKey = dTop + dHeight - 12.0 - 16.0 * static_cast<double>(curves.size() - 1 - i);
-    svg.Line(dLeft + 12.0, yKey - 4.0, dLeft + 34.0, yKey - 4.0,
-             "stroke='" + strColor + "' stroke-width='2'");
-    svg.Text(dLeft + 40.0, yKey, std::string("along ") + directions[i].szName, 12.0);
+    drawing.Line(dLeft + 12.0, yKey - 4.0, dLeft + 34.0, yKey - 4.0, Pen(color, 2.0));
+    drawing.Text(dLeft + 40.0, yKey, std::string("along ") + directions[i].szName, 12.0);
   }
 }
 
@@ -115,8 +115,8 @@ std::vector<Vector> GridVectors(const ZuCamera& camera, ImageExtent image, doubl
   return vectors;
 }
 
-void DrawVectors(Svg& svg, const ZuCamera& camera, ImageExtent image, double dLeft, double dTop,
-                 double dWidth, double dHeight) {
+void DrawVectors(Drawing& drawing, const ZuCamera& camera, ImageExtent image, double dLeft,
+                 double dTop, double dWidth, double dHeight) {
   double dSpacing = 0.0, dLongest = 0.0;
   const auto vectors = GridVectors(camera, image, &dSpacing);
   for (const Vector& v : vectors) dLongest = std::max(dLongest, std::hypot(v.d.dx, v.d.dy));
@@ -125,27 +125,27 @@ void DrawVectors(Svg& svg, const ZuCamera& camera, ImageExtent image, double dLe
 
   const double dMarginX = 0.1 * (image.dRight - image.dLeft);
   const double dMarginY = 0.1 * (image.dTop - image.dBottom);
-  SvgPlot plot(svg, dLeft, dTop, dWidth, dHeight, {image.dLeft - dMarginX, image.dRight + dMarginX},
+  SvgPlot plot(drawing, dLeft, dTop, dWidth, dHeight,
+               {image.dLeft - dMarginX, image.dRight + dMarginX},
                {image.dBottom - dMarginY, image.dTop + dMarginY});
   plot.MakeSquareScale();
   plot.DrawFrame("Displacement over the image, drawn " +
                      (dFactor == 1.0 ? "to scale" : SvgNumber(dFactor) + " times as long"),
                  "x [mm]", "y [mm]");
-  svg.Rect(plot.X(image.dLeft), plot.Y(image.dTop),
-           (image.dRight - image.dLeft) * plot.PixelsPerUnit(),
-           (image.dTop - image.dBottom) * plot.PixelsPerUnit(),
-           "fill='none' stroke='#333' stroke-width='1.5'");
+  drawing.Rect(plot.X(image.dLeft), plot.Y(image.dTop),
+               (image.dRight - image.dLeft) * plot.PixelsPerUnit(),
+               (image.dTop - image.dBottom) * plot.PixelsPerUnit(), Pen(Ink::kOutline, 1.5));
   for (const Vector& v : vectors) {
-    svg.Arrow(plot.X(v.x), plot.Y(v.y), plot.X(v.x + dFactor * v.d.dx),
-              plot.Y(v.y + dFactor * v.d.dy), kColors[0]);
+    drawing.Arrow(plot.X(v.x), plot.Y(v.y), plot.X(v.x + dFactor * v.d.dx),
+                  plot.Y(v.y + dFactor * v.d.dy), kColors[0]);
   }
-  svg.Circle(plot.X(camera.m_dXh), plot.Y(camera.m_dYh), 4.5,
-             "fill='none' stroke='#c1272d' stroke-width='2'");
-  svg.Text(plot.X(camera.m_dXh) + 8.0, plot.Y(camera.m_dYh) - 7.0, "principal point", 12.0, "start",
-           0.0, "fill='#c1272d' stroke='white' stroke-width='3' paint-order='stroke'");
-  svg.Text(dLeft + dWidth, dTop + dHeight + 52.0,
-           "longest " + SvgNumber(dLongest * kMicrometres) + " \xC2\xB5m, frame: " + image.szWhat,
-           12.0, "end");
+  drawing.Circle(plot.X(camera.m_dXh), plot.Y(camera.m_dYh), 4.5, Pen(Ink::kRed, 2.0));
+  drawing.Text(plot.X(camera.m_dXh) + 8.0, plot.Y(camera.m_dYh) - 7.0, "principal point", 12.0,
+               Anchor::eStart, 0.0, Rimmed(Ink::kRed));
+  drawing.Text(
+      dLeft + dWidth, dTop + dHeight + 52.0,
+      "longest " + SvgNumber(dLongest * kMicrometres) + " \xC2\xB5m, frame: " + image.szWhat, 12.0,
+      Anchor::eEnd);
 }
 
 std::string CameraTitle(const ZuCamera& camera) {
@@ -169,25 +169,26 @@ ImageExtent PhotoExtent(const ZuPhoto& photo) {
           region.Top() + dBorderY, "image"};
 }
 
-std::string DistortionCurve(const ZuCamera& camera, ImageExtent image, double dWidth,
-                            double dHeight) {
-  Svg svg(dWidth, dHeight);
-  DrawCurve(svg, camera, image, 90.0, 34.0, dWidth - 120.0, dHeight - 84.0);
-  return svg.Document(CameraTitle(camera) + ", distortion");
+Drawing DistortionCurve(const ZuCamera& camera, ImageExtent image, double dWidth, double dHeight) {
+  Drawing drawing(dWidth, dHeight);
+  DrawCurve(drawing, camera, image, 90.0, 34.0, dWidth - 120.0, dHeight - 84.0);
+  drawing.SetTitle(CameraTitle(camera) + ", distortion");
+  return drawing;
 }
 
-std::string CameraPlot(const ZuCamera& camera, ImageExtent image) {
+Drawing CameraPlot(const ZuCamera& camera, ImageExtent image) {
   constexpr double kWidth = 1240.0, kHeight = 640.0;
-  Svg svg(kWidth, kHeight);
-  svg.Text(0.5 * kWidth, 30.0, CameraTitle(camera) + ": lens distortion", 20.0, "middle", 0.0,
-           "fill='#111' font-weight='bold'");
-  svg.Text(0.5 * kWidth, 52.0,
-           "c = " + SvgNumber(std::fabs(camera.m_dC)) + " mm, principal point (" +
-               SvgNumber(camera.m_dXh) + ", " + SvgNumber(camera.m_dYh) + ") mm",
-           13.0, "middle");
-  DrawCurve(svg, camera, image, 90.0, 100.0, 500.0, 470.0);
-  DrawVectors(svg, camera, image, 700.0, 100.0, 500.0, 470.0);
-  return svg.Document(CameraTitle(camera) + ", lens distortion");
+  Drawing drawing(kWidth, kHeight);
+  drawing.Text(0.5 * kWidth, 30.0, CameraTitle(camera) + ": lens distortion", 20.0, Anchor::eMiddle,
+               0.0, Bold(Ink::kHeading));
+  drawing.Text(0.5 * kWidth, 52.0,
+               "c = " + SvgNumber(std::fabs(camera.m_dC)) + " mm, principal point (" +
+                   SvgNumber(camera.m_dXh) + ", " + SvgNumber(camera.m_dYh) + ") mm",
+               13.0, Anchor::eMiddle);
+  DrawCurve(drawing, camera, image, 90.0, 100.0, 500.0, 470.0);
+  DrawVectors(drawing, camera, image, 700.0, 100.0, 500.0, 470.0);
+  drawing.SetTitle(CameraTitle(camera) + ", lens distortion");
+  return drawing;
 }
 
 }  // namespace cli

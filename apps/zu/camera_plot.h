@@ -3,6 +3,8 @@
 
 #include <string>
 
+#include "drawing.h"
+
 class ZuCamera;
 class ZuPhoto;
 
@@ -22,10 +24,9 @@ ImageExtent PhotoExtent(const ZuPhoto& photo);
 
 // Radial displacement [um] over the distance from the principal point [mm], outwards to the
 // farthest corner of the image; in the models with tangential terms along +x, +y and -x, -y.
-std::string DistortionCurve(const ZuCamera& camera, ImageExtent image, double dWidth,
-                            double dHeight);
+Drawing DistortionCurve(const ZuCamera& camera, ImageExtent image, double dWidth, double dHeight);
 
 // Curve and displacement vectors of the image side by side: a document of its own.
-std::string CameraPlot(const ZuCamera& camera, ImageExtent image);
+Drawing CameraPlot(const ZuCamera& camera, ImageExtent image);
 
 }  // namespace cli

@@ -14,6 +14,7 @@
 #include "point_input.h"
 #include "progress_line.h"
 #include "project_input.h"
+#include "report_output.h"
 #include "text_table.h"
 #include "zu/image/thumbnail.h"
 #include "zu/project/project.h"
@@ -29,7 +30,7 @@ constexpr int kPictureWidth = 680;  // twice that of the figure, for fine screen
 struct Values {
   std::string strProject, strControl, strApprox, strBars, strMeasurements, strOut, strPoints,
       strOrientations;
-  std::string strReport, strPictures, strUnit = "object units";
+  std::string strPictures, strUnit = "object units";
   std::string strSigma = "0.1px", strEstimate = "none", strDatum = "control";
   double dAlpha = 0.001, dAlphaTotal = 0.0;
   int iDecimals = -1;
@@ -101,11 +102,11 @@ ExitCode Run(const Values& values, Context& context) {
   WarnOf(project, file, context);
   WarnOf(result, made, context);
   PrintAdjustment(made, result, context.Text());
-  if (context.IsJson()) AddAdjustmentJson(made, result, &context.Root());
+  if (context.WantsRoot()) AddAdjustmentJson(made, result, &context.Root());
   if (!values.strPoints.empty()) {
     WriteAdjustedPoints(made, result, values.iDecimals, &context.NewOutput(values.strPoints));
   }
-  if (!values.strReport.empty()) {
+  if (context.WantsReport()) {
     NetworkPage page{values.strUnit, values.strSigma, values.dAlpha, Inputs(values)};
     if (!values.strPictures.empty()) {
       page.picture = [&](const ZuPhoto& photo) {
@@ -114,7 +115,7 @@ ExitCode Run(const Values& values, Context& context) {
         return ZuMakeThumbnail(ReadPicture(strPath, photo, context), kPictureWidth);
       };
     }
-    context.NewOutput(values.strReport).Stream() << NetworkReport(page, made, result, project);
+    context.Report().report = NetworkReport(page, made, result, project);
   }
   if (!values.strOut.empty() || !values.strOrientations.empty()) {
     ZuStoreNetwork(made.network, result, &project);
@@ -158,7 +159,6 @@ Runner DefineAdjust(Options& options) {
                  "the points with standard deviations: id x y z dx dy dz");
   options.Output("--orientations", "FILE", &pValues->strOrientations, kOrientationsHelp);
   AddDecimals(options, &pValues->iDecimals);
-  options.Output("--report", "FILE", &pValues->strReport, "report, one HTML file");
   options.Option("--pictures", "FOLDER", &pValues->strPictures,
                  "the report shows residuals over the pictures of the photos, which lie there");
   options.Option("--unit", "TEXT", &pValues->strUnit,

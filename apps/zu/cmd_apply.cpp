@@ -132,7 +132,7 @@ ExitCode RunPoints(Values values, const ZuTransformation& t, Context& context) {
   context.Text() << Counted(points.Count(), "point") << " carried over\n";
   context.Root()["carried"] = points.Count();
   context.Root()["left_out"] = left;
-  if (context.IsJson()) {
+  if (context.WantsRoot()) {
     context.Root()["points"] = PointRowsJson(points, !bSure ? 0 : bPlane ? 2 : 3);
   }
   for (const std::string& strLabel : left) {

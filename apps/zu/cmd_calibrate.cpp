@@ -7,9 +7,11 @@
 #include "cmd_orient.h"
 #include "commands.h"
 #include "input_file.h"
+#include "network_page.h"
 #include "point_input.h"
 #include "progress_line.h"
 #include "project_input.h"
+#include "report_output.h"
 #include "zu/adjust/calibration_project.h"
 
 namespace cli {
@@ -58,7 +60,15 @@ ExitCode Run(const Values& values, Context& context) {
     for (const std::string& strText : *pTexts) context.Warn(strText);
   }
   PrintAdjustment(found.made, found.result, context.Text());
-  if (context.IsJson()) AddAdjustmentJson(found.made, found.result, &context.Root());
+  if (context.WantsRoot()) AddAdjustmentJson(found.made, found.result, &context.Root());
+  if (context.WantsReport()) {
+    const NetworkPage page{"units",
+                           values.strSigma,
+                           values.dAlpha,
+                           {{"project", NameInMessages(values.strProject)},
+                            {"board", NameInMessages(values.strBoard)}}};
+    context.Report().report = NetworkReport(page, found.made, found.result, *pProject);
+  }
   if (!values.strOut.empty()) {
     ZuStoreNetwork(found.made.network, found.result, pProject.get());
     pProject->Export(context.NewOutput(values.strOut).Stream());

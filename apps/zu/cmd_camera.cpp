@@ -9,6 +9,7 @@
 #include "commands.h"
 #include "point_input.h"
 #include "project_input.h"
+#include "report_output.h"
 #include "text_table.h"
 #include "zu/photo/camera_list.h"
 #include "zu/photo/photo_view.h"
@@ -264,7 +265,9 @@ ExitCode RunPlot(const PlotValues& values, Context& context) {
   }
   if (values.bWidth && values.bHeight) image.szWhat = "image";
   const double dWidth = image.dRight - image.dLeft, dHeight = image.dTop - image.dBottom;
-  context.NewOutput(values.strOut).Stream() << CameraPlot(camera, image);
+  const Drawing drawing = CameraPlot(camera, image);
+  context.NewOutput(values.strOut).Stream() << SvgFileOf(drawing);
+  if (context.WantsReport()) context.Report().drawings = {drawing};
   context.Text() << "Distortion of camera " << camera.GetId() << " over " << Fixed(dWidth, 3)
                  << " x " << Fixed(dHeight, 3) << " mm (" << image.szWhat << ") drawn to "
                  << values.strOut << '\n';

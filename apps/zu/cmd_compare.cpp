@@ -5,6 +5,7 @@
 
 #include "commands.h"
 #include "point_input.h"
+#include "report_output.h"
 #include "similarity_page.h"
 #include "similarity_report.h"
 #include "svg.h"
@@ -129,14 +130,13 @@ ExitCode Run(const Values& values, Context& context) {
   root["stable"] = std::move(stable);
   AddSimilarity(result.similarity, names, &root);
   root["points"] = MovesJson(result, names);
-  if (!values.adjust.strReport.empty()) {
+  if (context.WantsReport()) {
     const SimilarityPage page = {"Two epochs",
                                  MovedVerdict(result, names, values.adjust.strUnit),
                                  values.adjust.strUnit,
                                  {{"first epoch", NameInMessages(values.strA)},
                                   {"second epoch", NameInMessages(values.strB)}}};
-    context.NewOutput(values.adjust.strReport).Stream()
-        << PageOf(page, result.similarity, ZuSortHelper<ZuPoint>(&second));
+    context.Report().report = PageOf(page, result.similarity, ZuSortHelper<ZuPoint>(&second));
   }
   return result.Moved() == 0 ? kGood : kNotAcceptable;
 }

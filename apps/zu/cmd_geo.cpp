@@ -218,7 +218,7 @@ ExitCode RunGeo(const GeoValues& values, const std::string& strPoints, const Poi
                        {"a", ellipsoid.m_dA},
                        {"inverse_flattening", ellipsoid.m_dInverseFlattening}};
   root["refused"] = refusals.size();
-  if (context.IsJson()) root["points"] = GeoJson(result, bGrid);
+  if (context.WantsRoot()) root["points"] = GeoJson(result, bGrid);
   if (!strOutput.empty()) {
     OutputFile& output = context.NewOutput(strOutput);
     // Degrees need other decimals than metres: all digits, unless decimals are told.

@@ -8,6 +8,7 @@
 #include "input_file.h"
 #include "point_input.h"
 #include "project_input.h"
+#include "report_output.h"
 #include "table_decimals.h"
 #include "text_table.h"
 #include "zu/adjust/intersection_project.h"
@@ -183,6 +184,7 @@ ExitCode Run(const Values& values, bool bSigmaGiven, Context& context) {
   }
   Print(result, context.Text());
   AddJson(result, &context.Root());
+  if (context.WantsReport()) context.Report().AddCameras(*pProject);
   const bool bRest = TellRest(result, context);
   if (!values.strOut.empty()) {
     WriteIntersected(result, values.iDecimals, &context.NewOutput(values.strOut));

@@ -11,6 +11,7 @@
 #include "plane_option.h"
 #include "point_input.h"
 #include "project_input.h"
+#include "report_output.h"
 #include "table_decimals.h"
 #include "text_table.h"
 #include "zu/foundation/crc32.h"
@@ -20,7 +21,7 @@ namespace cli {
 namespace {
 
 struct Values {
-  std::string strProject, strCheck, strOut, strReport, strColumns;
+  std::string strProject, strCheck, strOut, strColumns;
   std::string strUnit = "object units";
   MeasurePlane plane;
   AccuracyValues accuracy;
@@ -92,7 +93,7 @@ void AddJson(const ZuPlaneMeasurement& result, const MeasureAccuracy& accuracy, 
   root["left_out"] = Json::array();
   root["refused"] = Json::array();
   root["points"] = Json::array();
-  if (!context.IsJson()) return;
+  if (!context.WantsRoot()) return;
   for (const ZuLeftOutPhoto& photo : result.m_leftOut) {
     root["left_out"].push_back(Json{{"photo", photo.m_uPhoto},
                                     {"measurements", photo.m_iMeasurements},
@@ -216,7 +217,7 @@ ExitCode Run(const Values& values, bool bSigma, Context& context) {
   Print(result, accuracy, values, context.Text());
   AddJson(result, accuracy, context);
   const std::vector<JoinedPoint> joined = JoinPoints(values.join, result, *pProject, context);
-  if (context.IsJson()) context.Root()["joined"] = JoinedJson(joined);
+  if (context.WantsRoot()) context.Root()["joined"] = JoinedJson(joined);
   if (!values.join.strJoined.empty()) {
     WriteJoined(joined, context.NewOutput(values.join.strJoined).Stream());
   }
@@ -224,7 +225,7 @@ ExitCode Run(const Values& values, bool bSigma, Context& context) {
     WriteObjectPoints(result, accuracy, bSigma || accuracy.IsTold(), values.plane.format,
                       &context.NewOutput(values.strOut));
   }
-  if (!values.strReport.empty()) {
+  if (context.WantsReport()) {
     ReportInput input;
     input.files = {ReportFile("project", projectFile)};
     if (planeFile) input.files.push_back(ReportFile("plane", *planeFile));
@@ -232,7 +233,8 @@ ExitCode Run(const Values& values, bool bSigma, Context& context) {
     input.strUnit = values.strUnit;
     input.pCheck = &check;
     input.pAccuracy = &accuracy;
-    context.NewOutput(values.strReport).Stream() << MeasureReport(result, input);
+    context.Report().strPage = MeasureReport(result, input);
+    if (!result.m_photos.empty()) context.Report().drawings = {MeasurePicture(result, input)};
   }
   return result.m_leftOut.empty() && result.m_refused.empty() ? kGood : kNotAcceptable;
 }
@@ -256,7 +258,6 @@ Runner DefineMeasure(Options& options) {
       "object points: photo, id, x, y, z; with --sigma, or where the project tells of accuracy, "
       "standard deviations dx, dy, dz behind");
   AddJoinOptions(options, &pValues->join);
-  options.Output("--report", "FILE", &pValues->strReport, "report, one HTML file");
   AddAccuracyOptions(options, &pValues->accuracy);
   AddPointOptions(options, &pValues->plane.format);
   return [pValues, options](Context& context) {

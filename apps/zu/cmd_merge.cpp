@@ -8,6 +8,7 @@
 #include "commands.h"
 #include "point_choice.h"
 #include "point_input.h"
+#include "report_output.h"
 #include "save_trafo.h"
 #include "similarity_page.h"
 #include "similarity_report.h"
@@ -280,16 +281,13 @@ void Report(const Values& values, const Lists& lists, const Groups& groups, cons
 
 void WritePage(const Values& values, const Lists& lists, Context& context) {
   const ZuSimilarityResult& adjusted = lists.adjusted;
-  if (!adjusted.IsGood()) {
-    throw CommandError(kUndetermined, Files(values) + ": " + adjusted.strReason);
-  }
   const ZuSortHelper<ZuPoint> indexA(&lists.listA);
   const SimilarityPage page = {
       "Merge of two lists",
       std::to_string(adjusted.Used()) + " of " + Counted(lists.iCommon, "common point") + " agree",
       values.adjust.strUnit,
       {{"A", NameInMessages(values.strA)}, {"B", NameInMessages(values.strB)}}};
-  context.NewOutput(values.adjust.strReport).Stream() << PageOf(page, adjusted, indexA);
+  context.Report().report = PageOf(page, adjusted, indexA);
 }
 
 void Save(const Values& values, const Lists& lists, const Groups& groups, const ZuTrafo3d& trafo,
@@ -367,7 +365,9 @@ ExitCode Run(const Values& values, Context& context) {
   trafo.InPlaceTransform(&checkPoints);
   const ExitCode eChecks = TellChecks(values, roles, lists.listA, checkPoints, context);
 
-  if (!values.adjust.strReport.empty()) WritePage(values, lists, context);
+  if (context.WantsReport() && lists.adjusted.IsGood() && !values.IsLibrary()) {
+    WritePage(values, lists, context);
+  }
   if (!values.save.strFile.empty()) Save(values, lists, groups, trafo, context);
   const bool bRejected = !lists.rejected.IsEmpty();
   if (!values.strOutput.empty()) {
@@ -419,7 +419,7 @@ Runner DefineMerge(Options& options) {
   options.Output("--rejected", "FILE", &pValues->strRejected,
                  "coordinate file of the rejected points of B, in the system of A");
   return [pValues, options](Context& context) {
-    for (const char* szName : {"--sigma", "--alpha", "--alpha-total", "--test", "--report"}) {
+    for (const char* szName : {"--sigma", "--alpha", "--alpha-total", "--test"}) {
       if (!pValues->IsLibrary() || !options.Given(szName)) continue;
       throw CommandError(
           kUsage, std::string("--search library tests nothing: not together with ") + szName);

@@ -10,7 +10,9 @@
 #include "cloud_files.h"
 #include "commands.h"
 #include "construct_input.h"
+#include "drawing.h"
 #include "point_input.h"
+#include "report_output.h"
 #include "svg.h"
 #include "text_table.h"
 #include "zu/adjust/fit_primitives.h"
@@ -182,7 +184,7 @@ class MeshInput {
   std::vector<const ZuPoint*> m_points;
 };
 
-std::string ContourDrawing(const ZuPlaneMesh& mesh, const std::vector<ZuMeshContour>& contours) {
+Drawing ContourDrawing(const ZuPlaneMesh& mesh, const std::vector<ZuMeshContour>& contours) {
   ZuPoint2d low = mesh.Vertices().front().place, high = low;
   for (const ZuMeshVertex& v : mesh.Vertices()) {
     low = ZuPoint2d(std::min(low.x, v.place.x), std::min(low.y, v.place.y));
@@ -190,34 +192,36 @@ std::string ContourDrawing(const ZuPlaneMesh& mesh, const std::vector<ZuMeshCont
   }
   const double dScale = kDrawingSize / std::max(high.x - low.x, high.y - low.y);
   const double dMargin = 10.0;
-  Svg svg((high.x - low.x) * dScale + 2.0 * dMargin, (high.y - low.y) * dScale + 2.0 * dMargin);
-  const auto draw = [&](const std::vector<ZuPoint2d>& line, bool bClosed, const char* szStyle) {
+  Drawing drawing((high.x - low.x) * dScale + 2.0 * dMargin,
+                  (high.y - low.y) * dScale + 2.0 * dMargin);
+  const auto draw = [&](const std::vector<ZuPoint2d>& line, bool bClosed, const Style& style) {
     std::vector<std::pair<double, double>> pixels;
     for (const ZuPoint2d& p : line) {
       pixels.emplace_back(dMargin + (p.x - low.x) * dScale, dMargin + (high.y - p.y) * dScale);
     }
     if (bClosed) pixels.push_back(pixels.front());
-    svg.Polyline(pixels, szStyle);
+    drawing.Polyline(pixels, style);
   };
   for (const ZuMeshRim& rim : mesh.Rims()) {
     std::vector<ZuPoint2d> line;
     for (const int i : rim.vertices) line.push_back(mesh.Vertices()[static_cast<size_t>(i)].place);
-    draw(line, true, "fill='none' stroke='#999' stroke-width='1'");
+    draw(line, true, Pen(Ink::kZero, 1.0));
   }
   for (const ZuMeshContour& contour : contours) {
-    draw(contour.line, contour.bClosed, "fill='none' stroke='#8a5a2b' stroke-width='1'");
+    draw(contour.line, contour.bClosed, Pen(Ink::kBrown, 1.0));
     const ZuPoint2d& p = contour.line[contour.line.size() / 2];
-    svg.Text(dMargin + (p.x - low.x) * dScale, dMargin + (high.y - p.y) * dScale,
-             SvgNumber(contour.dLevel), 9.0);
+    drawing.Text(dMargin + (p.x - low.x) * dScale, dMargin + (high.y - p.y) * dScale,
+                 SvgNumber(contour.dLevel), 9.0);
   }
-  return svg.Document("Contours");
+  drawing.SetTitle("Contours");
+  return drawing;
 }
 
 void WriteContours(const MeshValues& values, const ZuPlaneMesh& mesh,
                    const std::vector<ZuMeshContour>& contours, Context& context) {
   std::ostream& stream = context.NewOutput(values.strContours).Stream();
   if (MeshEnding(values.strContours) == ".svg") {
-    stream << ContourDrawing(mesh, contours);
+    stream << SvgFileOf(ContourDrawing(mesh, contours));
     return;
   }
   stream << "line,level,closed,x,y,z\n";
@@ -236,7 +240,7 @@ void TellDoubles(const MeshInput& input, const ZuPlaneMesh& mesh, Context& conte
   Json& doubles = context.Root()["doubles"] = Json::array();
   if (mesh.Doubles().empty()) return;
   for (const ZuMeshDouble& d : mesh.Doubles()) {
-    if (!context.IsJson()) break;
+    if (!context.WantsRoot()) break;
     doubles.push_back({{"dropped", input.Label(d.iDropped)},
                        {"kept", input.Label(d.iKept)},
                        {"height", d.dHeight}});
@@ -330,6 +334,7 @@ ExitCode RunMesh(const MeshValues& values, Context& context) {
   TellMesh(mesh, context);
   TellDoubles(input, mesh, context);
   TellContours(contours, context);
+  if (context.WantsReport()) context.Report().drawings = {ContourDrawing(mesh, contours)};
   if (!values.strContours.empty()) WriteContours(values, mesh, contours, context);
   if (values.strOutput.empty()) return kGood;
   std::ostream& stream = context.NewOutput(values.strOutput).Stream();

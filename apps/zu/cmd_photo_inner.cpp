@@ -9,6 +9,7 @@
 #include "commands.h"
 #include "point_input.h"
 #include "project_files.h"
+#include "report_output.h"
 #include "text_table.h"
 #include "zu/adjust/first_trafo.h"
 #include "zu/foundation/file_name.h"
@@ -193,6 +194,7 @@ ExitCode Run(const Values& values, Context& context) {
   text << "\nRMS     " << Fixed(dRms, DecimalsFor(dLargest)) << " mm\nsigma0  "
        << SigmaText(fit.dSigma0, fit.sigmaOfResults, fit.iRedundancy) << '\n';
   FillInnerJson(first, kind, reseau, dRms, photo, &context.Root());
+  if (context.WantsReport()) context.Report().AddPlaces(reseau.GetCrossList());
   if (!values.strOut.empty()) WriteProjectFile(values.strOut, context, project);
   return fit.iSetAside > 0 ? kNotAcceptable : kGood;
 }

@@ -10,6 +10,7 @@
 #include "plane_orthogonal.h"
 #include "plane_values.h"
 #include "point_input.h"
+#include "report_output.h"
 #include "text_table.h"
 #include "trafo_check.h"
 #include "trafo_report.h"
@@ -182,12 +183,12 @@ ExitCode RunAxis(const Values& values, ZuPointList* pPoints, const PointRoles& r
                  const ZuPointList& checkPoints, Context& context) {
   ZuCalcPlane calc;
   Fit(values, pPoints, &calc);
-  if (context.IsJson()) {
+  if (context.WantsRoot()) {
     FillJson(calc, &context.Root());
     context.SetStatus(static_cast<int>(calc.GetZuPlaneStatus()), calc.GetZuPlaneStatusAsText());
-  } else {
-    WriteText(calc, context.Text());
+    context.Report().AddPlaces(*pPoints);
   }
+  WriteText(calc, context.Text());
   if (!values.strLog.empty()) WriteLog(values.strLog, calc, context);
   if (!values.strOutput.empty()) {
     WritePoints(calc.GetPointsInZuPlane(), values.format, &context.NewOutput(values.strOutput));
@@ -233,7 +234,7 @@ Runner DefinePlane(Options& options) {
   options.Output("-o,--output", "FEET", &pValues->strOutput,
                  "coordinate file of the foot points on the plane");
   return [pValues, options](Context& context) {
-    for (const char* szName : {"--sigma", "--alpha", "--alpha-total", "--report", "--all"}) {
+    for (const char* szName : {"--sigma", "--alpha", "--alpha-total", "--all"}) {
       if (!pValues->bAxis || !options.Given(szName)) continue;
       throw CommandError(kUsage, std::string("--axis tests nothing: not together with ") + szName);
     }

@@ -8,6 +8,7 @@
 #include "commands.h"
 #include "point_choice.h"
 #include "point_input.h"
+#include "report_output.h"
 #include "save_trafo.h"
 #include "svg.h"
 #include "text_table.h"
@@ -343,7 +344,7 @@ std::string Suspicious(const Result& result, const std::string& strUnit) {
   return TestVerdict(tested, strUnit);
 }
 
-std::string Page(const Values& values, const Result& result) {
+AdjustReport Page(const Values& values, const Result& result) {
   const ZuTrafo2dFit& fit = result.fit;
   const std::string strIn = " [" + values.adjust.strUnit + "]";
   const int iDecimals = DecimalsFor(result.dLargest);
@@ -411,7 +412,7 @@ std::string Page(const Values& values, const Result& result) {
   report.strTest = std::string("w of x and y, ") + ZuSigmaKindText(fit.sigmaOfTests);
   report.inputs.emplace_back("source", NameInMessages(values.strSource));
   report.inputs.emplace_back("control", NameInMessages(values.strControl));
-  return AdjustReportPage(report);
+  return report;
 }
 
 void Save(const Values& values, const Result& result, Context& context) {
@@ -483,9 +484,7 @@ ExitCode Run(const Values& values, Context& context) {
     WritePoints(&out, values.format, &context.NewOutput(values.strOutput));
   }
   if (!values.save.strFile.empty()) Save(values, result, context);
-  if (!values.adjust.strReport.empty()) {
-    context.NewOutput(values.adjust.strReport).Stream() << Page(values, result);
-  }
+  if (context.WantsReport()) context.Report().report = Page(values, result);
   std::vector<std::pair<std::string, double>> lengths;
   for (const Row& row : result.rows) {
     if (row.pTest->bUsed) lengths.emplace_back(PointLabel(*row.pSource), row.Length());

@@ -11,6 +11,7 @@
 #include "point_choice.h"
 #include "point_columns.h"
 #include "point_input.h"
+#include "report_output.h"
 #include "save_trafo.h"
 #include "similarity_page.h"
 #include "similarity_report.h"
@@ -232,7 +233,7 @@ ExitCode Run(const Values& values, Context& context) {
   root["rms"] = ToJson(RmsOf(residuals));
   AddSimilarity(result, names, &root);
   roles.AddJson(checks, 3, &root);
-  if (context.IsJson()) AddPoints(out, iSourcePoints, control, residuals, result, &root);
+  if (context.WantsRoot()) AddPoints(out, iSourcePoints, control, residuals, result, &root);
 
   if (!values.save.strFile.empty()) {
     SaveValues save = values.save;
@@ -244,9 +245,7 @@ ExitCode Run(const Values& values, Context& context) {
     SaveSimilarity(save, trafo, &result, values.format, context);
   }
   const SimilarityValues& adjust = values.adjust;
-  if (!adjust.strReport.empty()) {
-    if (!result.IsGood())
-      throw CommandError(kUndetermined, Files(values) + ": " + result.strReason);
+  if (context.WantsReport() && result.IsGood()) {
     const double dRms = RmsOf(residuals).Length();
     const SimilarityPage page = {
         "Spatial transformation",
@@ -256,7 +255,7 @@ ExitCode Run(const Values& values, Context& context) {
         adjust.strUnit,
         {{"source", NameInMessages(values.strSource)},
          {"control", NameInMessages(values.strControl)}}};
-    context.NewOutput(adjust.strReport).Stream() << PageOf(page, result, control);
+    context.Report().report = PageOf(page, result, control);
   }
   if (!values.strOutput.empty()) {
     WritePoints(&out, values.format, &context.NewOutput(values.strOutput));

@@ -6,6 +6,7 @@
 
 #include "adjust_options.h"
 #include "point_choice.h"
+#include "report_output.h"
 #include "svg.h"
 #include "table_decimals.h"
 #include "text_table.h"
@@ -64,6 +65,9 @@ Construction::Construction(const ConstructValues& values, Context& context)
     : m_values(values), m_context(context) {
   ReadPoints(values.strPoints, values.format, context, &m_points);
   GiveCommonIds("", context, &m_points, nullptr);
+  if (!context.WantsReport()) return;
+  context.Report().AddPlaces(m_points);
+  context.Report().bAllPlaces = true;
 }
 
 const ZuPoint& Construction::Find(const std::string& strName) const {

@@ -9,14 +9,21 @@
 #include <utility>
 
 #include "progress_line.h"
+#include "report_output.h"
 #include "zu/version.h"
 
 namespace cli {
 
 Context::Context(std::string strCommand, const Switches& switches)
-    : m_strCommand(std::move(strCommand)), m_switches(switches) {
+    : m_strCommand(std::move(strCommand)),
+      m_switches(switches),
+      m_pReport(std::make_unique<CommandReport>()) {
   m_text.imbue(std::locale::classic());
 }
+
+Context::~Context() = default;
+
+CommandReport& Context::Report() { return *m_pReport; }
 
 OutputFile& Context::NewOutput(const std::string& strPath) {
   m_outputs.push_back(std::make_unique<OutputFile>(strPath));
@@ -97,7 +104,8 @@ void Context::SetUnit(const std::string& strUnit) {
   if (m_strUnit.empty()) m_strUnit = strUnit;
 }
 
-Json Context::JsonOfCommand(ExitCode eCode) {
+const Json& Context::Result(ExitCode eCode) {
+  if (!m_result.is_null()) return m_result;
   Json json = {{"zu_version", ZuVersion()},
                {"command", m_strCommand.substr(m_strCommand.find(' ') + 1)},
                {"status", m_iStatus != 0 ? m_iStatus : static_cast<int>(eCode)},
@@ -105,7 +113,8 @@ Json Context::JsonOfCommand(ExitCode eCode) {
                {"unit", m_strUnit.empty() ? Json() : Json(m_strUnit)}};
   for (const auto& item : m_root.items()) json[item.key()] = std::move(item.value());
   json["warnings"] = m_warnings;
-  return json;
+  m_result = std::move(json);
+  return m_result;
 }
 
 void Context::Finish(ExitCode eCode) {
@@ -117,7 +126,7 @@ void Context::Finish(ExitCode eCode) {
     if (!pOutput->IsStandardOutput() && strLost.empty()) strLost = pOutput->Path();
   }
   const std::string strText = pStandard != nullptr ? ""
-                              : IsJson()           ? JsonText(JsonOfCommand(eCode))
+                              : IsJson()           ? JsonText(Result(eCode))
                                                    : m_text.str();
   FinishStandardOutput(pStandard != nullptr
                            ? pStandard->CopyToStandardOutput()

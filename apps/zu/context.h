@@ -15,6 +15,8 @@
 
 namespace cli {
 
+struct CommandReport;
+
 class Context {
  public:
   // The options that every command has; tolerant those alone that read points.
@@ -23,10 +25,13 @@ class Context {
     bool bQuiet = false;
     bool bStrict = false;
     bool bTolerant = false;
+    bool bReport = false;  // --report or --plot
   };
 
   // `strCommand` is the name in messages ("zu plane").
   Context(std::string strCommand, const Switches& switches);
+
+  ~Context();
 
   // The name in messages, and the arguments behind it as they were given.
   const std::string& Command() const { return m_strCommand; }
@@ -37,6 +42,9 @@ class Context {
   std::string CommandWith(const std::string& strOption, const std::string& strValue) const;
 
   bool IsJson() const { return m_switches.bJson; }
+  // The result object is needed: printed, or shown in a report.
+  bool WantsRoot() const { return m_switches.bJson || m_switches.bReport; }
+  bool WantsReport() const { return m_switches.bReport; }
   bool IsQuiet() const { return m_switches.bQuiet; }
   // Input with a warning is refused.
   bool IsStrict() const { return m_switches.bStrict; }
@@ -49,6 +57,10 @@ class Context {
   // keys of every command around them: zu_version, command, status, status_text and unit in front,
   // warnings behind. No command writes these itself.
   Json& Root() { return m_root; }
+  // What the report shows beside the object (report_output.h); used where WantsReport.
+  CommandReport& Report();
+  // The printed text so far.
+  std::string PrintedText() const { return m_text.str(); }
 
   // A result that is worse than its exit code tells: `iStatus` is the estimate's own number, not 0.
   // Without it, status is the exit code.
@@ -72,15 +84,18 @@ class Context {
   // Prints the result and renames the result files. A result file that goes to standard output
   // takes the place of the text. Throws CommandError.
   void Finish(ExitCode eCode);
+  // The whole object; after the command has run.
+  const Json& Result(ExitCode eCode);
 
  private:
   std::string m_strCommand;
   Switches m_switches;
   std::vector<std::string> m_arguments;
   std::ostringstream m_text;
-  Json JsonOfCommand(ExitCode eCode);
 
   Json m_root = Json::object();
+  Json m_result;  // empty before Result
+  std::unique_ptr<CommandReport> m_pReport;
   int m_iStatus = 0;
   std::string m_strStatus, m_strUnit;
   mutable Json m_warnings = Json::array();  // what was told, beside the result

@@ -11,14 +11,18 @@
 #include "progress_line.h"
 #include "project_files.h"
 #include "project_input.h"
+#include "report_output.h"
 #include "text_table.h"
 #include "zu/image/overlay.h"
+#include "zu/image/thumbnail.h"
 
 namespace cli {
 
 namespace {
 
 namespace fs = std::filesystem;
+
+constexpr size_t kMostDrawn = 12;  // pictures of a report
 
 // The photos of a project that pictures become.
 class Photos {
@@ -146,6 +150,33 @@ void WriteOverlay(const std::string& strFolder, const Picture& picture, const Fo
   ZuExportOverlay(output.Stream(), picture.image, found.points);
 }
 
+// The picture, pale, with a ring around each point.
+Drawing DetectionFigure(const Picture& picture, const Found& found) {
+  constexpr double kWidth = 480.0, kTop = 44.0;
+  constexpr size_t kMostLabelled = 120;
+  const double dScale = kWidth / picture.image.GetWidth();
+  const double dHeight = dScale * picture.image.GetHeight();
+  Drawing drawing(kWidth + 2.0, kTop + dHeight + 2.0);
+  drawing.SetTitle("Points found in " + picture.strPath);
+  const std::string strName = fs::path(picture.strPath).filename().string();
+  drawing.Text(1.0, 14.0, "Photo " + std::to_string(picture.pPhoto->GetId()) + ", " + strName, 14.0,
+               Anchor::eStart, 0.0, Bold(Ink::kHeading));
+  drawing.Text(1.0, 34.0,
+               Counted(static_cast<long long>(found.points.size()), "point") + ", median sd " +
+                   Fixed(MedianDeviation(found.points), 3) + " px",
+               12.0);
+  drawing.Picture(1.0, kTop, kWidth, dHeight, ZuMakeThumbnail(picture.image, 960), 0.6);
+  drawing.Rect(1.0, kTop, kWidth, dHeight, Pen(Ink::kFrame, 1.0));
+  for (const ZuDetectedPoint& p : found.points) {
+    const double x = 1.0 + dScale * (p.m_dX + 0.5), y = kTop + dScale * (p.m_dY + 0.5);
+    drawing.Circle(x, y, 3.0, Pen(Ink::kRed, 1.2));
+    if (found.points.size() > kMostLabelled) continue;
+    drawing.Text(x + 4.0, y - 3.0, std::to_string(p.m_uId), 9.0, Anchor::eStart, 0.0,
+                 Rimmed(Ink::kBlue));
+  }
+  return drawing;
+}
+
 }  // namespace
 
 void AddDetectOptions(Options& options, DetectValues* pValues) {
@@ -194,6 +225,9 @@ ExitCode DetectPictures(const DetectValues& values, Context& context, ZuProject*
     table.AddRow({std::to_string(picture.pPhoto->GetId()), picture.strPath,
                   std::to_string(found.points.size()), Fixed(MedianDeviation(found.points), 3)});
     context.Root()["photos"].push_back(JsonOf(picture, found));
+    if (context.WantsReport() && i < kMostDrawn) {
+      context.Report().drawings.push_back(DetectionFigure(picture, found));
+    }
     if (!values.strOverlay.empty()) WriteOverlay(values.strOverlay, picture, found, context);
   }
   if (uFound == 0) {

@@ -1,7 +1,5 @@
 #include "html_page.h"
 
-#include <chrono>
-#include <ctime>
 #include <fstream>
 
 #include "html_table.h"
@@ -29,10 +27,10 @@ struct DarkColor {
   const char *szLight, *szDark;
 };
 constexpr DarkColor kDarkColors[] = {
-    {"white", "#15191e"},   {"#fcfcfc", "#1b2027"}, {"#111", "#f0f3f6"},    {"#222", "#dfe4ea"},
-    {"#333", "#c9d1d9"},    {"#555", "#8b949e"},    {"#777", "#9aa4ae"},    {"#999", "#626b75"},
-    {"#ddd", "#30363d"},    {"#c1272d", "#ff7b72"}, {"#8aa4c4", "#5f86b5"}, {"#5b84b1", "#6ea8e6"},
-    {"#1f5fa8", "#6cb0ff"}, {"#2b8a3e", "#56d364"}, {"#b8860b", "#e3b341"}};
+    {"#ffffff", "#15191e"}, {"#fcfcfc", "#1b2027"}, {"#111111", "#f0f3f6"}, {"#222222", "#dfe4ea"},
+    {"#333333", "#c9d1d9"}, {"#555555", "#8b949e"}, {"#777777", "#9aa4ae"}, {"#999999", "#626b75"},
+    {"#dddddd", "#30363d"}, {"#c1272d", "#ff7b72"}, {"#8aa4c4", "#5f86b5"}, {"#5b84b1", "#6ea8e6"},
+    {"#1f5fa8", "#6cb0ff"}, {"#2b8a3e", "#56d364"}, {"#b8860b", "#e3b341"}, {"#8a5a2b", "#d9a066"}};
 
 std::string DarkStyle() {
   std::string strStyle =
@@ -45,15 +43,6 @@ std::string DarkStyle() {
     }
   }
   return strStyle + "}\n";
-}
-
-std::string Now() {
-  const std::time_t now = std::chrono::system_clock::to_time_t(std::chrono::system_clock::now());
-  std::tm parts{};
-  localtime_r(&now, &parts);
-  char szText[64];
-  std::strftime(szText, sizeof szText, "%Y-%m-%d %H:%M", &parts);
-  return szText;
 }
 
 }  // namespace
@@ -86,7 +75,7 @@ std::string HtmlPage(const std::string& strTitle, const std::string& strHeading,
          XmlText(strTitle) + "</title>\n<style>" + std::string(kStyle) + HtmlTableStyle() +
          DarkStyle() + "</style></head>\n<body>\n<h1>" + XmlText(strHeading) +
          "</h1>\n<p class='verdict'>" + XmlText(strVerdict) + "</p>\n" + strBody +
-         "<p class='note'>Made by zu " + ZuVersion() + " on " + Now() + ".</p>\n</body></html>\n";
+         "<p class='note'>Made by zu " + ZuVersion() + ".</p>\n</body></html>\n";
 }
 
 }  // namespace cli

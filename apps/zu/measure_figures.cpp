@@ -4,6 +4,7 @@
 #include <cmath>
 #include <map>
 
+#include "drawing.h"
 #include "residual_arrows.h"
 #include "svg.h"
 #include "text_table.h"
@@ -12,9 +13,9 @@ namespace cli {
 
 namespace {
 
-constexpr char kResidual[] = "stroke='#c1272d' stroke-width='1.1'";
-constexpr char kFaint[] = "stroke='#8aa4c4' stroke-width='0.8'";
-constexpr char kMean[] = "stroke='#c1272d' stroke-width='1.8'";
+constexpr Style kResidual = Pen(Ink::kRed, 1.1);
+constexpr Style kFaint = Pen(Ink::kFaint, 0.8);
+constexpr Style kMean = Pen(Ink::kRed, 1.8);
 constexpr double kQuantile = 0.95;
 constexpr double kPhotoWidth = 340.0, kPlotWidth = 480.0;
 constexpr size_t kMostPhotos = 24;
@@ -91,23 +92,24 @@ PhotoFigures::PhotoFigures(const ZuPlaneMeasurement& result) {
   m_dFactor = FactorFor(m_dTypical, kPhotoWidth / dWidest);
 }
 
-std::string PhotoFigures::Figure(const ZuMeasuredPhoto& photo) const {
+Drawing PhotoFigures::Figure(const ZuMeasuredPhoto& photo) const {
   ZuRegion region(photo.m_pPhoto->GetDigiRegion());
   region.Sort();
   const double dScale = kPhotoWidth / (region.Width() + 1.0);
   const double dHeight = (region.Height() + 1.0) * dScale;
-  Svg svg(kPhotoWidth + 2.0, dHeight + 44.0);
+  Drawing drawing(kPhotoWidth + 2.0, dHeight + 44.0);
   // Pixels count from the centre of the first one, y downwards.
   const auto X = [&](double x) { return 1.0 + (x - region.Left() + 0.5) * dScale; };
   const auto Y = [&](double y) { return 39.0 + (y - region.Bottom() + 0.5) * dScale; };
   const std::string strId = std::to_string(photo.m_pPhoto->GetId());
-  svg.Text(1.0, 13.0, "Photo " + strId + ", " + photo.m_pPhoto->GetName().chars(), 13.0, "start",
-           0.0, "fill='#111' font-weight='bold'");
-  svg.Text(1.0, 31.0,
-           photo.m_iChecked > 0 ? "RMS " + Fixed(photo.m_dRmsPixels, 3) + " px" : "no check points",
-           12.0);
-  ScaleBar(svg, kPhotoWidth, 27.0, m_dFactor * dScale, "px");
-  svg.Rect(1.0, 39.0, kPhotoWidth, dHeight, "fill='#fcfcfc' stroke='#555'");
+  drawing.Text(1.0, 13.0, "Photo " + strId + ", " + photo.m_pPhoto->GetName().chars(), 13.0,
+               Anchor::eStart, 0.0, Bold(Ink::kHeading));
+  drawing.Text(
+      1.0, 31.0,
+      photo.m_iChecked > 0 ? "RMS " + Fixed(photo.m_dRmsPixels, 3) + " px" : "no check points",
+      12.0);
+  ScaleBar(drawing, kPhotoWidth, 27.0, m_dFactor * dScale, "px");
+  drawing.Rect(1.0, 39.0, kPhotoWidth, dHeight, Framed(Ink::kField, Ink::kFrame));
   std::vector<Drawn> residuals, others;
   for (const ZuMeasuredPoint& p : photo.m_points) {
     const double x = X(p.m_dPixelX), y = Y(p.m_dPixelY), d = m_dFactor * dScale;
@@ -119,15 +121,16 @@ std::string PhotoFigures::Figure(const ZuMeasuredPhoto& photo) const {
     }
   }
   for (const Drawn& p : Thinned(std::move(others), m_uMost, kPhotoWidth, dHeight)) {
-    svg.Circle(p.segment.x1, p.segment.y1, 1.5, "fill='#777'");
+    drawing.Circle(p.segment.x1, p.segment.y1, 1.5, Filled(Ink::kNote));
   }
-  DrawResiduals(svg, Thinned(std::move(residuals), m_uMost, kPhotoWidth, dHeight), kResidual,
+  DrawResiduals(drawing, Thinned(std::move(residuals), m_uMost, kPhotoWidth, dHeight), kResidual,
                 kPhotoWidth);
-  return svg.Document("Residuals of photo " + strId);
+  drawing.SetTitle("Residuals of photo " + strId);
+  return drawing;
 }
 
-std::string PlanFigure(const ZuPlaneMeasurement& result, const ZuPointList& check,
-                       const std::string& strUnit) {
+Drawing PlanFigure(const ZuPlaneMeasurement& result, const ZuPointList& check,
+                   const std::string& strUnit) {
   const std::vector<Axis> axes = PlanAxes(check);
   const Axis &u = axes[0], &v = axes[1];
   const double dMargin = 0.08 * std::max(u.Spread(), v.Spread());
@@ -135,8 +138,8 @@ std::string PlanFigure(const ZuPlaneMeasurement& result, const ZuPointList& chec
       std::clamp((v.Spread() + 2.0 * dMargin) / (u.Spread() + 2.0 * dMargin), 0.3, 1.3);
   const double dWidth = kPlotWidth - 90.0;
   const double dHeight = std::isfinite(dAspect) ? dWidth * dAspect : dWidth;
-  Svg svg(kPlotWidth, dHeight + 130.0);
-  SvgPlot plot(svg, 76.0, 56.0, dWidth, dHeight, {u.dLow - dMargin, u.dHigh + dMargin},
+  Drawing drawing(kPlotWidth, dHeight + 130.0);
+  SvgPlot plot(drawing, 76.0, 56.0, dWidth, dHeight, {u.dLow - dMargin, u.dHigh + dMargin},
                {v.dLow - dMargin, v.dHigh + dMargin});
   plot.MakeSquareScale();
 
@@ -150,12 +153,12 @@ std::string PlanFigure(const ZuPlaneMeasurement& result, const ZuPointList& chec
     lengths.push_back(std::hypot(p.*u.pResidual, p.*v.pResidual));
   });
   const double dFactor = FactorFor(Quantile(std::move(lengths), kQuantile), plot.PixelsPerUnit());
-  svg.Text(76.0 + 0.5 * dWidth, 18.0, "Object points with residuals", 15.0, "middle", 0.0,
-           "fill='#111' font-weight='bold'");
+  drawing.Text(76.0 + 0.5 * dWidth, 18.0, "Object points with residuals", 15.0, Anchor::eMiddle,
+               0.0, Bold(Ink::kHeading));
   plot.DrawFrame("", std::string(u.szName) + " [" + strUnit + "]",
                  std::string(v.szName) + " [" + strUnit + "]");
-  ScaleBar(svg, 76.0 + dWidth, 40.0, dFactor * plot.PixelsPerUnit(), strUnit);
-  svg.Text(76.0, 44.0, "residuals drawn " + SvgNumber(dFactor) + " times as long", 12.0);
+  ScaleBar(drawing, 76.0 + dWidth, 40.0, dFactor * plot.PixelsPerUnit(), strUnit);
+  drawing.Text(76.0, 44.0, "residuals drawn " + SvgNumber(dFactor) + " times as long", 12.0);
 
   const ZuSortHelper<ZuPoint> index(&check);
   const auto drawn = [&](const ZuPoint& p, double du, double dv) {
@@ -175,21 +178,23 @@ std::string PlanFigure(const ZuPlaneMeasurement& result, const ZuPointList& chec
   // In one cell of a thinned plan the photos' residuals are one, too.
   single = Thinned(std::move(single), 2 * kMostOfPlan, dWidth, dHeight);
   mean = Thinned(std::move(mean), kMostOfPlan, dWidth, dHeight);
-  DrawResiduals(svg, single, kFaint, kPlotWidth);
-  std::vector<Svg::Segment> arrows;
+  DrawResiduals(drawing, single, kFaint, kPlotWidth);
+  std::vector<Drawing::Segment> arrows;
   for (const Drawn& d : mean) {
     const double dPixels = d.Pixels(), dShare = dPixels > kCutLength ? kCutLength / dPixels : 1.0;
-    const Svg::Segment& s = d.segment;
+    const Drawing::Segment& s = d.segment;
     arrows.push_back({s.x1, s.y1, s.x1 + dShare * (s.x2 - s.x1), s.y1 + dShare * (s.y2 - s.y1)});
   }
-  svg.Arrows(arrows, kMean);
-  svg.Dots(arrows, 2.0, "stroke='#222'");
-  svg.Text(76.0, dHeight + 108.0, "dot: check point; blue: residual of each photo;", 12.0);
-  svg.Text(76.0, dHeight + 124.0, "red: mean of the photos; yellow: cut, with its length", 12.0);
-  return svg.Document("Plan of the object points with residuals");
+  drawing.Arrows(arrows, kMean);
+  drawing.Dots(arrows, 2.0, Ink::kText);
+  drawing.Text(76.0, dHeight + 108.0, "dot: check point; blue: residual of each photo;", 12.0);
+  drawing.Text(76.0, dHeight + 124.0, "red: mean of the photos; yellow: cut, with its length",
+               12.0);
+  drawing.SetTitle("Plan of the object points with residuals");
+  return drawing;
 }
 
-std::string HistogramFigure(const ZuPlaneMeasurement& result, const std::string& strUnit) {
+Drawing HistogramFigure(const ZuPlaneMeasurement& result, const std::string& strUnit) {
   std::vector<double> lengths;
   ForEachChecked(result, [&](const ZuMeasuredPoint& p) { lengths.push_back(p.Length()); });
   const double dMost = *std::max_element(lengths.begin(), lengths.end());
@@ -204,28 +209,30 @@ std::string HistogramFigure(const ZuPlaneMeasurement& result, const std::string&
   }
   const int iHighest = *std::max_element(counts.begin(), counts.end());
 
-  Svg svg(kPlotWidth, 330.0);
+  Drawing drawing(kPlotWidth, 330.0);
   const double dBins = static_cast<double>(counts.size());
-  SvgPlot plot(svg, 76.0, 40.0, kPlotWidth - 90.0, 230.0, {0.0, dBin * dBins},
+  SvgPlot plot(drawing, 76.0, 40.0, kPlotWidth - 90.0, 230.0, {0.0, dBin * dBins},
                {0.0, 1.08 * std::max(iHighest, 1)});
   plot.DrawFrame("Lengths of the residuals", "length [" + strUnit + "]", "number of measurements");
   for (size_t i = 0; i < counts.size(); ++i) {
     if (counts[i] == 0) continue;
     const double x = plot.X(dBin * static_cast<double>(i));
     const double y = plot.Y(counts[i]);
-    svg.Rect(x + 1.0, y, plot.X(dBin * static_cast<double>(i + 1)) - x - 2.0, plot.Y(0.0) - y,
-             "fill='#5b84b1'");
+    drawing.Rect(x + 1.0, y, plot.X(dBin * static_cast<double>(i + 1)) - x - 2.0, plot.Y(0.0) - y,
+                 Filled(Ink::kBar));
   }
   if (result.m_dRms < dBin * dBins) {
-    svg.Line(plot.X(result.m_dRms), 40.0, plot.X(result.m_dRms), 270.0,
-             "stroke='#c1272d' stroke-width='1.5' stroke-dasharray='5 3'");
-    svg.Text(plot.X(result.m_dRms) + 5.0, 54.0, "RMS", 12.0, "start", 0.0, "fill='#c1272d'");
+    drawing.Line(plot.X(result.m_dRms), 40.0, plot.X(result.m_dRms), 270.0,
+                 Pen(Ink::kRed, 1.5, 5.0, 3.0));
+    drawing.Text(plot.X(result.m_dRms) + 5.0, 54.0, "RMS", 12.0, Anchor::eStart, 0.0,
+                 Filled(Ink::kRed));
   }
   if (iBeyond > 0) {
-    svg.Text(kPlotWidth - 18.0, 70.0, std::to_string(iBeyond) + " beyond, to " + Significant(dMost),
-             12.0, "end");
+    drawing.Text(kPlotWidth - 18.0, 70.0,
+                 std::to_string(iBeyond) + " beyond, to " + Significant(dMost), 12.0, Anchor::eEnd);
   }
-  return svg.Document("Histogram of the residuals");
+  drawing.SetTitle("Histogram of the residuals");
+  return drawing;
 }
 
 }  // namespace cli

@@ -7,6 +7,7 @@
 
 #include <string>
 
+#include "drawing.h"
 #include "measure_run.h"
 
 namespace cli {
@@ -22,7 +23,7 @@ class PhotoFigures {
   const std::vector<const ZuMeasuredPhoto*>& Photos() const { return m_photos; }
   bool IsThinned() const { return m_bThinned; }
 
-  std::string Figure(const ZuMeasuredPhoto& photo) const;
+  Drawing Figure(const ZuMeasuredPhoto& photo) const;
 
  private:
   std::vector<const ZuMeasuredPhoto*> m_photos;
@@ -34,10 +35,10 @@ class PhotoFigures {
 
 // Plan of the check points with the residuals of all photos and their mean, in the two axes in
 // which the points spread most.
-std::string PlanFigure(const ZuPlaneMeasurement& result, const ZuPointList& check,
-                       const std::string& strUnit);
+Drawing PlanFigure(const ZuPlaneMeasurement& result, const ZuPointList& check,
+                   const std::string& strUnit);
 
 // How often residuals of a length occur; those beyond five times the 95 % quantile in one bar.
-std::string HistogramFigure(const ZuPlaneMeasurement& result, const std::string& strUnit);
+Drawing HistogramFigure(const ZuPlaneMeasurement& result, const std::string& strUnit);
 
 }  // namespace cli

@@ -225,7 +225,8 @@ std::string CameraCurves(const ZuPlaneMeasurement& result) {
   for (const ZuMeasuredPhoto& photo : result.m_photos) {
     const ZuCamera& camera = photo.m_pPhoto->GetCamera();
     if (shown.size() >= kCameraCurves || !shown.insert(camera.GetId()).second) continue;
-    strCurves += "<figure>" + DistortionCurve(camera, PhotoExtent(*photo.m_pPhoto), 480.0, 320.0) +
+    strCurves += "<figure>" +
+                 SvgOf(DistortionCurve(camera, PhotoExtent(*photo.m_pPhoto), 480.0, 320.0)) +
                  "<figcaption>" +
                  XmlText("Camera " + std::to_string(camera.GetId()) + " \"" +
                          camera.GetName().chars() + "\": c = " + SvgNumber(std::fabs(camera.m_dC)) +
@@ -259,11 +260,12 @@ std::string Residuals(const ZuPlaneMeasurement& result, const ReportInput& input
   }
   if (figures.IsThinned()) strNote += " Of crowded residuals the longest of each cell is drawn.";
   std::string strPhotos = "<div class='row photos'>\n";
-  for (const ZuMeasuredPhoto* p : figures.Photos()) strPhotos += figures.Figure(*p);
+  for (const ZuMeasuredPhoto* p : figures.Photos()) strPhotos += SvgOf(figures.Figure(*p));
   return LongSection("Residuals in the photos", strNote, strPhotos + "</div>\n") +
          Section("Residuals in the object",
-                 "<div class='row'><figure>" + PlanFigure(result, *input.pCheck, input.strUnit) +
-                     "</figure>\n<figure>" + HistogramFigure(result, input.strUnit) +
+                 "<div class='row'><figure>" +
+                     SvgOf(PlanFigure(result, *input.pCheck, input.strUnit)) +
+                     "</figure>\n<figure>" + SvgOf(HistogramFigure(result, input.strUnit)) +
                      "</figure></div>\n");
 }
 
@@ -297,6 +299,11 @@ std::string MeasureReport(const ZuPlaneMeasurement& result, const ReportInput& i
   strBody += CoordinateTable(result, input) + PlaneText(result, input.strUnit);
   strBody += CameraCurves(result) + OrientationTable(result, input.strUnit) + Inputs(input);
   return HtmlPage("Measurement report", "Measurement on a plane", strVerdict, strBody);
+}
+
+Drawing MeasurePicture(const ZuPlaneMeasurement& result, const ReportInput& input) {
+  if (result.m_iChecked > 0) return PlanFigure(result, *input.pCheck, input.strUnit);
+  return PhotoFigures(result).Figure(result.m_photos.front());
 }
 
 }  // namespace cli

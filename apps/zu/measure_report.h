@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "drawing.h"
 #include "measure_accuracy.h"
 #include "measure_run.h"
 
@@ -27,5 +28,7 @@ struct ReportInput {
 std::string VerdictOf(const ZuPlaneMeasurement& result, const std::string& strUnit);
 
 std::string MeasureReport(const ZuPlaneMeasurement& result, const ReportInput& input);
+// Its main picture: the plan with residuals, or where nothing is checked the worst photo.
+Drawing MeasurePicture(const ZuPlaneMeasurement& result, const ReportInput& input);
 
 }  // namespace cli

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "drawing.h"
 #include "residual_arrows.h"
 #include "svg.h"
 #include "text_table.h"
@@ -19,10 +20,10 @@ constexpr double kMicrometres = 1000.0;
 constexpr size_t kMostArrows = 1500;
 constexpr int kColumns = 12, kLeast = 3;  // cells of a row; residuals of a cell that count
 constexpr int kSteps = 100;
-constexpr char kUsed[] = "stroke='#1f5fa8' stroke-width='1.1'";
-constexpr char kAside[] = "stroke='#c1272d' stroke-width='1.4'";
-constexpr char kFrame[] = "fill='#fcfcfc' stroke='#555'";
-constexpr const char* kColors[] = {"#1f5fa8", "#c1272d", "#2b8a3e", "#b8860b"};
+constexpr Style kUsed = Pen(Ink::kBlue, 1.1);
+constexpr Style kAside = Pen(Ink::kRed, 1.4);
+constexpr Style kFrame = Framed(Ink::kField, Ink::kFrame);
+constexpr Color kColors[] = {Ink::kBlue, Ink::kRed, Ink::kGreen, Ink::kYellow};
 
 // A frame of pixels in a drawing: pixels count from the centre of the first one, y downwards.
 class PixelFrame {
@@ -111,16 +112,16 @@ double ResidualFactor(const std::vector<ImageResidual>& residuals, double dWides
   return FactorFor(Quantile(std::move(lengths), kQuantile), kPhotoWidth / (dWidest + 1.0));
 }
 
-std::string ResidualFigure(const std::string& strTitle, const std::string& strNote,
-                           const ZuRegion& frame, const std::vector<ImageResidual>& residuals,
-                           double dFactor, const std::string& strPicture) {
+Drawing ResidualFigure(const std::string& strTitle, const std::string& strNote,
+                       const ZuRegion& frame, const std::vector<ImageResidual>& residuals,
+                       double dFactor, const std::string& strPicture) {
   const PixelFrame pixels(frame, kPhotoWidth, 39.0);
-  Svg svg(kPhotoWidth + 2.0, pixels.Height() + 44.0);
-  svg.Text(1.0, 13.0, strTitle, 13.0, "start", 0.0, "fill='#111' font-weight='bold'");
-  svg.Text(1.0, 31.0, strNote, 12.0);
-  ScaleBar(svg, kPhotoWidth, 27.0, dFactor * pixels.Scale(), "px");
-  svg.Rect(1.0, 39.0, kPhotoWidth, pixels.Height(), kFrame);
-  if (!strPicture.empty()) svg.Picture(1.0, 39.0, kPhotoWidth, pixels.Height(), strPicture);
+  Drawing drawing(kPhotoWidth + 2.0, pixels.Height() + 44.0);
+  drawing.Text(1.0, 13.0, strTitle, 13.0, Anchor::eStart, 0.0, Bold(Ink::kHeading));
+  drawing.Text(1.0, 31.0, strNote, 12.0);
+  ScaleBar(drawing, kPhotoWidth, 27.0, dFactor * pixels.Scale(), "px");
+  drawing.Rect(1.0, 39.0, kPhotoWidth, pixels.Height(), kFrame);
+  if (!strPicture.empty()) drawing.Picture(1.0, 39.0, kPhotoWidth, pixels.Height(), strPicture);
   std::vector<Drawn> used, aside;
   for (const ImageResidual& r : residuals) {
     const double x = pixels.X(r.x), y = pixels.Y(r.y), d = dFactor * pixels.Scale();
@@ -128,13 +129,14 @@ std::string ResidualFigure(const std::string& strTitle, const std::string& strNo
   }
   for (auto* p : {&used, &aside}) {
     *p = Thinned(std::move(*p), kMostArrows, kPhotoWidth, pixels.Height());
-    DrawResiduals(svg, *p, p == &used ? kUsed : kAside, kPhotoWidth);
+    DrawResiduals(drawing, *p, p == &used ? kUsed : kAside, kPhotoWidth);
   }
-  return svg.Document("Residuals of " + strTitle);
+  drawing.SetTitle("Residuals of " + strTitle);
+  return drawing;
 }
 
-std::string MeanResidualFigure(const std::string& strTitle, const ZuRegion& frame,
-                               const std::vector<ImageResidual>& residuals) {
+std::optional<Drawing> MeanResidualFigure(const std::string& strTitle, const ZuRegion& frame,
+                                          const std::vector<ImageResidual>& residuals) {
   const PixelFrame pixels(frame, kCellWidth, 44.0);
   const double dCell = (frame.Width() + 1.0) / kColumns;
   const int iRows = std::clamp(static_cast<int>(std::ceil((frame.Height() + 1.0) / dCell)), 1, 60);
@@ -150,9 +152,9 @@ std::string MeanResidualFigure(const std::string& strTitle, const ZuRegion& fram
   for (const Cell& cell : cells) {
     if (cell.n >= kLeast) lengths.push_back(std::hypot(cell.x, cell.y) / cell.n);
   }
-  if (lengths.empty()) return "";
+  if (lengths.empty()) return std::nullopt;
   const double dFactor = FactorFor(Quantile(std::move(lengths), kQuantile), pixels.Scale());
-  std::vector<Svg::Segment> left, none;
+  std::vector<Drawing::Segment> left, none;
   for (int i = 0; i < kColumns * iRows; ++i) {
     const Cell& cell = cells[static_cast<size_t>(i)];
     if (cell.n < kLeast) continue;
@@ -161,19 +163,20 @@ std::string MeanResidualFigure(const std::string& strTitle, const ZuRegion& fram
     const double d = dFactor * pixels.Scale() / cell.n;
     (cell.IsLeft() ? left : none).push_back({x, y, x + d * cell.x, y + d * cell.y});
   }
-  Svg svg(kCellWidth + 2.0, pixels.Height() + 50.0);
-  svg.Text(1.0, 14.0, strTitle, 14.0, "start", 0.0, "fill='#111' font-weight='bold'");
-  svg.Text(1.0, 34.0, "drawn " + SvgNumber(dFactor) + " times as long", 12.0);
-  ScaleBar(svg, kCellWidth, 30.0, dFactor * pixels.Scale(), "px");
-  svg.Rect(1.0, 44.0, kCellWidth, pixels.Height(), kFrame);
-  svg.Arrows(none, kUsed);
-  svg.Arrows(left, kAside);
-  return svg.Document(strTitle);
+  Drawing drawing(kCellWidth + 2.0, pixels.Height() + 50.0);
+  drawing.Text(1.0, 14.0, strTitle, 14.0, Anchor::eStart, 0.0, Bold(Ink::kHeading));
+  drawing.Text(1.0, 34.0, "drawn " + SvgNumber(dFactor) + " times as long", 12.0);
+  ScaleBar(drawing, kCellWidth, 30.0, dFactor * pixels.Scale(), "px");
+  drawing.Rect(1.0, 44.0, kCellWidth, pixels.Height(), kFrame);
+  drawing.Arrows(none, kUsed);
+  drawing.Arrows(left, kAside);
+  drawing.SetTitle(strTitle);
+  return drawing;
 }
 
-std::string DistortionBandFigure(const ZuCamera& camera, ImageExtent image,
-                                 const std::vector<int>& parameters,
-                                 const std::vector<double>& cov) {
+std::optional<Drawing> DistortionBandFigure(const ZuCamera& camera, ImageExtent image,
+                                            const std::vector<int>& parameters,
+                                            const std::vector<double>& cov) {
   const double dReach =
       std::hypot(std::max(image.dRight - camera.m_dXh, camera.m_dXh - image.dLeft),
                  std::max(image.dTop - camera.m_dYh, camera.m_dYh - image.dBottom));
@@ -197,26 +200,25 @@ std::string DistortionBandFigure(const ZuCamera& camera, ImageExtent image,
       y.dHigh = std::max(y.dHigh, curve.high[i].second);
     }
   }
-  if (!(x.dHigh > 0.0) || !(y.dHigh > y.dLow)) return "";
-  Svg svg(kCellWidth, 330.0);
-  SvgPlot plot(svg, 90.0, 34.0, kCellWidth - 110.0, 236.0, x, y);
+  if (!(x.dHigh > 0.0) || !(y.dHigh > y.dLow)) return std::nullopt;
+  Drawing drawing(kCellWidth, 330.0);
+  SvgPlot plot(drawing, 90.0, 34.0, kCellWidth - 110.0, 236.0, x, y);
   plot.DrawFrame("Distortion of camera " + std::to_string(camera.GetId()),
                  "distance from the principal point [mm]", "radial [\xC2\xB5m]");
-  const auto draw = [&](std::vector<std::pair<double, double>> points,
-                        const std::string& strStyle) {
+  const auto draw = [&](std::vector<std::pair<double, double>> points, const Style& style) {
     for (auto& point : points) point = {plot.X(point.first), plot.Y(point.second)};
-    svg.Polyline(points, strStyle);
+    drawing.Polyline(points, style);
   };
   for (size_t i = 0; i < curves.size(); ++i) {
-    const std::string strColor = std::string("stroke='") + kColors[i] + "'";
-    draw(curves[i].line, strColor + " stroke-width='1.8'");
+    draw(curves[i].line, Pen(kColors[i], 1.8));
     for (const auto& bound : {curves[i].low, curves[i].high}) {
-      draw(bound, strColor + " stroke-width='1' stroke-dasharray='4 3'");
+      draw(bound, Pen(kColors[i], 1.0, 4.0, 3.0));
     }
-    svg.Text(100.0 + 90.0 * static_cast<double>(i), 52.0, curves[i].strName, 12.0, "start", 0.0,
-             std::string("fill='") + kColors[i] + "'");
+    drawing.Text(100.0 + 90.0 * static_cast<double>(i), 52.0, curves[i].strName, 12.0,
+                 Anchor::eStart, 0.0, Filled(kColors[i]));
   }
-  return svg.Document("Distortion with its uncertainty");
+  drawing.SetTitle("Distortion with its uncertainty");
+  return drawing;
 }
 
 }  // namespace cli

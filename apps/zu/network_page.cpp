@@ -70,7 +70,7 @@ class Page {
     }
   }
 
-  std::string Html() {
+  AdjustReport Report() {
     m_report.strTitle = "Adjustment of a network";
     m_report.strUnit = m_page.strUnit;
     m_report.strVerdict = Verdict();
@@ -82,7 +82,7 @@ class Page {
     m_report.strSections = Warnings() + MeanResiduals() + Distortions() + Residuals();
     AddTests();
     AddTables();
-    return AdjustReportPage(m_report);
+    return m_report;
   }
 
  private:
@@ -280,8 +280,8 @@ class Page {
       }
       if (all.empty() || !(frame.Width() > 0.0)) continue;
       const std::string strTitle = "Camera " + Id(m_result.cameras[i].GetId());
-      const std::string strFigure = MeanResidualFigure(strTitle, frame, all);
-      if (!strFigure.empty()) strFigures += "<figure>" + strFigure + "</figure>\n";
+      const auto figure = MeanResidualFigure(strTitle, frame, all);
+      if (figure) strFigures += "<figure>" + SvgOf(*figure) + "</figure>\n";
     }
     if (strFigures.empty()) return "";
     return LongSection("What the cameras' models left",
@@ -307,9 +307,9 @@ class Page {
       for (const int k : Estimated(i)) {
         unknowns.push_back({ZuNetworkUnknown::Camera, static_cast<int>(i), k});
       }
-      const std::string strFigure =
+      const auto figure =
           DistortionBandFigure(camera, image, Estimated(i), m_result.Covariance(unknowns));
-      if (!strFigure.empty()) strFigures += "<figure>" + strFigure + "</figure>\n";
+      if (figure) strFigures += "<figure>" + SvgOf(*figure) + "</figure>\n";
     }
     if (strFigures.empty()) return "";
     return LongSection("Distortion",
@@ -341,10 +341,10 @@ class Page {
     for (const size_t i : order) {
       const ZuRegion frame = FrameOf(i);
       if (!(frame.Width() > 0.0)) continue;
-      strFigures += ResidualFigure(
+      strFigures += SvgOf(ResidualFigure(
           "Photo " + Id(m_network.photos[i].uId) + ", " + NameOf(i),
           "RMS " + Significant(m_photos[i].Rms()) + " px, " + Counted(m_photos[i].iUsed, "point"),
-          frame, m_photos[i].residuals, dFactor, PictureOf(i));
+          frame, m_photos[i].residuals, dFactor, PictureOf(i)));
     }
     return LongSection("Residuals in the photos",
                        "Adjusted less measured, drawn " + SvgNumber(dFactor) +
@@ -497,9 +497,9 @@ class Page {
 
 }  // namespace
 
-std::string NetworkReport(const NetworkPage& page, const ZuNetworkOfProject& made,
-                          const ZuNetworkResult& result, const ZuProject& project) {
-  return Page(page, made, result, project).Html();
+AdjustReport NetworkReport(const NetworkPage& page, const ZuNetworkOfProject& made,
+                           const ZuNetworkResult& result, const ZuProject& project) {
+  return Page(page, made, result, project).Report();
 }
 
 }  // namespace cli

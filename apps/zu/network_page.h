@@ -6,6 +6,7 @@
 #include <utility>
 #include <vector>
 
+#include "adjust_report.h"
 #include "zu/adjust/network_project.h"
 
 class ZuPhoto;
@@ -23,7 +24,7 @@ struct NetworkPage {
 };
 
 // `project` tells the frames of the images; `result` is good.
-std::string NetworkReport(const NetworkPage& page, const ZuNetworkOfProject& made,
-                          const ZuNetworkResult& result, const ZuProject& project);
+AdjustReport NetworkReport(const NetworkPage& page, const ZuNetworkOfProject& made,
+                           const ZuNetworkResult& result, const ZuProject& project);
 
 }  // namespace cli

@@ -21,7 +21,7 @@ constexpr std::uintmax_t kMostTested = 8000000;  // bytes of a text file whose p
 // Options that go by points.
 bool NeedsPoints(const PlaneValues& values) {
   return values.bAxis || values.adjust.dSigma > 0.0 || values.choice.IsAsked() ||
-         !values.adjust.strReport.empty() || !values.strLog.empty() || !values.strOutput.empty();
+         !values.strLog.empty() || !values.strOutput.empty();
 }
 
 void AddFigures(const ZuCloudPlane& fit, Json* pRoot) {

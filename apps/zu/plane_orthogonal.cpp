@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "adjust_report.h"
+#include "report_output.h"
 #include "svg.h"
 #include "table_decimals.h"
 #include "text_table.h"
@@ -235,7 +236,7 @@ void OrthogonalPlane::WriteFeet(Context& context) const {
   WritePoints(&feet, m_values.format, &context.NewOutput(m_values.strOutput));
 }
 
-std::string OrthogonalPlane::Page() const {
+AdjustReport OrthogonalPlane::Page() const {
   const ZuFitResult& fit = m_plane.fit;
   const ZuPlane& plane = m_plane.plane;
   AdjustReport report;
@@ -309,20 +310,15 @@ std::string OrthogonalPlane::Page() const {
   report.dLimit = TestLimit();
   report.strTest = std::string("w, ") + ZuSigmaKindText(fit.sigmaOfTests);
   report.inputs = {{"points", NameInMessages(m_values.strPoints)}};
-  return AdjustReportPage(report);
+  return report;
 }
 
 ExitCode OrthogonalPlane::Report(Context& context) {
   const ZuFitResult& fit = m_plane.fit;
-  if (context.IsJson()) {
-    FillJson(&context.Root());
-  } else {
-    WriteText(context.Text());
-  }
+  if (context.WantsRoot()) FillJson(&context.Root());
+  WriteText(context.Text());
   if (!m_values.strOutput.empty()) WriteFeet(context);
-  if (!m_values.adjust.strReport.empty()) {
-    context.NewOutput(m_values.adjust.strReport).Stream() << Page();
-  }
+  if (context.WantsReport()) context.Report().report = Page();
   return context.IsStrict() && fit.iSetAside > 0 ? kNotAcceptable : kGood;
 }
 

@@ -46,7 +46,7 @@ class OrthogonalPlane {
   void WriteText(std::ostream& stream) const;
   void FillJson(Json* pRoot) const;
   void WriteFeet(Context& context) const;
-  std::string Page() const;
+  AdjustReport Page() const;
   double TestLimit() const;
 
   const PlaneValues& m_values;

@@ -5,8 +5,8 @@
 #include <filesystem>
 #include <stdexcept>
 
+#include "drawing.h"
 #include "exit_code.h"
-#include "sheet_paper.h"
 #include "svg.h"
 #include "zu/foundation/strict_number.h"
 
@@ -22,9 +22,7 @@ constexpr double kShort = 1e-9;      // a label that misses the border by this p
 constexpr double kMostSide = 5000.0;
 constexpr double kLetter = 2.5, kTitle = 3.5;
 constexpr double kResolution = 25.4 / 300.0;
-constexpr SheetPaper::Color kBlack{0.0, 0.0, 0.0};
-constexpr SheetPaper::Color kGrid{0.55, 0.55, 0.55};
-constexpr SheetPaper::Color kPoint{0.8, 0.1, 0.1};
+constexpr Color kBlack{0, 0, 0}, kGrid{140, 140, 140}, kPoint{204, 26, 26};
 
 std::string EndingOf(const std::string& strFile) {
   std::string strEnding = std::filesystem::path(strFile).extension().string();
@@ -58,12 +56,13 @@ class Sheet {
   double PaperWidth() const { return kLeft + std::max(m_dWidth, 2.0 * kBar) + kRight; }
   double PaperHeight() const { return kTop + m_dHeight + kBottom; }
 
-  void Draw(SheetPaper* pPaper) const {
-    pPaper->Text(kLeft, kTop - 7.0, m_content.strTitle, kTitle, SheetPaper::eStart, kBlack);
-    pPaper->Picture(kLeft, kTop, m_dWidth, m_dHeight, m_content.strJpeg);
+  void Draw(Drawing* pPaper) const {
+    pPaper->Text(kLeft, kTop - 7.0, m_content.strTitle, kTitle, Anchor::eStart, 0.0,
+                 Filled(kBlack));
+    pPaper->Picture(kLeft, kTop, m_dWidth, m_dHeight, m_content.strJpeg, 1.0);
     DrawGrid(pPaper);
     DrawPoints(pPaper);
-    pPaper->Box(kLeft, kTop, m_dWidth, m_dHeight, 0.3, false);
+    pPaper->Rect(kLeft, kTop, m_dWidth, m_dHeight, Pen(kBlack, 0.3));
     DrawScale(pPaper);
   }
 
@@ -79,7 +78,7 @@ class Sheet {
     return lines;
   }
 
-  void DrawGrid(SheetPaper* pPaper) const {
+  void DrawGrid(Drawing* pPaper) const {
     const double dAsked = kLeastGrid * m_dUnits;
     double dStep = SvgRoundDown(dAsked);
     if (dStep < dAsked) dStep = SvgRoundDown(2.6 * dStep);  // from 1 to 2, 2 to 5, 5 to 10
@@ -88,46 +87,50 @@ class Sheet {
     const auto ys = Lines(m_content.region.Bottom(), m_content.region.Top(), dStep);
     const SvgTickLabels labelsX(xs), labelsY(ys);
     for (size_t i = 0; i < xs.size(); ++i) {
-      pPaper->Line(X(xs[i]), kTop, X(xs[i]), dBottom, 0.1, kGrid);
-      pPaper->Text(X(xs[i]), dBottom + 4.0, labelsX.texts[i], kLetter, SheetPaper::eMiddle, kBlack);
+      pPaper->Line(X(xs[i]), kTop, X(xs[i]), dBottom, Pen(kGrid, 0.1));
+      pPaper->Text(X(xs[i]), dBottom + 4.0, labelsX.texts[i], kLetter, Anchor::eMiddle, 0.0,
+                   Filled(kBlack));
     }
     for (size_t i = 0; i < ys.size(); ++i) {
-      pPaper->Line(kLeft, Y(ys[i]), dRight, Y(ys[i]), 0.1, kGrid);
-      pPaper->Text(kLeft - 1.5, Y(ys[i]) + 0.9, labelsY.texts[i], kLetter, SheetPaper::eEnd,
-                   kBlack);
+      pPaper->Line(kLeft, Y(ys[i]), dRight, Y(ys[i]), Pen(kGrid, 0.1));
+      pPaper->Text(kLeft - 1.5, Y(ys[i]) + 0.9, labelsY.texts[i], kLetter, Anchor::eEnd, 0.0,
+                   Filled(kBlack));
     }
     const std::string strX = "X" + labelsX.strOffset, strY = "Y" + labelsY.strOffset;
     pPaper->Text(dRight, dBottom + 8.0, strX + " [" + m_options.strUnit + "]", kLetter,
-                 SheetPaper::eEnd, kBlack);
-    pPaper->Text(kLeft, kTop - 2.0, strY + " [" + m_options.strUnit + "]", kLetter,
-                 SheetPaper::eStart, kBlack);
+                 Anchor::eEnd, 0.0, Filled(kBlack));
+    pPaper->Text(kLeft, kTop - 2.0, strY + " [" + m_options.strUnit + "]", kLetter, Anchor::eStart,
+                 0.0, Filled(kBlack));
   }
 
-  void DrawPoints(SheetPaper* pPaper) const {
+  void DrawPoints(Drawing* pPaper) const {
     const ZuRegion& region = m_content.region;
     for (const SheetPoint& point : m_content.points) {
       if (!(point.x >= region.Left() && point.x <= region.Right() && point.y >= region.Bottom() &&
             point.y <= region.Top())) {
         continue;
       }
-      pPaper->Ring(X(point.x), Y(point.y), 0.8, 0.2, kPoint);
-      pPaper->Text(X(point.x) + 1.2, Y(point.y) - 1.0, point.strLabel, kLetter, SheetPaper::eStart,
-                   kPoint);
+      pPaper->Circle(X(point.x), Y(point.y), 0.8, Pen(kPoint, 0.2));
+      pPaper->Text(X(point.x) + 1.2, Y(point.y) - 1.0, point.strLabel, kLetter, Anchor::eStart, 0.0,
+                   Filled(kPoint));
     }
   }
 
   // Four parts, every other one black.
-  void DrawScale(SheetPaper* pPaper) const {
+  void DrawScale(Drawing* pPaper) const {
     const double dLength = SvgRoundDown(kBar * m_dUnits), dPart = dLength / 4.0 / m_dUnits;
     const double y = kTop + m_dHeight + 13.0;
-    for (int i = 0; i < 4; ++i) pPaper->Box(kLeft + i * dPart, y, dPart, 1.5, 0.15, i % 2 == 0);
+    for (int i = 0; i < 4; ++i) {
+      pPaper->Rect(kLeft + i * dPart, y, dPart, 1.5,
+                   i % 2 == 0 ? Framed(kBlack, kBlack, 0.15) : Pen(kBlack, 0.15));
+    }
     for (const int i : {0, 2, 4}) {
       const std::string strUnit = i == 4 ? " " + m_options.strUnit : "";
       pPaper->Text(kLeft + i * dPart, y + 5.0, SvgNumber(dLength * i / 4.0) + strUnit, kLetter,
-                   i == 4 ? SheetPaper::eStart : SheetPaper::eMiddle, kBlack);
+                   i == 4 ? Anchor::eStart : Anchor::eMiddle, 0.0, Filled(kBlack));
     }
-    pPaper->Text(kLeft + 4.0 * dPart + 6.0, y + 1.5, m_options.strScale, kTitle, SheetPaper::eStart,
-                 kBlack);
+    pPaper->Text(kLeft + 4.0 * dPart + 6.0, y + 1.5, m_options.strScale, kTitle, Anchor::eStart,
+                 0.0, Filled(kBlack));
   }
 
   const SheetContent& m_content;
@@ -181,11 +184,11 @@ double SheetPixel(const SheetOptions& options) {
 std::string MakeSheet(const SheetContent& content, const SheetOptions& options,
                       const std::string& strFile) {
   const Sheet sheet(content, options);
-  const auto pPaper = (EndingOf(strFile) == ".svg" ? MakeSvgPaper : MakePdfPaper)(
-      sheet.PaperWidth(), sheet.PaperHeight(), content.strTitle);
-  sheet.Draw(pPaper.get());
+  Drawing paper(sheet.PaperWidth(), sheet.PaperHeight(), Drawing::eUnit::eMillimetre);
+  paper.SetTitle(content.strTitle);
+  sheet.Draw(&paper);
   try {
-    return pPaper->Bytes();
+    return EndingOf(strFile) == ".svg" ? SvgFileOf(paper) : PdfOf(paper);
   } catch (const std::runtime_error& error) {
     throw CommandError(kCannotWrite, strFile + ": " + error.what());
   }

@@ -9,8 +9,8 @@ namespace {
 
 constexpr double kTypicalLength = 24.0;  // of the 95 % quantile, drawn [px]
 constexpr size_t kCutLabels = 8;         // of a drawing
-constexpr char kCut[] = "stroke='#b8860b' stroke-width='1.6'";
-constexpr char kBar[] = "stroke='#222' stroke-width='2'";
+constexpr Style kCut = Pen(Ink::kYellow, 1.6);
+constexpr Style kBar = Pen(Ink::kText, 2.0);
 
 }  // namespace
 
@@ -44,9 +44,9 @@ std::vector<Drawn> Thinned(std::vector<Drawn> all, size_t uMost, double dWidth, 
   return result;
 }
 
-void DrawResiduals(Svg& svg, const std::vector<Drawn>& residuals, const char* szStyle,
+void DrawResiduals(Drawing& drawing, const std::vector<Drawn>& residuals, const Style& style,
                    double dRight) {
-  std::vector<Svg::Segment> arrows, cut;
+  std::vector<Drawing::Segment> arrows, cut;
   std::vector<const Drawn*> labelled;
   for (const Drawn& drawn : residuals) {
     const double dPixels = drawn.Pixels();
@@ -57,32 +57,31 @@ void DrawResiduals(Svg& svg, const std::vector<Drawn>& residuals, const char* sz
     }
     labelled.push_back(&drawn);
   }
-  svg.Arrows(arrows, szStyle);
+  drawing.Arrows(arrows, style);
   std::sort(labelled.begin(), labelled.end(),
             [](const Drawn* a, const Drawn* b) { return a->dLength > b->dLength; });
   std::string strLabels;
   for (size_t i = 0; i < labelled.size(); ++i) {
-    Svg::Segment s = labelled[i]->segment;
+    Drawing::Segment s = labelled[i]->segment;
     const double dShare = kCutLength / labelled[i]->Pixels();
     s.x2 = s.x1 + dShare * (s.x2 - s.x1);
     s.y2 = s.y1 + dShare * (s.y2 - s.y1);
     cut.push_back(s);
     if (i >= kCutLabels) continue;
     const bool bLeft = s.x2 > dRight - 50.0;
-    svg.Text(s.x2 + (bLeft ? -4.0 : 4.0), s.y2 + 4.0, Significant(labelled[i]->dLength), 12.0,
-             bLeft ? "end" : "start", 0.0,
-             "fill='#222' stroke='white' stroke-width='3' paint-order='stroke'");
+    drawing.Text(s.x2 + (bLeft ? -4.0 : 4.0), s.y2 + 4.0, Significant(labelled[i]->dLength), 12.0,
+                 bLeft ? Anchor::eEnd : Anchor::eStart, 0.0, Rimmed(Ink::kText));
   }
-  if (!cut.empty()) svg.Arrows(cut, kCut);
+  if (!cut.empty()) drawing.Arrows(cut, kCut);
 }
 
-void ScaleBar(Svg& svg, double dRight, double y, double dUnit, const std::string& strUnit) {
+void ScaleBar(Drawing& drawing, double dRight, double y, double dUnit, const std::string& strUnit) {
   const double dLength = SvgRoundDown(45.0 / dUnit);
   if (!(dLength > 0.0)) return;
   const double dLeft = dRight - dLength * dUnit;
-  svg.Line(dLeft, y, dRight, y, kBar);
-  for (const double x : {dLeft, dRight}) svg.Line(x, y - 3.0, x, y + 3.0, kBar);
-  svg.Text(dLeft - 5.0, y + 4.0, SvgNumber(dLength) + " " + strUnit, 12.0, "end");
+  drawing.Line(dLeft, y, dRight, y, kBar);
+  for (const double x : {dLeft, dRight}) drawing.Line(x, y - 3.0, x, y + 3.0, kBar);
+  drawing.Text(dLeft - 5.0, y + 4.0, SvgNumber(dLength) + " " + strUnit, 12.0, Anchor::eEnd);
 }
 
 }  // namespace cli

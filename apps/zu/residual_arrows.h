@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "drawing.h"
 #include "svg.h"
 
 namespace cli {
@@ -15,7 +16,7 @@ constexpr double kCutLength = 60.0;  // beyond which an arrow is cut [px]
 
 // A residual in the drawing [px], and what its label says.
 struct Drawn {
-  Svg::Segment segment;
+  Drawing::Segment segment;
   double dLength;  // as it is, in the unit of the label
 
   double Pixels() const { return std::hypot(segment.x2 - segment.x1, segment.y2 - segment.y1); }
@@ -32,10 +33,10 @@ std::vector<Drawn> Thinned(std::vector<Drawn> all, size_t uMost, double dWidth, 
 
 // Arrows; the long ones cut, in another colour, the longest of them with their length. dRight is
 // the width of the drawing.
-void DrawResiduals(Svg& svg, const std::vector<Drawn>& residuals, const char* szStyle,
+void DrawResiduals(Drawing& drawing, const std::vector<Drawn>& residuals, const Style& style,
                    double dRight);
 
 // A bar that tells how long a residual is: dUnit px for one unit of length.
-void ScaleBar(Svg& svg, double dRight, double y, double dUnit, const std::string& strUnit);
+void ScaleBar(Drawing& drawing, double dRight, double y, double dUnit, const std::string& strUnit);
 
 }  // namespace cli

@@ -12,6 +12,7 @@
 #include "help_format.h"
 #include "nearest_word.h"
 #include "progress_line.h"
+#include "report_output.h"
 #include "table_decimals.h"
 #include "zu/version.h"
 
@@ -26,6 +27,8 @@ struct Selected {
   Context::Switches switches;
   const CLI::Option* pUnit = nullptr;  // --unit, where a command has it
   const CLI::Option* pDecimals = nullptr;
+  ReportFiles reports;  // --report and --plot, where it computes
+  std::string strSummary;
 };
 
 ExitCode Complain(ExitCode eCode, const std::string& strText) {
@@ -53,6 +56,7 @@ void AddCommand(const Command& command, CLI::App* pProgram, Selected* pSelected)
                        ->add_subcommand(strName.substr(strName.find(' ') + 1), command.szSummary);
   Options options(pApp, &pSelected->switches.bTolerant);
   Runner runner = command.pfnDefine(options);
+  if (HasReport(strName)) AddReportOptions(options, &pSelected->reports);
   Context::Switches& switches = pSelected->switches;
   options.Flag("--json", &switches.bJson, "print one JSON object instead of text");
   options.Flag("--quiet", &switches.bQuiet, "leave out everything but the result");
@@ -61,7 +65,9 @@ void AddCommand(const Command& command, CLI::App* pProgram, Selected* pSelected)
   std::replace(strSchema.begin(), strSchema.end(), ' ', '_');
   pApp->footer(std::string("Example:\n") + command.szExample +
                "\n\nKeys of --json: share/zu/schema/" + strSchema + ".json");
-  pApp->callback([pSelected, pApp, strName, runner, outputs = options.Outputs()] {
+  pApp->callback([pSelected, pApp, strName, runner, strSummary = std::string(command.szSummary),
+                  outputs = options.Outputs()] {
+    pSelected->strSummary = strSummary;
     pSelected->strName = "zu " + strName;
     pSelected->runner = runner;
     pSelected->outputs = outputs;
@@ -131,7 +137,10 @@ ExitCode ComplainOfUsage(const CLI::App* pApp, std::string strText) {
 
 ExitCode RunCommand(const Selected& selected) {
   CheckOutputs(Options::GivenOutputs(selected.outputs), selected.switches.bJson);
-  Context context(selected.strName, selected.switches);
+  CheckReportEndings(selected.reports);
+  Context::Switches switches = selected.switches;
+  switches.bReport = selected.reports.IsAsked();
+  Context context(selected.strName, switches);
   if (selected.pUnit != nullptr && selected.pUnit->count() > 0) {
     context.SetUnit(selected.pUnit->as<std::string>());
   }
@@ -146,6 +155,9 @@ ExitCode RunCommand(const Selected& selected) {
     const LibraryProgress progress(context.IsQuiet());
     eCode = selected.runner(context);
   }
+  if (switches.bReport) {
+    WriteReports(selected.reports, context.Result(eCode), selected.strSummary, context);
+  }
   context.Finish(eCode);
   return eCode;
 }
@@ -156,7 +168,8 @@ ExitCode RunProgram(int argc, char** argv) {
   program.require_subcommand(1);
   program.set_version_flag("--version", std::string("zu ") + ZuVersion());
   program.footer(
-      "zu help COMMAND shows the options of a command and one worked example; "
+      "zu help COMMAND shows the options of a command and one worked example; commands that "
+      "compute take --report FILE.html and --plot FILE.svg, .pdf or .png. "
       "zu examples COMMAND copies small data to try it on.");
   Selected selected;
   for (const Command& command : Commands()) AddCommand(command, &program, &selected);

@@ -77,8 +77,8 @@ ReportView View(const ZuSimilarityResult& result, const ZuSortHelper<ZuPoint>& c
 
 }  // namespace
 
-std::string PageOf(const SimilarityPage& page, const ZuSimilarityResult& result,
-                   const ZuSortHelper<ZuPoint>& control) {
+AdjustReport PageOf(const SimilarityPage& page, const ZuSimilarityResult& result,
+                    const ZuSortHelper<ZuPoint>& control) {
   AdjustReport report;
   report.strTitle = page.strTitle;
   std::vector<Tested> tested;
@@ -107,7 +107,7 @@ std::string PageOf(const SimilarityPage& page, const ZuSimilarityResult& result,
   }
   report.dLimit = result.dTestLimit;
   report.strTest = std::string("w of x, y and z, ") + ZuSigmaKindText(result.sigmaKind);
-  return AdjustReportPage(report);
+  return report;
 }
 
 }  // namespace cli

@@ -5,6 +5,7 @@
 #include <utility>
 #include <vector>
 
+#include "adjust_report.h"
 #include "zu/adjust/similarity.h"
 
 namespace cli {
@@ -17,7 +18,7 @@ struct SimilarityPage {
 };
 
 // `control` holds the target's points of the common ids: the places of the drawings.
-std::string PageOf(const SimilarityPage& page, const ZuSimilarityResult& result,
-                   const ZuSortHelper<ZuPoint>& control);
+AdjustReport PageOf(const SimilarityPage& page, const ZuSimilarityResult& result,
+                    const ZuSortHelper<ZuPoint>& control);
 
 }  // namespace cli

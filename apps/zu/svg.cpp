@@ -11,37 +11,9 @@ namespace {
 constexpr double kTitleSize = 15.0;
 constexpr double kAxisSize = 13.0;
 constexpr double kTickSize = 12.0;
-constexpr char kFrame[] = "fill='none' stroke='#555' stroke-width='1'";
-constexpr char kGrid[] = "stroke='#ddd' stroke-width='1'";
-constexpr char kZero[] = "stroke='#999' stroke-width='1'";
-
-// Two decimals are enough for a drawing, one for the ends of many arrows.
-std::string Pixel(double d, double dSteps = 100.0) {
-  if (!std::isfinite(d)) d = 0.0;
-  char buffer[64];
-  const double dRounded = std::round(d * dSteps) / dSteps;
-  const auto result =
-      std::to_chars(buffer, buffer + sizeof buffer, dRounded == 0.0 ? 0.0 : dRounded);
-  return std::string(buffer, result.ptr);
-}
-
-std::string Tenth(double d) { return Pixel(d, 10.0); }
-
-// S. Josefsson: The Base16, Base32, and Base64 data encodings, 2006.
-std::string Base64(const std::string& bytes) {
-  constexpr char kDigits[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
-  std::string text;
-  for (size_t i = 0; i < bytes.size(); i += 3) {
-    unsigned u = 0;
-    for (size_t k = 0; k < 3; ++k) {
-      u = u << 8 | (i + k < bytes.size() ? static_cast<unsigned char>(bytes[i + k]) : 0U);
-    }
-    for (size_t k = 0; k < 4; ++k) {
-      text += i + k <= bytes.size() ? kDigits[u >> (18 - 6 * k) & 63U] : '=';
-    }
-  }
-  return text;
-}
+constexpr Style kFrame = Pen(Ink::kFrame, 1.0);
+constexpr Style kGrid = Pen(Ink::kGrid, 1.0);
+constexpr Style kZero = Pen(Ink::kZero, 1.0);
 
 constexpr double kGrouped = 1e5;      // from which a number is written in groups of digits
 constexpr double kMostDigits = 1e15;  // beyond, a power of ten is shorter
@@ -79,10 +51,6 @@ std::string BeforeUnit(std::string strTitle, const std::string& strText) {
   return strTitle.insert(uUnit, strText);
 }
 
-std::string Attribute(const char* szName, double d) {
-  return std::string(" ") + szName + "='" + Pixel(d) + "'";
-}
-
 }  // namespace
 
 std::string XmlText(const std::string& strText) {
@@ -111,95 +79,9 @@ std::string XmlText(const std::string& strText) {
   return strResult;
 }
 
-void Svg::Line(double x1, double y1, double x2, double y2, const std::string& strStyle) {
-  m_strBody += "<line" + Attribute("x1", x1) + Attribute("y1", y1) + Attribute("x2", x2) +
-               Attribute("y2", y2) + " " + strStyle + "/>\n";
-}
-
-void Svg::Polyline(const std::vector<std::pair<double, double>>& points,
-                   const std::string& strStyle) {
-  m_strBody += "<polyline points='";
-  for (const auto& [x, y] : points) m_strBody += Pixel(x) + "," + Pixel(y) + " ";
-  m_strBody += "' fill='none' " + strStyle + "/>\n";
-}
-
-void Svg::Rect(double x, double y, double dWidth, double dHeight, const std::string& strStyle) {
-  m_strBody += "<rect" + Attribute("x", x) + Attribute("y", y) + Attribute("width", dWidth) +
-               Attribute("height", dHeight) + " " + strStyle + "/>\n";
-}
-
-void Svg::Picture(double x, double y, double dWidth, double dHeight, const std::string& strJpeg,
-                  double dOpacity) {
-  m_strBody += "<image" + Attribute("x", x) + Attribute("y", y) + Attribute("width", dWidth) +
-               Attribute("height", dHeight) + Attribute("opacity", dOpacity) +
-               " preserveAspectRatio='none' href='data:image/jpeg;base64," + Base64(strJpeg) +
-               "'/>\n";
-}
-
-void Svg::Circle(double x, double y, double dRadius, const std::string& strStyle) {
-  m_strBody += "<circle" + Attribute("cx", x) + Attribute("cy", y) + Attribute("r", dRadius) + " " +
-               strStyle + "/>\n";
-}
-
-void Svg::Text(double x, double y, const std::string& strText, double dSize,
-               const std::string& strAnchor, double dTurn, const std::string& strStyle) {
-  m_strBody += "<text" + Attribute("x", x) + Attribute("y", y) + Attribute("font-size", dSize) +
-               " text-anchor='" + strAnchor + "' " + strStyle;
-  if (dTurn != 0.0) {
-    m_strBody += " transform='rotate(" + Pixel(dTurn) + " " + Pixel(x) + " " + Pixel(y) + ")'";
-  }
-  m_strBody += ">" + XmlText(strText) + "</text>\n";
-}
-
-void Svg::Arrow(double x1, double y1, double x2, double y2, const std::string& strColor) {
-  constexpr double kHead = 4.0;  // length of the head [px]
-  const double dx = x2 - x1, dy = y2 - y1;
-  const double dLength = std::hypot(dx, dy);
-  Circle(x1, y1, 1.2, "fill='" + strColor + "'");
-  if (!(dLength > 0.5)) return;
-  const std::string strStyle = "stroke='" + strColor + "' stroke-width='1.2'";
-  Line(x1, y1, x2, y2, strStyle);
-  if (dLength < kHead) return;
-  const double ux = dx / dLength * kHead, uy = dy / dLength * kHead;
-  Polyline({{x2 - ux + 0.5 * uy, y2 - uy - 0.5 * ux},
-            {x2, y2},
-            {x2 - ux - 0.5 * uy, y2 - uy + 0.5 * ux}},
-           strStyle);
-}
-
-void Svg::Arrows(const std::vector<Segment>& segments, const std::string& strStyle) {
-  constexpr double kHead = 3.5;  // length of a head [px]
-  std::string strPath;
-  for (const Segment& s : segments) {
-    const double dx = s.x2 - s.x1, dy = s.y2 - s.y1, dLength = std::hypot(dx, dy);
-    if (!std::isfinite(dLength)) continue;
-    strPath += "M" + Tenth(s.x1) + " " + Tenth(s.y1) + "L" + Tenth(s.x2) + " " + Tenth(s.y2);
-    if (dLength < 2.0 * kHead) continue;
-    const double ux = dx / dLength * kHead, uy = dy / dLength * kHead;
-    strPath += "m" + Tenth(-ux + 0.5 * uy) + " " + Tenth(-uy - 0.5 * ux) + "L" + Tenth(s.x2) + " " +
-               Tenth(s.y2) + "l" + Tenth(-ux - 0.5 * uy) + " " + Tenth(-uy + 0.5 * ux);
-  }
-  m_strBody += "<path d='" + strPath + "' fill='none' " + strStyle + "/>\n";
-}
-
-void Svg::Dots(const std::vector<Segment>& segments, double dRadius, const std::string& strStyle) {
-  std::string strPath;
-  for (const Segment& s : segments) strPath += "M" + Tenth(s.x1) + " " + Tenth(s.y1) + "h0";
-  m_strBody += "<path d='" + strPath + "' fill='none' stroke-linecap='round'" +
-               Attribute("stroke-width", 2.0 * dRadius) + " " + strStyle + "/>\n";
-}
-
-std::string Svg::AsText(const std::string& strTitle, const std::string& strUnit) const {
-  return "<svg xmlns='http://www.w3.org/2000/svg' viewBox='0 0 " + Pixel(m_dWidth) + " " +
-         Pixel(m_dHeight) + "' width='" + Pixel(m_dWidth) + strUnit + "' height='" +
-         Pixel(m_dHeight) + strUnit + "' font-family='sans-serif' role='img'>\n<title>" +
-         XmlText(strTitle) + "</title>\n" + "<rect width='100%' height='100%' fill='white'/>\n" +
-         m_strBody + "</svg>\n";
-}
-
-SvgPlot::SvgPlot(Svg& svg, double dLeft, double dTop, double dWidth, double dHeight, Range x,
-                 Range y)
-    : m_svg(svg),
+SvgPlot::SvgPlot(Drawing& drawing, double dLeft, double dTop, double dWidth, double dHeight,
+                 Range x, Range y)
+    : m_drawing(drawing),
       m_dLeft(dLeft),
       m_dTop(dTop),
       m_dWidth(dWidth),
@@ -236,25 +118,25 @@ void SvgPlot::DrawFrame(const std::string& strTitle, const std::string& strTitle
   const SvgTickLabels labelsX(ticksX);
   for (size_t i = 0; i < ticksX.size(); ++i) {
     const double x = ticksX[i];
-    m_svg.Line(X(x), m_dTop, X(x), dBottom, x == 0.0 ? kZero : kGrid);
-    m_svg.Text(X(x), dBottom + 16.0, labelsX.texts[i], kTickSize, "middle");
+    m_drawing.Line(X(x), m_dTop, X(x), dBottom, x == 0.0 ? kZero : kGrid);
+    m_drawing.Text(X(x), dBottom + 16.0, labelsX.texts[i], kTickSize, Anchor::eMiddle);
   }
   size_t uWidest = 0;
   const auto ticksY = SvgTicks(m_y.dLow, m_y.dHigh, static_cast<int>(m_dHeight / 50.0));
   const SvgTickLabels labelsY(ticksY);
   for (size_t i = 0; i < ticksY.size(); ++i) {
     const double y = ticksY[i];
-    m_svg.Line(m_dLeft, Y(y), dRight, Y(y), y == 0.0 ? kZero : kGrid);
-    m_svg.Text(m_dLeft - 6.0, Y(y) + 4.0, labelsY.texts[i], kTickSize, "end");
+    m_drawing.Line(m_dLeft, Y(y), dRight, Y(y), y == 0.0 ? kZero : kGrid);
+    m_drawing.Text(m_dLeft - 6.0, Y(y) + 4.0, labelsY.texts[i], kTickSize, Anchor::eEnd);
     uWidest = std::max(uWidest, Characters(labelsY.texts[i]));
   }
-  m_svg.Rect(m_dLeft, m_dTop, m_dWidth, m_dHeight, kFrame);
-  m_svg.Text(m_dLeft + 0.5 * m_dWidth, m_dTop - 10.0, strTitle, kTitleSize, "middle", 0.0,
-             "fill='#111' font-weight='bold'");
-  m_svg.Text(m_dLeft + 0.5 * m_dWidth, dBottom + 36.0, BeforeUnit(strTitleX, labelsX.strOffset),
-             kAxisSize, "middle");
-  m_svg.Text(m_dLeft - 18.0 - 7.0 * static_cast<double>(uWidest), m_dTop + 0.5 * m_dHeight,
-             BeforeUnit(strTitleY, labelsY.strOffset), kAxisSize, "middle", -90.0);
+  m_drawing.Rect(m_dLeft, m_dTop, m_dWidth, m_dHeight, kFrame);
+  m_drawing.Text(m_dLeft + 0.5 * m_dWidth, m_dTop - 10.0, strTitle, kTitleSize, Anchor::eMiddle,
+                 0.0, Bold(Ink::kHeading));
+  m_drawing.Text(m_dLeft + 0.5 * m_dWidth, dBottom + 36.0, BeforeUnit(strTitleX, labelsX.strOffset),
+                 kAxisSize, Anchor::eMiddle);
+  m_drawing.Text(m_dLeft - 18.0 - 7.0 * static_cast<double>(uWidest), m_dTop + 0.5 * m_dHeight,
+                 BeforeUnit(strTitleY, labelsY.strOffset), kAxisSize, Anchor::eMiddle, -90.0);
 }
 
 double SvgRoundDown(double d) {

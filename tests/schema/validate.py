@@ -17,6 +17,8 @@ except ImportError:
     print("python3-jsonschema is not installed")
     sys.exit(77)
 
+import reports
+
 ZU, SOURCE = (os.path.abspath(a) for a in sys.argv[1:3])
 FOLDER = os.path.join(SOURCE, "docs", "schema")
 HEADER = ["zu_version", "command", "status", "status_text", "unit", "warnings"]
@@ -70,8 +72,49 @@ def validators(names):
     return {name: jsonschema.Draft202012Validator(s, resolver=resolver) for name, s in schemas.items()}
 
 
-def run_lines(lines):
+# Commands of which some results, or all, have nothing to draw.
+WITHOUT_PICTURE = {"check", "apply", "cloud normals", "cloud transform", "photo undistort", "plane", "points gsi", "rectify"}
+
+
+def with_reports(names):
+    """Names of the commands that take --report and --plot."""
+    for name in names:
+        text = subprocess.run([ZU, *name.split(), "--help"], capture_output=True, text=True).stdout
+        if "--report FILE.html" in text and "--plot FILE" in text:
+            yield name
+
+
+def run_report(line, kind, folder, times):
+    """Runs a line with both options; what is wrong with page and picture, and that twice the same."""
+    page, plot = os.path.join(folder, "out/report.html"), os.path.join(folder, "out/plot." + kind)
+    made = []
+    for _ in range(times):
+        for path in (page, plot):
+            if os.path.exists(path):
+                os.remove(path)
+        script = f'zu() {{ "{ZU}" "$@" --json --report out/report.html $PLOT; }}\n{line}'
+        for option in ("--plot out/plot." + kind, ""):
+            run = subprocess.run(["bash", "-c", script], cwd=folder, capture_output=True, text=True,
+                                 env={**os.environ, "PLOT": option})
+            if "this result has no picture" not in run.stderr:
+                break
+        if not run.stdout:
+            return [f"{run.returncode}: {run.stderr}"]
+        made.append([open(p, "rb").read() if os.path.exists(p) else b"" for p in (page, plot)])
+    result = json.loads(run.stdout)
+    found = reports.page_faults(made[0][0].decode(), result)
+    if made[0] != made[-1]:
+        found.append("two runs differ")
+    if os.path.exists(plot):
+        found += reports.plot_faults(plot)
+    elif result["command"] not in WITHOUT_PICTURE:
+        found.append("has no picture")
+    return found
+
+
+def run_lines(lines, reporting):
     """(line, exit code, text printed) of each line; `zu` in it is the program with --json."""
+    drawn = []
     with tempfile.TemporaryDirectory() as folder:
         os.symlink(os.path.join(SOURCE, "samples"), os.path.join(folder, "samples"))
         os.mkdir(os.path.join(folder, "out"))
@@ -79,6 +122,11 @@ def run_lines(lines):
             script = f'zu() {{ "{ZU}" "$@" --json; }}\n{line}'
             run = subprocess.run(["bash", "-c", script], cwd=folder, capture_output=True, text=True)
             yield line, run.returncode, run.stdout, run.stderr
+            name = json.loads(run.stdout)["command"] if run.stdout else ""
+            if name in reporting:
+                kind = ("svg", "pdf", "png")[len(drawn) % 3]
+                drawn.append(name)
+                faults.extend(f"{line} --report: {fault}" for fault in run_report(line, kind, folder, 2 if len(drawn) % 4 == 1 else 1))
 
 
 def main():
@@ -102,7 +150,7 @@ def main():
     with open(os.path.join(os.path.dirname(__file__), "lines.txt")) as file:
         lines = [line for line in file.read().splitlines() if line and line[0] != "#"]
     seen = set()
-    for line, code, out, err in run_lines(lines):
+    for line, code, out, err in run_lines(lines, set(with_reports(names))):
         if not out:
             faults.append(f"{line}: {code}: {err}")
             continue
