@@ -130,8 +130,8 @@ std::string Tables(const AdjustReport& report) {
 std::string Inputs(const AdjustReport& report) {
   HtmlTable table("inputs", {{"input", true}, {"file", true}});
   for (const auto& [strWhat, strFile] : report.inputs) table.AddRow({strWhat, strFile});
-  return Section("Inputs",
-                 table.Html() + "<p>Command: <code>" + XmlText(CommandLine()) + "</code></p>\n");
+  return Section("Inputs", (report.inputs.empty() ? "" : table.Html()) + "<p>Command: <code>" +
+                               XmlText(CommandLine()) + "</code></p>\n");
 }
 
 }  // namespace

@@ -5,6 +5,7 @@
 #include <utility>
 #include <vector>
 
+#include "adjust_report.h"
 #include "commands.h"
 #include "plane_values.h"
 #include "zu/adjust/fit_primitives.h"

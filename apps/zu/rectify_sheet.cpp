@@ -22,7 +22,9 @@ constexpr double kShort = 1e-9;      // a label that misses the border by this p
 constexpr double kMostSide = 5000.0;
 constexpr double kLetter = 2.5, kTitle = 3.5;
 constexpr double kResolution = 25.4 / 300.0;
-constexpr Color kBlack{0, 0, 0}, kGrid{140, 140, 140}, kPoint{204, 26, 26};
+constexpr Color kSheetInk = {0, 0, 0};
+constexpr Color kSheetGrid = {140, 140, 140};
+constexpr Color kSheetPoint = {204, 26, 26};
 
 std::string EndingOf(const std::string& strFile) {
   std::string strEnding = std::filesystem::path(strFile).extension().string();
@@ -58,11 +60,11 @@ class Sheet {
 
   void Draw(Drawing* pPaper) const {
     pPaper->Text(kLeft, kTop - 7.0, m_content.strTitle, kTitle, Anchor::eStart, 0.0,
-                 Filled(kBlack));
+                 Filled(kSheetInk));
     pPaper->Picture(kLeft, kTop, m_dWidth, m_dHeight, m_content.strJpeg, 1.0);
     DrawGrid(pPaper);
     DrawPoints(pPaper);
-    pPaper->Rect(kLeft, kTop, m_dWidth, m_dHeight, Pen(kBlack, 0.3));
+    pPaper->Rect(kLeft, kTop, m_dWidth, m_dHeight, Pen(kSheetInk, 0.3));
     DrawScale(pPaper);
   }
 
@@ -87,20 +89,20 @@ class Sheet {
     const auto ys = Lines(m_content.region.Bottom(), m_content.region.Top(), dStep);
     const SvgTickLabels labelsX(xs), labelsY(ys);
     for (size_t i = 0; i < xs.size(); ++i) {
-      pPaper->Line(X(xs[i]), kTop, X(xs[i]), dBottom, Pen(kGrid, 0.1));
+      pPaper->Line(X(xs[i]), kTop, X(xs[i]), dBottom, Pen(kSheetGrid, 0.1));
       pPaper->Text(X(xs[i]), dBottom + 4.0, labelsX.texts[i], kLetter, Anchor::eMiddle, 0.0,
-                   Filled(kBlack));
+                   Filled(kSheetInk));
     }
     for (size_t i = 0; i < ys.size(); ++i) {
-      pPaper->Line(kLeft, Y(ys[i]), dRight, Y(ys[i]), Pen(kGrid, 0.1));
+      pPaper->Line(kLeft, Y(ys[i]), dRight, Y(ys[i]), Pen(kSheetGrid, 0.1));
       pPaper->Text(kLeft - 1.5, Y(ys[i]) + 0.9, labelsY.texts[i], kLetter, Anchor::eEnd, 0.0,
-                   Filled(kBlack));
+                   Filled(kSheetInk));
     }
     const std::string strX = "X" + labelsX.strOffset, strY = "Y" + labelsY.strOffset;
     pPaper->Text(dRight, dBottom + 8.0, strX + " [" + m_options.strUnit + "]", kLetter,
-                 Anchor::eEnd, 0.0, Filled(kBlack));
+                 Anchor::eEnd, 0.0, Filled(kSheetInk));
     pPaper->Text(kLeft, kTop - 2.0, strY + " [" + m_options.strUnit + "]", kLetter, Anchor::eStart,
-                 0.0, Filled(kBlack));
+                 0.0, Filled(kSheetInk));
   }
 
   void DrawPoints(Drawing* pPaper) const {
@@ -110,9 +112,9 @@ class Sheet {
             point.y <= region.Top())) {
         continue;
       }
-      pPaper->Circle(X(point.x), Y(point.y), 0.8, Pen(kPoint, 0.2));
+      pPaper->Circle(X(point.x), Y(point.y), 0.8, Pen(kSheetPoint, 0.2));
       pPaper->Text(X(point.x) + 1.2, Y(point.y) - 1.0, point.strLabel, kLetter, Anchor::eStart, 0.0,
-                   Filled(kPoint));
+                   Filled(kSheetPoint));
     }
   }
 
@@ -122,15 +124,15 @@ class Sheet {
     const double y = kTop + m_dHeight + 13.0;
     for (int i = 0; i < 4; ++i) {
       pPaper->Rect(kLeft + i * dPart, y, dPart, 1.5,
-                   i % 2 == 0 ? Framed(kBlack, kBlack, 0.15) : Pen(kBlack, 0.15));
+                   i % 2 == 0 ? Framed(kSheetInk, kSheetInk, 0.15) : Pen(kSheetInk, 0.15));
     }
     for (const int i : {0, 2, 4}) {
       const std::string strUnit = i == 4 ? " " + m_options.strUnit : "";
       pPaper->Text(kLeft + i * dPart, y + 5.0, SvgNumber(dLength * i / 4.0) + strUnit, kLetter,
-                   i == 4 ? Anchor::eStart : Anchor::eMiddle, 0.0, Filled(kBlack));
+                   i == 4 ? Anchor::eStart : Anchor::eMiddle, 0.0, Filled(kSheetInk));
     }
     pPaper->Text(kLeft + 4.0 * dPart + 6.0, y + 1.5, m_options.strScale, kTitle, Anchor::eStart,
-                 0.0, Filled(kBlack));
+                 0.0, Filled(kSheetInk));
   }
 
   const SheetContent& m_content;

@@ -83,8 +83,11 @@ void WriteReports(const ReportFiles& files, const Json& result, const std::strin
                   Context& context) {
   if (!files.IsAsked()) return;
   CommandReport& told = context.Report();
-  if (!told.report) told.report = ReportOfResult(result, strSummary, context);
-  if (!told.strPage.empty()) told.report->views.clear();  // its page has other pictures
+  // A page of the command's own brings its pictures.
+  if (!told.report) {
+    told.report =
+        told.strPage.empty() ? ReportOfResult(result, strSummary, context) : AdjustReport();
+  }
   told.report->drawings.insert(told.report->drawings.begin(), told.drawings.begin(),
                                told.drawings.end());
   told.report->warnings = result["warnings"].get<std::vector<std::string>>();

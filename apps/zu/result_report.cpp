@@ -20,9 +20,9 @@ constexpr const char* kAxisKeys[] = {"x", "y", "z"};
 constexpr const char* kLengths[] = {"x",  "y",  "z",  "dx", "dy",     "dz",        "sx",
                                     "sy", "sz", "sd", "d",  "length", "deviation", "distance"};
 // Keys of every object, which the page tells in other places.
-constexpr const char* kFrameKeys[] = {"zu_version", "command",         "status",
-                                      "unit",       "warnings",        "status_text",
-                                      "parameters", "parameter_names", "covariance"};
+constexpr const char* kFrameKeys[] = {"zu_version",      "command",     "status",  "unit",
+                                      "warnings",        "status_text", "read_as", "parameters",
+                                      "parameter_names", "covariance"};
 
 template <size_t n>
 bool IsOneOf(const std::string& strKey, const char* const (&keys)[n]) {
@@ -93,9 +93,11 @@ double LengthOfRow(const Json& row) {
 class FlatTable {
  public:
   FlatTable(const Json& rows, const std::string& strUnit) : m_strUnit(strUnit) {
-    for (const Json& row : rows) m_sorted.push_back(&row);
-    std::stable_sort(m_sorted.begin(), m_sorted.end(),
-                     [](const Json* a, const Json* b) { return Rank(*a) > Rank(*b); });
+    std::vector<std::pair<double, const Json*>> ranked;
+    for (const Json& row : rows) ranked.emplace_back(Rank(row), &row);
+    std::stable_sort(ranked.begin(), ranked.end(),
+                     [](const auto& a, const auto& b) { return a.first > b.first; });
+    for (const auto& rank : ranked) m_sorted.push_back(rank.second);
     m_uMore = m_sorted.size() > kShownRows ? m_sorted.size() - kShownRows : 0;
     m_sorted.resize(m_sorted.size() - m_uMore);
     for (const Json* pRow : m_sorted) {
@@ -219,7 +221,8 @@ class ResultReport {
       if (!IsOneOf(item.key(), kFrameKeys)) AddValue(item.key(), item.value());
     }
     AddParameters();
-    m_report.inputs = {{"status", m_result["status_text"].get<std::string>()}};
+    AddFigures();
+    AddInputs();
     if (m_result.contains("photos")) AddCameras(m_result["photos"]);
     for (const char* szKey : {"points", "crosses"}) {
       if (m_result.contains(szKey)) AddViews(m_result[szKey]);
@@ -235,6 +238,23 @@ class ResultReport {
   }
 
  private:
+  // The single numbers and words, in front of all lists.
+  void AddFigures() {
+    m_figures.emplace_back("status", m_result["status_text"].get<std::string>());
+    AdjustReport::Table table;
+    table.strTitle = "Result";
+    table.columns = {{"figure", true}, {"value", true}};
+    for (const auto& [strName, strText] : m_figures) table.rows.push_back({strName, strText});
+    m_report.tables.insert(m_report.tables.begin(), std::move(table));
+  }
+
+  void AddInputs() {
+    if (!m_result.contains("read_as") || !m_result["read_as"].is_array()) return;
+    for (const Json& text : m_result["read_as"]) {
+      m_report.inputs.emplace_back("points", FigureText(text));
+    }
+  }
+
   // What the command prints first.
   std::string Verdict() const {
     const std::string strText = m_context.PrintedText();
@@ -246,13 +266,13 @@ class ResultReport {
   void AddValue(const std::string& strKey, const Json& value) {
     if (value.is_null()) return;
     if (IsPlain(value)) {
-      m_report.facts.emplace_back(TitleOf(strKey, m_strUnit), FigureText(value));
+      m_figures.emplace_back(TitleOf(strKey, m_strUnit), FigureText(value));
     } else if (value.is_object()) {
       for (const auto& item : value.items()) {
         const std::string strInner = strKey + " " + item.key();
         if (IsPlain(item.value())) {
           if (!item.value().is_null()) {
-            m_report.facts.emplace_back(TitleOf(strInner, ""), FigureText(item.value()));
+            m_figures.emplace_back(TitleOf(strInner, ""), FigureText(item.value()));
           }
         } else {
           AddValue(strInner, item.value());
@@ -270,7 +290,7 @@ class ResultReport {
       if (value.size() > kShownItems) {
         strText += " and " + std::to_string(value.size() - kShownItems) + " more";
       }
-      m_report.facts.emplace_back(TitleOf(strKey, ""), strText);
+      m_figures.emplace_back(TitleOf(strKey, ""), strText);
     }
   }
 
@@ -487,6 +507,7 @@ class ResultReport {
   const Json& m_result;
   Context& m_context;
   AdjustReport m_report;
+  std::vector<std::pair<std::string, std::string>> m_figures;
   std::string m_strUnit;  // empty where it is not known
 };
 

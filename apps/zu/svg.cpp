@@ -51,11 +51,38 @@ std::string BeforeUnit(std::string strTitle, const std::string& strText) {
   return strTitle.insert(uUnit, strText);
 }
 
+// Bytes of the letter of UTF-8 that begins at i; 0 where there is none, or one that XML refuses.
+size_t SequenceLength(const std::string& strText, size_t i) {
+  const auto byte = [&](size_t k) {
+    return k < strText.size() ? static_cast<unsigned char>(strText[k]) : 0U;
+  };
+  const unsigned uFirst = byte(i);
+  const size_t uLength = uFirst >= 0xF0 ? 4 : uFirst >= 0xE0 ? 3 : 2;
+  if (uFirst < 0xC2 || uFirst > 0xF4) return 0;
+  unsigned uCode = uFirst & (0x7FU >> uLength);
+  for (size_t k = 1; k < uLength; ++k) {
+    if ((byte(i + k) & 0xC0U) != 0x80U) return 0;
+    uCode = uCode << 6 | (byte(i + k) & 0x3FU);
+  }
+  constexpr unsigned kLeast[] = {0, 0, 0x80, 0x800, 0x10000};
+  const bool bRefused = uCode < kLeast[uLength] || uCode > 0x10FFFF ||
+                        (uCode >= 0xD800 && uCode < 0xE000) || uCode == 0xFFFE || uCode == 0xFFFF;
+  return bRefused ? 0 : uLength;
+}
+
 }  // namespace
 
+// Bytes that are no UTF-8 become U+FFFD: a drawing is well-formed XML whatever a name holds.
 std::string XmlText(const std::string& strText) {
   std::string strResult;
-  for (const char c : strText) {
+  for (size_t i = 0; i < strText.size(); ++i) {
+    const char c = strText[i];
+    if (static_cast<unsigned char>(c) >= 0x80) {
+      const size_t uLength = SequenceLength(strText, i);
+      strResult += uLength == 0 ? "\uFFFD" : strText.substr(i, uLength);
+      i += uLength == 0 ? 0 : uLength - 1;
+      continue;
+    }
     switch (c) {
       case '&':
         strResult += "&amp;";

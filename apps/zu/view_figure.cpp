@@ -10,7 +10,7 @@ namespace cli {
 namespace {
 
 constexpr size_t kMostArrows = 3000, kMostEllipses = 300, kMostLabels = 40;
-constexpr double kPlotWidth = 480.0, kLeft = 76.0;
+constexpr double kPlotWidth = 480.0, kLeft = 88.0, kRight = 16.0;
 constexpr double kEllipse = 2.4477;  // radius of 95 % in standard deviations, sqrt(chi2(2)) [-]
 constexpr Style kUsed = Pen(Ink::kBlue, 1.3), kAside = Pen(Ink::kRed, 1.6);
 constexpr Style kLineStyle = Pen(Ink::kNote, 0.8), kEllipseStyle = Pen(Ink::kGreen, 1.0);
@@ -63,7 +63,7 @@ class ViewFigure {
       }
     }
     const double dMargin = 0.08 * std::max(x.dHigh - x.dLow, y.dHigh - y.dLow);
-    const double dWidth = kPlotWidth - 90.0;
+    const double dWidth = kPlotWidth - kLeft - kRight;
     const double dAspect = (y.dHigh - y.dLow + 2.0 * dMargin) / (x.dHigh - x.dLow + 2.0 * dMargin);
     const double dHeight = dWidth * (std::isfinite(dAspect) ? std::clamp(dAspect, 0.3, 1.3) : 1.0);
     Drawing drawing(kPlotWidth, dHeight + 138.0);
@@ -119,29 +119,40 @@ class ViewFigure {
 
   void Draw(Drawing& drawing, const SvgPlot& plot, double dFactor, double dWidth,
             double dHeight) const {
-    std::vector<Drawn> used, aside;
-    std::vector<Drawing::Segment> dots;
-    size_t uEllipses = 0, uLabels = 0;
+    std::vector<Drawn> used, aside, dots;
+    std::vector<const ReportView::Item*> labelled;
+    size_t uEllipses = 0;
     for (const auto& item : m_view.items) {
       const double x = plot.X(item.x), y = plot.Y(item.y);
       const Drawn drawn = {
           {x, y, plot.X(item.x + dFactor * item.dx), plot.Y(item.y + dFactor * item.dy)},
           std::hypot(item.dx, item.dy)};
-      dots.push_back({x, y, x, y});
+      dots.push_back({{x, y, x, y}, 0.0});
       if (item.cxx + item.cyy > 0.0 && ++uEllipses <= kMostEllipses) {
         DrawEllipse(drawing, x, y, item, dFactor * plot.PixelsPerUnit());
       }
       if (item.bArrow) (item.bUsed ? used : aside).push_back(drawn);
       const bool bFew = m_view.items.size() <= kMostLabels;
-      if (!item.strLabel.empty() && (bFew || !item.bUsed) && ++uLabels <= kMostLabels) {
-        drawing.Text(x + 4.0, y - 5.0, item.strLabel, 11.0);
+      if (!item.strLabel.empty() && (bFew || !item.bUsed) && labelled.size() < kMostLabels) {
+        labelled.push_back(&item);
       }
     }
     DrawResiduals(drawing, Thinned(std::move(used), kMostArrows, dWidth, dHeight), kUsed,
                   kPlotWidth);
     DrawResiduals(drawing, Thinned(std::move(aside), kMostArrows, dWidth, dHeight), kAside,
                   kPlotWidth);
-    if (dots.size() <= kMostArrows) drawing.Dots(dots, 1.6, Ink::kText);
+    std::vector<Drawing::Segment> shown;
+    for (const Drawn& dot : Thinned(std::move(dots), kMostArrows, dWidth, dHeight)) {
+      shown.push_back(dot.segment);
+    }
+    if (!shown.empty()) drawing.Dots(shown, 1.6, Ink::kText);
+    for (const ReportView::Item* pItem : labelled) {
+      const double x = plot.X(pItem->x), y = plot.Y(pItem->y);
+      const bool bLeft = x > kLeft + dWidth - 40.0;
+      drawing.Text(bLeft ? x - 4.0 : x + 4.0, y - 5.0, pItem->strLabel, 11.0,
+                   bLeft ? Anchor::eEnd : Anchor::eStart, 0.0,
+                   Rimmed(pItem->bUsed ? Ink::kText : Ink::kRed));
+    }
   }
 
   const ReportView& m_view;

@@ -75,6 +75,38 @@ TEST(Report, GrowsNoMoreWithTheMeasurements) {
   EXPECT_NEAR(static_cast<double>(sized(6000)), static_cast<double>(sized(24000)), 20000.0);
 }
 
+TEST(Report, IsRefusedWithTheSameWordsByEveryCommand) {
+  const ScratchFolder folder;
+  for (const char* szCall : {"zu plane $S/planes/facade.coo", "zu check $S/planes/facade.coo",
+                             "zu transform $S/datum/local.coo --control $S/datum/wgs84.coo"}) {
+    const std::string strCall = szCall;
+    const auto run = [&](const char* szOption, int iExit, const char* szErr) {
+      const std::string strLine = strCall + szOption;
+      ExpectLines({{strLine.c_str(), iExit, "", szErr}}, folder);
+    };
+    run(" --plot a.jpg", 2, "--plot a.jpg: a picture is written as .svg, .pdf or .png");
+    run(" --report a.pdf", 2, "--report a.pdf: a report is written as .html");
+    run(" --plot none/a.svg", 5, "mkdir -p");
+    run(" --report a.html --plot a.html", 2, "both write");
+  }
+  EXPECT_TRUE(folder.Names().empty());
+}
+
+TEST(Report, OfACommandEscapesWhatComesFromFiles) {
+  const ScratchFolder folder;
+  folder.Write("a.csv", "name,x,y,z\n<b>&,0,0,0\nB,10,0,0\nC,0,10,0\nD\xFF,10,10,1\n");
+  for (const char* szCall : {"zu local a.csv --axis 'X:<b>&,B' --plane XY:C",
+                             "zu transform a.csv --control a.csv", "zu plane a.csv --axis"}) {
+    const Outcome outcome = RunLine(std::string(szCall) + " --report r.html --plot p.svg", folder);
+    ASSERT_EQ(outcome.iExit, 0) << szCall << outcome.strErr;
+    for (const char* szFile : {"r.html", "p.svg"}) {
+      const std::string strText = ReadFile(folder.Path(szFile));
+      EXPECT_NE(strText.find("&lt;b&gt;&amp;</text>"), std::string::npos) << szCall << szFile;
+      EXPECT_EQ(strText.find("<b>"), std::string::npos) << szCall << szFile;
+    }
+  }
+}
+
 // Observations set aside stand in the list; nothing that is no number stands anywhere.
 TEST(Report, OfANetworkTellsCamerasPointsAndWhatWasSetAside) {
   const ScratchFolder folder;

@@ -4,8 +4,12 @@
 #include <png.h>
 #include <tiffio.h>
 
+#include <cmath>
+#include <stdexcept>
+
 #include "tests/support/temp_file.h"
 #include "tests/support/test.h"
+#include "zu/image/canvas.h"
 #include "zu/image/image_writer.h"
 #include "zu/image/internal/image_format.h"
 
@@ -293,6 +297,34 @@ TEST(WriteImage, TiffBeyondTheLimitHasLongOffsets) {
     EXPECT_TRUE(std::equal(image.GetData(), image.GetData() + 5 * image.GetRowBytes(),
                            result.image.GetData()));
   }
+}
+
+// The PNG is read by another library: ink is where it was put, the rest is paper.
+TEST(Canvas, DrawsWhereItIsTold) {
+  ZuCanvas canvas(60, 40);
+  canvas.Lines({{10.0, 20.5}, {50.0, 20.5}, {std::nan(""), 0.0}, {-1e300, 5.0}, {2.0, 5.0}}, 3.0,
+               {200, 0, 0});
+  canvas.Polygon({{30.0, 30.0}, {40.0, 30.0}, {40.0, 38.0}, {30.0, 38.0}}, {0, 0, 255});
+  canvas.Circle(10.0, 32.0, 4.0, 0.0, {0, 128, 0});
+  canvas.Text(45.0, 15.0, "\xC3\xA4\xE2\x82\xAC", 12.0, {0.5, 0.0, 1.0, true}, {0, 0, 0});
+  EXPECT_FALSE(canvas.Picture(0.0, 0.0, 9.0, 9.0, "no picture", 1.0));
+  const std::string bytes = canvas.Png();
+  EXPECT_EQ(bytes, canvas.Png());
+  const Result result = Read(bytes);
+  ASSERT_TRUE(result.bWhole) << result.strText;
+  const auto pixel = [&](int x, int y) {
+    const std::uint8_t* p = result.image.GetRow<std::uint8_t>(y) + 3 * x;
+    return std::vector<int>(p, p + 3);
+  };
+  EXPECT_EQ(pixel(30, 20), (std::vector<int>{200, 0, 0}));
+  EXPECT_EQ(pixel(0, 5), (std::vector<int>{200, 0, 0}));  // cut at the border
+  EXPECT_EQ(pixel(35, 34), (std::vector<int>{0, 0, 255}));
+  EXPECT_EQ(pixel(10, 32), (std::vector<int>{0, 128, 0}));
+  EXPECT_EQ(pixel(30, 25), (std::vector<int>{255, 255, 255}));
+  int iDark = 0;
+  for (int x = 33; x < 57; ++x) iDark += pixel(x, 12)[0] < 128;
+  EXPECT_GT(iDark, 3);
+  EXPECT_THROW(ZuCanvas(0, 5), std::length_error);
 }
 
 }  // namespace
