@@ -53,10 +53,11 @@ void CommandReport::AddCameras(const ZuProject& project) {
 
 bool HasReport(const std::string& strCommand) {
   static constexpr const char* kOthers[] = {
-      "camera gentri", "cloud convert", "convert",          "examples",     "export",
-      "import",        "log append",    "log replay",       "log show",     "photo convert",
-      "photo info",    "photo rescale", "project detect",   "project info", "project merge",
-      "project split", "camera info",   "project renumber", "camera adjust"};
+      "batch",        "draw",          "camera gentri", "cloud convert", "convert",
+      "examples",     "export",        "import",        "log append",    "log replay",
+      "log show",     "photo convert", "photo info",    "photo rescale", "project detect",
+      "project info", "project merge", "project split", "camera info",   "project renumber",
+      "camera adjust"};
   return std::find(std::begin(kOthers), std::end(kOthers), strCommand) == std::end(kOthers);
 }
 

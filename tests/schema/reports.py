@@ -45,7 +45,8 @@ def numbers_of(result):
         return
     rms = result.get("rms") or {}
     yield from (v for v in [result.get("sigma0"), *(rms.values() if isinstance(rms, dict) else [])] if isinstance(v, float))
-    for point in (result.get("points") or [])[:3]:
+    points = result.get("points")
+    for point in points[:3] if isinstance(points, list) else []:
         yield from (point[k] for k in ("dx", "dy", "dz", "deviation") if isinstance(point.get(k), float))
 
 

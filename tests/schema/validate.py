@@ -73,7 +73,8 @@ def validators(names):
 
 
 # Commands of which some results, or all, have nothing to draw.
-WITHOUT_PICTURE = {"check", "apply", "cloud normals", "cloud transform", "photo undistort", "plane", "points gsi", "rectify"}
+WITHOUT_PICTURE = {"check", "apply", "cloud normals", "cloud transform", "photo undistort", "plane", "points gsi",
+                   "project update", "rectify"}
 
 
 def with_reports(names):
