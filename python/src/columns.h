@@ -1,6 +1,8 @@
 // Results as columns: one array over all rows of a list.
 #pragma once
 
+#include <pybind11/stl.h>
+
 #include <initializer_list>
 #include <limits>
 #include <vector>

@@ -56,10 +56,12 @@ void CheckReadable(const std::string& strFile) {
   throw py::error_already_set();
 }
 
+void RaiseWrite(const std::string& strFile, const std::string& strReason) {
+  Raise(Named("WriteError")(ToStr(strFile), ToStr(strReason)));
+}
+
 void RaiseWrite(const std::string& strFile, int iErrno) {
-  Raise(Named("WriteError")(
-      ToStr(strFile),
-      ToStr(std::string_view(iErrno == 0 ? "not all of it was written" : std::strerror(iErrno)))));
+  RaiseWrite(strFile, iErrno == 0 ? "not all of it was written" : std::strerror(iErrno));
 }
 
 void RaiseAdjustment(const char* szStatus, const std::string& strReason, const std::string& strFree,

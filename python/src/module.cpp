@@ -14,4 +14,8 @@ PYBIND11_MODULE(_core, m) {
   BindTrafo2d(m);
   BindProjects(m);
   BindNetworks(m);
+  BindJoining(m);
+  BindConstructions(m);
+  BindExchange(m);
+  BindPictures(m);
 }

@@ -165,9 +165,10 @@ py::object Meet(const PyPhoto& photo, const ZuPlane& plane, const py::object& ad
   py::object result = NewArray(ShapeLike(rows, 3), &pd);
   const Writing writing(photo.pProject->gate);
   const py::gil_scoped_release release;
+  ZuPoint point(1, 0.0, 0.0), met(1, 0.0, 0.0);
   for (py::ssize_t i = 0; i < rows.n; ++i) {
-    const ZuPoint point(1, rows.Row(i)[0], rows.Row(i)[1]);
-    ZuPoint met(1, kNan, kNan, kNan);
+    point.m_dX = rows.Row(i)[0], point.m_dY = rows.Row(i)[1];
+    met.m_dX = met.m_dY = met.m_dZ = kNan;
     photo.p->CalcSip(&met, plane, &point);
     *pd++ = met.m_dX, *pd++ = met.m_dY, *pd++ = met.m_dZ;
   }

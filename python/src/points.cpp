@@ -135,6 +135,7 @@ void SetInts(PyPoints& points, IntSetter pfnSet, const py::object& value, const 
 
 void SetControl(ZuPoint* p, int i) { p->SetControlFlags(static_cast<short>(i)); }
 void SetPhoto(ZuPoint* p, int i) { p->m_iPhoto = i; }
+void SetCamera(ZuPoint* p, int i) { p->m_iCamera = i; }
 
 py::object GetIds(PyPoints& points) {
   const Reading reading(points.gate);
@@ -406,6 +407,13 @@ void BindPoints(py::module_& m) {
           },
           [](PyPoints& points, const py::object& v) { SetInts(points, SetPhoto, v, "photos"); },
           "Ids of the photos, (n,) int32.")
+      .def_property(
+          "cameras",
+          [](PyPoints& points) {
+            return GetInts(points, [](const ZuPoint& p) { return p.m_iCamera; });
+          },
+          [](PyPoints& points, const py::object& v) { SetInts(points, SetCamera, v, "cameras"); },
+          "Ids of the cameras, (n,) int32.")
       .def("write", &WritePoints, "path"_a, "columns"_a = py::none(), py::kw_only(),
            "decimals"_a = -1,
            "Writes a coordinate file, or a table where the list was read from one.\n\ncolumns: "

@@ -7,7 +7,9 @@
 
 #include "project_types.h"
 #include "tests.h"
+#include "zu/adjust/fit_primitives.h"
 #include "zu/adjust/intersection_project.h"
+#include "zu/adjust/plane_point_accuracy.h"
 #include "zu/photo/camera_list.h"
 #include "zu/project/camera_file.h"
 #include "zu/project/check.h"
@@ -211,7 +213,40 @@ std::unique_ptr<PyPoints> MeanPoints(const PyMeasurement& m) {
   return points;
 }
 
+// n x 3 x 3; NaN where the chain has no answer.
+py::object CovariancesOf(const PyMeasurement& m, const py::object& fit, double dSigma,
+                         const std::string& strUnit, bool bFlip) {
+  static const char* const kUnits[] = {"px", "mm", nullptr};
+  ZuPlanePointOptions options;
+  if (!(dSigma > 0.0)) throw py::value_error("sigma: a standard deviation above 0 would be right");
+  options.dSigma = dSigma;
+  options.bSigmaInPixels = FindWord("unit", strUnit, kUnits) == 0;
+  options.bFlip = bFlip;
+  const ZuPlaneFit* const pFit = fit.is_none() ? nullptr : &fit.cast<const ZuPlaneFit&>();
+  PyProject& project = m.project.cast<PyProject&>();
+  double* pd = nullptr;
+  py::object array = NewArray({m.Count(), 3, 3}, &pd);
+  const Writing writing(project.gate);
+  const py::gil_scoped_release release;
+  for (const ZuMeasuredPhoto& photo : m.result.m_photos) {
+    const ZuPlanePointChain chain(project.project, *photo.m_pPhoto, m.result.m_plane, pFit,
+                                  options);
+    for (const ZuMeasuredPoint& p : photo.m_points) {
+      ZuPoint pixel(p.m_uId, p.m_dPixelX, p.m_dPixelY);
+      pixel.m_dDX = p.m_dPixelSdX;
+      pixel.m_dDY = p.m_dPixelSdY;
+      ZuPlanePointAccuracy accuracy;
+      if (!chain.Of(pixel, &accuracy)) {
+        std::fill_n(accuracy.adCov, 9, std::numeric_limits<double>::quiet_NaN());
+      }
+      pd = std::copy_n(accuracy.adCov, 9, pd);
+    }
+  }
+  return array;
+}
+
 void BindMeasurement(py::module_& m) {
+  using namespace py::literals;
   using P = ZuMeasuredPoint;
   py::class_<PyMeasurement>(m, "PlaneMeasurement",
                             "Object points on a plane from measurements in single photos, n of "
@@ -253,6 +288,11 @@ void BindMeasurement(py::module_& m) {
                              "The same of each photo, with photo, points, worst_point and worst.")
       .def_property_readonly("left_out", &LeftOut, "Photos left out: (photo, why).")
       .def_property_readonly("refused", &Refused, "Measurements left out: (photo, id, why).")
+      .def("covariances", &CovariancesOf, py::kw_only(), "fit"_a = py::none(), "sigma"_a = 0.1,
+           "unit"_a = "px", "flip"_a = false,
+           "Of the points on the plane, (n, 3, 3): from the pixel, the camera and the orientation "
+           "as far as the project tells of them, and the plane of a PlaneFit.\n\nsigma: standard "
+           "deviation of a measured coordinate that tells none, in unit, \"px\" or \"mm\".")
       .def("mean_points", &MeanPoints, "Each point in the mean of its photos, a PointList.");
 }
 
@@ -366,6 +406,7 @@ void BindProjects(py::module_& m) {
   py::class_<PyProject>(m, "Project",
                         "A project file: photos with their measurements, cameras, planes, object "
                         "points.")
+      .def(py::init<>(), "One without anything.")
       .def_property_readonly("photos", &Photos, "Photos in the order of the file.")
       .def("photo", &FindPhoto, "id"_a, "The photo of that id, or None.")
       .def_property_readonly(

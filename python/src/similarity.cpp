@@ -53,6 +53,38 @@ py::object ApplyResult(const ZuSimilarityResult& result, const py::object& xyz) 
   return carried;
 }
 
+// In closed form, without accuracies.
+ZuTrafo3dData TrafoOfPoints(const py::object& source, const py::object& target) {
+  const PointsArgument sources(source, "source"), targets(target, "target");
+  ZuTrafo3d trafo;
+  bool bGood = false;
+  {
+    const py::gil_scoped_release release;
+    bGood = trafo.CalcByControlPoints(&targets.List(), &sources.List(), 3, false);
+  }
+  if (!bGood) RaiseAdjustment(GetTrafo3DStatusText(trafo.GetStatus()), "", "", py::none());
+  return trafo;
+}
+
+ZuTrafo3dData MakeTrafo(double dScale, const py::object& rotation, const py::object& sourceCentre,
+                        const py::object& targetCentre) {
+  ZuTrafo3dData trafo;
+  trafo.m_dScale = dScale;
+  trafo.m_mRot.SetIdent();
+  const Rows source = AsRows(sourceCentre, 3, "source_centre");
+  const Rows target = AsRows(targetCentre, 3, "target_centre");
+  if (!source.bSingle || !target.bSingle) throw py::value_error("centres: three numbers");
+  for (int i = 0; i < 3; ++i) {
+    trafo.m_vSource[i + 1] = source.pd[i];
+    trafo.m_vTarget[i + 1] = target.pd[i];
+  }
+  if (rotation.is_none()) return trafo;
+  const Rows rows = AsRows(rotation, 3, "rotation");
+  if (rows.bSingle || rows.n != 3) throw py::value_error("rotation: shape (3, 3) would be right");
+  for (int i = 0; i < 9; ++i) trafo.m_mRot.SetElem(i / 3 + 1, i % 3 + 1, rows.pd[i]);
+  return trafo;
+}
+
 py::object VectorOf(const ZuVector& v) { return NewArrayOf({3}, v.GetData()); }
 
 py::object MatrixOf(const ZuMatrix& matrix, int n) {
@@ -139,6 +171,11 @@ void BindSimilarity(py::module_& m) {
   py::class_<ZuTrafo3dData>(m, "Trafo3d",
                             "Parameters of a spatial similarity transformation, target = scale * "
                             "rotation @ (source - source_centre) + target_centre.")
+      .def(py::init(&MakeTrafo), "scale"_a = 1.0, "rotation"_a = py::none(),
+           "source_centre"_a = py::make_tuple(0, 0, 0), "target_centre"_a = py::make_tuple(0, 0, 0))
+      .def_static("of_points", &TrafoOfPoints, "source"_a, "target"_a,
+                  "The closed form over the common points, with the least squares of the "
+                  "residuals; zu.transform tells how sure it is.")
       .def_readonly("scale", &ZuTrafo3dData::m_dScale)
       .def_property_readonly(
           "rotation", [](const ZuTrafo3dData& t) { return MatrixOf(t.m_mRot, 3); }, "(3, 3).")

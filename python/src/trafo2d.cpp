@@ -110,6 +110,22 @@ py::object ApplyFit(const ZuTrafo2dFit& fit, const py::object& xy, const py::obj
   return py::make_tuple(result, carried);
 }
 
+class FilledTrafo2d : public ZuTrafo2d {
+ public:
+  FilledTrafo2d(const std::string& strName, const py::object& coefficients) {
+    static const char* const kNames[] = {"None",       "Helmert",      "Affin", "Projektiv",
+                                         "Polynomial", "Inv. Helmert", nullptr};
+    m_eType = static_cast<eZuTrafo2DType>(FindWord("name", strName, kNames));
+    const Rows rows = AsRows(coefficients, 0, "coefficients");
+    if (rows.n > kCoefficients) throw py::value_error("coefficients: at most 20 would be right");
+    std::copy_n(rows.pd, rows.n, m_adCoef);
+  }
+};
+
+ZuTrafo2d MakeTrafo2d(const std::string& strName, const py::object& coefficients) {
+  return FilledTrafo2d(strName, coefficients);
+}
+
 py::object ApplyStored(const ZuTrafo2d& trafo, const py::object& xy) {
   const Rows rows = AsRows(xy, 2, "xy");
   double* pd = nullptr;
@@ -132,6 +148,7 @@ void BindTrafo2d(py::module_& m) {
   using namespace py::literals;
 
   py::class_<ZuTrafo2d>(m, "Trafo2d", "A stored plane transformation.")
+      .def(py::init(&MakeTrafo2d), "name"_a, "coefficients"_a)
       .def_property_readonly("name", [](const ZuTrafo2d& t) { return t.GetTrafoName(); })
       .def_property_readonly(
           "coefficients",

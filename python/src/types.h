@@ -52,7 +52,11 @@ class ResultFile {
 
 void BindCloudMoments(py::module_& m);
 void BindClouds(py::module_& m);
+void BindConstructions(py::module_& m);
+void BindExchange(py::module_& m);
+void BindJoining(py::module_& m);
 void BindNetworks(py::module_& m);
+void BindPictures(py::module_& m);
 void BindPoints(py::module_& m);
 void BindProjects(py::module_& m);
 void BindPlanes(py::module_& m);

@@ -3,6 +3,7 @@
 
 #include <cstring>
 
+#include "zu/foundation/debug.h"
 #include "zu/foundation/progress.h"
 
 py::str ToStr(std::string_view text) {
@@ -88,8 +89,14 @@ bool Operation::Ask(const char* szTitle, double dDone, bool bTell) {
   const py::gil_scoped_acquire acquire;
   if (m_apError[0] != nullptr) return false;
   if (PyErr_CheckSignals() == 0) {
-    if (!bTell || m_progress.is_none()) return true;
-    PyObject* const pResult = PyObject_CallFunction(m_progress.ptr(), "sd", szTitle, dDone);
+    PyObject* pResult = nullptr;
+    if (!bTell) {
+      pResult = PyObject_CallMethod(m_errors.ptr(), "started", "s", szTitle);
+    } else if (m_progress.is_none()) {
+      return true;
+    } else {
+      pResult = PyObject_CallFunction(m_progress.ptr(), "sd", szTitle, dDone);
+    }
     Py_XDECREF(pResult);
     if (pResult != nullptr) return true;
   }
@@ -97,7 +104,8 @@ bool Operation::Ask(const char* szTitle, double dDone, bool bTell) {
   return false;
 }
 
-Operation::Operation(const py::object& progress) : m_progress(progress), m_pFormer(g_pOperation) {
+Operation::Operation(const py::object& progress)
+    : m_progress(progress), m_errors(py::module_::import("zu._errors")), m_pFormer(g_pOperation) {
   g_pOperation = this;
 }
 
@@ -115,8 +123,27 @@ void Operation::Finish() {
   throw py::error_already_set();
 }
 
+namespace {
+
+// Debug output of the library becomes that of logging. Threads of its own loops are no threads of
+// Python, and stay silent.
+void LogDebug(void*, const char* szText) {
+  if (PyGILState_GetThisThreadState() == nullptr) return;
+  const py::gil_scoped_acquire acquire;
+  const std::string strLine(szText, std::strcspn(szText, "\n"));
+  PyObject* const pModule = PyImport_ImportModule("zu._errors");
+  PyObject* const pResult =
+      pModule == nullptr ? nullptr : PyObject_CallMethod(pModule, "started", "s", strLine.c_str());
+  Py_XDECREF(pModule);
+  Py_XDECREF(pResult);
+  if (pResult == nullptr) PyErr_Clear();
+}
+
+}  // namespace
+
 void FollowProgress() {
   ZuProgressHandler handler;
   handler.pfnNotify = &OperationNotes::Notify;
   ZuSetProgressHandler(handler);
+  ZuSetDebugSink({&LogDebug, nullptr});
 }

@@ -74,6 +74,7 @@ void TellFindings(const ZuReadFindings& findings, const std::string& strFile,
 void CheckReadable(const std::string& strFile);
 // Raises zu.WriteError; errno is that of the system call that failed, or 0.
 [[noreturn]] void RaiseWrite(const std::string& strFile, int iErrno);
+[[noreturn]] void RaiseWrite(const std::string& strFile, const std::string& strReason);
 // Raises zu.AdjustmentError; the result is what is known of the failure, or None.
 [[noreturn]] void RaiseAdjustment(const char* szStatus, const std::string& strReason,
                                   const std::string& strFree, const py::object& result);
@@ -135,7 +136,7 @@ class Operation {
   friend struct OperationNotes;
   bool Ask(const char* szTitle, double dDone, bool bTell);
 
-  py::object m_progress;
+  py::object m_progress, m_errors;
   Operation* m_pFormer;
   PyObject* m_apError[3] = {};  // type, value, traceback of what stopped it
 };

@@ -2,6 +2,7 @@
 
 from __future__ import annotations
 
+import logging
 import warnings
 from typing import Any, List, NamedTuple, Optional, Sequence
 
@@ -77,6 +78,8 @@ class AdjustmentWarning(UserWarning):
     """A result that should be looked at."""
 
 
+_log = logging.getLogger("zu")
+_log.addHandler(logging.NullHandler())
 _LEVEL = 3  # of the caller of a function of the package
 
 
@@ -84,6 +87,8 @@ def tell(findings: List[Finding], file: str) -> None:
     """Warns of each warning and raises the first error; file is that of findings without one."""
     findings = [f if f.file else f._replace(file=file) for f in findings]
     for finding in findings:
+        if finding.severity == "note":
+            _log.info("%s", finding)
         if finding.severity == "warning":
             warnings.warn(ReadWarning(finding), stacklevel=_LEVEL - 1)
     for finding in findings:
@@ -94,3 +99,8 @@ def tell(findings: List[Finding], file: str) -> None:
 def warn(text: str) -> None:
     """Warns of a result."""
     warnings.warn(AdjustmentWarning(text), stacklevel=_LEVEL - 1)
+
+
+def started(title: str) -> None:
+    """Long work begins."""
+    _log.debug("%s", title)

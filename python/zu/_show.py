@@ -3,9 +3,10 @@
 from __future__ import annotations
 
 import html
+import math
 from typing import Any, Callable, Iterable, List, Sequence, Tuple
 
-from . import _core
+from . import _core, _draw
 
 _MOST_ROWS = 20  # of a table; the rest is counted
 
@@ -111,7 +112,8 @@ def _shape(name: str, *parts: Tuple[str, Callable[[Any], Any]]) -> Callable[[Any
         texts = []
         for title, get in parts:
             value = get(shape)
-            texts.append(f"{title} " + (_vector(value) if hasattr(value, "__len__") else repr(value)))
+            vector = hasattr(value, "__len__") and not isinstance(value, str)
+            texts.append(f"{title} " + (_vector(value) if vector else repr(value)))
         tail = "; " + _fit(shape.fit)[0] if hasattr(shape, "fit") else ""
         return f"{name}: " + ", ".join(texts) + tail, [], []
 
@@ -204,6 +206,57 @@ def _network(found: Any) -> Table:
     return headline, titles, _cut(rows, len(found.photo_ids))
 
 
+def _merge(merged: Any) -> Table:
+    rows = (
+        [str(p.id), p.name, *(_number(v) for v in p.residual), _number(math.hypot(*p.residual))]
+        for p in merged.rejected
+    )
+    headline = (
+        f"Merge of {merged.common} common points, {len(merged.rejected)} rejected, "
+        f"{len(merged.points)} points joined"
+    )
+    return headline, ["rejected", "name", "dx", "dy", "dz", "length"], _cut(rows, len(merged.rejected))
+
+
+def _epochs(found: Any) -> Table:
+    rows = (
+        [str(i), *map(_number, move), *map(_number, sd), _number(t), "moved" if moved else "stable"]
+        for i, move, sd, t, moved in zip(found.ids, found.moves, found.moves_sd, found.test, found.moved)
+    )
+    titles = ["id", "dx", "dy", "dz", "sd x", "sd y", "sd z", "T", ""]
+    headline = f"Epochs: {int(found.moved.sum())} of {len(found)} common points moved"
+    return headline, titles, _cut(rows, len(found))
+
+
+def _local(local: Any) -> Table:
+    headline, titles, rows = _points(local.points)
+    return f"LocalSystem of {len(local.points)} points, scale {local.trafo.scale!r}", titles, rows
+
+
+def _targets(found: Any) -> Table:
+    rows = (
+        [str(i), *(f"{v:.3f}" for v in xy), *(f"{v:.3f}" for v in sd)]
+        for i, xy, sd in zip(found.ids, found.xy, found.sd)
+    )
+    headline = f"Targets: {len(found)}, {int((found.ids > 0).sum())} with a number"
+    return headline, ["id", "x", "y", "sd x", "sd y"], _cut(rows, len(found))
+
+
+def _rectified(found: Any) -> Table:
+    rows: List[Sequence[str]] = [
+        [str(i), f"{100.0 * share:.1f} %"] for i, share in zip(found.photo_ids, found.shares)
+    ]
+    height, width = found.pixels.shape[:2]
+    region = ", ".join(f"{v:.10g}" for v in found.region)
+    headline = f"Rectified: {width} x {height} pixels of {found.pixel!r}, region {region}"
+    return headline, ["photo", "share"], rows
+
+
+def _undistorted(found: Any) -> Table:
+    height, width = found.pixels.shape[:2]
+    return f"Undistorted: {width} x {height} pixels, c {found.camera.c!r}", [], []
+
+
 def _camera(camera: Any) -> Table:
     names = ["c", "xh", "yh", "a1", "a2", "a3", "r0", "b1", "b2", "c1", "c2"]
     values = ", ".join(f"{n}={getattr(camera, n)!r}" for n in names if getattr(camera, n) != 0.0)
@@ -229,6 +282,10 @@ def _plane(plane: Any) -> Table:
     return f"Plane({a!r}, {b!r}, {c!r}, {plane.d!r})", [], []
 
 
+def _nothing(_: Any) -> str:
+    return ""
+
+
 def install() -> None:
     """Gives the classes their __repr__ and _repr_html_."""
     shown: List[Tuple[Any, Callable[[Any], Table]]] = [
@@ -245,6 +302,20 @@ def install() -> None:
         (_core.Orientation, _orientation),
         (_core.Observations, _observations),
         (_core.Network, _network),
+        (_core.Merge, _merge),
+        (_core.Epochs, _epochs),
+        (_core.LocalSystem, _local),
+        (_core.Targets, _targets),
+        (_core.Rectified, _rectified),
+        (_core.Undistorted, _undistorted),
+        (_core.Arc, _shape("Arc", ("centre", lambda a: a.centre), ("radius", lambda a: a.radius),
+                           ("sweep", lambda a: a.sweep))),
+        (_core.Rectangle, _shape("Rectangle", ("centre", lambda r: r.centre),
+                                 ("width", lambda r: r.width), ("height", lambda r: r.height))),
+        (_core.BalancedLine, _shape("BalancedLine", ("parts", lambda b: len(b.directions)),
+                                    ("rms", lambda b: b.rms))),
+        (_core.Position, _shape("Position", ("xy", lambda p: p.xy), ("rms", lambda p: p.rms))),
+        (_core.Transformation, _shape("Transformation", ("kind", lambda t: t.kind))),
         (_core.Similarity, _similarity),
         (_core.Trafo2dFit, _trafo2d_fit),
         (_core.FitResult, _fit),
@@ -268,4 +339,5 @@ def install() -> None:
     ]
     for kind, show in shown:
         kind.__repr__ = lambda self, show=show: _text(show(self))
-        kind._repr_html_ = lambda self, show=show: _html(show(self))
+        draw = _draw.DRAWINGS.get(kind, _nothing)
+        kind._repr_html_ = lambda self, show=show, draw=draw: _html(show(self)) + draw(self)
