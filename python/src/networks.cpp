@@ -695,7 +695,11 @@ void BindNetwork(py::module_& m) {
        {"steps", [](const N& n) -> py::object { return py::int_(n.result.iSteps); }, ""},
        {"rms_pixels", [](const N& n) -> py::object { return py::float_(RmsOfImages(n, -1)); },
         "Of the lengths of the residuals of all used image points."},
-       {"warnings", [](const N& n) -> py::object { return py::cast(n.result.warnings); },
+       {"warnings",
+        [](const N& n) {
+          return TextsBy(n.result.warnings,
+                         [](const std::string& str) -> const std::string& { return str; });
+        },
         "What should be looked at, list of str."},
        {"cameras", [](const N& n) -> py::object { return CamerasOf(n); },
         "Adjusted, a list of Cameras."},

@@ -277,7 +277,14 @@ void BindSimilarity(py::module_& m) {
       .def_property_readonly(
           "not_controlled", [](const Result& r) { return NewIdsOf(r.notControlled); },
           "Ids of used points with too little redundancy to be tested.")
-      .def_readonly("warnings", &Result::warnings)
+      .def_property_readonly(
+          "warnings",
+          [](const Result& r) {
+            py::list texts;
+            for (const std::string& strWarning : r.warnings) texts.append(ToStr(strWarning));
+            return texts;
+          },
+          "What should be looked at, list of str.")
       .def("apply", &ApplyResult, "xyz"_a, "Transformed points, (n, 3) or (3,) as given.")
       .def("carry", &Carry, "points"_a,
            "A PointList of the transformed points, with their standard deviations in sd: of common "

@@ -82,6 +82,10 @@ def test_networks_are_those_of_the_program_to_the_last_bit(name, options, tmp_pa
     assert [a["id"] for a in found.set_aside] == [a["id"] for a in told["set_aside"]]
     assert len(found.set_aside) > 0 or not options
     assert np.array_equal(found.control.residuals[found.control.used].ravel(), *by(told["control"], "v"))
+    result = zu.transform(np.eye(3), np.eye(3) * 1.5)
+    for value in (found, found.images, found.orientation, result, result.tests, result.trafo):
+        for attribute in (a for a in dir(type(value)) if not a.startswith("_")):
+            getattr(value, attribute)
     assert "Network of 21 photos" in repr(found) and "<table>" in found.images._repr_html_()
 
 

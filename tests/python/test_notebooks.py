@@ -16,9 +16,9 @@ NOTEBOOKS = sorted(FOLDER.glob("*.ipynb"))
 @pytest.mark.parametrize("path", NOTEBOOKS, ids=lambda path: path.stem)
 @pytest.mark.filterwarnings("ignore::zu.AdjustmentWarning")
 def test_notebooks_run(path, monkeypatch):
-    spec = importlib.util.spec_from_file_location("run", FOLDER / "run.py")
-    runner = importlib.util.module_from_spec(spec)
-    spec.loader.exec_module(runner)
+    found = importlib.util.spec_from_file_location("run", FOLDER / "run.py")
+    runner = importlib.util.module_from_spec(found)
+    found.loader.exec_module(runner)
     notebook = runner.run(str(path))
     shown = [o for cell in notebook["cells"] for o in cell.get("outputs", [])]
     assert any("<svg" in "".join(o["data"].get("text/html", "")) or "<img" in
