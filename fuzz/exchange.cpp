@@ -1,6 +1,7 @@
 // Photos of other programs. The first byte picks the reader: 't' COLMAP's text, its three files
 // apart by form feeds; 'b' its binary form, their lengths in the two bytes each that follow; 'a'
-// Bundle Adjustment in the Large; 'o' calibration files of OpenCV. What is imported can be exported
+// Bundle Adjustment in the Large; 'o' calibration files of OpenCV; 'm' camera files
+// of Metashape. What is imported can be exported
 // and imported again.
 #include "fuzz/there_and_back.h"
 #include "zu/exchange/photo_exchange.h"
@@ -47,6 +48,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* pData, std::size_t uSi
   const std::string_view text = input.Text();
   if (text.empty()) return 0;
   const eZuExchange eFormat = text[0] == 'a'   ? eZuExchangeBal
+                              : text[0] == 'm' ? eZuExchangeMetashape
                               : text[0] == 'o' ? eZuExchangeOpenCv
                                                : eZuExchangeColmap;
   constexpr const char* endings[] = {".yml", ".xml", ".json"};

@@ -113,6 +113,13 @@ TEST(ProjectFiles, PhotosGoToOtherProgramsAndBack) {
        {"zu export colmap $S/chessboard/left.prj n --max-error 1e-9", 3, "", "is met to 4.2"},
        {"test ! -e n; zu import colmap n -o d.prj", 3, "", "n: has none of the files"},
        {"zu import map m -o d.prj", 2, "", "map is no format; colmap"},
+       {"zu export metashape $S/network/camcal.prj s.xml --points $S/network/approx.coo", 0,
+        "camera 1, frame: exact", ""},
+       {"zu import metashape s.xml -o s.prj && zu export metashape s.prj s2.xml && "
+        "zu import metashape s2.xml -o s2.prj && cmp s.prj s2.prj",
+        0, "the chunk's transform is applied", ""},
+       {"zu import metashape s.xml -o s3.prj --no-transform && cmp s.prj s3.prj", 0, "not applied",
+        ""},
        {"zu export opencv $S/chessboard/left.prj c.yml --points $S/chessboard/board.coo", 0,
         "camera 1, OPENCV_8: fitted, largest error 0.000043 px", ""},
        {"zu import opencv c.yml -o e.prj && zu export opencv e.prj c.json && zu import opencv "

@@ -266,7 +266,34 @@ struct OneFileFormat {
 constexpr OneFileFormat kOneFileFormats[] = {{eZuExchangeBal, "p.txt"},
                                              {eZuExchangeOpenCv, "p.yml"},
                                              {eZuExchangeOpenCv, "p.xml"},
-                                             {eZuExchangeOpenCv, "p.json"}};
+                                             {eZuExchangeOpenCv, "p.json"},
+                                             {eZuExchangeMetashape, "p.xml"}};
+
+// Two sensors, of which one is not used; a camera that is aligned, one that is not, one that is
+// switched off; the chunk is turned by a right angle, doubled and moved.
+std::string MetashapeText(const std::string& strPixel) {
+  return "<?xml version=\"1.0\"?>\n<document version=\"1.5.0\"><chunk label=\"c\">\n<sensors>"
+         "<sensor id=\"0\" label=\"A\" type=\"frame\"><resolution width=\"640\" height=\"480\"/>\n"
+         "<property name=\"pixel_width\" value=\"0.005\"/><calibration "
+         "class=\"adjusted\"><f>1000</f>"
+         "<cx>5</cx><cy>-3</cy><b1>2</b1><b2>0.5</b2><k1>-0.1</k1><k2>0.03</k2><k3>0.01</k3>"
+         "<p1>0.001</p1><p2>-0.002</p2></calibration></sensor><sensor id=\"1\"/></sensors>\n"
+         "<cameras><camera id=\"0\" sensor_id=\"0\" component_id=\"0\" label=\"a &amp; "
+         "b\"><transform>"
+         "1 0 0 1 0 1 0 2 0 0 1 3\n0 0 0 1</transform></camera><group><camera id=\"7\" "
+         "sensor_id=\"0\" label=\"c\"/></group>\n<camera id=\"8\" sensor_id=\"0\" label=\"d\" "
+         "enabled=\"false\"/></cameras>\n<markers><marker id=\"0\"><reference x=\"6.2\" "
+         "y=\"22.4\" z=\"38\"/></marker><marker "
+         "id=\"3\"/></markers>\n<frames><frame><markers><marker "
+         "marker_id=\"0\"><location camera_id=\"0\" " +
+         strPixel +
+         "/></marker>\n<marker marker_id=\"3\">"
+         "<location camera_id=\"7\" x=\"1\" "
+         "y=\"2\"/></marker></markers></frame></frames>\n<transform><rotation>"
+         "0 -1 0 1 0 0 0 0 1</rotation><translation>10 20 "
+         "30</translation><scale>2</scale></transform>\n"
+         "</chunk></document>\n";
+}
 
 // A file of the format, of the network with its points.
 Files NetworkAs(const OneFileFormat& format, ZuExchangeReport* pReport) {
@@ -352,6 +379,35 @@ TEST(Bal, PhotosSeeWhatTheFormulaSays) {
   EXPECT_EQ(project.PhotoList().First()->GetDigiRegion().Width(), 621.0);
 }
 
+// The formula of the description, of a point that stands at (0.2, -0.1, 1) of the first camera.
+TEST(Metashape, PhotosSeeWhatTheFormulaSays) {
+  const double x = 0.2, y = -0.1, r = x * x + y * y;
+  const double d = 1.0 + r * (-0.1 + r * (0.03 + r * 0.01)), p1 = 0.001, p2 = -0.002;
+  const double u = x * d + p1 * (r + 2.0 * x * x) + 2.0 * p2 * x * y;
+  const double v = y * d + p2 * (r + 2.0 * y * y) + 2.0 * p1 * x * y;
+  const std::string strText = MetashapeText("x=\"" + Text(320.0 + 5.0 + 1002.0 * u + 0.5 * v) +
+                                            "\" y=\"" + Text(240.0 - 3.0 + 1000.0 * v) + '"');
+  ZuProject project;
+  ZuExchangeReport read, report;
+  Files files;
+  ASSERT_TRUE(ZuImportPhotos(eZuExchangeMetashape, {{"f", strText}}, {}, &project, &read))
+      << FirstError(read);
+  ASSERT_TRUE(ZuExportPhotos(eZuExchangeMetashape, project, {}, {}, &files, &report));
+  EXPECT_LT(report.dRms, 1e-9);
+  EXPECT_ROW("3 1 2 1", read.uPhotos, read.uPoints, read.uMeasurements, read.cameras.size());
+  const ZuPhoto& first = *project.PhotoList().First();
+  EXPECT_ROW("1 a & b 1 8 0 9 0", first.GetId(), first.GetName(), first.IsActive(),
+             first.Next()->GetId(), first.Next()->HasAOR(), first.Next()->Next()->GetId(),
+             first.Next()->Next()->IsActive());
+  EXPECT_EQ(first.GetCamera().m_dC, 0.005 * 1002.0);
+  ZuImportOptions options;
+  options.bTransform = false;
+  ASSERT_TRUE(ZuImportPhotos(eZuExchangeMetashape, {{"f", strText}}, options, &project, &read));
+  double X[3];
+  project.PhotoList().First()->GetPosAOR(&X[0], &X[1], &X[2]);
+  EXPECT_ROW("1 2 3", X[0], X[1], X[2]);
+}
+
 // Cut at any byte, a file gives a project or one sentence.
 TEST(OneFileExchange, FaultsNameTheirPlace) {
   const std::string strBal = "1 1 1\n0 0 5 6\n0 0 0 0 0 -5 500 0 0\n1 2 3\n";
@@ -364,6 +420,10 @@ TEST(OneFileExchange, FaultsNameTheirPlace) {
       "<?xml version=\"1.0\"?>\n<opencv_storage><image_width>640</image_width>\n"
       "<image_height>480</image_height>\n<K type_id=\"opencv-matrix\"><rows>3</rows>\n"
       "<cols>3</cols><dt>d</dt><data>500 0 320 0 500 240 0 0 1</data></K></opencv_storage>\n";
+  const auto Replaced = [&](const std::string& strWhat, const std::string& strBy) {
+    std::string strText = MetashapeText("x=\"5\" y=\"6\"");
+    return strText.replace(strText.find(strWhat), strWhat.size(), strBy);
+  };
   const auto With = [&](const std::string& strWhat, const std::string& strBy) {
     std::string strText = strYaml;
     return strText.replace(strText.find(strWhat), strWhat.size(), strBy);
@@ -393,6 +453,21 @@ TEST(OneFileExchange, FaultsNameTheirPlace) {
            {eZuExchangeOpenCv, strXml.substr(0, 200), ": error: is no XML: "},
            {eZuExchangeOpenCv, "<a>", "f:1: error: is no XML"},
            {eZuExchangeOpenCv, "<a/>", "f:1: error: is XML, but no file of FileStorage"},
+           {eZuExchangeMetashape, "<a/>", "f:1: error: is XML, but no camera file"},
+           {eZuExchangeMetashape, MetashapeText("x=\"1\" y=\"b\""),
+            "f:9: error: <location> has \"b\""},
+           {eZuExchangeMetashape, MetashapeText("x=\"1\""), "f:9: error: <location> without y"},
+           {eZuExchangeMetashape, Replaced("sensor_id=\"0\"", "sensor_id=\"9\""),
+            "f:5: error: camera 0 has sensor 9"},
+           {eZuExchangeMetashape, Replaced("1 0 0 1 0", "2 0 0 1 0"),
+            "f:5: error: <transform> is no rotation"},
+           {eZuExchangeMetashape, Replaced("1 0 0 1 0", "1 0 0 1"),
+            "f:5: error: <transform> has 15 numbers"},
+           {eZuExchangeMetashape, Replaced("a &amp; b", "../b"), "leads out of its folder"},
+           {eZuExchangeMetashape, Replaced("<scale>2", "<scale>0"),
+            ": error: a scale that is not above 0"},
+           {eZuExchangeMetashape, Replaced("id=\"7\"", "id=\"0\""),
+            ": error: <camera> 0 stands there twice"},
            {eZuExchangeBal, "1 1\n1x 0" + std::string(40, ' '),
             "f:2: error: \"1x\" is no whole number"},
            {eZuExchangeBal, "99999999999999 1 1\n0 0",
@@ -413,7 +488,11 @@ TEST(OneFileExchange, FaultsNameTheirPlace) {
     EXPECT_NE(FirstError(report).find(szFault), std::string::npos) << FirstError(report);
     EXPECT_TRUE(project.PhotoList().IsEmpty());
   }
-  for (const auto& [eFormat, strText] : Cases<eZuExchange, std::string>{{eZuExchangeBal, strBal}}) {
+  for (const auto& [eFormat, strText] :
+       Cases<eZuExchange, std::string>{{eZuExchangeBal, strBal},
+                                       {eZuExchangeOpenCv, strYaml},
+                                       {eZuExchangeOpenCv, strXml},
+                                       {eZuExchangeMetashape, MetashapeText("x=\"5\" y=\"6\"")}}) {
     for (size_t u = 0; u < strText.size(); ++u) {
       ZuProject project;
       ZuExchangeReport report;
