@@ -119,7 +119,7 @@ ExitCode Run(const Values& values, Context& context) {
     CheckInput(strPath, values, &findings);
     for (const ZuFinding& finding : findings) {
       context.Text() << GetZuFindingLine(finding) << '\n';
-      if (context.IsJson()) root["findings"].push_back(FindingJson(finding));
+      if (context.WantsRoot()) root["findings"].push_back(FindingJson(finding));
     }
     uErrors += findings.GetErrorCount();
     uWarnings += findings.GetWarningCount();
