@@ -10,7 +10,7 @@ endif()
 # At -O3, g++ 12 warns of copies inside std::string that cannot happen (negative lengths, overlap).
 # The sanitizer build looks at what does happen.
 if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
-  target_compile_options(zu_options INTERFACE -Wno-restrict -Wno-stringop-overflow
+  target_compile_options(zu_options INTERFACE -Wno-restrict -Wno-stringop-overflow -Wno-stringop-overread
                          -Wno-array-bounds)
 endif()
 # Below another project its compiler may warn of what ours does not know.

@@ -168,7 +168,7 @@ void BindTransformation(py::module_& m) {
 // --- Projects of other programs ------------------------------------------------------------------
 
 eZuExchange ToFormat(const std::string& strFormat) {
-  static const char* const kFormats[] = {"colmap", "bal", nullptr};
+  static const char* const kFormats[] = {"colmap", "bal", "opencv", "metashape", nullptr};
   return static_cast<eZuExchange>(FindWord("format", strFormat, kFormats));
 }
 
@@ -251,7 +251,7 @@ void BindExchange(py::module_& m) {
   m.def("import_photos", &ImportPhotos, "path"_a, py::kw_only(), "format"_a = "colmap",
         "max_error"_a = 0.05, "pixel_size"_a = 0.0,
         "A project from the files of another program: (Project, dict of what came).\n\nformat: "
-        "\"colmap\", a folder, or \"bal\", a file; max_error: "
+        "\"colmap\", a folder, \"bal\", \"opencv\" or \"metashape\", a file; max_error: "
         "largest error of a camera that is fitted [px]; pixel_size [mm], where the files tell "
         "none.");
   m.def("export_photos", &ExportPhotos, "project"_a, "path"_a, "points"_a = py::none(),

@@ -4,6 +4,7 @@ import importlib.util
 import json
 import subprocess
 import sys
+import types
 from pathlib import Path
 
 import pytest
@@ -36,3 +37,11 @@ def test_notebooks_are_typed(tmp_path):
     run = subprocess.run([*command, FOLDER / "run.py", *files], capture_output=True, text=True,
                          env={"MYPYPATH": str(Path(zu.__file__).parent.parent), "PATH": "/usr/bin"})
     assert run.returncode == 0, run.stdout
+
+
+def test_results_are_tables_where_pandas_is_there(monkeypatch):
+    monkeypatch.setitem(sys.modules, "pandas", types.SimpleNamespace(DataFrame=dict))
+    tests = zu.transform(zu.read_points("samples/datum/local.coo"), zu.read_points("samples/datum/wgs84.coo")).tests
+    table = tests.to_frame()
+    assert list(table["residuals_x"]) == list(tests.residuals[:, 0]) and len(table["id"]) == 7
+    assert list(zu.PointList([[1, 2, 3]]).to_frame())[:5] == ["id", "name", "x", "y", "z"]
