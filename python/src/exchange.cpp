@@ -168,7 +168,7 @@ void BindTransformation(py::module_& m) {
 // --- Projects of other programs ------------------------------------------------------------------
 
 eZuExchange ToFormat(const std::string& strFormat) {
-  static const char* const kFormats[] = {"colmap", "bal", "opencv", "metashape", nullptr};
+  static const char* const kFormats[] = {"colmap", "bal", "metashape", "opencv", nullptr};
   return static_cast<eZuExchange>(FindWord("format", strFormat, kFormats));
 }
 
