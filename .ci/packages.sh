@@ -34,4 +34,4 @@ test_packages=("${build_packages[@]}" libgtest-dev locales python3-jsonschema
                python3-dev python3-numpy python3-pytest python3-mypy pybind11-dev)
 fuzz_packages=("${build_packages[@]}" clang:clang libomp-dev libclang-rt-14-dev)
 ci_packages=("${test_packages[@]}" "${fuzz_packages[@]}" git:git libbenchmark-dev
-             clang-format:clang-format python3-opencv python3-scipy python3-distributed)
+             clang-format:clang-format python3-opencv python3-scipy python3-distributed python3-ezdxf)

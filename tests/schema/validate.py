@@ -3,6 +3,7 @@
 the schema of its command. Also: every command of `zu --help` has a line and a schema that --help
 names, each schema is a valid one, and the keys of all schemas follow docs/conventions.md. Ends with
 77 where python3-jsonschema is not installed."""
+import concurrent.futures
 import json
 import os
 import re
@@ -85,16 +86,18 @@ def with_reports(names):
             yield name
 
 
-def run_report(line, kind, folder, times):
+def run_report(line, number, folder):
     """Runs a line with both options; what is wrong with page and picture, and that twice the same."""
-    page, plot = os.path.join(folder, "out/report.html"), os.path.join(folder, "out/plot." + kind)
+    kind, times = ("svg", "pdf", "png")[number % 3], 2 if number % 4 == 0 else 1
+    name = f"out/report{number}"
+    page, plot = os.path.join(folder, name + ".html"), os.path.join(folder, name + "." + kind)
     made = []
     for _ in range(times):
         for path in (page, plot):
             if os.path.exists(path):
                 os.remove(path)
-        script = f'zu() {{ "{ZU}" "$@" --json --report out/report.html $PLOT; }}\n{line}'
-        for option in ("--plot out/plot." + kind, ""):
+        script = f'zu() {{ "{ZU}" "$@" --json --report {name}.html $PLOT; }}\n{line}'
+        for option in (f"--plot {name}.{kind}", ""):
             run = subprocess.run(["bash", "-c", script], cwd=folder, capture_output=True, text=True,
                                  env={**os.environ, "PLOT": option})
             if "this result has no picture" not in run.stderr:
@@ -123,11 +126,12 @@ def run_lines(lines, reporting):
             script = f'zu() {{ "{ZU}" "$@" --json; }}\n{line}'
             run = subprocess.run(["bash", "-c", script], cwd=folder, capture_output=True, text=True)
             yield line, run.returncode, run.stdout, run.stderr
-            name = json.loads(run.stdout)["command"] if run.stdout else ""
-            if name in reporting:
-                kind = ("svg", "pdf", "png")[len(drawn) % 3]
-                drawn.append(name)
-                faults.extend(f"{line} --report: {fault}" for fault in run_report(line, kind, folder, 2 if len(drawn) % 4 == 1 else 1))
+            if run.stdout and json.loads(run.stdout)["command"] in reporting:
+                drawn.append(line)
+        # What a line writes for a later one is there by now, and replaced as a whole.
+        with concurrent.futures.ThreadPoolExecutor() as pool:
+            for line, found in zip(drawn, pool.map(lambda k: run_report(drawn[k], k, folder), range(len(drawn)))):
+                faults.extend(f"{line} --report: {fault}" for fault in found)
 
 
 def main():
