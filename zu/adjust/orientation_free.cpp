@@ -27,7 +27,7 @@ std::vector<ZuImageObservation> ImagesOf(const Shot& shot) {
   return images;
 }
 
-int CommonPoints(const Shot& a, const Shot& b) {
+int CountCommon(const Shot& a, const Shot& b) {
   int iCount = 0;
   for (size_t i = 0, k = 0; i < a.points.size() && k < b.points.size();) {
     const unsigned uA = a.points[i].image.uId, uB = b.points[k].image.uId;
@@ -67,7 +67,7 @@ std::vector<OrientationGrowth::FreeStart> OrientationGrowth::FreeStarts() {
   std::vector<std::pair<int, std::pair<Shot*, Shot*>>> pairs;
   for (size_t i = 0; i < shots.size(); ++i) {
     for (size_t k = 0; k < i; ++k) {
-      const int iCommon = CommonPoints(shots[k], shots[i]);
+      const int iCommon = CountCommon(shots[k], shots[i]);
       if (iCommon >= kLeastCommon) pairs.push_back({iCommon, {&shots[k], &shots[i]}});
     }
   }
@@ -113,7 +113,7 @@ double OrientationGrowth::Judge(const FreeStart& start) {
   std::vector<std::pair<int, Shot*>> judges;
   for (Shot& shot : shots) {
     if (shot.IsFound()) continue;
-    const int iCommon = std::min(CommonPoints(shot, *start.pA), CommonPoints(shot, *start.pB));
+    const int iCommon = std::min(CountCommon(shot, *start.pA), CountCommon(shot, *start.pB));
     if (iCommon >= kLeastCommon) judges.emplace_back(iCommon, &shot);
   }
   std::stable_sort(judges.begin(), judges.end(),
@@ -164,7 +164,7 @@ bool OrientationGrowth::GrowByPair() {
   for (Shot& shot : shots) {
     if (shot.IsFound()) continue;
     for (const Shot& other : shots) {
-      if (!other.IsFound() || CommonPoints(shot, other) < kLeastCommon) continue;
+      if (!other.IsFound() || CountCommon(shot, other) < kLeastCommon) continue;
       ZuRelativeOptions options;
       options.uSeed = m_uSeed;
       const ZuRelativeResult pair =
