@@ -7,6 +7,7 @@
 #include "context.h"
 #include "options.h"
 #include "result_report.h"
+#include "text_table.h"
 #include "zu/points/point_list.h"
 #include "zu/project/project.h"
 
@@ -30,6 +31,42 @@ std::string PlotFile(const Drawing& drawing, const std::string& strFile) {
   } catch (const std::runtime_error& error) {
     throw CommandError(kCannotWrite, strFile + ": " + error.what());
   }
+}
+
+std::string LabelOf(const Json& row) {
+  const Json& label = row.contains("name") ? row["name"] : row["id"];
+  return label.is_string() ? label.get<std::string>() : label.dump();
+}
+
+// What results tell under the same keys, for the pages of commands that have their own: the root
+// mean squares by axis, and the points that were only compared.
+void AddShared(const Json& result, AdjustReport* pReport) {
+  const auto rms = result.find("rms");
+  if (rms != result.end() && rms->is_object() && rms->contains("x")) {
+    std::string strText;
+    for (const auto& [strAxis, value] : rms->items()) {
+      if (!value.is_number()) continue;
+      const auto d = value.get<double>();
+      strText += (strText.empty() ? "" : "  ") + strAxis + " " + Fixed(d, DecimalsFor(d));
+    }
+    pReport->facts.emplace_back("RMS", strText);
+  }
+  const auto checks = result.find("check_points");
+  if (checks == result.end() || !checks->is_object()) return;
+  AdjustReport::Table table;
+  table.strTitle = "Check points";
+  table.strNote = "Computed minus check; these points take no part in the adjustment.";
+  table.columns = {{"point", true}};
+  for (const Json& row : (*checks)["points"]) {
+    std::vector<std::string> cells = {LabelOf(row)};
+    for (const auto& [strAxis, value] : row["deviation"].items()) {
+      if (cells.size() == table.columns.size()) table.columns.push_back({"d" + strAxis});
+      const double d = value.is_number() ? value.get<double>() : 0.0;
+      cells.push_back(value.is_number() ? Fixed(d, DecimalsFor(d)) : "-");
+    }
+    table.rows.push_back(std::move(cells));
+  }
+  pReport->tables.push_back(std::move(table));
 }
 
 }  // namespace
@@ -88,6 +125,8 @@ void WriteReports(const ReportFiles& files, const Json& result, const std::strin
   if (!told.report) {
     told.report =
         told.strPage.empty() ? ReportOfResult(result, strSummary, context) : AdjustReport();
+  } else {
+    AddShared(result, &*told.report);
   }
   told.report->drawings.insert(told.report->drawings.begin(), told.drawings.begin(),
                                told.drawings.end());
