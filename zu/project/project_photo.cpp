@@ -52,10 +52,11 @@ std::string Orientation(const ZuPhoto& photo, const ZuKeywordBlock& block) {
     return "is not oriented: " + (strFlag.empty() ? "ORIENTED 1 with AORM and AORV would be right"
                                                   : strFlag.substr(strFlag.find(": ") + 2));
   }
-  // What was set since it was read, the file need not have.
+  // What was set since it was read, the file need not have, nor anything of a photo that was added.
+  const bool bRead = block.m_uLine != 0;
   const std::string strMissing =
-      FirstOf({IsTurned(photo) ? "" : Missing(block, "AORM", "its rotation"),
-               IsMoved(photo) ? "" : Missing(block, "AORV", "its position")});
+      FirstOf({!bRead || IsTurned(photo) ? "" : Missing(block, "AORM", "its rotation"),
+               !bRead || IsMoved(photo) ? "" : Missing(block, "AORV", "its position")});
   if (!strMissing.empty()) return strMissing;
   if (!(ZuRotationDefect(photo.GetRotAOR()) <= kRotationDefect)) {
     return "has an AORM that is no rotation (line " + std::to_string(block.LineOf("AORM")) +
@@ -107,8 +108,9 @@ std::string PixelChain(const ZuPhoto& photo, const ZuKeywordBlock& block) {
 
 std::string ZuProject::Lacks(const ZuPhoto& photo, unsigned uNeeds) const {
   const auto found = m_photoBlocks.find(photo.GetId());
-  if (found == m_photoBlocks.end()) return "is not whole";
-  const ZuKeywordBlock& block = *found->second;
+  if (found == m_photoBlocks.end() && photo.GetId() == 0) return "is not whole";
+  static const ZuKeywordBlock none;
+  const ZuKeywordBlock& block = found == m_photoBlocks.end() ? none : *found->second;
   return FirstOf({(uNeeds & eZuNeedOrientation) != 0 ? Orientation(photo, block) : "",
                   (uNeeds & eZuNeedCamera) != 0 ? Camera(photo, block) : "",
                   (uNeeds & eZuNeedPixels) != 0 ? PixelChain(photo, block) : ""});
