@@ -1,6 +1,6 @@
 """What must not crash, and what must not leak; also under the address sanitizer.
 
-    LD_PRELOAD=$(gcc -print-file-name=libasan.so) ASAN_OPTIONS=detect_leaks=0 PYTHONMALLOC=debug \\
+    LD_PRELOAD="$(g++ -print-file-name=libasan.so) $(g++ -print-file-name=libstdc++.so.6)" ASAN_OPTIONS=detect_leaks=0 PYTHONMALLOC=debug \\
         PYTHONPATH=build/release/python python3 tests/python/safety.py [--rounds N]
 """
 

@@ -141,8 +141,8 @@ class ZU_API ZuProject : public LinkHdl {
   const ZuKeywordBlock* FindPhotoBlock(unsigned uPhoto) const;
 
   // What the photo lacks for a computation (bits of eZuPhotoNeed), and what would be right: "has no
-  // AORM: its rotation would be right". Empty where nothing is lacking. A photo that was added since
-  // is judged by its values; one without id is not whole.
+  // AORM: its rotation would be right". Empty where nothing is lacking. A photo that was added
+  // since is judged by its values; one without id is not whole.
   std::string Lacks(const ZuPhoto& photo, unsigned uNeeds) const;
   // The same for a rectification of a photo.
   std::string LacksRectification(unsigned uPhoto, unsigned uRectification) const;
