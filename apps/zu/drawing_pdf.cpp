@@ -132,7 +132,7 @@ class PdfPage {
   }
   void DrawText(const Drawing::Shape& shape) {
     const std::string strWestern = Western(shape.strText);
-    const auto [x, y] = shape.paths[0][0];
+    const auto& at = shape.paths[0][0];
     HPDF_Page_SetFontAndSize(m_pPage, shape.style.bBold ? m_pBold : m_pFont, Points(shape.dSize));
     const float fBack =
         -0.5F * static_cast<float>(shape.anchor) * HPDF_Page_TextWidth(m_pPage, strWestern.c_str());
@@ -142,8 +142,8 @@ class PdfPage {
     const auto write = [&](HPDF_TextRenderingMode mode) {
       HPDF_Page_BeginText(m_pPage);
       HPDF_Page_SetTextRenderingMode(m_pPage, mode);
-      HPDF_Page_SetTextMatrix(m_pPage, fCos, -fSin, fSin, fCos, Points(x) + fBack * fCos,
-                              Up(y) - fBack * fSin);
+      HPDF_Page_SetTextMatrix(m_pPage, fCos, -fSin, fSin, fCos, Points(at.first) + fBack * fCos,
+                              Up(at.second) - fBack * fSin);
       HPDF_Page_ShowText(m_pPage, strWestern.c_str());
       HPDF_Page_EndText(m_pPage);
     };
